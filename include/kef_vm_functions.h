@@ -1,0 +1,448 @@
+/* Made from vm/surface.def by tools/make_prototypes.py; do not edit.
+ *
+ * For each function F of type t: four entry points and two tables.
+ *
+ *   _vtmtF, _vtmtF_HA     the most accurate kernel (slot 1)
+ *   _vtmtF_21, _vtmtF_50  21 bits in single, 50 in double precision (slot 0)
+ *   _vtmtF_11, _vtmtF_26  11 bits in single, 26 in double precision (slot 2)
+ *   kef_vtm_kernel_tF_ttab  the kernels of slots 0, 1, 2; an entry point reads
+ *                           its slot at every call
+ *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot
+ *
+ * r[i] = F(a[i]), or F(a[i], b[i]), for 0 <= i < n; n <= 0 does nothing. A
+ * result vector may be an argument vector itself, or must not overlap it.
+ * Nothing need be aligned. Bounds, special results and error conditions of each
+ * function: docs/accuracy.md and docs/errors.md.
+ *
+ * Pack gathers, Unpack scatters: y[i] = a[i*inca], y[i] = a[ia[i]], the elements of
+ * a whose mask ia[i] is not zero, in order; and back. Their entry points use
+ * the low 32 bits of counts and strides. A slot called directly takes one more
+ * argument: 1 does the same; with any other value counts and strides are 64-bit
+ * and index and mask vectors hold 64-bit integers. */
+#ifndef KEF_VM_FUNCTIONS_H
+#define KEF_VM_FUNCTIONS_H
+
+#ifndef KEF_VM_H
+#error "include kef_vm.h"
+#endif
+
+KEF_BEGIN_DECLS
+
+typedef void (*kef_vtm_s_map1)(int32_t n, const float *a, float *r);
+typedef void (*kef_vtm_d_map1)(int32_t n, const double *a, double *r);
+typedef void (*kef_vtm_s_map2)(int32_t n, const float *a, const float *b, float *r);
+typedef void (*kef_vtm_d_map2)(int32_t n, const double *a, const double *b, double *r);
+typedef void (*kef_vtm_s_map1x2)(int32_t n, const float *a, float *y, float *z);
+typedef void (*kef_vtm_d_map1x2)(int32_t n, const double *a, double *y, double *z);
+typedef void (*kef_vtm_s_pack_i)(int64_t n, const float *a, int64_t inca, float *y, int32_t width);
+typedef void (*kef_vtm_d_pack_i)(int64_t n, const double *a, int64_t inca, double *y, int32_t width);
+typedef void (*kef_vtm_c_pack_i)(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y, int32_t width);
+typedef void (*kef_vtm_z_pack_i)(int64_t n, const kef_complex16 *a, int64_t inca, kef_complex16 *y, int32_t width);
+typedef void (*kef_vtm_s_pack_v)(int64_t n, const float *a, const void *ia, float *y, int32_t width);
+typedef void (*kef_vtm_d_pack_v)(int64_t n, const double *a, const void *ia, double *y, int32_t width);
+typedef void (*kef_vtm_c_pack_v)(int64_t n, const kef_complex8 *a, const void *ia, kef_complex8 *y, int32_t width);
+typedef void (*kef_vtm_z_pack_v)(int64_t n, const kef_complex16 *a, const void *ia, kef_complex16 *y, int32_t width);
+typedef void (*kef_vtm_s_unpack_i)(int64_t n, const float *a, float *y, int64_t incy, int32_t width);
+typedef void (*kef_vtm_d_unpack_i)(int64_t n, const double *a, double *y, int64_t incy, int32_t width);
+typedef void (*kef_vtm_c_unpack_i)(int64_t n, const kef_complex8 *a, kef_complex8 *y, int64_t incy, int32_t width);
+typedef void (*kef_vtm_z_unpack_i)(int64_t n, const kef_complex16 *a, kef_complex16 *y, int64_t incy, int32_t width);
+typedef void (*kef_vtm_s_unpack_v)(int64_t n, const float *a, float *y, const void *iy, int32_t width);
+typedef void (*kef_vtm_d_unpack_v)(int64_t n, const double *a, double *y, const void *iy, int32_t width);
+typedef void (*kef_vtm_c_unpack_v)(int64_t n, const kef_complex8 *a, kef_complex8 *y, const void *iy, int32_t width);
+typedef void (*kef_vtm_z_unpack_v)(int64_t n, const kef_complex16 *a, kef_complex16 *y, const void *iy, int32_t width);
+
+KEF_API void _vtmsAbs(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAbs_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAbs_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAbs_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAbs_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAbs_ctab[3];
+
+KEF_API void _vtmdAbs(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAbs_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAbs_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
+
+KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAdd_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sAdd_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAdd_ctab[3];
+
+KEF_API void _vtmdAdd(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAdd_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAdd_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAdd_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAdd_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAdd_ctab[3];
+
+KEF_API void _vtmsSub(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsSub_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsSub_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsSub_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sSub_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSub_ctab[3];
+
+KEF_API void _vtmdSub(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdSub_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdSub_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdSub_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dSub_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSub_ctab[3];
+
+KEF_API void _vtmsMul(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsMul_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsMul_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsMul_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sMul_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sMul_ctab[3];
+
+KEF_API void _vtmdMul(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdMul_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdMul_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdMul_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dMul_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dMul_ctab[3];
+
+KEF_API void _vtmsDiv(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsDiv_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsDiv_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsDiv_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sDiv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sDiv_ctab[3];
+
+KEF_API void _vtmdDiv(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdDiv_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdDiv_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdDiv_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dDiv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dDiv_ctab[3];
+
+KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCeil_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCeil_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCeil_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCeil_ctab[3];
+
+KEF_API void _vtmdCeil(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCeil_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCeil_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCeil_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCeil_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCeil_ctab[3];
+
+KEF_API void _vtmsFloor(int32_t n, const float *a, float *r);
+KEF_API void _vtmsFloor_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsFloor_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsFloor_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sFloor_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sFloor_ctab[3];
+
+KEF_API void _vtmdFloor(int32_t n, const double *a, double *r);
+KEF_API void _vtmdFloor_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdFloor_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdFloor_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dFloor_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dFloor_ctab[3];
+
+KEF_API void _vtmsRound(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRound_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRound_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRound_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sRound_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sRound_ctab[3];
+
+KEF_API void _vtmdRound(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRound_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRound_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRound_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dRound_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dRound_ctab[3];
+
+KEF_API void _vtmsTrunc(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTrunc_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTrunc_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTrunc_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTrunc_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTrunc_ctab[3];
+
+KEF_API void _vtmdTrunc(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTrunc_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTrunc_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTrunc_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTrunc_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTrunc_ctab[3];
+
+KEF_API void _vtmsRint(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRint_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRint_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsRint_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sRint_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sRint_ctab[3];
+
+KEF_API void _vtmdRint(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRint_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRint_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdRint_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dRint_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dRint_ctab[3];
+
+KEF_API void _vtmsNearbyInt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsNearbyInt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsNearbyInt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsNearbyInt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sNearbyInt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sNearbyInt_ctab[3];
+
+KEF_API void _vtmdNearbyInt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdNearbyInt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdNearbyInt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdNearbyInt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dNearbyInt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dNearbyInt_ctab[3];
+
+KEF_API void _vtmsExp(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExp_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExp_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExp_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sExp_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sExp_ctab[3];
+
+KEF_API void _vtmdExp(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExp_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExp_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExp_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExp_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dExp_ctab[3];
+
+KEF_API void _vtmsInv(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInv_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInv_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInv_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sInv_ctab[3];
+
+KEF_API void _vtmdInv(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInv_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInv_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInv_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dInv_ctab[3];
+
+KEF_API void _vtmsSqr(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqr_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqr_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqr_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSqr_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSqr_ctab[3];
+
+KEF_API void _vtmdSqr(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqr_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqr_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqr_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSqr_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSqr_ctab[3];
+
+KEF_API void _vtmsModf(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsModf_HA(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsModf_21(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsModf_11(int32_t n, const float *a, float *y, float *z);
+extern KEF_API kef_vtm_s_map1x2 kef_vtm_kernel_sModf_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sModf_ctab[3];
+
+KEF_API void _vtmdModf(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdModf_HA(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdModf_50(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdModf_26(int32_t n, const double *a, double *y, double *z);
+extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dModf_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dModf_ctab[3];
+
+KEF_API void _vtmsSqrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSqrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSqrt_ctab[3];
+
+KEF_API void _vtmdSqrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSqrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSqrt_ctab[3];
+
+KEF_API void _vtmsPackI(int64_t n, const float *a, int64_t inca, float *y);
+KEF_API void _vtmsPackI_HA(int64_t n, const float *a, int64_t inca, float *y);
+KEF_API void _vtmsPackI_21(int64_t n, const float *a, int64_t inca, float *y);
+KEF_API void _vtmsPackI_11(int64_t n, const float *a, int64_t inca, float *y);
+extern KEF_API kef_vtm_s_pack_i kef_vtm_kernel_sPackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPackI_ctab[3];
+
+KEF_API void _vtmdPackI(int64_t n, const double *a, int64_t inca, double *y);
+KEF_API void _vtmdPackI_HA(int64_t n, const double *a, int64_t inca, double *y);
+KEF_API void _vtmdPackI_50(int64_t n, const double *a, int64_t inca, double *y);
+KEF_API void _vtmdPackI_26(int64_t n, const double *a, int64_t inca, double *y);
+extern KEF_API kef_vtm_d_pack_i kef_vtm_kernel_dPackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPackI_ctab[3];
+
+KEF_API void _vtmcPackI(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y);
+KEF_API void _vtmcPackI_HA(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y);
+KEF_API void _vtmcPackI_21(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y);
+KEF_API void _vtmcPackI_11(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y);
+extern KEF_API kef_vtm_c_pack_i kef_vtm_kernel_cPackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cPackI_ctab[3];
+
+KEF_API void _vtmzPackI(int64_t n, const kef_complex16 *a, int64_t inca, kef_complex16 *y);
+KEF_API void _vtmzPackI_HA(int64_t n, const kef_complex16 *a, int64_t inca, kef_complex16 *y);
+KEF_API void _vtmzPackI_50(int64_t n, const kef_complex16 *a, int64_t inca, kef_complex16 *y);
+KEF_API void _vtmzPackI_26(int64_t n, const kef_complex16 *a, int64_t inca, kef_complex16 *y);
+extern KEF_API kef_vtm_z_pack_i kef_vtm_kernel_zPackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zPackI_ctab[3];
+
+KEF_API void _vtmsPackV(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackV_HA(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackV_21(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackV_11(int64_t n, const float *a, const int32_t *ia, float *y);
+extern KEF_API kef_vtm_s_pack_v kef_vtm_kernel_sPackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPackV_ctab[3];
+
+KEF_API void _vtmdPackV(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackV_HA(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackV_50(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackV_26(int64_t n, const double *a, const int32_t *ia, double *y);
+extern KEF_API kef_vtm_d_pack_v kef_vtm_kernel_dPackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPackV_ctab[3];
+
+KEF_API void _vtmcPackV(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackV_HA(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackV_21(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackV_11(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+extern KEF_API kef_vtm_c_pack_v kef_vtm_kernel_cPackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cPackV_ctab[3];
+
+KEF_API void _vtmzPackV(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackV_HA(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackV_50(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackV_26(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+extern KEF_API kef_vtm_z_pack_v kef_vtm_kernel_zPackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zPackV_ctab[3];
+
+KEF_API void _vtmsPackM(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackM_HA(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackM_21(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackM_11(int64_t n, const float *a, const int32_t *ia, float *y);
+extern KEF_API kef_vtm_s_pack_v kef_vtm_kernel_sPackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPackM_ctab[3];
+
+KEF_API void _vtmdPackM(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackM_HA(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackM_50(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackM_26(int64_t n, const double *a, const int32_t *ia, double *y);
+extern KEF_API kef_vtm_d_pack_v kef_vtm_kernel_dPackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPackM_ctab[3];
+
+KEF_API void _vtmcPackM(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackM_HA(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackM_21(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackM_11(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+extern KEF_API kef_vtm_c_pack_v kef_vtm_kernel_cPackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cPackM_ctab[3];
+
+KEF_API void _vtmzPackM(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackM_HA(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackM_50(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackM_26(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+extern KEF_API kef_vtm_z_pack_v kef_vtm_kernel_zPackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zPackM_ctab[3];
+
+KEF_API void _vtmsUnpackI(int64_t n, const float *a, float *y, int64_t incy);
+KEF_API void _vtmsUnpackI_HA(int64_t n, const float *a, float *y, int64_t incy);
+KEF_API void _vtmsUnpackI_21(int64_t n, const float *a, float *y, int64_t incy);
+KEF_API void _vtmsUnpackI_11(int64_t n, const float *a, float *y, int64_t incy);
+extern KEF_API kef_vtm_s_unpack_i kef_vtm_kernel_sUnpackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sUnpackI_ctab[3];
+
+KEF_API void _vtmdUnpackI(int64_t n, const double *a, double *y, int64_t incy);
+KEF_API void _vtmdUnpackI_HA(int64_t n, const double *a, double *y, int64_t incy);
+KEF_API void _vtmdUnpackI_50(int64_t n, const double *a, double *y, int64_t incy);
+KEF_API void _vtmdUnpackI_26(int64_t n, const double *a, double *y, int64_t incy);
+extern KEF_API kef_vtm_d_unpack_i kef_vtm_kernel_dUnpackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dUnpackI_ctab[3];
+
+KEF_API void _vtmcUnpackI(int64_t n, const kef_complex8 *a, kef_complex8 *y, int64_t incy);
+KEF_API void _vtmcUnpackI_HA(int64_t n, const kef_complex8 *a, kef_complex8 *y, int64_t incy);
+KEF_API void _vtmcUnpackI_21(int64_t n, const kef_complex8 *a, kef_complex8 *y, int64_t incy);
+KEF_API void _vtmcUnpackI_11(int64_t n, const kef_complex8 *a, kef_complex8 *y, int64_t incy);
+extern KEF_API kef_vtm_c_unpack_i kef_vtm_kernel_cUnpackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cUnpackI_ctab[3];
+
+KEF_API void _vtmzUnpackI(int64_t n, const kef_complex16 *a, kef_complex16 *y, int64_t incy);
+KEF_API void _vtmzUnpackI_HA(int64_t n, const kef_complex16 *a, kef_complex16 *y, int64_t incy);
+KEF_API void _vtmzUnpackI_50(int64_t n, const kef_complex16 *a, kef_complex16 *y, int64_t incy);
+KEF_API void _vtmzUnpackI_26(int64_t n, const kef_complex16 *a, kef_complex16 *y, int64_t incy);
+extern KEF_API kef_vtm_z_unpack_i kef_vtm_kernel_zUnpackI_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zUnpackI_ctab[3];
+
+KEF_API void _vtmsUnpackV(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackV_HA(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackV_21(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackV_11(int64_t n, const float *a, float *y, const int32_t *iy);
+extern KEF_API kef_vtm_s_unpack_v kef_vtm_kernel_sUnpackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sUnpackV_ctab[3];
+
+KEF_API void _vtmdUnpackV(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackV_HA(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackV_50(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackV_26(int64_t n, const double *a, double *y, const int32_t *iy);
+extern KEF_API kef_vtm_d_unpack_v kef_vtm_kernel_dUnpackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dUnpackV_ctab[3];
+
+KEF_API void _vtmcUnpackV(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackV_HA(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackV_21(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackV_11(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+extern KEF_API kef_vtm_c_unpack_v kef_vtm_kernel_cUnpackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cUnpackV_ctab[3];
+
+KEF_API void _vtmzUnpackV(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackV_HA(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackV_50(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackV_26(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+extern KEF_API kef_vtm_z_unpack_v kef_vtm_kernel_zUnpackV_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zUnpackV_ctab[3];
+
+KEF_API void _vtmsUnpackM(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackM_HA(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackM_21(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackM_11(int64_t n, const float *a, float *y, const int32_t *iy);
+extern KEF_API kef_vtm_s_unpack_v kef_vtm_kernel_sUnpackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sUnpackM_ctab[3];
+
+KEF_API void _vtmdUnpackM(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackM_HA(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackM_50(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackM_26(int64_t n, const double *a, double *y, const int32_t *iy);
+extern KEF_API kef_vtm_d_unpack_v kef_vtm_kernel_dUnpackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dUnpackM_ctab[3];
+
+KEF_API void _vtmcUnpackM(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackM_HA(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackM_21(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackM_11(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+extern KEF_API kef_vtm_c_unpack_v kef_vtm_kernel_cUnpackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cUnpackM_ctab[3];
+
+KEF_API void _vtmzUnpackM(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackM_HA(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackM_50(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackM_26(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+extern KEF_API kef_vtm_z_unpack_v kef_vtm_kernel_zUnpackM_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zUnpackM_ctab[3];
+
+KEF_END_DECLS
+
+#endif

@@ -1,0 +1,30 @@
+// The block is carved from a larger one of the C library; the word before its
+// start keeps the address to free.
+#include "service/alloc.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace kef {
+
+namespace {
+constexpr std::size_t alignment = 128;
+}
+
+void* allocate_aligned(std::size_t size) {
+    constexpr std::size_t slack = alignment + sizeof(void*);
+    if (size > SIZE_MAX - slack) return nullptr;
+    void* raw = std::malloc(size + slack);
+    if (raw == nullptr) return nullptr;
+    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + sizeof(void*);
+    const std::uintptr_t start = (first + alignment - 1) & ~(alignment - 1);
+    void** block = reinterpret_cast<void**>(start);
+    block[-1] = raw;
+    return block;
+}
+
+void free_aligned(void* block) {
+    if (block != nullptr) std::free(static_cast<void**>(block)[-1]);
+}
+
+}  // namespace kef

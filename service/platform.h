@@ -1,0 +1,39 @@
+// Everything that the library asks of the operating system, and the three
+// events that the system tells the library. One implementation per system.
+#pragma once
+
+#include <cstddef>
+
+namespace kef::platform {
+
+// The one thread-local slot. Get gives null where nothing was set, or where the
+// slot could not be had at attach; set is false when the system refuses.
+void* thread_slot_get();
+bool thread_slot_set(void* value);
+
+// The private heap: created at the first allocation, given back as a whole at
+// process detach. Null when there is no memory.
+void* heap_allocate(std::size_t size);
+void heap_free(void* block);
+
+// Copies the environment value and its NUL into `buffer`. False when it is
+// absent, empty or does not fit.
+bool environment_value(const char* name, char* buffer, std::size_t size);
+
+void write_standard_error(const char* text, std::size_t length);
+
+// Ends the process without running its exit handlers.
+[[noreturn]] void exit_process(int code);
+
+// The accessor of the calling thread's errno in the C library that the host
+// program uses; null when none is found.
+using ErrnoAccessor = int* (*)();
+ErrnoAccessor find_errno_accessor();
+
+// Events; implemented by the vector-math control (vm/thread_state.cpp). The
+// slot exists before the attach event and until after the detach event.
+bool on_process_attach();               // false: loading should fail
+void on_thread_detach(void* slot_value);  // the ending thread's slot, never null
+void on_process_detach();               // unloading, not process termination
+
+}  // namespace kef::platform

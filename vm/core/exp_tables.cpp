@@ -1,0 +1,14 @@
+#include "vm/core/exp_core.h"
+
+namespace kef::vm {
+
+alignas(16) constinit const ExpHighLow exp64_table[64] = {
+#define KEF_EXP64(high, low) {from_bits(UINT64_C(high)), from_bits(UINT64_C(low))},
+#include "vm/tables/exp64.inc"
+};
+
+constinit const std::uint64_t exp128_table[128] = {
+#include "vm/tables/exp128.inc"
+};
+
+}  // namespace kef::vm

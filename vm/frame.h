@@ -1,0 +1,213 @@
+// The loop of every element-wise kernel. A kernel is a functor K of one element
+// type, and holds mathematics only:
+//
+//   K::Element             float or double
+//   K::name                the name in error reports
+//   k.inside(h...)         optional gate, from the leading 32 bits of four elements
+//                          of each argument: lanes where the fast formula holds
+//   k.fast(x...)           the formula on a vector of each argument; the result,
+//                          or Two{first, second}
+//   k.accept(h...)         optional gate on the leading bits of what fast gave, for
+//                          formulas that are harmless everywhere; a vector more
+//                          than the kernel has results is for this gate alone
+//   k.edge(x..., r...)     one element outside the gates: the special cases in
+//                          their order, then ordinary(k, x..., r...). Gives the
+//                          status, VTM_STATUS_OK or an error
+//   K::exact               optional: raises no floating-point flag at all
+//
+// The loop owns the count test, the control register, groups of four, the gates,
+// the rest of fewer than four (computed as a group padded with one of its own
+// elements, so that no lane raises a flag of its own) and the reports. So an
+// element's result does not depend on its place, on n or on alignment.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "vm/control.h"
+#include "vm/error.h"
+#include "vm/simd.h"
+
+namespace kef::vm {
+
+// The accuracy tags; each names a slot.
+struct LA;
+struct HA;
+struct EP;
+
+template <class V>
+struct Two {
+    V first, second;
+};
+
+namespace frame {
+
+inline constexpr int group = 4;
+
+template <class T> using InputOf = const T*;
+template <class V> std::array<V, 1> as_array(V x) { return {x}; }
+template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
+
+// Four elements of one array, in as many vectors as they need.
+template <class T> struct Group;
+template <> struct Group<double> {
+    d2 low, high;
+    static Group at(const double* p) { return {load(p), load(p + 2)}; }
+    void store_at(double* p) const { store(p, low), store(p + 2, high); }
+    i4 head() const { return heads(low, high); }
+};
+template <> struct Group<float> {
+    f4 all_four;
+    static Group at(const float* p) { return {load(p)}; }
+    void store_at(float* p) const { store(p, all_four); }
+    i4 head() const { return heads(all_four); }
+};
+
+template <class K, class T, std::size_t I, std::size_t... N>
+inline auto formula(const K& k, const std::array<Group<T>, I>& x, std::index_sequence<N...>) {
+    if constexpr (std::is_same_v<T, double>) {
+        const auto low = as_array(k.fast(x[N].low...));
+        const auto high = as_array(k.fast(x[N].high...));
+        std::array<Group<T>, low.size()> y;
+        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {low[i], high[i]};
+        return y;
+    } else {
+        const auto four = as_array(k.fast(x[N].all_four...));
+        std::array<Group<T>, four.size()> y;
+        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {four[i]};
+        return y;
+    }
+}
+
+template <class K, std::size_t... N>
+int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
+    if constexpr (std::tuple_size_v<std::remove_cvref_t<decltype(r)>> == 1)
+        return k.edge(x[N]..., r[0]);
+    else
+        return k.edge(x[N]..., r[0], r[1]);
+}
+
+// Elements one at a time, with their special results and reports.
+template <class K, class T, std::size_t I, std::size_t O>
+[[gnu::noinline, gnu::cold]] void one_by_one(const K& k, int first, int count,
+                                             const std::array<const T*, I>& in,
+                                             const std::array<T*, O>& out) {
+    for (int i = first; i < first + count; ++i) {
+        std::array<T, I> x;
+        std::array<T, O> r;
+        for (std::size_t j = 0; j < I; ++j) x[j] = in[j][i];
+        const int status = edge(k, x, r, std::make_index_sequence<I>());
+        for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
+        if (status != VTM_STATUS_OK)
+            handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
+                                         &out[O - 1][i]});
+    }
+}
+
+// Computes one group; false where a gate refuses it.
+template <class K, class T, std::size_t I, class Store>
+inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
+    constexpr auto indices = std::make_index_sequence<I>();
+    if constexpr (requires { &K::inside; }) {
+        const i4 inside = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return k.inside(x[N].head()...);
+        }(indices);
+        if (!all_lanes(inside)) [[unlikely]] return false;
+    }
+    const auto y = formula(k, x, indices);
+    if constexpr (requires { &K::accept; }) {
+        const i4 accepted = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return k.accept(y[N].head()...);
+        }(std::make_index_sequence<y.size()>());
+        if (!all_lanes(accepted)) [[unlikely]] return false;
+    }
+    store_results(y);
+    return true;
+}
+
+template <class K, class T, std::size_t I, std::size_t O>
+inline void run(const K& k, int n, const std::array<const T*, I>& in,
+                const std::array<T*, O>& out) {
+    if (n <= 0) return;
+    constexpr bool has_edge = requires { &K::edge; };
+    constexpr bool exact = requires { K::exact; };
+    const ControlGuard guard;
+    [[maybe_unused]] const std::conditional_t<exact, ExactGuard, std::nullopt_t> exact_guard =
+        [] { if constexpr (exact) return ExactGuard(); else return std::nullopt; }();
+
+    std::array<Group<T>, I> x;
+    int i = 0;
+    for (; i <= n - group; i += group) {
+        for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
+        const bool done = try_group(k, x, [&](const auto& y) {
+            for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
+        });
+        if constexpr (has_edge)
+            if (!done) [[unlikely]] one_by_one(k, i, group, in, out);
+    }
+
+    const int rest = n - i;
+    if (rest == 0) return;
+    for (std::size_t j = 0; j < I; ++j) {
+        T padded[group];
+        for (int lane = 0; lane < group; ++lane) padded[lane] = in[j][i + (lane < rest ? lane : 0)];
+        x[j] = Group<T>::at(padded);
+    }
+    const bool done = try_group(k, x, [&](const auto& y) {
+        for (std::size_t j = 0; j < O; ++j) {
+            T results[group];
+            y[j].store_at(results);
+            for (int lane = 0; lane < rest; ++lane) out[j][i + lane] = results[lane];
+        }
+    });
+    if constexpr (has_edge)
+        if (!done) [[unlikely]] one_by_one(k, i, rest, in, out);
+}
+
+}  // namespace frame
+
+// The kernel's own formula on one element, for the last line of an edge.
+template <class K, class T>
+inline int ordinary(const K& k, T x, T& r) {
+    r = k.fast(all(x))[0];
+    return VTM_STATUS_OK;
+}
+template <class K, class T>
+inline int ordinary(const K& k, T a, T b, T& r) {
+    r = k.fast(all(a), all(b))[0];
+    return VTM_STATUS_OK;
+}
+
+template <class K, class T>
+void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
+    frame::run<K, T, 1, 1>(k, n, {a}, {r});
+}
+template <class K, class T>
+void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
+    frame::run<K, T, 2, 1>(k, n, {a, b}, {r});
+}
+template <class K, class T>
+void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
+    frame::run<K, T, 1, 2>(k, n, {a}, {y, z});
+}
+
+// Define the kernel of a slot, named as in surface.def, from the functor
+// template Function<element, accuracy>.
+#define KEF_MAP1(type, function, accuracy)                                          \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* r) { \
+        map1<function<element_##type, accuracy>>(n, a, r);                          \
+    }
+#define KEF_MAP2(type, function, accuracy)                                          \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
+                                     const element_##type* b, element_##type* r) {  \
+        map2<function<element_##type, accuracy>>(n, a, b, r);                       \
+    }
+#define KEF_MAP1X2(type, function, accuracy)                                        \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
+                                     element_##type* y, element_##type* z) {        \
+        map1x2<function<element_##type, accuracy>>(n, a, y, z);                     \
+    }
+
+}  // namespace kef::vm

@@ -1,0 +1,18 @@
+// Abs: clears the sign bit, of a NaN too. Exact; no error conditions, no flags.
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Abs {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Abs);
+    static V fast(V x) { return absolute(x); }
+};
+
+KEF_MAP1(s, Abs, HA)
+KEF_MAP1(d, Abs, HA)
+
+}  // namespace kef::vm

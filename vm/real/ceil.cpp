@@ -1,0 +1,19 @@
+// Ceil: the smallest integer not below x. No error conditions, no flags.
+#include "vm/core/rounding.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Ceil {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Ceil);
+    static constexpr bool exact = true;
+    static V fast(V x) { return -floored<T>(-x); }
+};
+
+KEF_MAP1(s, Ceil, HA)
+KEF_MAP1(d, Ceil, HA)
+
+}  // namespace kef::vm

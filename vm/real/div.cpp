@@ -1,0 +1,36 @@
+// Div: r = a / b, correctly rounded.
+//
+//   a or b NaN              NaN
+//   0/0, inf/inf            invalid NaN, domain error
+//   inf/b                   infinity
+//   a/0                     infinity, singularity
+//   quotient too large      infinity, overflow
+//
+// The division itself raises the flags; every case shows as an infinite or NaN
+// quotient, which is the gate.
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Div {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Div);
+    static V fast(V a, V b) { return a / b; }
+    static i4 accept(i4 quotient) { return finite<T>(quotient); }
+
+    static int edge(T a, T b, T& r) {
+        r = a / b;
+        if (is_nan(a) || is_nan(b)) return VTM_STATUS_OK;
+        if (is_nan(r)) return VTM_STATUS_ERRDOM;
+        if (is_infinite(a) || !is_infinite(r)) return VTM_STATUS_OK;
+        return b == 0 ? VTM_STATUS_SING : VTM_STATUS_OVERFLOW;
+    }
+};
+
+KEF_MAP2(s, Div, HA)
+KEF_MAP2(d, Div, HA)
+
+}  // namespace kef::vm

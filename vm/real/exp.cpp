@@ -1,0 +1,104 @@
+// Exp: r = e^x.
+//
+//   x NaN                        NaN with all bits set
+//   x = +infinity, -infinity     +infinity, +0
+//   x <= zero_below              +0, underflow
+//   x <= subnormal_below         the subnormal result, underflow (also where it
+//                                rounds up to the smallest normal number)
+//   x >= infinite_above          +infinity, overflow
+//
+// Single HA is the double formula, rounded once; LA and EP compute in single
+// precision.
+#include "vm/core/exp_core.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+template <class T> struct ExpBounds;
+template <> struct ExpBounds<double> {
+    static constexpr std::int32_t gate = 0x4086232B;  // |x| < 708.39599609375
+    static constexpr double zero_below = from_bits(UINT64_C(0xC0874910D52D3052));       // ln 2^-1075
+    static constexpr double subnormal_below = from_bits(UINT64_C(0xC086232BDD7ABCD3));  // ln 2^-1022
+    static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));   // ln 2^1024
+    static constexpr double late_scaling_above = from_bits(UINT64_C(0x40862E37E7D8BA72));
+};
+template <> struct ExpBounds<float> {
+    static constexpr std::int32_t gate = 0x42AEAC4F;  // |x| < 87.33654
+    static constexpr float zero_below = from_bits(0xC2CFF1B5u);       // ln 2^-150
+    static constexpr float subnormal_below = from_bits(0xC2AEAC50u);  // ln 2^-126
+    static constexpr float infinite_above = from_bits(0x42B17218u);   // ln 2^128
+};
+
+// exp(x) = 2^k p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
+// relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP); tools/exp.sollya.
+template <class Accuracy>
+f4 exp_single(f4 x) {
+    constexpr float shifter = 0x1.8p23f;
+    constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
+    const f4 sum = x * inverse + shifter;
+    const f4 k = sum - shifter;
+    f4 p;
+    if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
+        const f4 r = (x - k * L1) - k * L2;
+        constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
+                        c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
+        p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * c5))));
+    } else {
+        const f4 r = x - k * from_bits(0x3F317218u);  // ln2
+        constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
+        p = 1.0f + r * (1.0f + r * (c2 + r * c3));
+    }
+    return (f4)((i4)p + ((i4)sum << 23));
+}
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Exp {
+    using V = Vector<T>;
+    using Bounds = ExpBounds<T>;
+    KEF_REPORT_NAME(Exp);
+
+    static i4 inside(i4 h) { return magnitude(h) < Bounds::gate; }
+
+    static V fast(V x) {
+        if constexpr (std::is_same_v<T, double>) return exp_core<Accuracy>(x);
+        else if constexpr (std::is_same_v<Accuracy, HA>) return in_double(x, exp_core<LA>);
+        else return exp_single<Accuracy>(x);
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = Format<T>::ones, VTM_STATUS_OK;
+        if (is_infinite(x)) return r = x > 0 ? x : 0, VTM_STATUS_OK;
+        if (x <= Bounds::zero_below) return r = 0, VTM_STATUS_UNDERFLOW;
+        if (x >= Bounds::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
+        if constexpr (std::is_same_v<T, float>) {
+            // Outside the gate all slots have the range of the double formula.
+            if (!all_lanes(inside(all(std::bit_cast<std::int32_t>(x)))))
+                r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
+            else
+                ordinary(Exp{}, x, r);
+        } else if (x <= Bounds::subnormal_below) {
+            r = exp_core<Accuracy, -1022>(all(x))[0] * 0x1p-1022;
+        } else if (x >= Bounds::late_scaling_above) {
+            r = exp_core<Accuracy, 1>(all(x))[0] * 2.0;
+        } else {
+            ordinary(Exp{}, x, r);
+        }
+        return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Exp, LA)
+KEF_MAP1(s, Exp, HA)
+KEF_MAP1(s, Exp, EP)
+KEF_MAP1(d, Exp, LA)
+KEF_MAP1(d, Exp, HA)
+KEF_MAP1(d, Exp, EP)
+
+}  // namespace kef::vm

@@ -1,0 +1,19 @@
+// Floor: the largest integer not above x. No error conditions, no flags.
+#include "vm/core/rounding.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Floor {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Floor);
+    static constexpr bool exact = true;
+    static V fast(V x) { return floored<T>(x); }
+};
+
+KEF_MAP1(s, Floor, HA)
+KEF_MAP1(d, Floor, HA)
+
+}  // namespace kef::vm

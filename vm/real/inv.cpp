@@ -1,0 +1,31 @@
+// Inv: r = 1 / x, correctly rounded.
+//
+//   x NaN                   NaN
+//   x = +-0                 +-infinity, singularity
+//   |x| < about 2^-1024     +-infinity, overflow (single: 2^-128)
+//
+// The gate is the finite quotient, as for Div.
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Inv {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Inv);
+    static V fast(V x) { return all(T(1)) / x; }
+    static i4 accept(i4 quotient) { return finite<T>(quotient); }
+
+    static int edge(T x, T& r) {
+        r = T(1) / x;
+        if (!is_infinite(r)) return VTM_STATUS_OK;
+        return x == 0 ? VTM_STATUS_SING : VTM_STATUS_OVERFLOW;
+    }
+};
+
+KEF_MAP1(s, Inv, HA)
+KEF_MAP1(d, Inv, HA)
+
+}  // namespace kef::vm

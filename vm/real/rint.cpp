@@ -1,0 +1,19 @@
+// Rint: to the nearest integer, halves to even; raises inexact where x changes.
+// No error conditions.
+#include "vm/core/rounding.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Rint {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Rint);
+    static V fast(V x) { return nearest<T>(x); }
+};
+
+KEF_MAP1(s, Rint, HA)
+KEF_MAP1(d, Rint, HA)
+
+}  // namespace kef::vm

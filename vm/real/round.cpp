@@ -1,0 +1,19 @@
+// Round: to the nearest integer, halves away from zero. No error conditions, no flags.
+#include "vm/core/rounding.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Round {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Round);
+    static constexpr bool exact = true;
+    static V fast(V x) { return rounded<T>(x); }
+};
+
+KEF_MAP1(s, Round, HA)
+KEF_MAP1(d, Round, HA)
+
+}  // namespace kef::vm

@@ -1,0 +1,18 @@
+// Sqr: r = x x, correctly rounded. No error conditions, as for Mul.
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Sqr {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Sqr);
+    static V fast(V x) { return x * x; }
+};
+
+KEF_MAP1(s, Sqr, HA)
+KEF_MAP1(d, Sqr, HA)
+
+}  // namespace kef::vm

@@ -1,0 +1,30 @@
+// Sqrt: correctly rounded square root.
+//
+//   x NaN, x = +infinity    x
+//   x = +-0                 x
+//   x < 0                   invalid NaN, domain error
+//
+// The instruction raises the flags; the gate is a finite root.
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Sqrt {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Sqrt);
+    static V fast(V x) { return square_root(x); }
+    static i4 accept(i4 root) { return finite<T>(root); }
+
+    static int edge(T x, T& r) {
+        ordinary(Sqrt{}, x, r);
+        return x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Sqrt, HA)
+KEF_MAP1(d, Sqrt, HA)
+
+}  // namespace kef::vm

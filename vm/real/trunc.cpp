@@ -1,0 +1,19 @@
+// Trunc: the integer part, towards zero. No error conditions, no flags.
+#include "vm/core/rounding.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class>
+struct Trunc {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Trunc);
+    static constexpr bool exact = true;
+    static V fast(V x) { return truncated<T>(x); }
+};
+
+KEF_MAP1(s, Trunc, HA)
+KEF_MAP1(d, Trunc, HA)
+
+}  // namespace kef::vm

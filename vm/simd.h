@@ -1,0 +1,87 @@
+// Four-lane and two-lane vectors as GCC vector types, so that formulas read as
+// formulas: the arithmetic, bit and comparison operators are the compiler's, on
+// each lane; comparisons give all-ones or zero lanes of the integer type.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include <pmmintrin.h>
+
+namespace kef::vm {
+
+using d2 = double __attribute__((vector_size(16)));
+using f4 = float __attribute__((vector_size(16)));
+using i4 = std::int32_t __attribute__((vector_size(16)));
+using l2 = std::int64_t __attribute__((vector_size(16)));
+
+// The vector of an element type, and its lane count.
+template <class T> struct VectorOf;
+template <> struct VectorOf<double> { using type = d2; };
+template <> struct VectorOf<float> { using type = f4; };
+template <class T> using Vector = typename VectorOf<T>::type;
+
+inline constexpr double from_bits(std::uint64_t bits) { return std::bit_cast<double>(bits); }
+inline constexpr float from_bits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
+inline std::uint64_t to_bits(double x) { return std::bit_cast<std::uint64_t>(x); }
+inline std::uint32_t to_bits(float x) { return std::bit_cast<std::uint32_t>(x); }
+
+// The same value in all lanes.
+inline constexpr d2 all(double x) { return d2{x, x}; }
+inline constexpr f4 all(float x) { return f4{x, x, x, x}; }
+inline constexpr i4 all(std::int32_t x) { return i4{x, x, x, x}; }
+inline constexpr l2 all(std::int64_t x) { return l2{x, x}; }
+
+inline d2 load(const double* p) { return (d2)_mm_loadu_pd(p); }
+inline f4 load(const float* p) { return (f4)_mm_loadu_ps(p); }
+inline void store(double* p, d2 x) { _mm_storeu_pd(p, (__m128d)x); }
+inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
+
+// The leading 32 bits (sign, exponent, top of the significand) of four elements.
+inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
+inline i4 heads(f4 x) { return (i4)x; }
+
+// True in every lane, in any lane of a comparison's result.
+inline bool all_lanes(i4 mask) { return _mm_movemask_epi8((__m128i)mask) == 0xFFFF; }
+inline bool any_lane(i4 mask) { return _mm_movemask_epi8((__m128i)mask) != 0; }
+
+// |x| in the bit pattern's order: magnitude(heads(x)) < heads(bound).
+inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }
+
+// low <= h < high for bit patterns, as unsigned numbers; one comparison.
+inline i4 between(i4 h, std::uint32_t low, std::uint32_t high) {
+    constexpr std::uint32_t bias = 0x80000000u;
+    return (h + static_cast<std::int32_t>(bias - low)) < static_cast<std::int32_t>(high - low + bias);
+}
+
+inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
+inline f4 absolute(f4 x) { return (f4)((i4)x & 0x7FFFFFFF); }
+inline l2 sign_bit(d2 x) { return (l2)x & INT64_MIN; }
+inline i4 sign_bit(f4 x) { return (i4)x & INT32_MIN; }
+
+inline d2 square_root(d2 x) { return (d2)_mm_sqrt_pd((__m128d)x); }
+inline f4 square_root(f4 x) { return (f4)_mm_sqrt_ps((__m128)x); }
+
+// The lanes of `mask` from x, the others from y.
+inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
+inline f4 select(i4 mask, f4 x, f4 y) { return (f4)(((i4)x & mask) | ((i4)y & ~mask)); }
+
+// Four floats as two vectors of doubles and back (rounded to nearest).
+struct d2x2 {
+    d2 low, high;
+};
+inline d2x2 widen(f4 x) {
+    return {(d2)_mm_cvtps_pd((__m128)x), (d2)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x))};
+}
+inline f4 narrow(d2 low, d2 high) {
+    return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
+}
+
+// A single-precision formula computed in double precision.
+template <class Formula>
+inline f4 in_double(f4 x, Formula formula) {
+    const d2x2 wide = widen(x);
+    return narrow(formula(wide.low), formula(wide.high));
+}
+
+}  // namespace kef::vm

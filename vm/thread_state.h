@@ -1,0 +1,33 @@
+// The per-thread state block of vector math.
+#pragma once
+
+#include <cstdint>
+
+#include "kef_vm.h"
+
+namespace kef::vm {
+
+struct ThreadState {
+    std::uint32_t mode;  // 0 means not yet set, unless zero_mode says otherwise
+    std::int32_t status;
+    kef_vtm_error_callback callback;
+    const void* interface_input;  // start of the caller's whole input vector
+    // The mode word was set, to zero: clearing the callback took its last bit.
+    bool zero_mode;
+};
+
+// The calling thread's block, made at its first use. Never fails: where there is
+// no memory the process ends with the fatal memory message.
+ThreadState& thread_state();
+
+// The thread's mode word, read from the environment at first use.
+std::uint32_t mode();
+
+// Stores a mode word as it is, without the field rules of SetMode.
+void store_mode(std::uint32_t mode);
+
+// Parses the value of the start-up environment variable into `mode`; false, with
+// `mode` untouched, where any token is wrong. `text` is NUL-terminated.
+bool parse_mode(const char* text, std::uint32_t& mode);
+
+}  // namespace kef::vm
