@@ -219,6 +219,20 @@ KEF_API void _vtmdExp_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExp_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dExp_ctab[3];
 
+KEF_API void _vtmsLn(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLn_ctab[3];
+
+KEF_API void _vtmdLn(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
+
 KEF_API void _vtmsInv(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_21(int32_t n, const float *a, float *r);

@@ -3,13 +3,15 @@
 //
 //   K::Element             float or double
 //   K::name                the name in error reports
-//   k.inside(h...)         optional gate, from the leading 32 bits of four elements
-//                          of each argument: lanes where the fast formula holds
+//   k.outside(h...)        optional gate, from the leading 32 bits of four elements
+//                          of each argument: lanes that the fast formula must not
+//                          see; one comparison if possible
 //   k.fast(x...)           the formula on a vector of each argument; the result,
 //                          or Two{first, second}
-//   k.accept(h...)         optional gate on the leading bits of what fast gave, for
-//                          formulas that are harmless everywhere; a vector more
-//                          than the kernel has results is for this gate alone
+//   k.refuse(h...)         optional gate on the leading bits of what fast gave, for
+//                          formulas that are harmless everywhere: lanes that need
+//                          the edge; a vector more than the kernel has results is
+//                          for this gate alone
 //   k.edge(x..., r...)     one element outside the gates: the special cases in
 //                          their order, then ordinary(k, x..., r...). Gives the
 //                          status, VTM_STATUS_OK or an error
@@ -110,18 +112,18 @@ template <class K, class T, std::size_t I, std::size_t O>
 template <class K, class T, std::size_t I, class Store>
 inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
     constexpr auto indices = std::make_index_sequence<I>();
-    if constexpr (requires { &K::inside; }) {
-        const i4 inside = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.inside(x[N].head()...);
+    if constexpr (requires { &K::outside; }) {
+        const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return k.outside(x[N].head()...);
         }(indices);
-        if (!all_lanes(inside)) [[unlikely]] return false;
+        if (any_lane(outside)) [[unlikely]] return false;
     }
     const auto y = formula(k, x, indices);
-    if constexpr (requires { &K::accept; }) {
-        const i4 accepted = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.accept(y[N].head()...);
+    if constexpr (requires { &K::refuse; }) {
+        const i4 refused = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return k.refuse(y[N].head()...);
         }(std::make_index_sequence<y.size()>());
-        if (!all_lanes(accepted)) [[unlikely]] return false;
+        if (any_lane(refused)) [[unlikely]] return false;
     }
     store_results(y);
     return true;

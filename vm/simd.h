@@ -41,17 +41,15 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
 
-// True in every lane, in any lane of a comparison's result.
-inline bool all_lanes(i4 mask) { return _mm_movemask_epi8((__m128i)mask) == 0xFFFF; }
-inline bool any_lane(i4 mask) { return _mm_movemask_epi8((__m128i)mask) != 0; }
+inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
 
-// |x| in the bit pattern's order: magnitude(heads(x)) < heads(bound).
+// |x| in the bit pattern's order.
 inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }
 
-// low <= h < high for bit patterns, as unsigned numbers; one comparison.
-inline i4 between(i4 h, std::uint32_t low, std::uint32_t high) {
+// h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
+inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return (h + static_cast<std::int32_t>(bias - low)) < static_cast<std::int32_t>(high - low + bias);
+    return (h + static_cast<std::int32_t>(bias - low)) > static_cast<std::int32_t>(high - low - 1 + bias);
 }
 
 inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
