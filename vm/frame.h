@@ -91,9 +91,10 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
         return k.edge(x[N]..., r[0], r[1]);
 }
 
-// Elements one at a time, with their special results and reports.
+// Elements one at a time, with their special results and reports. The kernel comes
+// by value: where its address never leaves the loop, its fields stay in registers.
 template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline, gnu::cold]] void one_by_one(const K& k, int first, int count,
+[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count,
                                              const std::array<const T*, I>& in,
                                              const std::array<T*, O>& out) {
     for (int i = first; i < first + count; ++i) {
@@ -130,7 +131,7 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_
 }
 
 template <class K, class T, std::size_t I, std::size_t O>
-inline void run(const K& k, int n, const std::array<const T*, I>& in,
+inline void run(const K k, int n, const std::array<const T*, I>& in,
                 const std::array<T*, O>& out) {
     if (n <= 0) return;
     constexpr bool has_edge = requires { &K::edge; };
@@ -182,16 +183,17 @@ inline int ordinary(const K& k, T a, T b, T& r) {
     return VTM_STATUS_OK;
 }
 
+// Flattened: however long a formula, it is part of the loop.
 template <class K, class T>
-void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
+[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
     frame::run<K, T, 1, 1>(k, n, {a}, {r});
 }
 template <class K, class T>
-void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
+[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
     frame::run<K, T, 2, 1>(k, n, {a, b}, {r});
 }
 template <class K, class T>
-void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
+[[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
     frame::run<K, T, 1, 2>(k, n, {a}, {y, z});
 }
 

@@ -41,6 +41,7 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
 
+// A gate's verdict is the sign bit of each lane.
 inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
 
 // |x| in the bit pattern's order.
@@ -59,6 +60,9 @@ inline i4 sign_bit(f4 x) { return (i4)x & INT32_MIN; }
 
 inline d2 square_root(d2 x) { return (d2)_mm_sqrt_pd((__m128d)x); }
 inline f4 square_root(f4 x) { return (f4)_mm_sqrt_ps((__m128)x); }
+
+inline d2 minimum(d2 x, d2 y) { return (d2)_mm_min_pd((__m128d)x, (__m128d)y); }
+inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }

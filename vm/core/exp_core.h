@@ -6,6 +6,7 @@
 // Tables: tools/exp_tables.py.
 #pragma once
 
+#include "vm/core/scaling.h"
 #include "vm/frame.h"
 #include "vm/simd.h"
 
@@ -116,14 +117,10 @@ inline d2 exp_core(d2 x) {
     }
 }
 
-// exp(x) for -746 < x < -708, subnormal: 2^1022 exp(x) < 1 is rounded to the spacing
-// of subnormal numbers, 2^-52 there, by adding 1 with its error, and scaled last.
+// exp(x) for -746 < x < -708, subnormal: in two scalings, 2^1022 exp(x) < 1 first.
 inline double exp_subnormal(double x) {
     const auto e = exp_parts<1022>(all(x));
-    const double high = e.high[0] * e.power[0], low = e.low[0] * e.power[0];
-    const double sum = 1.0 + high;
-    const double rounded = sum + (((1.0 - sum) + high) + low);
-    return (rounded - 1.0) * 0x1p-1022;
+    return round_to_subnormal((e.high * e.power)[0], (e.low * e.power)[0]);
 }
 
 // exp(x) for 709 < x < ln 2^1024, where m may be 1024.
