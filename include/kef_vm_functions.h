@@ -235,6 +235,20 @@ KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
 
+KEF_API void _vtmsHypot(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sHypot_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sHypot_ctab[3];
+
+KEF_API void _vtmdHypot(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dHypot_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dHypot_ctab[3];
+
 KEF_API void _vtmsInv(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_21(int32_t n, const float *a, float *r);

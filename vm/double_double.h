@@ -48,4 +48,13 @@ inline DoubleDouble<V> two_product(V a, V b) {
     return two_product(a, split(a), b, split(b));
 }
 
+// a^2 exactly, as two_product.
+template <class V>
+inline DoubleDouble<V> two_square(V a) {
+    const DoubleDouble<V> halves = split(a);
+    const V square = a * a;
+    const V cross = halves.high * halves.low;
+    return {square, ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
+}
+
 }  // namespace kef::vm

@@ -12,15 +12,16 @@
 //                          formulas that are harmless everywhere: lanes that need
 //                          the edge; a vector more than the kernel has results is
 //                          for this gate alone
-//   k.edge(x..., r...)     one element outside the gates: the special cases in
-//                          their order, then ordinary(k, x..., r...). Gives the
-//                          status, VTM_STATUS_OK or an error
+//   k.edge(x..., r...)     one element that a gate holds back; the special cases in
+//                          their order. Gives the status, VTM_STATUS_OK or an error
 //   K::exact               optional: raises no floating-point flag at all
 //
 // The loop owns the count test, the control register, groups of four, the gates,
 // the rest of fewer than four (computed as a group padded with one of its own
-// elements, so that no lane raises a flag of its own) and the reports. So an
-// element's result does not depend on its place, on n or on alignment.
+// elements, so that no lane raises a flag of its own) and the reports. Where a gate
+// holds a group back, each element of it goes through the gates alone, and only
+// those that are held back then come to the edge. So an element's result does not
+// depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
 #include <array>
@@ -59,12 +60,14 @@ template <> struct Group<double> {
     static Group at(const double* p) { return {load(p), load(p + 2)}; }
     void store_at(double* p) const { store(p, low), store(p + 2, high); }
     i4 head() const { return heads(low, high); }
+    double first() const { return low[0]; }
 };
 template <> struct Group<float> {
     f4 all_four;
     static Group at(const float* p) { return {load(p)}; }
     void store_at(float* p) const { store(p, all_four); }
     i4 head() const { return heads(all_four); }
+    float first() const { return all_four[0]; }
 };
 
 template <class K, class T, std::size_t I, std::size_t... N>
@@ -91,24 +94,6 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
         return k.edge(x[N]..., r[0], r[1]);
 }
 
-// Elements one at a time, with their special results and reports. The kernel comes
-// by value: where its address never leaves the loop, its fields stay in registers.
-template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count,
-                                             const std::array<const T*, I>& in,
-                                             const std::array<T*, O>& out) {
-    for (int i = first; i < first + count; ++i) {
-        std::array<T, I> x;
-        std::array<T, O> r;
-        for (std::size_t j = 0; j < I; ++j) x[j] = in[j][i];
-        const int status = edge(k, x, r, std::make_index_sequence<I>());
-        for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
-        if (status != VTM_STATUS_OK)
-            handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
-                                         &out[O - 1][i]});
-    }
-}
-
 // Computes one group; false where a gate refuses it.
 template <class K, class T, std::size_t I, class Store>
 inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
@@ -128,6 +113,33 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_
     }
     store_results(y);
     return true;
+}
+
+// Elements one at a time, with their special results and reports. The kernel comes
+// by value: where its address never leaves the loop, its fields stay in registers.
+template <class K, class T, std::size_t I, std::size_t O>
+[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count,
+                                             const std::array<const T*, I>& in,
+                                             const std::array<T*, O>& out) {
+    for (int i = first; i < first + count; ++i) {
+        std::array<T, I> x;
+        std::array<Group<T>, I> same;
+        for (std::size_t j = 0; j < I; ++j) {
+            x[j] = in[j][i];
+            const T four[group] = {x[j], x[j], x[j], x[j]};
+            same[j] = Group<T>::at(four);
+        }
+        const bool done = try_group(k, same, [&](const auto& y) {
+            for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
+        });
+        if (done) continue;
+        std::array<T, O> r;
+        const int status = edge(k, x, r, std::make_index_sequence<I>());
+        for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
+        if (status != VTM_STATUS_OK)
+            handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
+                                         &out[O - 1][i]});
+    }
 }
 
 template <class K, class T, std::size_t I, std::size_t O>
@@ -170,18 +182,6 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
 }
 
 }  // namespace frame
-
-// The kernel's own formula on one element, for the last line of an edge.
-template <class K, class T>
-inline int ordinary(const K& k, T x, T& r) {
-    r = k.fast(all(x))[0];
-    return VTM_STATUS_OK;
-}
-template <class K, class T>
-inline int ordinary(const K& k, T a, T b, T& r) {
-    r = k.fast(all(a), all(b))[0];
-    return VTM_STATUS_OK;
-}
 
 // Flattened: however long a formula, it is part of the loop.
 template <class K, class T>

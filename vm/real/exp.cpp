@@ -78,19 +78,12 @@ struct Exp {
         if (is_infinite(x)) return r = x > 0 ? x : 0, VTM_STATUS_OK;
         if (x <= Bounds::zero_below) return r = 0, VTM_STATUS_UNDERFLOW;
         if (x >= Bounds::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
-        if constexpr (std::is_same_v<T, float>) {
-            // Outside the gate all slots have the range of the double formula.
-            if (any_lane(outside(all(std::bit_cast<std::int32_t>(x)))))
-                r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
-            else
-                ordinary(Exp{}, x, r);
-        } else if (x <= Bounds::subnormal_below) {
+        if constexpr (std::is_same_v<T, float>)
+            r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
+        else if (x <= Bounds::subnormal_below)
             r = exp_subnormal(x);
-        } else if (x >= Bounds::late_scaling_above) {
-            r = exp_large(x);
-        } else {
-            ordinary(Exp{}, x, r);
-        }
+        else
+            r = x >= Bounds::late_scaling_above ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
         return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };

@@ -100,7 +100,6 @@ struct Ln {
         if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
         if (x == 0) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < 0) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
-        if (x >= Format<T>::smallest_normal) return ordinary(Ln{}, x, r);
         if constexpr (std::is_same_v<T, double>)
             r = log_core<Accuracy>(all(x * 0x1p54), -54)[0];
         else

@@ -19,7 +19,7 @@ struct Sqrt {
     static i4 refuse(i4 root) { return not_finite<T>(root); }
 
     static int edge(T x, T& r) {
-        ordinary(Sqrt{}, x, r);
+        r = square_root(all(x))[0];
         return x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };
