@@ -67,6 +67,20 @@ KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
 
+KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan_ctab[3];
+
+KEF_API void _vtmdAtan(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan_ctab[3];
+
 KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);
@@ -122,6 +136,20 @@ KEF_API void _vtmdDiv_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdDiv_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dDiv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dDiv_ctab[3];
+
+KEF_API void _vtmsAtan2(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan2_ctab[3];
+
+KEF_API void _vtmdAtan2(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
 
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);

@@ -35,6 +35,10 @@ template <class T> inline bool is_nan(T x) { return x != x; }
 template <class T> inline bool is_infinite(T x) {
     return x == Format<T>::infinity || x == -Format<T>::infinity;
 }
+// By bits: raises no flag for a signalling NaN or for infinity minus itself.
+template <class T> inline bool is_finite(T x) {
+    return (to_bits(x) << 1) < (to_bits(Format<T>::infinity) << 1);
+}
 
 // A NaN argument as result: the same payload, quiet.
 template <class T> inline T quiet(T nan) { return nan + nan; }
