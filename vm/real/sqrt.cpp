@@ -20,7 +20,8 @@ struct Sqrt {
 
     static int edge(T x, T& r) {
         r = square_root(all(x))[0];
-        return x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
+        // Comparing a quiet NaN would raise invalid.
+        return !is_nan(x) && x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };
 
