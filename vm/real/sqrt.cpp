@@ -20,6 +20,7 @@ struct Sqrt {
 
     static int edge(T x, T& r) {
         r = square_root(all(x))[0];
+        // Comparing a quiet NaN would raise invalid.
         return !is_nan(x) && x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };
