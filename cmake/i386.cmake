@@ -1,6 +1,7 @@
 # 32-bit System V ABI on an x86-64 host, with its own multilib compiler.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
-set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -msse2 -mfpmath=sse")
-set(CMAKE_CXX_FLAGS_INIT "-m32 -march=i686 -msse2 -mfpmath=sse")
+# -march alone would tune for that processor, with unaligned loads in halves.
+set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
+set(CMAKE_CXX_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
 set(CMAKE_CROSSCOMPILING_EMULATOR "")

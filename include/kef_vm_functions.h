@@ -32,6 +32,8 @@ typedef void (*kef_vtm_s_map1)(int32_t n, const float *a, float *r);
 typedef void (*kef_vtm_d_map1)(int32_t n, const double *a, double *r);
 typedef void (*kef_vtm_s_map2)(int32_t n, const float *a, const float *b, float *r);
 typedef void (*kef_vtm_d_map2)(int32_t n, const double *a, const double *b, double *r);
+typedef void (*kef_vtm_s_linear_frac)(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
+typedef void (*kef_vtm_d_linear_frac)(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
 typedef void (*kef_vtm_s_map1x2)(int32_t n, const float *a, float *y, float *z);
 typedef void (*kef_vtm_d_map1x2)(int32_t n, const double *a, double *y, double *z);
 typedef void (*kef_vtm_s_pack_i)(int64_t n, const float *a, int64_t inca, float *y, int32_t width);
@@ -219,6 +221,34 @@ KEF_API void _vtmdExp_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExp_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dExp_ctab[3];
 
+KEF_API void _vtmsLn(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLn_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLn_ctab[3];
+
+KEF_API void _vtmdLn(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
+
+KEF_API void _vtmsHypot(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsHypot_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sHypot_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sHypot_ctab[3];
+
+KEF_API void _vtmdHypot(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdHypot_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dHypot_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dHypot_ctab[3];
+
 KEF_API void _vtmsInv(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsInv_21(int32_t n, const float *a, float *r);
@@ -246,6 +276,20 @@ KEF_API void _vtmdSqr_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdSqr_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSqr_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSqr_ctab[3];
+
+KEF_API void _vtmsLinearFrac(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
+KEF_API void _vtmsLinearFrac_HA(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
+KEF_API void _vtmsLinearFrac_21(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
+KEF_API void _vtmsLinearFrac_11(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
+extern KEF_API kef_vtm_s_linear_frac kef_vtm_kernel_sLinearFrac_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLinearFrac_ctab[3];
+
+KEF_API void _vtmdLinearFrac(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
+KEF_API void _vtmdLinearFrac_HA(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
+KEF_API void _vtmdLinearFrac_50(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
+KEF_API void _vtmdLinearFrac_26(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
+extern KEF_API kef_vtm_d_linear_frac kef_vtm_kernel_dLinearFrac_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLinearFrac_ctab[3];
 
 KEF_API void _vtmsModf(int32_t n, const float *a, float *y, float *z);
 KEF_API void _vtmsModf_HA(int32_t n, const float *a, float *y, float *z);

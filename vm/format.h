@@ -39,9 +39,9 @@ template <class T> inline bool is_infinite(T x) {
 // A NaN argument as result: the same payload, quiet.
 template <class T> inline T quiet(T nan) { return nan + nan; }
 
-// Lanes that are neither infinite nor NaN.
-template <class T> inline i4 finite(i4 heads) {
-    return magnitude(heads) < static_cast<std::int32_t>(Format<T>::infinity_head);
+// Lanes that are infinite or NaN.
+template <class T> inline i4 not_finite(i4 heads) {
+    return magnitude(heads) >= static_cast<std::int32_t>(Format<T>::infinity_head);
 }
 
 // The function's name in reports, by element type.

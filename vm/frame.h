@@ -3,22 +3,25 @@
 //
 //   K::Element             float or double
 //   K::name                the name in error reports
-//   k.inside(h...)         optional gate, from the leading 32 bits of four elements
-//                          of each argument: lanes where the fast formula holds
+//   k.outside(h...)        optional gate, from the leading 32 bits of four elements
+//                          of each argument: lanes that the fast formula must not
+//                          see; one comparison if possible
 //   k.fast(x...)           the formula on a vector of each argument; the result,
 //                          or Two{first, second}
-//   k.accept(h...)         optional gate on the leading bits of what fast gave, for
-//                          formulas that are harmless everywhere; a vector more
-//                          than the kernel has results is for this gate alone
-//   k.edge(x..., r...)     one element outside the gates: the special cases in
-//                          their order, then ordinary(k, x..., r...). Gives the
-//                          status, VTM_STATUS_OK or an error
+//   k.refuse(h...)         optional gate on the leading bits of what fast gave, for
+//                          formulas that are harmless everywhere: lanes that need
+//                          the edge; a vector more than the kernel has results is
+//                          for this gate alone
+//   k.edge(x..., r...)     one element that a gate holds back; the special cases in
+//                          their order. Gives the status, VTM_STATUS_OK or an error
 //   K::exact               optional: raises no floating-point flag at all
 //
 // The loop owns the count test, the control register, groups of four, the gates,
 // the rest of fewer than four (computed as a group padded with one of its own
-// elements, so that no lane raises a flag of its own) and the reports. So an
-// element's result does not depend on its place, on n or on alignment.
+// elements, so that no lane raises a flag of its own) and the reports. Where a gate
+// holds a group back, each element of it goes through the gates alone, and only
+// those that are held back then come to the edge. So an element's result does not
+// depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
 #include <array>
@@ -57,12 +60,14 @@ template <> struct Group<double> {
     static Group at(const double* p) { return {load(p), load(p + 2)}; }
     void store_at(double* p) const { store(p, low), store(p + 2, high); }
     i4 head() const { return heads(low, high); }
+    double first() const { return low[0]; }
 };
 template <> struct Group<float> {
     f4 all_four;
     static Group at(const float* p) { return {load(p)}; }
     void store_at(float* p) const { store(p, all_four); }
     i4 head() const { return heads(all_four); }
+    float first() const { return all_four[0]; }
 };
 
 template <class K, class T, std::size_t I, std::size_t... N>
@@ -89,15 +94,50 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
         return k.edge(x[N]..., r[0], r[1]);
 }
 
-// Elements one at a time, with their special results and reports.
+// The verdicts of the optional gates.
+template <class K, class Vectors, std::size_t... N>
+inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) {
+    if constexpr (requires { k.outside(x[N].head()...); })
+        return any_lane(k.outside(x[N].head()...));
+    return false;
+}
+template <class K, class Vectors, std::size_t... N>
+inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) {
+    if constexpr (requires { k.refuse(y[N].head()...); })
+        return any_lane(k.refuse(y[N].head()...));
+    return false;
+}
+
+// Computes one group; false where a gate holds it back.
+template <class K, class T, std::size_t I, class Store>
+inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
+    constexpr auto indices = std::make_index_sequence<I>();
+    if (is_outside(k, x, indices)) [[unlikely]] return false;
+    const auto y = formula(k, x, indices);
+    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]] return false;
+    store_results(y);
+    return true;
+}
+
+// Elements one at a time, with their special results and reports. The kernel comes
+// by value: where its address never leaves the loop, its fields stay in registers.
 template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline, gnu::cold]] void one_by_one(const K& k, int first, int count,
+[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count,
                                              const std::array<const T*, I>& in,
                                              const std::array<T*, O>& out) {
     for (int i = first; i < first + count; ++i) {
         std::array<T, I> x;
+        std::array<Group<T>, I> same;
+        for (std::size_t j = 0; j < I; ++j) {
+            x[j] = in[j][i];
+            const T four[group] = {x[j], x[j], x[j], x[j]};
+            same[j] = Group<T>::at(four);
+        }
+        const bool done = try_group(k, same, [&](const auto& y) {
+            for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
+        });
+        if (done) continue;
         std::array<T, O> r;
-        for (std::size_t j = 0; j < I; ++j) x[j] = in[j][i];
         const int status = edge(k, x, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
         if (status != VTM_STATUS_OK)
@@ -106,29 +146,8 @@ template <class K, class T, std::size_t I, std::size_t O>
     }
 }
 
-// Computes one group; false where a gate refuses it.
-template <class K, class T, std::size_t I, class Store>
-inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
-    constexpr auto indices = std::make_index_sequence<I>();
-    if constexpr (requires { &K::inside; }) {
-        const i4 inside = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.inside(x[N].head()...);
-        }(indices);
-        if (!all_lanes(inside)) [[unlikely]] return false;
-    }
-    const auto y = formula(k, x, indices);
-    if constexpr (requires { &K::accept; }) {
-        const i4 accepted = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.accept(y[N].head()...);
-        }(std::make_index_sequence<y.size()>());
-        if (!all_lanes(accepted)) [[unlikely]] return false;
-    }
-    store_results(y);
-    return true;
-}
-
 template <class K, class T, std::size_t I, std::size_t O>
-inline void run(const K& k, int n, const std::array<const T*, I>& in,
+inline void run(const K k, int n, const std::array<const T*, I>& in,
                 const std::array<T*, O>& out) {
     if (n <= 0) return;
     constexpr bool has_edge = requires { &K::edge; };
@@ -168,28 +187,17 @@ inline void run(const K& k, int n, const std::array<const T*, I>& in,
 
 }  // namespace frame
 
-// The kernel's own formula on one element, for the last line of an edge.
+// Flattened: however long a formula, it is part of the loop.
 template <class K, class T>
-inline int ordinary(const K& k, T x, T& r) {
-    r = k.fast(all(x))[0];
-    return VTM_STATUS_OK;
-}
-template <class K, class T>
-inline int ordinary(const K& k, T a, T b, T& r) {
-    r = k.fast(all(a), all(b))[0];
-    return VTM_STATUS_OK;
-}
-
-template <class K, class T>
-void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
+[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
     frame::run<K, T, 1, 1>(k, n, {a}, {r});
 }
 template <class K, class T>
-void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
+[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
     frame::run<K, T, 2, 1>(k, n, {a, b}, {r});
 }
 template <class K, class T>
-void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
+[[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
     frame::run<K, T, 1, 2>(k, n, {a}, {y, z});
 }
 

@@ -41,17 +41,16 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
 
-// True in every lane, in any lane of a comparison's result.
-inline bool all_lanes(i4 mask) { return _mm_movemask_epi8((__m128i)mask) == 0xFFFF; }
-inline bool any_lane(i4 mask) { return _mm_movemask_epi8((__m128i)mask) != 0; }
+// A gate's verdict is the sign bit of each lane.
+inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
 
-// |x| in the bit pattern's order: magnitude(heads(x)) < heads(bound).
+// |x| in the bit pattern's order.
 inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }
 
-// low <= h < high for bit patterns, as unsigned numbers; one comparison.
-inline i4 between(i4 h, std::uint32_t low, std::uint32_t high) {
+// h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
+inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return (h + static_cast<std::int32_t>(bias - low)) < static_cast<std::int32_t>(high - low + bias);
+    return (h + static_cast<std::int32_t>(bias - low)) > static_cast<std::int32_t>(high - low - 1 + bias);
 }
 
 inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
@@ -61,6 +60,9 @@ inline i4 sign_bit(f4 x) { return (i4)x & INT32_MIN; }
 
 inline d2 square_root(d2 x) { return (d2)_mm_sqrt_pd((__m128d)x); }
 inline f4 square_root(f4 x) { return (f4)_mm_sqrt_ps((__m128)x); }
+
+inline d2 minimum(d2 x, d2 y) { return (d2)_mm_min_pd((__m128d)x, (__m128d)y); }
+inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
@@ -75,6 +77,20 @@ inline d2x2 widen(f4 x) {
 }
 inline f4 narrow(d2 low, d2 high) {
     return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
+}
+
+// Lanes where a double lies exactly half-way between two floats of the normal range.
+inline i4 midpoints(d2 low, d2 high) {
+    const i4 tails = __builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) & 0x1FFFFFFF;
+    return tails == 0x10000000;
+}
+
+// high + low rounded to single precision, where high is the sum rounded to double:
+// at a midpoint `low` decides.
+inline float narrow(double high, double low) {
+    const bool midpoint = (to_bits(high) & 0x1FFFFFFF) == 0x10000000;
+    if (midpoint && low != 0) high = from_bits(to_bits(high) + ((low > 0) == (high > 0) ? 1 : -1));
+    return static_cast<float>(high);
 }
 
 // A single-precision formula computed in double precision.

@@ -6,6 +6,7 @@
 // Tables: tools/exp_tables.py.
 #pragma once
 
+#include "vm/core/scaling.h"
 #include "vm/frame.h"
 #include "vm/simd.h"
 
@@ -54,42 +55,78 @@ template <> struct ExpConstants<EP> {
     static constexpr double L = from_bits(UINT64_C(0x3F762E42FEFA39EF));
 };
 
-// exp(x) 2^-shift without overflow or underflow in between, for |x| < 746 and
-// shifts that bring the result into the normal range.
+// x reduced: r, the table index of each lane, and 2^(m + shift) as bits.
+struct ExpReduced {
+    d2 r;
+    int j0, j1;
+    l2 power;
+};
+
+// For |x| < 746 and shifts that keep m + shift an exponent of normal numbers. The
+// exponent's bias is part of the shifter: k + (1023 + shift) N lies in the low bits
+// of the sum, and what is above the exponent field falls off the top.
 template <class Accuracy, int shift = 0>
-inline d2 exp_core(d2 x) {
+inline ExpReduced exp_reduce(d2 x) {
     using C = ExpConstants<Accuracy>;
     constexpr int size = 1 << C::log2_size;
-    const d2 sum = x * C::inverse + shifter52;
-    const d2 kd = sum - shifter52;
-    const l2 k = (l2)sum;
-    // 2^(m - shift) in the exponent field; bits above it fall off the top.
-    const l2 biased = ((k + std::int64_t{(1023 - shift) * size}) << (52 - C::log2_size)) &
-                      INT64_C(0x7FF0000000000000);
-    const int j0 = _mm_extract_epi16((__m128i)k, 0) & (size - 1);
-    const int j1 = _mm_extract_epi16((__m128i)k, 4) & (size - 1);
+    constexpr double shifter = shifter52 + (1023 + shift) * size;
+    const d2 sum = x * C::inverse + shifter;
+    const d2 k = sum - shifter;
+    d2 r;
+    if constexpr (std::is_same_v<Accuracy, EP>) r = x - k * C::L;
+    else r = (x - k * C::L1) - k * C::L2;
+    return {r, _mm_extract_epi16((__m128i)sum, 0) & (size - 1),
+            _mm_extract_epi16((__m128i)sum, 4) & (size - 1),
+            ((l2)sum << (52 - C::log2_size)) & INT64_C(0x7FF0000000000000)};
+}
 
+// exp(x) = (high + low) 2^m: high from the table, |low| < 0.011.
+struct ExpParts {
+    d2 high, low, power;
+};
+template <int shift = 0>
+inline ExpParts exp_parts(d2 x) {
+    using C = ExpConstants<HA>;
+    const ExpReduced reduced = exp_reduce<HA, shift>(x);
+    const d2 r = reduced.r;
+    const d2 p = r + r * r * (C::c2 + r * (C::c3 + r * (C::c4 + r * C::c5)));
+    const d2 e0 = (d2)_mm_load_pd(&exp64_table[reduced.j0].high);
+    const d2 e1 = (d2)_mm_load_pd(&exp64_table[reduced.j1].high);
+    const d2 T = __builtin_shufflevector(e0, e1, 0, 2);
+    const d2 t = __builtin_shufflevector(e0, e1, 1, 3);
+    return {T, t + (T + t) * p, (d2)reduced.power};
+}
+
+// exp(x) where it and its power of two are normal numbers.
+template <class Accuracy>
+inline d2 exp_core(d2 x) {
+    using C = ExpConstants<Accuracy>;
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const d2 r = (x - kd * C::L1) - kd * C::L2;
-        const d2 p = r + r * r * (C::c2 + r * (C::c3 + r * (C::c4 + r * C::c5)));
-        const d2 e0 = (d2)_mm_load_pd(&exp64_table[j0].high);
-        const d2 e1 = (d2)_mm_load_pd(&exp64_table[j1].high);
-        const d2 T = __builtin_shufflevector(e0, e1, 0, 2);
-        const d2 t = __builtin_shufflevector(e0, e1, 1, 3);
-        return (T + (t + (T + t) * p)) * (d2)biased;
+        const auto e = exp_parts(x);
+        return (e.high + e.low) * e.power;
     } else {
-        const __m128i f0 = _mm_loadl_epi64((const __m128i*)&exp128_table[j0]);
-        const __m128i f1 = _mm_loadl_epi64((const __m128i*)&exp128_table[j1]);
-        const d2 scale = (d2)((l2)_mm_unpacklo_epi64(f0, f1) | biased);
-        if constexpr (std::is_same_v<Accuracy, LA>) {
-            const d2 r = (x - kd * C::L1) - kd * C::L2;
-            const d2 p = r + r * r * (C::c2 + r * (C::c3 + r * C::c4));
-            return scale + scale * p;
-        } else {
-            const d2 r = x - kd * C::L;
+        const ExpReduced reduced = exp_reduce<Accuracy>(x);
+        const d2 r = reduced.r;
+        const __m128d fraction = _mm_load_sd((const double*)&exp128_table[reduced.j0]);
+        const __m128d fractions = _mm_loadh_pd(fraction, (const double*)&exp128_table[reduced.j1]);
+        const d2 scale = (d2)((l2)fractions | reduced.power);
+        if constexpr (std::is_same_v<Accuracy, LA>)
+            return scale + scale * (r + r * r * (C::c2 + r * (C::c3 + r * C::c4)));
+        else
             return scale * (1.0 + (r + r * r * 0.5));
-        }
     }
+}
+
+// exp(x) for -746 < x < -708, subnormal: in two scalings, 2^1022 exp(x) < 1 first.
+inline double exp_subnormal(double x) {
+    const auto e = exp_parts<1022>(all(x));
+    return round_to_subnormal((e.high * e.power)[0], (e.low * e.power)[0]);
+}
+
+// exp(x) for 709 < x < ln 2^1024, where m may be 1024.
+inline double exp_large(double x) {
+    const auto e = exp_parts<-1>(all(x));
+    return ((e.high + e.low) * e.power)[0] * 2.0;
 }
 
 }  // namespace kef::vm

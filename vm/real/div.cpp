@@ -19,7 +19,7 @@ struct Div {
     using V = Vector<T>;
     KEF_REPORT_NAME(Div);
     static V fast(V a, V b) { return a / b; }
-    static i4 accept(i4 quotient) { return finite<T>(quotient); }
+    static i4 refuse(i4 quotient) { return not_finite<T>(quotient); }
 
     static int edge(T a, T b, T& r) {
         r = a / b;

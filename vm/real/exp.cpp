@@ -7,8 +7,9 @@
 //                                rounds up to the smallest normal number)
 //   x >= infinite_above          +infinity, overflow
 //
-// Single HA is the double formula, rounded once; LA and EP compute in single
-// precision.
+// Single HA is the double formula of LA, rounded once, which is correct for every
+// argument (docs/accuracy.md); LA and EP compute in single precision. Outside the
+// gate every slot uses the more accurate double formula.
 #include "vm/core/exp_core.h"
 #include "vm/format.h"
 #include "vm/frame.h"
@@ -64,7 +65,7 @@ struct Exp {
     using Bounds = ExpBounds<T>;
     KEF_REPORT_NAME(Exp);
 
-    static i4 inside(i4 h) { return magnitude(h) < Bounds::gate; }
+    static i4 outside(i4 h) { return magnitude(h) >= Bounds::gate; }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<T, double>) return exp_core<Accuracy>(x);
@@ -77,19 +78,12 @@ struct Exp {
         if (is_infinite(x)) return r = x > 0 ? x : 0, VTM_STATUS_OK;
         if (x <= Bounds::zero_below) return r = 0, VTM_STATUS_UNDERFLOW;
         if (x >= Bounds::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
-        if constexpr (std::is_same_v<T, float>) {
-            // Outside the gate all slots have the range of the double formula.
-            if (!all_lanes(inside(all(std::bit_cast<std::int32_t>(x)))))
-                r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
-            else
-                ordinary(Exp{}, x, r);
-        } else if (x <= Bounds::subnormal_below) {
-            r = exp_core<Accuracy, -1022>(all(x))[0] * 0x1p-1022;
-        } else if (x >= Bounds::late_scaling_above) {
-            r = exp_core<Accuracy, 1>(all(x))[0] * 2.0;
-        } else {
-            ordinary(Exp{}, x, r);
-        }
+        if constexpr (std::is_same_v<T, float>)
+            r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
+        else if (x <= Bounds::subnormal_below)
+            r = exp_subnormal(x);
+        else
+            r = x >= Bounds::late_scaling_above ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
         return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };

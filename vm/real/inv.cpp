@@ -16,7 +16,7 @@ struct Inv {
     using V = Vector<T>;
     KEF_REPORT_NAME(Inv);
     static V fast(V x) { return all(T(1)) / x; }
-    static i4 accept(i4 quotient) { return finite<T>(quotient); }
+    static i4 refuse(i4 quotient) { return not_finite<T>(quotient); }
 
     static int edge(T x, T& r) {
         r = T(1) / x;

@@ -12,7 +12,7 @@ struct Modf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Modf);
     static constexpr bool exact = true;
-    static i4 inside(i4 h) { return finite<T>(h); }
+    static i4 outside(i4 h) { return not_finite<T>(h); }
     static Two<V> fast(V x) {
         const V integer = truncated<T>(x);
         return {integer, with_sign(x - integer, x)};

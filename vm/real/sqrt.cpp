@@ -16,10 +16,10 @@ struct Sqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqrt);
     static V fast(V x) { return square_root(x); }
-    static i4 accept(i4 root) { return finite<T>(root); }
+    static i4 refuse(i4 root) { return not_finite<T>(root); }
 
     static int edge(T x, T& r) {
-        ordinary(Sqrt{}, x, r);
+        r = square_root(all(x))[0];
         return x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };

@@ -1,0 +1,12 @@
+#include "vm/core/log_core.h"
+
+namespace kef::vm {
+
+constinit const LogEntry log128_table[128] = {
+#define KEF_LOG128(inverse, high, low, rounded)                     \
+    {from_bits(UINT64_C(inverse)), from_bits(UINT64_C(high)), from_bits(UINT64_C(low)), \
+     from_bits(UINT64_C(rounded))},
+#include "vm/tables/log128.inc"
+};
+
+}  // namespace kef::vm
