@@ -15,6 +15,7 @@ template <class T, class>
 struct Sqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqrt);
+    static constexpr bool arithmetic = true;
     static V fast(V x) { return square_root(x); }
     static i4 refuse(i4 root) { return not_finite<T>(root); }
 
