@@ -18,8 +18,8 @@ static int refuse(kef_vtm_error_record *record) {
     return 1;
 }
 
-/* The logarithms of the differences from the first measurement: the first one is
- * ln 0, and measurements have both signs of the others. */
+/* The logarithms of the differences from the first measurement: real arguments of
+ * every kind, among them zeros and negative numbers. */
 static bool show_callback(const struct session *session) {
     const int32_t n = session->count, start = n / 2;
     double *d = allocate((size_t)n, sizeof *d), *r = allocate((size_t)n, sizeof *r);
@@ -37,7 +37,7 @@ static bool show_callback(const struct session *session) {
     }
     if (log->count > KEPT_ERRORS) printf("      ... and %d more\n", log->count - KEPT_ERRORS);
 
-    /* The second half alone. Its first element made ln 0. */
+    /* The second half alone, its first element made ln 0. */
     d[start] = 0;
     watch_errors();
     _vtmdLn(n - start, d + start, r + start);

@@ -37,7 +37,7 @@ bool threads_chapter(const struct session *session) {
         const bool same = memcmp(alone, divided, (size_t)n * f->size) == 0;
         equal = equal && same;
         printf("   %-9s %6.2f   %13d   %14.2f   %11.2f   %s\n", f->name,
-               (double)f->cost[current_slot()], pieces_for(f, n), 1e3 * time_alone,
+               (double)f->cost(current_slot()), pieces_for(f, n), 1e3 * time_alone,
                1e3 * time_divided, same ? "the same bits" : "DIFFERENT");
         free(a), free(b), free(alone), free(divided);
     }

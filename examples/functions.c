@@ -12,7 +12,8 @@
 #define TAKE_x(T, first, second) const T x = first
 #define TAKE_ab(T, first, second) const T a = first, b = second
 
-/* What a line becomes for one type: four small functions, then a row. */
+/* What a line becomes for one type: five small functions, then a row. The tables
+ * are read in functions, as the address of imported data is no constant everywhere. */
 #define DEFINE(t, T, name, arguments, take, outputs, f, g)                                  \
     static void call_##t##name(int slot, int32_t n, const void *u, const void *v, void *y,  \
                                void *z) {                                                   \
@@ -22,6 +23,7 @@
     static void (*kernel_##t##name(int slot))(void) {                                       \
         return (void (*)(void))kef_vtm_kernel_##t##name##_ttab[slot];                       \
     }                                                                                       \
+    static float cost_##t##name(int slot) { return kef_vtm_kernel_##t##name##_ctab[slot]; } \
     static void loop_##t##name(int32_t n, const void *u, const void *v, void *y, void *z) { \
         const T *first = u, *second = v;                                                    \
         T *result = y, *result2 = z;                                                        \
@@ -58,7 +60,7 @@
      high,                                          \
      call_##t##name,                                \
      kernel_##t##name,                              \
-     kef_vtm_kernel_##t##name##_ctab,               \
+     cost_##t##name,                                \
      loop_##t##name,                                \
      reference_##t##name},
 #define ROWS(...) ROW(s, float, __VA_ARGS__) ROW(d, double, __VA_ARGS__)

@@ -25,7 +25,7 @@ struct function {
     void (*call)(int slot, int32_t n, const void *a, const void *b, void *y, void *z);
     /* The kernel's address, to see which slots share one. */
     void (*(*kernel)(int slot))(void);
-    const float *cost; /* the cost table */
+    float (*cost)(int slot); /* from the cost table */
 
     /* The same as a loop over the C library, and as a long double; NaN when the
      * C library has no such function. */

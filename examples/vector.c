@@ -73,7 +73,7 @@ void restore_mode(uint32_t mode) {
 }
 
 int pieces_for(const struct function *function, int32_t n) {
-    const float cost = function->cost[current_slot()];
+    const float cost = function->cost(current_slot());
     if (cost == data_movement) return 1;
     const double worth = cost * (double)n / worth_a_thread;
     return worth < 1 ? 1 : worth < MOST_PIECES ? (int)worth : MOST_PIECES;
