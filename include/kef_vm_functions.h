@@ -235,6 +235,20 @@ KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
 
+KEF_API void _vtmsExpm1(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sExpm1_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sExpm1_ctab[3];
+
+KEF_API void _vtmdExpm1(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExpm1_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dExpm1_ctab[3];
+
 KEF_API void _vtmsHypot(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsHypot_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsHypot_21(int32_t n, const float *a, const float *b, float *r);
