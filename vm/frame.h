@@ -94,23 +94,27 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
         return k.edge(x[N]..., r[0], r[1]);
 }
 
-// Computes one group; false where a gate refuses it.
+// The verdicts of the optional gates.
+template <class K, class Vectors, std::size_t... N>
+inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) {
+    if constexpr (requires { k.outside(x[N].head()...); })
+        return any_lane(k.outside(x[N].head()...));
+    return false;
+}
+template <class K, class Vectors, std::size_t... N>
+inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) {
+    if constexpr (requires { k.refuse(y[N].head()...); })
+        return any_lane(k.refuse(y[N].head()...));
+    return false;
+}
+
+// Computes one group; false where a gate holds it back.
 template <class K, class T, std::size_t I, class Store>
 inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
     constexpr auto indices = std::make_index_sequence<I>();
-    if constexpr (requires { &K::outside; }) {
-        const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.outside(x[N].head()...);
-        }(indices);
-        if (any_lane(outside)) [[unlikely]] return false;
-    }
+    if (is_outside(k, x, indices)) [[unlikely]] return false;
     const auto y = formula(k, x, indices);
-    if constexpr (requires { &K::refuse; }) {
-        const i4 refused = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.refuse(y[N].head()...);
-        }(std::make_index_sequence<y.size()>());
-        if (any_lane(refused)) [[unlikely]] return false;
-    }
+    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]] return false;
     store_results(y);
     return true;
 }

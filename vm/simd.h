@@ -81,6 +81,20 @@ inline f4 narrow(d2 low, d2 high) {
     return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
 }
 
+// Lanes where a double lies exactly half-way between two floats of the normal range.
+inline i4 midpoints(d2 low, d2 high) {
+    const i4 tails = __builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) & 0x1FFFFFFF;
+    return tails == 0x10000000;
+}
+
+// high + low rounded to single precision, where high is the sum rounded to double:
+// at a midpoint `low` decides.
+inline float narrow(double high, double low) {
+    const bool midpoint = (to_bits(high) & 0x1FFFFFFF) == 0x10000000;
+    if (midpoint && low != 0) high = from_bits(to_bits(high) + ((low > 0) == (high > 0) ? 1 : -1));
+    return static_cast<float>(high);
+}
+
 // A single-precision formula computed in double precision.
 template <class Formula>
 inline f4 in_double(f4 x, Formula formula) {

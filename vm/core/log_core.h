@@ -8,6 +8,7 @@
 // Table: tools/log_tables.py; polynomials: tools/log.sollya.
 #pragma once
 
+#include "vm/double_double.h"
 #include "vm/frame.h"
 #include "vm/simd.h"
 
@@ -54,40 +55,48 @@ inline LogReduced log_reduce(d2 x) {
     return {z, (d2)_mm_cvtepi32_pd((__m128i)exponents), &log128_table[j0], &log128_table[j1]};
 }
 
-// HA: relative error below 0.02 ulp before the last rounding. EP: below 2^-27.
-// `shift` is added to k: for arguments that were scaled by 2^-shift.
+// ln x as an unevaluated sum, |low| < 2^-8 |high| or both 0; relative error below
+// 0.005 ulp. `shift` is added to k: for arguments that were scaled by 2^-shift.
+inline DoubleDouble<d2> log_parts(d2 x, double shift = 0) {
+    using namespace log_constants;
+    const LogReduced reduced = log_reduce(x);
+    const d2 z = reduced.z, k = reduced.k + shift;
+    const d2 inverse = log_field(reduced, &LogEntry::inverse);
+    // z/c - 1 = r + e exactly: the leading 32 bits of z times 24 bits are exact.
+    const d2 z_high = (d2)((l2)z & INT64_C(-0x100000000));
+    const d2 r_high = z_high * inverse - 1.0;
+    const d2 r_low = (z - z_high) * inverse;
+    const d2 r = r_high + r_low;
+    const d2 e = (r_high - r) + r_low;
+    const d2 w = k * ln2_high + log_field(reduced, &LogEntry::high);  // exact
+    const d2 high = w + r;  // |w| >= |r| or w = 0
+    const d2 low = ((w - high) + r) + (e + (log_field(reduced, &LogEntry::low) + k * ln2_low));
+    // |q - q*| relative to ln(1 + r): 2^-64.1.
+    constexpr double c2 = -0.5;
+    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555556));
+    constexpr double c4 = from_bits(UINT64_C(0xBFCFFFFFFFF78838));
+    constexpr double c5 = from_bits(UINT64_C(0x3FC99999998E06EB));
+    constexpr double c6 = from_bits(UINT64_C(0xBFC5556D6E1DCCA7));
+    constexpr double c7 = from_bits(UINT64_C(0x3FC2493CCA3358E1));
+    const d2 r2 = r * r;
+    const d2 q = (c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * (c6 + r * c7));
+    return {high, low + r2 * q};
+}
+
+// ln x of positive normal numbers. HA: 0.505 ulp; EP: relative error below 2^-27.
 template <class Accuracy>
 inline d2 log_core(d2 x, double shift = 0) {
     using namespace log_constants;
-    LogReduced reduced = log_reduce(x);
-    const d2 z = reduced.z, k = reduced.k + shift;
-    const d2 inverse = log_field(reduced, &LogEntry::inverse);
-
     if constexpr (std::is_same_v<Accuracy, EP>) {
         constexpr double c2 = from_bits(UINT64_C(0xBFE0000605DD64AD));
         constexpr double c3 = from_bits(UINT64_C(0x3FD555602CEE947C));
-        const d2 r = z * inverse - 1.0;
+        const LogReduced reduced = log_reduce(x);
+        const d2 k = reduced.k + shift;
+        const d2 r = reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0;
         return (k * ln2 + log_field(reduced, &LogEntry::rounded)) + (r + r * r * (c2 + r * c3));
     } else {
-        // z/c - 1 = r + e exactly: the leading 32 bits of z times 24 bits are exact.
-        const d2 z_high = (d2)((l2)z & INT64_C(-0x100000000));
-        const d2 r_high = z_high * inverse - 1.0;
-        const d2 r_low = (z - z_high) * inverse;
-        const d2 r = r_high + r_low;
-        const d2 e = (r_high - r) + r_low;
-        const d2 w = k * ln2_high + log_field(reduced, &LogEntry::high);  // exact
-        const d2 high = w + r;  // |w| >= |r| or w = 0
-        const d2 low = ((w - high) + r) + (e + (log_field(reduced, &LogEntry::low) + k * ln2_low));
-        // |q - q*| relative to ln(1 + r): 2^-64.1.
-        constexpr double c2 = -0.5;
-        constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555556));
-        constexpr double c4 = from_bits(UINT64_C(0xBFCFFFFFFFF78838));
-        constexpr double c5 = from_bits(UINT64_C(0x3FC99999998E06EB));
-        constexpr double c6 = from_bits(UINT64_C(0xBFC5556D6E1DCCA7));
-        constexpr double c7 = from_bits(UINT64_C(0x3FC2493CCA3358E1));
-        const d2 r2 = r * r;
-        const d2 q = (c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * (c6 + r * c7));
-        return high + (low + r2 * q);
+        const DoubleDouble<d2> parts = log_parts(x, shift);
+        return parts.high + parts.low;
     }
 }
 

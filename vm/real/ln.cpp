@@ -5,8 +5,9 @@
 //   x = -infinity, x < 0    invalid NaN, domain error
 //   x = +-0                 -infinity, singularity
 //
-// Single HA is a double formula, rounded once; LA and EP compute in single
-// precision: x = 2^k z, z in [0.705, 1.41), ln x = k ln2 + ln z.
+// Single HA is a double formula, rounded once. Where the double falls exactly between
+// two floats, as for four of all arguments, the edge decides with its low part. LA and
+// EP compute in single precision: x = 2^k z, z in [0.705, 1.41), ln x = k ln2 + ln z.
 #include "vm/core/log_core.h"
 #include "vm/format.h"
 #include "vm/frame.h"
@@ -43,7 +44,7 @@ inline d2 single_in_double(d2 z, d2 k, const LogEntry* entry0, const LogEntry* e
     return (k * ln2 + log_field(x, &LogEntry::rounded)) + (r + r2 * q);
 }
 
-inline f4 ln_single(f4 x, HA*) {
+inline Two<f4> ln_single(f4 x, HA*) {
     const SingleReduced s = reduce(x);
     const i4 j = s.interval;
     const auto entry = [](int index) { return &log128_table[index]; };
@@ -51,10 +52,11 @@ inline f4 ln_single(f4 x, HA*) {
     const __m128i k = (__m128i)s.exponent;
     const d2 k_low = (d2)_mm_cvtepi32_pd(k), k_high = (d2)_mm_cvtepi32_pd(_mm_unpackhi_epi64(k, k));
     const __m128i words = (__m128i)j;
-    return narrow(single_in_double(z.low, k_low, entry(_mm_extract_epi16(words, 0)),
-                                   entry(_mm_extract_epi16(words, 2))),
-                  single_in_double(z.high, k_high, entry(_mm_extract_epi16(words, 4)),
-                                   entry(_mm_extract_epi16(words, 6))));
+    const d2 low = single_in_double(z.low, k_low, entry(_mm_extract_epi16(words, 0)),
+                                    entry(_mm_extract_epi16(words, 2)));
+    const d2 high = single_in_double(z.high, k_high, entry(_mm_extract_epi16(words, 4)),
+                                     entry(_mm_extract_epi16(words, 6)));
+    return {narrow(low, high), (f4)midpoints(low, high)};
 }
 
 // Relative error of the polynomial 2^-22.3.
@@ -90,20 +92,26 @@ struct Ln {
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
 
-    static V fast(V x) {
+    static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) return log_core<Accuracy>(x);
         else return ln_single(x, static_cast<Accuracy*>(nullptr));
     }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = x, VTM_STATUS_OK;
         if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
         if (x == 0) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < 0) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
-        if constexpr (std::is_same_v<T, double>)
+        if constexpr (std::is_same_v<T, double>) {
             r = log_core<Accuracy>(all(x * 0x1p54), -54)[0];
-        else
-            r = static_cast<float>(log_core<HA>(all(double(x)))[0]);
+        } else {
+            const DoubleDouble<d2> parts = log_parts(all(double(x)));
+            const DoubleDouble<d2> sum = fast_two_sum(parts.high, parts.low);
+            r = narrow(sum.high[0], sum.low[0]);
+        }
         return VTM_STATUS_OK;
     }
 };

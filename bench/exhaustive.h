@@ -1,0 +1,114 @@
+// A one-argument single function over every float, on all processors, with a
+// progress line and a state file from which a run that was stopped goes on.
+#pragma once
+
+#include <atomic>
+#include <bitset>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include <dlfcn.h>
+
+#include "bench/meter.h"
+#include "include/kef_vm.h"
+
+namespace kef {
+
+struct Exhaustive {
+    static constexpr std::uint32_t chunk_count = 4096, chunk_size = 1 << 20;
+    std::uint64_t build = 0;  // of the library: state of another build is not used
+    std::bitset<chunk_count> done;
+    double screen_error = 0;
+    Meter<float>::Tallies tallies;
+};
+
+// FNV-1a hash of the file that holds the symbol.
+inline std::uint64_t file_hash(const void* symbol) {
+    Dl_info info;
+    std::uint64_t hash = 0xCBF29CE484222325u;
+    if (dladdr(symbol, &info) == 0) return 0;
+    if (std::FILE* file = std::fopen(info.dli_fname, "rb")) {
+        for (int c; (c = std::getc(file)) != EOF;) hash = (hash ^ static_cast<unsigned>(c)) * 0x100000001B3u;
+        std::fclose(file);
+    }
+    return hash;
+}
+
+template <class Function>
+std::unique_ptr<Exhaustive> every_float(const reference::Reference& row, const std::string& name,
+                                        const std::vector<Function*>& kernels,
+                                        const std::string& directory) {
+    static_assert(std::is_trivially_copyable_v<Exhaustive>);
+    const std::string path = directory + "/" + name + ".exhaustive", draft = path + ".new";
+    const std::uint64_t build = file_hash(reinterpret_cast<const void*>(kernels[0]));
+    auto total = std::make_unique<Exhaustive>();
+    if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
+        if (std::fread(total.get(), sizeof *total, 1, file) != 1 || total->build != build)
+            *total = Exhaustive();
+        std::fclose(file);
+    }
+    total->build = build;
+    const auto save = [&] {
+        std::FILE* file = std::fopen(draft.c_str(), "wb");
+        const bool written = file && std::fwrite(total.get(), sizeof *total, 1, file) == 1;
+        if (!file || std::fclose(file) != 0 || !written || std::rename(draft.c_str(), path.c_str()) != 0) {
+            std::fprintf(stderr, "\ncannot write %s\n", path.c_str());
+            std::exit(1);
+        }
+    };
+
+    std::mutex lock;
+    std::uint32_t next = 0;
+    const auto work = [&] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+        constexpr std::uint32_t size = 1024;
+        Batch<float> batch(size);
+        const reference::Scalars scalars = {};
+        std::vector<std::array<std::vector<float>, 2>> results(kernels.size());
+        auto tallies = std::make_unique<Meter<float>::Tallies>();
+        for (;;) {
+            std::uint32_t chunk;
+            {
+                const std::lock_guard guard(lock);
+                while (next < Exhaustive::chunk_count && total->done[next]) ++next;
+                if (next == Exhaustive::chunk_count) return;
+                chunk = next++;
+            }
+            *tallies = {};
+            Meter<float> meter(row);
+            for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
+                for (std::uint32_t i = 0; i < size; ++i)
+                    batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
+                std::vector<const std::array<std::vector<float>, 2>*> views;
+                for (std::size_t k = 0; k < kernels.size(); ++k) {
+                    call(kernels[k], batch);
+                    results[k] = batch.result;
+                    views.push_back(&results[k]);
+                }
+                meter.take(batch, scalars, views, true, *tallies);
+            }
+            const std::lock_guard guard(lock);
+            for (std::size_t k = 0; k < kernels.size(); ++k)
+                for (int j = 0; j < meter.results(); ++j) total->tallies[k][j].merge((*tallies)[k][j]);
+            total->screen_error = std::max(total->screen_error, meter.screen_error());
+            total->done[chunk] = true;
+            const std::size_t count = total->done.count();
+            if (count % 32 == 0) save();
+            std::fprintf(stderr, "\r%s: %5.1f %%, %llu misrounded ", name.c_str(),
+                         100.0 * count / Exhaustive::chunk_count,
+                         (unsigned long long)total->tallies[0][0].misrounded);
+        }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < std::max(1u, std::thread::hardware_concurrency()); ++i) threads.emplace_back(work);
+    for (std::thread& thread : threads) thread.join();
+    save();
+    std::fputc('\n', stderr);
+    return total;
+}
+
+}  // namespace kef

@@ -1,0 +1,152 @@
+// Counts the errors of the slots of one function against its reference.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "tests/reference.h"
+#include "tests/slots.h"
+
+namespace kef {
+
+// Errors of one kernel. Plain data: the exhaustive run saves it as it stands.
+template <class T>
+struct Tally {
+    static constexpr std::size_t max_failing = 512;
+    struct At {
+        double error;
+        T a, b, got;
+    };
+    std::uint64_t count = 0, misrounded = 0;
+    std::uint64_t mean_count = 0;
+    double sum = 0;  // ulp, over mean_count elements
+    At ulps = {-1, 0, 0, 0}, relative = {-1, 0, 0, 0};
+    std::array<T, max_failing> failing = {};  // the first misrounded arguments
+
+    double mean() const { return sum / static_cast<double>(mean_count); }
+
+    void merge(const Tally& other) {
+        for (std::size_t i = 0; i < std::min<std::uint64_t>(other.misrounded, max_failing); ++i)
+            if (misrounded + i < max_failing) failing[misrounded + i] = other.failing[i];
+        count += other.count;
+        misrounded += other.misrounded;
+        mean_count += other.mean_count;
+        sum += other.sum;
+        if (other.ulps.error > ulps.error) ulps = other.ulps;
+        if (other.relative.error > relative.error) relative = other.relative;
+    }
+};
+
+// Takes batches that the slots of one function have computed. The 80-bit value
+// of the reference decides on every element that its error cannot change; the
+// others, and every candidate for the worst error, are computed in __float128. Its
+// error bound is itself checked, on every 256th element.
+template <class T>
+class Meter {
+public:
+    using quad = reference::quad;
+    using wide = reference::wide;
+    static constexpr int max_kernels = 3;
+
+    explicit Meter(const reference::Reference& row) : row_(row) {}
+
+    // Tallies of kernel k and of result number j.
+    using Tallies = std::array<std::array<Tally<T>, 2>, max_kernels>;
+    int results() const { return row_.exact2 ? 2 : 1; }
+
+    // Largest error of the 80-bit values seen, in units of 2^-63.
+    double screen_error() const { return screen_error_; }
+
+    // results[k]: the batch's results by kernel k.
+    void take(const Batch<T>& x, const reference::Scalars& scalars,
+              const std::vector<const std::array<std::vector<T>, 2>*>& results, bool for_mean,
+              Tallies& tallies) {
+        for (int i = 0; i < x.size(); ++i) {
+            for (int j = 0; j < this->results(); ++j) {
+                Element value(row_, j, x.a[i], x.b[i], scalars);
+                if ((++elements_ & 255) == 0) check_screen(value);
+                for (std::size_t k = 0; k < results.size(); ++k)
+                    judge(value, (*results[k])[j][i], for_mean, tallies[k][j]);
+            }
+        }
+    }
+
+private:
+    // One reference value: the 80-bit one at once, the exact one when it is needed.
+    struct Element {
+        Element(const reference::Reference& row, int j, T a, T b, const reference::Scalars& scalars)
+            : row(row), j(j), a(a), b(b), scalars(scalars), least(a < 0 ? row.least : 0) {
+            screened = row.screen_error < INFINITY;
+            if (!screened) {
+                rounded = static_cast<T>(exact());
+                return;
+            }
+            about = (j ? row.screen2 : row.screen)(a, b, scalars);
+            const wide size = std::max(reference::fabs(about), wide(least));
+            const wide margin = size * wide(row.screen_error * 0x1p-63);
+            const T low = static_cast<T>(about - margin);
+            rounded = static_cast<T>(about + margin);
+            if (low != rounded && about == about) rounded = static_cast<T>(exact());
+        }
+        quad exact() {
+            if (!known) value = (j ? row.exact2 : row.exact)(a, b, scalars);
+            known = true;
+            return value;
+        }
+
+        const reference::Reference& row;
+        int j;
+        T a, b;
+        const reference::Scalars& scalars;
+        double least;
+        bool screened, known = false;
+        wide about;
+        quad value;
+        T rounded;
+    };
+
+    void judge(Element& value, T got, bool for_mean, Tally<T>& tally) const {
+        using reference::error;
+        // Margin of the 80-bit value, as an error of a result.
+        const double margin = row_.screen_error * 0x1p-63,
+                     margin_ulps = std::ldexp(margin, std::numeric_limits<T>::digits);
+        const bool same = got == value.rounded || (got != got && value.rounded != value.rounded);
+        if (!same) {
+            if (tally.misrounded < tally.max_failing) tally.failing[tally.misrounded] = value.a;
+            ++tally.misrounded;
+        }
+        ++tally.count;
+        auto e = value.screened ? error(got, value.about, value.least)
+                                : error(got, value.exact(), value.least);
+        if (value.screened && (e.ulps + margin_ulps > tally.ulps.error ||
+                               e.relative + margin > tally.relative.error))
+            e = error(got, value.exact(), value.least);
+        if (e.ulps > tally.ulps.error) tally.ulps = {e.ulps, value.a, value.b, got};
+        if (e.relative > tally.relative.error) tally.relative = {e.relative, value.a, value.b, got};
+        if (for_mean && e.ulps < INFINITY) {
+            ++tally.mean_count;
+            tally.sum += e.ulps;
+        }
+    }
+
+    void check_screen(Element& value) {
+        if (!value.screened) return;
+        const quad exact = value.exact(), about = value.about;
+        const quad size = std::max(fabsq(exact), quad(value.least));
+        double deviation = 0;
+        if (exact != exact || isinfq(exact))
+            deviation = exact == about || (exact != exact && about != about) ? 0 : INFINITY;
+        else if (exact != about)
+            deviation = static_cast<double>(fabsq(about - exact) / size * 0x1p63Q);
+        // What overflows or vanishes in both types is no fault of the screen.
+        if (std::isinf(static_cast<T>(exact)) && static_cast<T>(exact) == static_cast<T>(about)) return;
+        if (static_cast<T>(2 * exact) == 0 && static_cast<T>(2 * about) == 0) return;
+        if (deviation > screen_error_) screen_error_ = deviation;
+    }
+
+    const reference::Reference& row_;
+    std::uint64_t elements_ = 0;
+    double screen_error_ = 0;
+};
+
+}  // namespace kef

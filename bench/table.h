@@ -1,0 +1,51 @@
+// A table of text, aligned for a terminal or in Markdown.
+#pragma once
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace kef {
+
+[[gnu::format(printf, 1, 2)]] inline std::string format(const char* text, ...) {
+    char buffer[512];
+    va_list arguments;
+    va_start(arguments, text);
+    std::vsnprintf(buffer, sizeof buffer, text, arguments);
+    va_end(arguments);
+    return buffer;
+}
+
+class Table {
+public:
+    using Row = std::vector<std::string>;
+    explicit Table(Row head) : rows_{std::move(head)} {}
+    void add(Row row) { rows_.push_back(std::move(row)); }
+    bool empty() const { return rows_.size() == 1; }
+
+    void print(bool markdown) const {
+        std::vector<std::size_t> width(rows_[0].size());
+        for (const Row& row : rows_)
+            for (std::size_t i = 0; i < row.size(); ++i) width[i] = std::max(width[i], row[i].size());
+        for (const Row& row : rows_) {
+            for (std::size_t i = 0; i < row.size(); ++i)
+                if (markdown)
+                    std::printf("| %s ", row[i].c_str());
+                else
+                    std::printf("%-*s  ", static_cast<int>(width[i]), row[i].c_str());
+            std::puts(markdown ? "|" : "");
+            if (markdown && &row == &rows_[0]) {
+                for (std::size_t i = 0; i < row.size(); ++i) std::printf("|---");
+                std::puts("|");
+            }
+        }
+        std::fflush(stdout);
+    }
+
+private:
+    std::vector<Row> rows_;
+};
+
+}  // namespace kef

@@ -1,0 +1,35 @@
+#!/usr/bin/python3
+"""Makes the table of vm/core/atan_core.h: tools/atan_tables.py DIRECTORY
+
+atan386.inc  entry 0: zero. Entries 1 to 384: the centre c of one of 32 intervals
+             of an octave of [2^-6, 2^6), and atan c as a double and the rest.
+             Entry 385: the same for c = 64.
+"""
+import pathlib
+import struct
+import sys
+
+from mpmath import mp, mpf, atan
+
+mp.prec = 200
+
+
+def bits(x):
+    return struct.unpack("<Q", struct.pack("<d", float(x)))[0]
+
+
+def main():
+    lines = ["// atan386.inc: made by tools/atan_tables.py vm/tables; do not edit.\n"]
+    centres = [mpf(0)]
+    for octave in range(-6, 6):
+        centres += [mpf(2) ** octave * (1 + (mpf(j) + mpf(0.5)) / 32) for j in range(32)]
+    centres.append(mpf(64))
+    for c in centres:
+        high = mpf(float(atan(c)))
+        lines.append(f"KEF_ATAN(0x{bits(c):016X}, 0x{bits(high):016X}, 0x{bits(atan(c) - high):016X})"
+                     f"  // {mp.nstr(c, 8)}\n")
+    (pathlib.Path(sys.argv[1]) / "atan386.inc").write_text("".join(lines))
+
+
+if __name__ == "__main__":
+    main()
