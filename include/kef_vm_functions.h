@@ -207,6 +207,48 @@ KEF_API void _vtmdNearbyInt_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dNearbyInt_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dNearbyInt_ctab[3];
 
+KEF_API void _vtmsCosh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCosh_ctab[3];
+
+KEF_API void _vtmdCosh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCosh_ctab[3];
+
+KEF_API void _vtmsSinh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSinh_ctab[3];
+
+KEF_API void _vtmdSinh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSinh_ctab[3];
+
+KEF_API void _vtmsTanh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTanh_ctab[3];
+
+KEF_API void _vtmdTanh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTanh_ctab[3];
+
 KEF_API void _vtmsExp(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_21(int32_t n, const float *a, float *r);
