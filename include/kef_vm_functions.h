@@ -277,6 +277,20 @@ KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
 
+KEF_API void _vtmsLog10(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLog10_ctab[3];
+
+KEF_API void _vtmdLog10(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLog10_ctab[3];
+
 KEF_API void _vtmsExpm1(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExpm1_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExpm1_21(int32_t n, const float *a, float *r);
@@ -290,6 +304,20 @@ KEF_API void _vtmdExpm1_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdExpm1_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExpm1_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dExpm1_ctab[3];
+
+KEF_API void _vtmsLog1p(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLog1p_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLog1p_ctab[3];
+
+KEF_API void _vtmdLog1p(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLog1p_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLog1p_ctab[3];
 
 KEF_API void _vtmsHypot(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsHypot_HA(int32_t n, const float *a, const float *b, float *r);

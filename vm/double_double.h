@@ -72,4 +72,10 @@ inline DoubleDouble<d2> divide(DoubleDouble<d2> a, DoubleDouble<d2> b) {
     return {q, rest * inverse};
 }
 
+// high + low of the first lane in single precision, rounded once.
+inline float rounded_once(DoubleDouble<d2> x) {
+    const DoubleDouble<d2> sum = fast_two_sum(x.high, x.low);
+    return narrow(sum.high[0], sum.low[0]);
+}
+
 }  // namespace kef::vm
