@@ -45,6 +45,11 @@ struct Two {
     V first, second;
 };
 
+// Doubles as float results, and the lanes that are midpoints for the gate `refuse`.
+inline Two<f4> with_midpoints(d2x2 x) {
+    return {narrow(x.low, x.high), (f4)midpoints(x.low, x.high)};
+}
+
 namespace frame {
 
 inline constexpr int group = 4;
