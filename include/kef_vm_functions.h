@@ -67,6 +67,34 @@ KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
 
+KEF_API void _vtmsAcos(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAcos_ctab[3];
+
+KEF_API void _vtmdAcos(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAcos_ctab[3];
+
+KEF_API void _vtmsAsin(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAsin_ctab[3];
+
+KEF_API void _vtmdAsin(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAsin_ctab[3];
+
 KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtan_21(int32_t n, const float *a, float *r);
