@@ -125,7 +125,7 @@ inline f4 sine_plain(f4 x) {
         constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Du),
                         s7 = from_bits(0xB94FB879u), s9 = from_bits(0x362EE4A0u);
         const f4 y = r * r;
-        s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * s9))));
+        s = r + (r * y) * ((s3 + y * s5) + (y * y) * (s7 + y * s9));
     }
     return (f4)((i4)s ^ turns.parity);
 }
