@@ -67,6 +67,20 @@ KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
 
+KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan_ctab[3];
+
+KEF_API void _vtmdAtan(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan_ctab[3];
+
 KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);
@@ -122,6 +136,20 @@ KEF_API void _vtmdDiv_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdDiv_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dDiv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dDiv_ctab[3];
+
+KEF_API void _vtmsAtan2(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan2_ctab[3];
+
+KEF_API void _vtmdAtan2(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
 
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
@@ -249,6 +277,48 @@ KEF_API void _vtmdTan_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTan_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dTan_ctab[3];
 
+KEF_API void _vtmsCosh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCosh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCosh_ctab[3];
+
+KEF_API void _vtmdCosh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCosh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCosh_ctab[3];
+
+KEF_API void _vtmsSinh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSinh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSinh_ctab[3];
+
+KEF_API void _vtmdSinh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSinh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSinh_ctab[3];
+
+KEF_API void _vtmsTanh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTanh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTanh_ctab[3];
+
+KEF_API void _vtmdTanh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTanh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTanh_ctab[3];
+
 KEF_API void _vtmsExp(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_21(int32_t n, const float *a, float *r);
@@ -276,6 +346,48 @@ KEF_API void _vtmdLn_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
+
+KEF_API void _vtmsLog10(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog10_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLog10_ctab[3];
+
+KEF_API void _vtmdLog10(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog10_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLog10_ctab[3];
+
+KEF_API void _vtmsExpm1(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsExpm1_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sExpm1_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sExpm1_ctab[3];
+
+KEF_API void _vtmdExpm1(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdExpm1_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExpm1_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dExpm1_ctab[3];
+
+KEF_API void _vtmsLog1p(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLog1p_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLog1p_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLog1p_ctab[3];
+
+KEF_API void _vtmdLog1p(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLog1p_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLog1p_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLog1p_ctab[3];
 
 KEF_API void _vtmsHypot(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsHypot_HA(int32_t n, const float *a, const float *b, float *r);

@@ -40,6 +40,20 @@ KEF_OF_TWO(atan2) KEF_OF_TWO(hypot) KEF_OF_TWO(pow)
 #undef KEF_OF_ONE
 #undef KEF_OF_TWO
 
+// a b + c for factors of 53 bits, with one rounding error whatever cancels.
+inline quad multiply_add(quad a, quad b, quad c) { return a * b + c; }
+inline wide multiply_add(wide a, wide b, wide c) {
+    const auto upper_half = [](wide x) {  // Veltkamp's splitting
+        const wide t = x * (0x1p32L + 1);
+        return t - (t - x);
+    };
+    const wide a1 = upper_half(a), a2 = a - a1, b1 = upper_half(b), b2 = b - b1, p = a * b;
+    const wide p_error = ((a1 * b1 - p) + a1 * b2 + a2 * b1) + a2 * b2;  // Dekker's product
+    const wide s = p + c, part = s - p;
+    if (!(fabs(s) < wide(INFINITY))) return s;
+    return s + (((p - (s - part)) + (c - part)) + p_error);  // Knuth's sum
+}
+
 // (1/2) erfc(-x/sqrt2). The product t = -x/sqrt2 is taken with its rounding error
 // d, and erfc(t + d) = erfc(t) - 2/sqrt(pi) exp(-t^2) d; without d the result
 // loses 2 log2|x| + 1 bits in the tail. x has 53 bits at most.

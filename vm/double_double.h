@@ -3,6 +3,8 @@
 // Numerische Mathematik 18 (1971); D. E. Knuth, TAOCP vol. 2, 4.2.2.
 #pragma once
 
+#include "vm/simd.h"
+
 namespace kef::vm {
 
 // high + low; normalised where |low| <= ulp(high)/2.
@@ -33,6 +35,10 @@ inline DoubleDouble<V> split(V a) {
     return {high, a - high};
 }
 
+// The leading 26 bits of a: the product of two such numbers is exact, and a minus
+// them has 27 bits.
+inline d2 leading(d2 a) { return (d2)((l2)a & INT64_C(-0x8000000)); }
+
 // a b exactly, halves given; no underflow where |a b| > 2^-968.
 template <class V>
 inline DoubleDouble<V> two_product(V a, DoubleDouble<V> a_halves, V b, DoubleDouble<V> b_halves) {
@@ -55,6 +61,21 @@ inline DoubleDouble<V> two_square(V a) {
     const V square = a * a;
     const V cross = halves.high * halves.low;
     return {square, ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
+}
+
+// a / b for normalised a and b, relative error below 2^-74: a quotient of 26 bits and
+// its exact remainder. The low part is below 2^-25 of the high one.
+inline DoubleDouble<d2> divide(DoubleDouble<d2> a, DoubleDouble<d2> b) {
+    const d2 inverse = 1.0 / b.high;
+    const d2 q = leading(a.high * inverse), b_high = leading(b.high);
+    const d2 rest = ((a.high - q * b_high) - q * ((b.high - b_high) + b.low)) + a.low;
+    return {q, rest * inverse};
+}
+
+// high + low of the first lane in single precision, rounded once.
+inline float rounded_once(DoubleDouble<d2> x) {
+    const DoubleDouble<d2> sum = fast_two_sum(x.high, x.low);
+    return narrow(sum.high[0], sum.low[0]);
 }
 
 }  // namespace kef::vm

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "kef_vm.h"
 #include "vm/simd.h"
 
 namespace kef::vm {
@@ -35,9 +36,21 @@ template <class T> inline bool is_nan(T x) { return x != x; }
 template <class T> inline bool is_infinite(T x) {
     return x == Format<T>::infinity || x == -Format<T>::infinity;
 }
+// By bits: raises no flag for a signalling NaN or for infinity minus itself.
+template <class T> inline bool is_finite(T x) {
+    return (to_bits(x) << 1) < (to_bits(Format<T>::infinity) << 1);
+}
 
 // A NaN argument as result: the same payload, quiet.
 template <class T> inline T quiet(T nan) { return nan + nan; }
+
+// The result x of a function that is x(1 + o(1)) at 0, for |x| far below an ulp of 1:
+// underflow where it is subnormal.
+template <class T> inline int tiny_result(T x, T& r) {
+    r = x;
+    return x < Format<T>::smallest_normal && -x < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW
+                                                                             : VTM_STATUS_OK;
+}
 
 // Lanes that are infinite or NaN.
 template <class T> inline i4 not_finite(i4 heads) {

@@ -71,6 +71,15 @@ inline f4 square_root(f4 x) { return (f4)_mm_sqrt_ps((__m128)x); }
 
 inline d2 minimum(d2 x, d2 y) { return (d2)_mm_min_pd((__m128d)x, (__m128d)y); }
 inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
+inline d2 maximum(d2 x, d2 y) { return (d2)_mm_max_pd((__m128d)x, (__m128d)y); }
+inline f4 maximum(f4 x, f4 y) { return (f4)_mm_max_ps((__m128)x, (__m128)y); }
+
+// All bits of the lanes whose sign bit is set.
+inline l2 sign_mask(l2 x) {
+    const i4 signs = (i4)x >> 31;
+    return (l2)__builtin_shufflevector(signs, signs, 1, 1, 3, 3);
+}
+inline i4 sign_mask(i4 x) { return x >> 31; }
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }

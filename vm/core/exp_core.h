@@ -80,21 +80,37 @@ inline ExpReduced exp_reduce(d2 x) {
             ((l2)sum << (52 - C::log2_size)) & INT64_C(0x7FF0000000000000)};
 }
 
+// The entries of two lanes in the table of 64: 2^(j/64) = high + low.
+struct ExpTable {
+    d2 high, low;
+};
+inline ExpTable exp_table(const ExpReduced& x) {
+    const d2 e0 = (d2)_mm_load_pd(&exp64_table[x.j0].high);
+    const d2 e1 = (d2)_mm_load_pd(&exp64_table[x.j1].high);
+    return {__builtin_shufflevector(e0, e1, 0, 2), __builtin_shufflevector(e0, e1, 1, 3)};
+}
+
 // exp(x) = (high + low) 2^m: high from the table, |low| < 0.011.
 struct ExpParts {
     d2 high, low, power;
 };
+inline ExpParts exp_parts(const ExpReduced& x) {
+    using C = ExpConstants<HA>;
+    const d2 r = x.r;
+    const d2 p = r + r * r * (C::c2 + r * (C::c3 + r * (C::c4 + r * C::c5)));
+    const auto [T, t] = exp_table(x);
+    return {T, t + (T + t) * p, (d2)x.power};
+}
 template <int shift = 0>
 inline ExpParts exp_parts(d2 x) {
-    using C = ExpConstants<HA>;
-    const ExpReduced reduced = exp_reduce<HA, shift>(x);
-    const d2 r = reduced.r;
-    const d2 p = r + r * r * (C::c2 + r * (C::c3 + r * (C::c4 + r * C::c5)));
-    const d2 e0 = (d2)_mm_load_pd(&exp64_table[reduced.j0].high);
-    const d2 e1 = (d2)_mm_load_pd(&exp64_table[reduced.j1].high);
-    const d2 T = __builtin_shufflevector(e0, e1, 0, 2);
-    const d2 t = __builtin_shufflevector(e0, e1, 1, 3);
-    return {T, t + (T + t) * p, (d2)reduced.power};
+    return exp_parts(exp_reduce<HA, shift>(x));
+}
+
+// 2^(k/128), for LA and EP.
+inline d2 exp_scale(const ExpReduced& x) {
+    const __m128d fraction = _mm_load_sd((const double*)&exp128_table[x.j0]);
+    const __m128d fractions = _mm_loadh_pd(fraction, (const double*)&exp128_table[x.j1]);
+    return (d2)((l2)fractions | x.power);
 }
 
 // exp(x) where it and its power of two are normal numbers.
@@ -107,9 +123,7 @@ inline d2 exp_core(d2 x) {
     } else {
         const ExpReduced reduced = exp_reduce<Accuracy>(x);
         const d2 r = reduced.r;
-        const __m128d fraction = _mm_load_sd((const double*)&exp128_table[reduced.j0]);
-        const __m128d fractions = _mm_loadh_pd(fraction, (const double*)&exp128_table[reduced.j1]);
-        const d2 scale = (d2)((l2)fractions | reduced.power);
+        const d2 scale = exp_scale(reduced);
         if constexpr (std::is_same_v<Accuracy, LA>)
             return scale + scale * (r + r * r * (C::c2 + r * (C::c3 + r * C::c4)));
         else
@@ -123,10 +137,13 @@ inline double exp_subnormal(double x) {
     return round_to_subnormal((e.high * e.power)[0], (e.low * e.power)[0]);
 }
 
-// exp(x) for 709 < x < ln 2^1024, where m may be 1024.
-inline double exp_large(double x) {
+// exp(x)/2 for 0 < x < 711.
+inline double exp_half(double x) {
     const auto e = exp_parts<-1>(all(x));
-    return ((e.high + e.low) * e.power)[0] * 2.0;
+    return ((e.high + e.low) * e.power)[0];
 }
+
+// exp(x) for 709 < x < ln 2^1024, where m may be 1024.
+inline double exp_large(double x) { return exp_half(x) * 2.0; }
 
 }  // namespace kef::vm

@@ -55,48 +55,83 @@ inline LogReduced log_reduce(d2 x) {
     return {z, (d2)_mm_cvtepi32_pd((__m128i)exponents), &log128_table[j0], &log128_table[j1]};
 }
 
-// ln x as an unevaluated sum, |low| < 2^-8 |high| or both 0; relative error below
-// 0.005 ulp. `shift` is added to k: for arguments that were scaled by 2^-shift.
-inline DoubleDouble<d2> log_parts(d2 x, double shift = 0) {
-    using namespace log_constants;
-    const LogReduced reduced = log_reduce(x);
-    const d2 z = reduced.z, k = reduced.k + shift;
-    const d2 inverse = log_field(reduced, &LogEntry::inverse);
-    // z/c - 1 = r + e exactly: the leading 32 bits of z times 24 bits are exact.
-    const d2 z_high = (d2)((l2)z & INT64_C(-0x100000000));
-    const d2 r_high = z_high * inverse - 1.0;
-    const d2 r_low = (z - z_high) * inverse;
-    const d2 r = r_high + r_low;
-    const d2 e = (r_high - r) + r_low;
-    const d2 w = k * ln2_high + log_field(reduced, &LogEntry::high);  // exact
-    const d2 high = w + r;  // |w| >= |r| or w = 0
-    const d2 low = ((w - high) + r) + (e + (log_field(reduced, &LogEntry::low) + k * ln2_low));
-    // |q - q*| relative to ln(1 + r): 2^-64.1.
-    constexpr double c2 = -0.5;
-    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555556));
-    constexpr double c4 = from_bits(UINT64_C(0xBFCFFFFFFFF78838));
-    constexpr double c5 = from_bits(UINT64_C(0x3FC99999998E06EB));
-    constexpr double c6 = from_bits(UINT64_C(0xBFC5556D6E1DCCA7));
-    constexpr double c7 = from_bits(UINT64_C(0x3FC2493CCA3358E1));
-    const d2 r2 = r * r;
-    const d2 q = (c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * (c6 + r * c7));
-    return {high, low + r2 * q};
-}
-
-// ln x of positive normal numbers. HA: 0.505 ulp; EP: relative error below 2^-27.
+// ln(1 + r) - r for |r| <= 2^-8; error relative to ln(1 + r) 2^-64.1 (HA), 2^-55.4
+// (LA), 2^-27.1 (EP).
 template <class Accuracy>
-inline d2 log_core(d2 x, double shift = 0) {
-    using namespace log_constants;
-    if constexpr (std::is_same_v<Accuracy, EP>) {
+inline d2 log_tail(d2 r) {
+    const d2 r2 = r * r;
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        constexpr double c2 = -0.5;
+        constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555556));
+        constexpr double c4 = from_bits(UINT64_C(0xBFCFFFFFFFF78838));
+        constexpr double c5 = from_bits(UINT64_C(0x3FC99999998E06EB));
+        constexpr double c6 = from_bits(UINT64_C(0xBFC5556D6E1DCCA7));
+        constexpr double c7 = from_bits(UINT64_C(0x3FC2493CCA3358E1));
+        return r2 * ((c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * (c6 + r * c7)));
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr double c2 = -0.5;
+        constexpr double c3 = from_bits(UINT64_C(0x3FD5555555515CF5));
+        constexpr double c4 = from_bits(UINT64_C(0xBFCFFFFFFFF8611E));
+        constexpr double c5 = from_bits(UINT64_C(0x3FC999B3295643EF));
+        constexpr double c6 = from_bits(UINT64_C(0xBFC5556C57DD5021));
+        return r2 * ((c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * c6));
+    } else {
         constexpr double c2 = from_bits(UINT64_C(0xBFE0000605DD64AD));
         constexpr double c3 = from_bits(UINT64_C(0x3FD555602CEE947C));
-        const LogReduced reduced = log_reduce(x);
-        const d2 k = reduced.k + shift;
-        const d2 r = reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0;
-        return (k * ln2 + log_field(reduced, &LogEntry::rounded)) + (r + r * r * (c2 + r * c3));
-    } else {
+        return r2 * (c2 + r * c3);
+    }
+}
+
+// z/c - 1 = high + low: the leading 32 bits of z times 24 bits are exact.
+inline DoubleDouble<d2> log_argument(d2 z, d2 inverse) {
+    const d2 z_high = (d2)((l2)z & INT64_C(-0x100000000));
+    return {z_high * inverse - 1.0, (z - z_high) * inverse};
+}
+
+// k ln2 + ln c + ln(1 + r) for normalised r, as an unevaluated sum, |low| < 2^-8 |high|
+// or both 0.
+inline DoubleDouble<d2> log_sum(const LogReduced& x, DoubleDouble<d2> r) {
+    using namespace log_constants;
+    const d2 w = x.k * ln2_high + log_field(x, &LogEntry::high);  // exact
+    const d2 high = w + r.high;  // |w| >= |r| or w = 0
+    const d2 low =
+        ((w - high) + r.high) + (r.low + (log_field(x, &LogEntry::low) + x.k * ln2_low));
+    return {high, low + log_tail<HA>(r.high)};
+}
+
+// The same rounded, in fewer steps.
+template <class Accuracy>
+inline d2 log_sum(const LogReduced& x, d2 r) {
+    return (x.k * log_constants::ln2 + log_field(x, &LogEntry::rounded)) +
+           (r + log_tail<Accuracy>(r));
+}
+
+// ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:
+// for arguments that were scaled by 2^-shift.
+inline DoubleDouble<d2> log_parts(d2 x, double shift = 0) {
+    LogReduced reduced = log_reduce(x);
+    reduced.k += shift;
+    const DoubleDouble<d2> u = log_argument(reduced.z, log_field(reduced, &LogEntry::inverse));
+    return log_sum(reduced, fast_two_sum(u.high, u.low));
+}
+
+// ln x of positive normal numbers. HA: 0.505 ulp; LA: relative error below 2^-51.5;
+// EP: below 2^-27.
+template <class Accuracy>
+inline d2 log_core(d2 x, double shift = 0) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = log_parts(x, shift);
         return parts.high + parts.low;
+    } else {
+        LogReduced reduced = log_reduce(x);
+        reduced.k += shift;
+        const d2 inverse = log_field(reduced, &LogEntry::inverse);
+        if constexpr (std::is_same_v<Accuracy, LA>) {
+            const DoubleDouble<d2> u = log_argument(reduced.z, inverse);
+            return log_sum<LA>(reduced, u.high + u.low);
+        } else {
+            return log_sum<EP>(reduced, reduced.z * inverse - 1.0);
+        }
     }
 }
 

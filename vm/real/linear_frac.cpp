@@ -11,6 +11,8 @@
 //               product; elements that cancel more take the path of HA
 //   single      in double: the products are exact, 0.5 ulp + 2^-28. No slower than
 //               single arithmetic with its check, so it stands in every slot
+#include <initializer_list>
+
 #include "vm/core/scaling.h"
 #include "vm/double_double.h"
 #include "vm/format.h"
@@ -44,13 +46,14 @@ inline DoubleDouble<V> linear(V scale, DoubleDouble<V> scale_halves, V x, V shif
     return two_sum(sum.high, sum.low + product.low);
 }
 
-// The same for any finite numbers: the sum is `value` times 2^`exponent`, with
-// |value| < 8 and at least 1/4 unless it cancels or is 0.
+// The same for any numbers: the sum is `value` times 2^`exponent`, with |value| in
+// [1, 2) or 0, infinite or NaN.
 struct ScaledLinear {
     DoubleDouble<double> value;
     int exponent;
 };
 ScaledLinear linear_scaled(double scale, double x, double shift) {
+    if (!is_finite(scale) || !is_finite(x) || !is_finite(shift)) return {{scale * x + shift, 0.0}, 0};
     if (scale == 0 || x == 0) {
         const double sum = scale * x + shift;
         const int e = sum == 0 ? 0 : exponent_of(sum);
@@ -117,21 +120,18 @@ public:
     i4 refuse(i4 r, i4 guard) const { return not_finite<T>(r) | (guard - small_head); }
 
     int edge(T a, T b, T& r) const {
-        const T plain_numerator = scalea_ * a + shifta_, plain_denominator = scaleb_ * b + shiftb_;
-        const auto regular = [](T x) { return !is_nan(x) && !is_infinite(x); };
-        if (!(regular(a) && regular(b) && regular(scalea_) && regular(shifta_) && regular(scaleb_) &&
-              regular(shiftb_))) {
-            r = plain_numerator / plain_denominator;
-            const bool nan_given = is_nan(a) || is_nan(b) || is_nan(scalea_) || is_nan(shifta_) ||
-                                   is_nan(scaleb_) || is_nan(shiftb_);
-            return is_nan(r) && !nan_given ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
-        }
         const ScaledLinear numerator = linear_scaled(scalea_, a, shifta_);
         const ScaledLinear denominator = linear_scaled(scaleb_, b, shiftb_);
-        if (numerator.value.high == 0 || denominator.value.high == 0) {
+        const auto special = [](double x) { return x == 0 || !is_finite(x); };
+        if (special(numerator.value.high) || special(denominator.value.high)) {
             r = static_cast<T>(numerator.value.high / denominator.value.high);
-            if (denominator.value.high != 0) return VTM_STATUS_OK;
-            return is_nan(r) ? VTM_STATUS_ERRDOM : VTM_STATUS_SING;
+            if (is_nan(r)) {
+                for (const T given : {a, b, scalea_, shifta_, scaleb_, shiftb_})
+                    if (is_nan(given)) return VTM_STATUS_OK;
+                return VTM_STATUS_ERRDOM;
+            }
+            const bool pole = denominator.value.high == 0 && !is_infinite(numerator.value.high);
+            return pole ? VTM_STATUS_SING : VTM_STATUS_OK;
         }
         const DoubleDouble<double> q = quotient(numerator.value, denominator.value);
         r = static_cast<T>(round_scaled(q.high, q.low, numerator.exponent - denominator.exponent));

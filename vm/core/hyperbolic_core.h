@@ -1,0 +1,100 @@
+// Hyperbolic functions of x >= 0, from E = e^x - 1:
+//
+//   sinh x = (E + E/(E + 1))/2    cosh x = (e^x + 1/e^x)/2    tanh(x/2) = E/(E + 2)
+//
+// HA carries high and low parts throughout; all terms are positive, so that nothing
+// cancels. Valid where E + 2 and its inverse are ordinary numbers: x < 650 in double,
+// x < 86 in single precision.
+#pragma once
+
+#include "vm/core/expm1_core.h"
+#include "vm/double_double.h"
+#include "vm/format.h"
+
+namespace kef::vm {
+
+// The gates: tiny <= |x| < large.
+template <class T> struct HyperbolicRange;
+template <> struct HyperbolicRange<double> {
+    static constexpr std::uint32_t tiny = 0x3C300000;   // 2^-60
+    static constexpr std::uint32_t large = 0x40845000;  // 650
+    static constexpr double half_infinite_above = 711;  // beyond ln 2^1025
+    static constexpr double one_from = 22;              // tanh x rounds to 1
+};
+template <> struct HyperbolicRange<float> {
+    static constexpr std::uint32_t tiny = 0x30800000;   // 2^-30
+    static constexpr std::uint32_t large = 0x42AC0000;  // 86
+    static constexpr float half_infinite_above = 90;
+    static constexpr float one_from = 10;
+};
+
+// e^x/2 for x >= large: sinh x and cosh x, with the status.
+template <class T>
+inline int half_exp(T x, T& r) {
+    if (!(x < HyperbolicRange<T>::half_infinite_above)) r = Format<T>::infinity;
+    else r = static_cast<T>(exp_half(x));
+    return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
+}
+
+// HA within 0.52 ulp, LA below 2^-51, EP below 2^-28.
+template <class Accuracy>
+inline d2 sinh_core(d2 x) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const auto parts = expm1_parts(x);
+        const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
+        const DoubleDouble<d2> sum = two_sum(e.high, all(1.0));
+        const DoubleDouble<d2> q = divide(e, {sum.high, sum.low + e.low});
+        const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
+        return 0.5 * (high.high + (high.low + (e.low + q.low)));
+    } else {
+        const d2 e = expm1_core<Accuracy>(x);
+        return 0.5 * (e + e / (e + 1.0));
+    }
+}
+
+template <class Accuracy>
+inline d2 cosh_core(d2 x) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const auto parts = exp_parts(x);
+        const DoubleDouble<d2> e = fast_two_sum(parts.high * parts.power, parts.low * parts.power);
+        const DoubleDouble<d2> q = divide({all(1.0), all(0.0)}, e);
+        const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
+        return 0.5 * (high.high + (high.low + (e.low + q.low)));
+    } else {
+        const d2 e = exp_core<Accuracy>(x);
+        return 0.5 * (e + 1.0 / e);
+    }
+}
+
+// tanh(x/2).
+template <class Accuracy>
+inline d2 half_tanh_core(d2 x) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const auto parts = expm1_parts(x);
+        const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
+        const DoubleDouble<d2> sum = two_sum(e.high, all(2.0));
+        const DoubleDouble<d2> q = divide(e, {sum.high, sum.low + e.low});
+        return q.high + q.low;
+    } else {
+        const d2 e = expm1_core<Accuracy>(x);
+        return e / (e + 2.0);
+    }
+}
+
+template <class Accuracy>
+inline f4 sinh_single(f4 x) {
+    const f4 e = expm1_single<Accuracy>(x);
+    return 0.5f * (e + e / (e + 1.0f));
+}
+template <class Accuracy>
+inline f4 cosh_single(f4 x) {
+    const f4 e = 1.0f + expm1_single<Accuracy>(x);
+    return 0.5f * (e + 1.0f / e);
+}
+template <class Accuracy>
+inline f4 half_tanh_single(f4 x) {
+    const f4 e = expm1_single<Accuracy>(x);
+    return e / (e + 2.0f);
+}
+
+}  // namespace kef::vm

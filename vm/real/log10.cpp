@@ -1,0 +1,83 @@
+// Log10: r = log10 x.
+//
+//   x NaN                   NaN
+//   x = +infinity           +infinity
+//   x = +-0                 -infinity, singularity
+//   x < 0, x = -infinity    invalid NaN, domain error
+//
+// ln x times log10(e): HA with both in two parts; LA and EP plainly. Single HA is a
+// double formula, rounded once; LA and EP compute in single precision. At powers of
+// ten the results are exact.
+#include "vm/core/log_single.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+constexpr double log10_e = from_bits(UINT64_C(0x3FDBCB7B1526E50E));
+// log10(e) = high + low, high with 26 bits.
+constexpr double log10_e_high = from_bits(UINT64_C(0x3FDBCB7B10000000));
+constexpr double log10_e_low = from_bits(UINT64_C(0x3E349B9438CA9AAE));
+
+inline DoubleDouble<d2> log10_parts(DoubleDouble<d2> log) {
+    const d2 high = leading(log.high), rest = (log.high - high) + log.low;
+    return {high * log10_e_high, high * log10_e_low + rest * log10_e};
+}
+
+template <class Accuracy>
+inline d2 log10_core(d2 x, double shift = 0) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const DoubleDouble<d2> parts = log10_parts(log_parts(x, shift));
+        return parts.high + parts.low;
+    } else {
+        return log_core<Accuracy>(x, shift) * log10_e;
+    }
+}
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Log10 {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Log10);
+
+    static i4 outside(i4 h) {
+        return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
+    }
+
+    static auto fast(V x) {
+        if constexpr (std::is_same_v<T, double>) {
+            return log10_core<Accuracy>(x);
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            const d2x2 log = log_in_double(x);
+            return with_midpoints({log.low * log10_e, log.high * log10_e});
+        } else {
+            return log_single<Accuracy>(x) * static_cast<float>(log10_e);
+        }
+    }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
+        if (x == 0) return r = -Format<T>::infinity, VTM_STATUS_SING;
+        if (x < 0) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+        if constexpr (std::is_same_v<T, double>) r = log10_core<Accuracy>(all(x * 0x1p54), -54)[0];
+        else r = rounded_once(log10_parts(log_parts(all(double(x)))));
+        return VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Log10, LA)
+KEF_MAP1(s, Log10, HA)
+KEF_MAP1(s, Log10, EP)
+KEF_MAP1(d, Log10, LA)
+KEF_MAP1(d, Log10, HA)
+KEF_MAP1(d, Log10, EP)
+
+}  // namespace kef::vm

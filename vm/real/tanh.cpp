@@ -1,0 +1,50 @@
+// Tanh: r = sinh x / cosh x.
+//
+//   x NaN           NaN
+//   x = +-0         x
+//   x = +-inf       +-1
+//   |x| < tiny      x; underflow where x is subnormal
+//
+// Single HA is the double formula of LA, rounded once, which is correct for every
+// argument (docs/accuracy.md); LA and EP compute in single precision.
+#include "vm/core/hyperbolic_core.h"
+#include "vm/core/rounding.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Tanh {
+    using V = Vector<T>;
+    using Range = HyperbolicRange<T>;
+    KEF_REPORT_NAME(Tanh);
+
+    static i4 outside(i4 h) { return not_between(magnitude(h), Range::tiny, Format<T>::infinity_head); }
+
+    static V fast(V x) {
+        const V a = minimum(absolute(x), all(Range::one_from));
+        V r;
+        if constexpr (std::is_same_v<T, double>) r = half_tanh_core<Accuracy>(a + a);
+        else if constexpr (std::is_same_v<Accuracy, HA>) r = in_double(a + a, half_tanh_core<LA>);
+        else r = half_tanh_single<Accuracy>(a + a);
+        return with_sign(r, x);
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 0) return r = x + x, VTM_STATUS_OK;
+        if (is_infinite(x)) return r = x > 0 ? 1 : -1, VTM_STATUS_OK;
+        return tiny_result(x, r);
+    }
+};
+
+KEF_MAP1(s, Tanh, LA)
+KEF_MAP1(s, Tanh, HA)
+KEF_MAP1(s, Tanh, EP)
+KEF_MAP1(d, Tanh, LA)
+KEF_MAP1(d, Tanh, HA)
+KEF_MAP1(d, Tanh, EP)
+
+}  // namespace kef::vm
