@@ -263,6 +263,48 @@ KEF_API void _vtmdNearbyInt_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dNearbyInt_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dNearbyInt_ctab[3];
 
+KEF_API void _vtmsCos(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCos_ctab[3];
+
+KEF_API void _vtmdCos(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCos_ctab[3];
+
+KEF_API void _vtmsSin(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSin_ctab[3];
+
+KEF_API void _vtmdSin(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSin_ctab[3];
+
+KEF_API void _vtmsTan(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTan_ctab[3];
+
+KEF_API void _vtmdTan(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTan_ctab[3];
+
 KEF_API void _vtmsCosh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCosh_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCosh_21(int32_t n, const float *a, float *r);
@@ -444,6 +486,20 @@ KEF_API void _vtmdModf_50(int32_t n, const double *a, double *y, double *z);
 KEF_API void _vtmdModf_26(int32_t n, const double *a, double *y, double *z);
 extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dModf_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dModf_ctab[3];
+
+KEF_API void _vtmsSinCos(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_HA(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_21(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_11(int32_t n, const float *a, float *y, float *z);
+extern KEF_API kef_vtm_s_map1x2 kef_vtm_kernel_sSinCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSinCos_ctab[3];
+
+KEF_API void _vtmdSinCos(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_HA(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_50(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_26(int32_t n, const double *a, double *y, double *z);
+extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dSinCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSinCos_ctab[3];
 
 KEF_API void _vtmsSqrt(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqrt_HA(int32_t n, const float *a, float *r);
