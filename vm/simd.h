@@ -40,6 +40,8 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 // The leading 32 bits (sign, exponent, top of the significand) of four elements.
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
+inline std::int32_t head(double x) { return static_cast<std::int32_t>(to_bits(x) >> 32); }
+inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x)); }
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
@@ -65,6 +67,10 @@ inline d2 minimum(d2 x, d2 y) { return (d2)_mm_min_pd((__m128d)x, (__m128d)y); }
 inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
 inline d2 maximum(d2 x, d2 y) { return (d2)_mm_max_pd((__m128d)x, (__m128d)y); }
 inline f4 maximum(f4 x, f4 y) { return (f4)_mm_max_ps((__m128)x, (__m128)y); }
+
+// x, or what is nearest to it in [-bound, bound].
+template <class V, class T>
+inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
