@@ -36,6 +36,8 @@ typedef void (*kef_vtm_s_linear_frac)(int32_t n, const float *a, const float *b,
 typedef void (*kef_vtm_d_linear_frac)(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
 typedef void (*kef_vtm_s_map1x2)(int32_t n, const float *a, float *y, float *z);
 typedef void (*kef_vtm_d_map1x2)(int32_t n, const double *a, double *y, double *z);
+typedef void (*kef_vtm_s_mapx)(int32_t n, const float *a, float b, float *r);
+typedef void (*kef_vtm_d_mapx)(int32_t n, const double *a, double b, double *r);
 typedef void (*kef_vtm_s_pack_i)(int64_t n, const float *a, int64_t inca, float *y, int32_t width);
 typedef void (*kef_vtm_d_pack_i)(int64_t n, const double *a, int64_t inca, double *y, int32_t width);
 typedef void (*kef_vtm_c_pack_i)(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y, int32_t width);
@@ -486,6 +488,34 @@ KEF_API void _vtmdModf_50(int32_t n, const double *a, double *y, double *z);
 KEF_API void _vtmdModf_26(int32_t n, const double *a, double *y, double *z);
 extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dModf_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dModf_ctab[3];
+
+KEF_API void _vtmsPow(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow_ctab[3];
+
+KEF_API void _vtmdPow(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow_ctab[3];
+
+KEF_API void _vtmsPowx(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_HA(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_21(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_11(int32_t n, const float *a, float b, float *r);
+extern KEF_API kef_vtm_s_mapx kef_vtm_kernel_sPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPowx_ctab[3];
+
+KEF_API void _vtmdPowx(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_HA(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_50(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_26(int32_t n, const double *a, double b, double *r);
+extern KEF_API kef_vtm_d_mapx kef_vtm_kernel_dPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPowx_ctab[3];
 
 KEF_API void _vtmsSinCos(int32_t n, const float *a, float *y, float *z);
 KEF_API void _vtmsSinCos_HA(int32_t n, const float *a, float *y, float *z);

@@ -40,6 +40,8 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 // The leading 32 bits (sign, exponent, top of the significand) of four elements.
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
+inline std::int32_t head(double x) { return static_cast<std::int32_t>(to_bits(x) >> 32); }
+inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x)); }
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
@@ -80,6 +82,9 @@ inline l2 sign_mask(l2 x) {
     return (l2)__builtin_shufflevector(signs, signs, 1, 1, 3, 3);
 }
 inline i4 sign_mask(i4 x) { return x >> 31; }
+// x, or what is nearest to it in [-bound, bound].
+template <class V, class T>
+inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
