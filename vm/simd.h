@@ -13,6 +13,7 @@ namespace kef::vm {
 using d2 = double __attribute__((vector_size(16)));
 using f4 = float __attribute__((vector_size(16)));
 using i4 = std::int32_t __attribute__((vector_size(16)));
+using u4 = std::uint32_t __attribute__((vector_size(16)));  // for sums that wrap
 using l2 = std::int64_t __attribute__((vector_size(16)));
 
 // The vector of an element type, and its lane count.
@@ -61,6 +62,8 @@ inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
     return greater(h + static_cast<std::int32_t>(bias - low),
                    all(static_cast<std::int32_t>(high - low - 1 + bias)));
+    const i4 shifted = (i4)((u4)h + (bias - low));
+    return shifted > static_cast<std::int32_t>(high - low - 1 + bias);
 }
 
 inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
