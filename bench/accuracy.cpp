@@ -93,7 +93,9 @@ void measure(Meter<T>& meter, const std::string& name, const std::vector<Functio
     constexpr bool two = has_second_argument<Function>, scalar = has_scalar_argument<Function>;
     constexpr std::uint64_t size = 1024;
     Batch<T> batch(size);
-    for (int i = 0; i < 4; ++i) batch.scalars[i] = static_cast<T>(interval.scalars[i]);
+    reference::Scalars scalars;
+    for (std::size_t i = 0; i < scalars.size(); ++i)
+        scalars[i] = batch.scalars[i] = static_cast<T>(interval.scalars[i]);
     reference::Random random(name);
     const auto edges_a = reference::edges<T>(interval.a);
     const auto edges_b = two || scalar ? reference::edges<T>(interval.b) : std::vector<T>(1);
@@ -122,7 +124,7 @@ void measure(Meter<T>& meter, const std::string& name, const std::vector<Functio
             views.push_back(&results[k]);
         }
         const bool for_mean = !bounded || (a_by_value && (b_by_value || !(two || scalar)));
-        meter.take(batch, interval.scalars, views, for_mean && !at_edges, tallies);
+        meter.take(batch, scalars, views, for_mean && !at_edges, tallies);
     }
 }
 

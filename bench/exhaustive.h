@@ -79,7 +79,7 @@ std::unique_ptr<Exhaustive> every_float(const reference::Reference& row, const s
                 chunk = next++;
             }
             *tallies = {};
-            Meter<float> meter(row);
+            Meter<float> meter(row, 1 << 14);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);

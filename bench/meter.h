@@ -40,7 +40,7 @@ struct Tally {
 // Takes batches that the slots of one function have computed. The 80-bit value
 // of the reference decides on every element that its error cannot change; the
 // others, and every candidate for the worst error, are computed in __float128. Its
-// error bound is itself checked, on every 256th element.
+// error bound is itself checked, on every `check_every`-th element.
 template <class T>
 class Meter {
 public:
@@ -48,7 +48,11 @@ public:
     using wide = reference::wide;
     static constexpr int max_kernels = 3;
 
-    explicit Meter(const reference::Reference& row) : row_(row) {}
+    explicit Meter(const reference::Reference& row, unsigned check_every = 512)
+        : row_(row),
+          check_every_(check_every),
+          margin_(row.screen_error * 0x1p-63 + (std::is_same_v<T, float> ? 0x1p-52 : 0)),
+          margin_ulps_(std::ldexp(margin_, std::numeric_limits<T>::digits)) {}
 
     // Tallies of kernel k and of result number j.
     using Tallies = std::array<std::array<Tally<T>, 2>, max_kernels>;
@@ -64,7 +68,7 @@ public:
         for (int i = 0; i < x.size(); ++i) {
             for (int j = 0; j < this->results(); ++j) {
                 Element value(row_, j, x.a[i], x.b[i], scalars);
-                if ((++elements_ & 255) == 0) check_screen(value);
+                if (++elements_ % check_every_ == 0) check_screen(value);
                 for (std::size_t k = 0; k < results.size(); ++k)
                     judge(value, (*results[k])[j][i], for_mean, tallies[k][j]);
             }
@@ -105,21 +109,23 @@ private:
         T rounded;
     };
 
+    // Errors of floats are screened in double arithmetic, which is faster.
+    using Screen = std::conditional_t<std::is_same_v<T, float>, double, wide>;
+
     void judge(Element& value, T got, bool for_mean, Tally<T>& tally) const {
         using reference::error;
-        // Margin of the 80-bit value, as an error of a result.
-        const double margin = row_.screen_error * 0x1p-63,
-                     margin_ulps = std::ldexp(margin, std::numeric_limits<T>::digits);
         const bool same = got == value.rounded || (got != got && value.rounded != value.rounded);
         if (!same) {
             if (tally.misrounded < tally.max_failing) tally.failing[tally.misrounded] = value.a;
             ++tally.misrounded;
         }
         ++tally.count;
-        auto e = value.screened ? error(got, value.about, value.least)
+        auto e = value.screened ? error(got, static_cast<Screen>(value.about), value.least)
                                 : error(got, value.exact(), value.least);
-        if (value.screened && (e.ulps + margin_ulps > tally.ulps.error ||
-                               e.relative + margin > tally.relative.error))
+        // Errors below a quarter of an ulp are of no interest to more digits.
+        constexpr double small = std::numeric_limits<T>::epsilon() / 8;
+        if (value.screened && (e.ulps + margin_ulps_ > std::max(tally.ulps.error, 0.25) ||
+                               e.relative + margin_ > std::max(tally.relative.error, small)))
             e = error(got, value.exact(), value.least);
         if (e.ulps > tally.ulps.error) tally.ulps = {e.ulps, value.a, value.b, got};
         if (e.relative > tally.relative.error) tally.relative = {e.relative, value.a, value.b, got};
@@ -145,7 +151,9 @@ private:
     }
 
     const reference::Reference& row_;
-    std::uint64_t elements_ = 0;
+    const unsigned check_every_;
+    const double margin_, margin_ulps_;  // of the screened error of a result
+    unsigned elements_ = 0;
     double screen_error_ = 0;
 };
 

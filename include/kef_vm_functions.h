@@ -69,6 +69,48 @@ KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
 
+KEF_API void _vtmsAcos(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAcos_ctab[3];
+
+KEF_API void _vtmdAcos(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAcos_ctab[3];
+
+KEF_API void _vtmsAsin(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAsin_ctab[3];
+
+KEF_API void _vtmdAsin(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAsin_ctab[3];
+
+KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtan_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan_ctab[3];
+
+KEF_API void _vtmdAtan(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtan_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan_ctab[3];
+
 KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);
@@ -124,6 +166,20 @@ KEF_API void _vtmdDiv_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdDiv_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dDiv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dDiv_ctab[3];
+
+KEF_API void _vtmsAtan2(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsAtan2_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtan2_ctab[3];
+
+KEF_API void _vtmdAtan2(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
 
 KEF_API void _vtmsCbrt(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCbrt_HA(int32_t n, const float *a, float *r);
@@ -236,6 +292,48 @@ KEF_API void _vtmdNearbyInt_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdNearbyInt_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dNearbyInt_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dNearbyInt_ctab[3];
+
+KEF_API void _vtmsCos(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCos_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCos_ctab[3];
+
+KEF_API void _vtmdCos(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCos_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCos_ctab[3];
+
+KEF_API void _vtmsSin(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsSin_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSin_ctab[3];
+
+KEF_API void _vtmdSin(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdSin_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSin_ctab[3];
+
+KEF_API void _vtmsTan(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTan_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTan_ctab[3];
+
+KEF_API void _vtmdTan(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTan_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTan_ctab[3];
 
 KEF_API void _vtmsCosh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCosh_HA(int32_t n, const float *a, float *r);
@@ -488,6 +586,20 @@ KEF_API void _vtmdPowx_50(int32_t n, const double *a, double b, double *r);
 KEF_API void _vtmdPowx_26(int32_t n, const double *a, double b, double *r);
 extern KEF_API kef_vtm_d_mapx kef_vtm_kernel_dPowx_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dPowx_ctab[3];
+
+KEF_API void _vtmsSinCos(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_HA(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_21(int32_t n, const float *a, float *y, float *z);
+KEF_API void _vtmsSinCos_11(int32_t n, const float *a, float *y, float *z);
+extern KEF_API kef_vtm_s_map1x2 kef_vtm_kernel_sSinCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sSinCos_ctab[3];
+
+KEF_API void _vtmdSinCos(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_HA(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_50(int32_t n, const double *a, double *y, double *z);
+KEF_API void _vtmdSinCos_26(int32_t n, const double *a, double *y, double *z);
+extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dSinCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dSinCos_ctab[3];
 
 KEF_API void _vtmsSqrt(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqrt_HA(int32_t n, const float *a, float *r);

@@ -11,8 +11,9 @@ namespace kef::platform {
 void* thread_slot_get();
 bool thread_slot_set(void* value);
 
-// The private heap: created at the first allocation, given back as a whole at
-// process detach. Null when there is no memory.
+// The private heap of the thread blocks: created at the first allocation, given
+// back as a whole at process detach. A block belongs to the thread that allocated
+// it. Null when there is no memory.
 void* heap_allocate(std::size_t size);
 void heap_free(void* block);
 

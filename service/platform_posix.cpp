@@ -12,18 +12,28 @@ namespace kef::platform {
 
 namespace {
 
+// The key lives from load to unload, or to the exit of the process: from then on a
+// thread that still computes finds its block in the heap.
+enum class Key { none, live, gone };
 pthread_key_t key;
-bool key_exists = false;
+Key key_state = Key::none;
+Key state_of_key() { return __atomic_load_n(&key_state, __ATOMIC_ACQUIRE); }
 
 // The heap is a ring of C library blocks, so that unloading can give back those
 // of threads that live on.
 struct Link {
     Link* next;
     Link* previous;
+    pthread_t owner;
 };
 constexpr std::size_t link_size = (sizeof(Link) + 15) / 16 * 16;
 pthread_mutex_t heap_mutex = PTHREAD_MUTEX_INITIALIZER;
-Link heap = {&heap, &heap};
+Link heap = {&heap, &heap, {}};
+
+void lock_heap() { pthread_mutex_lock(&heap_mutex); }
+void unlock_heap() { pthread_mutex_unlock(&heap_mutex); }
+
+void* block_of(Link* link) { return reinterpret_cast<char*>(link) + link_size; }
 
 void unlink_and_free(Link* link) {
     link->next->previous = link->previous;
@@ -32,9 +42,23 @@ void unlink_and_free(Link* link) {
 }
 
 void heap_destroy() {
-    pthread_mutex_lock(&heap_mutex);
+    lock_heap();
     while (heap.next != &heap) unlink_and_free(heap.next);
-    pthread_mutex_unlock(&heap_mutex);
+    unlock_heap();
+}
+
+void* block_of_this_thread() {
+    lock_heap();
+    Link* link = heap.next;
+    while (link != &heap && !pthread_equal(link->owner, pthread_self())) link = link->next;
+    unlock_heap();
+    return link != &heap ? block_of(link) : nullptr;
+}
+
+// Without the key no thread runs code of ours at its end.
+void delete_key() {
+    __atomic_store_n(&key_state, Key::gone, __ATOMIC_RELEASE);
+    pthread_key_delete(key);
 }
 
 // exit() runs atexit handlers before the destructors of shared objects, dlclose
@@ -43,45 +67,56 @@ bool exiting = false;
 void mark_exiting() { exiting = true; }
 
 [[gnu::constructor]] void process_attach() {
-    key_exists = pthread_key_create(&key, on_thread_detach) == 0;
+    if (pthread_key_create(&key, on_thread_detach) == 0) key_state = Key::live;
     // ELF has no way to refuse loading; the first use on a thread reports the
     // same failure as fatal.
-    if (key_exists) on_process_attach();
+    if (key_state == Key::live) on_process_attach();
     std::atexit(mark_exiting);
+    pthread_atfork(lock_heap, unlock_heap, unlock_heap);
 }
 
 [[gnu::destructor]] void process_detach() {
-    if (exiting || !key_exists) return;  // at exit other threads may still compute
+    if (key_state != Key::live) return;
+    if (exiting) {
+        // Other threads may still compute, and an exit handler may be unloading us.
+        delete_key();
+        return;
+    }
     on_process_detach();
-    // Without the key no thread runs code of ours at its end.
-    pthread_key_delete(key);
-    key_exists = false;
+    delete_key();
     heap_destroy();
 }
 
 }  // namespace
 
-void* thread_slot_get() { return key_exists ? pthread_getspecific(key) : nullptr; }
+void* thread_slot_get() {
+    if (state_of_key() == Key::live) [[likely]]
+        if (void* block = pthread_getspecific(key)) [[likely]] return block;
+    return state_of_key() == Key::gone ? block_of_this_thread() : nullptr;
+}
 
-bool thread_slot_set(void* value) { return key_exists && pthread_setspecific(key, value) == 0; }
+bool thread_slot_set(void* value) {
+    if (state_of_key() == Key::live && pthread_setspecific(key, value) == 0) return true;
+    return state_of_key() == Key::gone;  // the heap knows the owner
+}
 
 void* heap_allocate(std::size_t size) {
     auto* link = static_cast<Link*>(std::malloc(link_size + size));
     if (link == nullptr) return nullptr;
-    pthread_mutex_lock(&heap_mutex);
+    link->owner = pthread_self();
+    lock_heap();
     link->next = heap.next;
     link->previous = &heap;
     heap.next->previous = link;
     heap.next = link;
-    pthread_mutex_unlock(&heap_mutex);
-    return reinterpret_cast<char*>(link) + link_size;
+    unlock_heap();
+    return block_of(link);
 }
 
 void heap_free(void* block) {
-    auto* link = reinterpret_cast<Link*>(static_cast<char*>(block) - link_size);
-    pthread_mutex_lock(&heap_mutex);
-    unlink_and_free(link);
-    pthread_mutex_unlock(&heap_mutex);
+    lock_heap();
+    unlink_and_free(reinterpret_cast<Link*>(static_cast<char*>(block) - link_size));
+    unlock_heap();
 }
 
 bool environment_value(const char* name, char* buffer, std::size_t size) {

@@ -14,6 +14,7 @@
 #include <type_traits>
 #include <vector>
 
+#include <emmintrin.h>
 #include <quadmath.h>
 
 namespace kef::reference {
@@ -38,6 +39,20 @@ KEF_OF_ONE(sqrt) KEF_OF_ONE(tan) KEF_OF_ONE(tanh) KEF_OF_ONE(tgamma) KEF_OF_ONE(
 KEF_OF_TWO(atan2) KEF_OF_TWO(hypot) KEF_OF_TWO(pow)
 #undef KEF_OF_ONE
 #undef KEF_OF_TWO
+
+// a b + c for factors of 53 bits, with one rounding error whatever cancels.
+inline quad multiply_add(quad a, quad b, quad c) { return a * b + c; }
+inline wide multiply_add(wide a, wide b, wide c) {
+    const auto upper_half = [](wide x) {  // Veltkamp's splitting
+        const wide t = x * (0x1p32L + 1);
+        return t - (t - x);
+    };
+    const wide a1 = upper_half(a), a2 = a - a1, b1 = upper_half(b), b2 = b - b1, p = a * b;
+    const wide p_error = ((a1 * b1 - p) + a1 * b2 + a2 * b1) + a2 * b2;  // Dekker's product
+    const wide s = p + c, part = s - p;
+    if (!(fabs(s) < wide(INFINITY))) return s;
+    return s + (((p - (s - part)) + (c - part)) + p_error);  // Knuth's sum
+}
 
 // (1/2) erfc(-x/sqrt2). The product t = -x/sqrt2 is taken with its rounding error
 // d, and erfc(t + d) = erfc(t) - 2/sqrt(pi) exp(-t^2) d; without d the result
@@ -170,31 +185,47 @@ inline const Reference* find(std::string_view name) {
     return nullptr;
 }
 
-// Exponent field and sign of an 80-bit or 113-bit number.
-inline int biased_exponent(wide x) {
-    struct { std::uint64_t significand; std::uint16_t head; } parts;
-    __builtin_memcpy(&parts, &x, 10);
-    return parts.head & 0x7FFF;
-}
-inline int biased_exponent(quad x) {
-    std::uint64_t words[2];
-    __builtin_memcpy(words, &x, 16);
-    return words[1] >> 48 & 0x7FFF;
-}
-// 2^e, for exponents of the normal range.
-template <class R>
-R power_of_two(int e) {
-    R x = 0;
-    if constexpr (std::is_same_v<R, wide>) {
-        struct { std::uint64_t significand; std::uint16_t head; } parts = {
-            UINT64_C(1) << 63, static_cast<std::uint16_t>(e + 16383)};
-        __builtin_memcpy(&x, &parts, 10);
-    } else {
-        const std::uint64_t words[2] = {0, static_cast<std::uint64_t>(e + 16383) << 48};
-        __builtin_memcpy(&x, words, 16);
+// Exponent of a normal number, and 2^e.
+template <class R> struct Binary;
+template <> struct Binary<double> {
+    static int exponent(double x) {
+        return static_cast<int>(std::bit_cast<std::uint64_t>(x) >> 52 & 0x7FF) - 1023;
     }
-    return x;
-}
+    static double power_of_two(int e) {
+        // In a vector register: through memory it would stall on i386.
+        return _mm_cvtsd_f64(_mm_castsi128_pd(_mm_slli_epi64(_mm_cvtsi32_si128(e + 1023), 52)));
+    }
+};
+template <> struct Binary<wide> {
+    struct Parts {
+        std::uint64_t significand;
+        std::uint16_t head;
+    };
+    static int exponent(wide x) {
+        Parts parts;
+        __builtin_memcpy(&parts, &x, 10);
+        return (parts.head & 0x7FFF) - 16383;
+    }
+    static wide power_of_two(int e) {
+        const Parts parts = {UINT64_C(1) << 63, static_cast<std::uint16_t>(e + 16383)};
+        wide x = 0;
+        __builtin_memcpy(&x, &parts, 10);
+        return x;
+    }
+};
+template <> struct Binary<quad> {
+    static int exponent(quad x) {
+        std::uint64_t words[2];
+        __builtin_memcpy(words, &x, 16);
+        return static_cast<int>(words[1] >> 48 & 0x7FFF) - 16383;
+    }
+    static quad power_of_two(int e) {
+        const std::uint64_t words[2] = {0, static_cast<std::uint64_t>(e + 16383) << 48};
+        quad x;
+        __builtin_memcpy(&x, words, 16);
+        return x;
+    }
+};
 
 // An error in ulp: |got - exact| over the spacing of T around `exact` (below the
 // normal range, that of the subnormal numbers), and relative to the result (to
@@ -211,7 +242,7 @@ Error error(T got, R exact, double least = 0) {
     if (exact != exact || got != got) return (exact != exact) == (got != got) ? none : wrong;
     R size = exact < 0 ? -exact : exact;
     R value = exact < 0 ? -R(got) : R(got);
-    const R beyond = power_of_two<R>(Limits::max_exponent);
+    const R beyond = Binary<R>::power_of_two(Limits::max_exponent);
     if (value > beyond) {
         if (size >= R(Limits::max()) * (1 + R(Limits::epsilon()) / 4)) return none;
         value = beyond;
@@ -220,8 +251,8 @@ Error error(T got, R exact, double least = 0) {
     }
     const R difference = value > size ? value - size : size - value;
     size = std::max({size, R(Limits::min()), R(least)});
-    const int e = std::min(biased_exponent(size) - 16383, Limits::max_exponent - 1);
-    return {static_cast<double>(difference * power_of_two<R>(Limits::digits - 1 - e)),
+    const int e = std::min(Binary<R>::exponent(size), Limits::max_exponent - 1);
+    return {static_cast<double>(difference * Binary<R>::power_of_two(Limits::digits - 1 - e)),
             static_cast<double>(difference / size)};
 }
 

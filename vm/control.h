@@ -1,4 +1,4 @@
-// The SSE control register for the time of a kernel.
+// The SSE control and status register for the time of a kernel.
 #pragma once
 
 #include <cstdint>
@@ -10,44 +10,48 @@
 namespace kef::vm {
 
 // Rounds to nearest, and flushes subnormals only where the mode word asks for it.
-// Loads the register only if that is a change; puts the caller's control bits
-// back at the end. Exception flags stay raised, as they do without a change.
+// Puts the caller's control bits back at the end, and loads the register only
+// where that is a change.
+//
+// Flags: an arithmetic kernel raises those of its one operation, as the instruction
+// does. Any other masks all exceptions and forgets what its formulas raise on the
+// way; flags come from the error handler alone, in exception mode.
+template <bool arithmetic>
 class ControlGuard {
 public:
-    ControlGuard() : saved_(_mm_getcsr()) {
-        constexpr std::uint32_t flush_to_zero = 0x8000, denormals_are_zero = 0x0040;
+    ControlGuard() : callers_(_mm_getcsr()) {
         const bool flush = (mode() & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON;
-        const std::uint32_t wanted = flush ? flush_to_zero | denormals_are_zero : 0;
-        changed_ = (saved_ & controlled) != wanted;
-        if (changed_) [[unlikely]] _mm_setcsr((saved_ & ~controlled) | wanted);
+        own_ = (callers_ & ~controlled) | (flush ? flush_to_zero | denormals_are_zero : 0);
+        if constexpr (!arithmetic) own_ |= masks;
+        if (own_ != callers_) [[unlikely]] _mm_setcsr(own_);
     }
     ~ControlGuard() {
-        if (changed_) [[unlikely]] _mm_setcsr(saved_ | (_mm_getcsr() & exception_flags));
+        if constexpr (arithmetic) {
+            if (own_ != callers_) [[unlikely]] _mm_setcsr(callers_ | (_mm_getcsr() & flags));
+        } else {
+            if (_mm_getcsr() != callers_) _mm_setcsr(callers_);
+        }
     }
     ControlGuard(const ControlGuard&) = delete;
     ControlGuard& operator=(const ControlGuard&) = delete;
 
-private:
-    static constexpr std::uint32_t exception_flags = 0x3F;
-    static constexpr std::uint32_t controlled = 0xE040;  // FTZ, rounding, DAZ
-    std::uint32_t saved_;
-    bool changed_;
-};
-
-// For kernels that raise no flag at all: what their formulas raise on the way is
-// masked and forgotten.
-class ExactGuard {
-public:
-    ExactGuard() : saved_(_mm_getcsr()) {
-        constexpr std::uint32_t mask_all = 0x1F80;
-        _mm_setcsr(saved_ | mask_all);
+    // Runs the error handler: with the caller's masks, so that an exception that he
+    // unmasked is trapped, and its flags stay.
+    template <class Report>
+    void report(Report handle) {
+        if constexpr (!arithmetic) _mm_setcsr((own_ & ~masks) | (callers_ & masks));
+        handle();
+        if constexpr (!arithmetic) {
+            callers_ |= _mm_getcsr() & flags;
+            _mm_setcsr(own_);
+        }
     }
-    ~ExactGuard() { _mm_setcsr(saved_); }
-    ExactGuard(const ExactGuard&) = delete;
-    ExactGuard& operator=(const ExactGuard&) = delete;
 
 private:
-    std::uint32_t saved_;
+    static constexpr std::uint32_t flush_to_zero = 0x8000, denormals_are_zero = 0x0040;
+    static constexpr std::uint32_t controlled = 0xE040;  // FTZ, rounding, DAZ
+    static constexpr std::uint32_t masks = 0x1F80, flags = 0x003F;
+    std::uint32_t callers_, own_;
 };
 
 }  // namespace kef::vm

@@ -38,15 +38,18 @@ struct Tables {
 #include "vm/surface.def"
 #undef KEF_ROW
 
-// The tables. The cost table's name is a second label inside the object.
+// The tables. The cost table's name is a second label inside the object. Windows
+// exports both by a list (cmake/exports.cmake).
 #if defined(__ELF__)
 #define KEF_DATA_LABEL(name) ".type " #name ", @object\n.size " #name ", 12\n"
+#define KEF_TABLE KEF_API
 #else
 #define KEF_DATA_LABEL(name)
+#define KEF_TABLE
 #endif
 #define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)                                   \
     static_assert(consistent(k0, k1, k2, c0, c1, c2), "one kernel, two costs: " #type #function); \
-    extern KEF_API Tables<shape::form<element_##type>> tables_##type##function                  \
+    extern KEF_TABLE Tables<shape::form<element_##type>> tables_##type##function                \
         __asm__(KEF_LABEL(kef_vtm_kernel_##type##function##_ttab));                              \
     Tables<shape::form<element_##type>> tables_##type##function = {                              \
         {type##function##_##k0, type##function##_##k1, type##function##_##k2}, {c0, c1, c2}};    \

@@ -88,12 +88,34 @@ void raise_exception(std::int32_t code) {
     }
 }
 
-// Real and imaginary part of an element, as doubles and back.
+// An element as real and imaginary part in double precision, and back.
 template <class T> void widen(T x, double& re, double&) { re = x; }
-template <class T> T narrow(double re, double) { return static_cast<T>(re); }
+template <class T> void narrow(double re, double, T& x) { x = static_cast<T>(re); }
+void widen(kef_complex8 x, double& re, double& im) { re = x.re, im = x.im; }
+void widen(kef_complex16 x, double& re, double& im) { re = x.re, im = x.im; }
+void narrow(double re, double im, kef_complex8& x) {
+    x = {static_cast<float>(re), static_cast<float>(im)};
+}
+void narrow(double re, double im, kef_complex16& x) { x = {re, im}; }
 
-template <class T>
-void handle(const ElementError<T>& error) {
+// Callback, errno, message and exception; true where the record's results are to
+// be stored.
+bool report(kef_vtm_error_record& record, std::uint32_t mode_word,
+            kef_vtm_error_callback callback) {
+    if ((mode_word & any_callback) != 0 && callback != nullptr && callback(&record) != 0)
+        return false;
+    if ((mode_word & any_other_handling) != 0) {
+        if ((mode_word & VTM_ERRMODE_ERRNO) != 0) set_errno(record.code);
+        if ((mode_word & VTM_ERRMODE_STDERR) != 0) print(record);
+        if ((mode_word & VTM_ERRMODE_EXCEPT) != 0) raise_exception(record.code);
+    }
+    return true;
+}
+
+}  // namespace
+
+template <class Argument, class Result>
+void handle_error(const ElementError<Argument, Result>& error) {
     ThreadState& state = thread_state();
     state.status = error.code;
     const std::uint32_t mode_word = mode();
@@ -102,44 +124,45 @@ void handle(const ElementError<T>& error) {
     kef_vtm_error_record record = {};
     record.code = error.code;
     record.index = error.index;
-    const std::size_t length = std::strlen(error.name);
-    record.name_length =
-        static_cast<std::int32_t>(length < sizeof record.name ? length : sizeof record.name - 1);
-    std::memcpy(record.name, error.name, static_cast<std::size_t>(record.name_length));
-    if (has_values(error.code)) {
-        if (state.interface_input != nullptr) {
-            const auto distance = reinterpret_cast<std::intptr_t>(error.vector1) -
-                                  reinterpret_cast<std::intptr_t>(state.interface_input);
-            record.index += static_cast<std::int32_t>(distance / static_cast<std::intptr_t>(sizeof(T)));
-        }
-        widen(error.argument1, record.argument1, record.argument1_imag);
-        widen(error.argument2, record.argument2, record.argument2_imag);
-        widen(*error.result1, record.result1, record.result1_imag);
-        widen(*error.result2, record.result2, record.result2_imag);
+    // The zeros of the record end the name.
+    const std::size_t length = strnlen(error.name, sizeof record.name - 1);
+    record.name_length = static_cast<std::int32_t>(length);
+    std::memcpy(record.name, error.name, length);
+    if (!has_values(error.code)) {
+        report(record, mode_word, state.callback);
+        return;
     }
 
-    const kef_vtm_error_callback callback = state.callback;
-    if ((mode_word & any_callback) != 0 && callback != nullptr && callback(&record) != 0) return;
-
-    if ((mode_word & any_other_handling) != 0) {
-        if ((mode_word & VTM_ERRMODE_ERRNO) != 0) set_errno(record.code);
-        if ((mode_word & VTM_ERRMODE_STDERR) != 0) print(record);
-        if ((mode_word & VTM_ERRMODE_EXCEPT) != 0) raise_exception(record.code);
+    if (state.interface_input != nullptr) {
+        const auto distance = reinterpret_cast<std::intptr_t>(error.vector1) -
+                              reinterpret_cast<std::intptr_t>(state.interface_input);
+        // Cut to 32 bits: the pointer may belong to another vector.
+        record.index = static_cast<std::int32_t>(
+            error.index + distance / static_cast<std::intptr_t>(sizeof(Argument)));
     }
+    widen(error.argument1, record.argument1, record.argument1_imag);
+    widen(error.argument2, record.argument2, record.argument2_imag);
+    widen(*error.result1, record.result1, record.result1_imag);
+    widen(*error.result2, record.result2, record.result2_imag);
+    if (!report(record, mode_word, state.callback)) return;
 
-    if (!has_values(error.code)) return;
-    const T result1 = narrow<T>(record.result1, record.result1_imag);
-    const T result2 = narrow<T>(record.result2, record.result2_imag);
+    Result result1, result2;
+    narrow(record.result1, record.result1_imag, result1);
+    narrow(record.result2, record.result2_imag, result2);
     // Where both results are one place, an untouched second result must not undo
     // what the callback did to the first.
-    const bool second_touched = std::memcmp(&result2, error.result2, sizeof(T)) != 0;
+    const bool second_touched = std::memcmp(&result2, error.result2, sizeof result2) != 0;
     *error.result1 = result1;
     if (second_touched || error.result2 != error.result1) *error.result2 = result2;
 }
 
-}  // namespace
-
-void handle_error(const ElementError<float>& error) { handle(error); }
-void handle_error(const ElementError<double>& error) { handle(error); }
+template void handle_error(const ElementError<float>&);
+template void handle_error(const ElementError<double>&);
+template void handle_error(const ElementError<kef_complex8>&);
+template void handle_error(const ElementError<kef_complex16>&);
+template void handle_error(const ElementError<kef_complex8, float>&);    // modulus, argument
+template void handle_error(const ElementError<kef_complex16, double>&);
+template void handle_error(const ElementError<float, kef_complex8>&);    // CIS
+template void handle_error(const ElementError<double, kef_complex16>&);
 
 }  // namespace kef::vm

@@ -14,7 +14,8 @@
 //                          for this gate alone
 //   k.edge(x..., r...)     one element that a gate holds back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
-//   K::exact               optional: raises no floating-point flag at all
+//   K::arithmetic          optional: one arithmetic operation, whose flags are raised;
+//                          all other kernels raise none (vm/control.h)
 //
 // The loop owns the count test, the control register, groups of four, the gates,
 // the rest of fewer than four (computed as a group padded with one of its own
@@ -25,7 +26,6 @@
 #pragma once
 
 #include <array>
-#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -126,8 +126,8 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_
 
 // Elements one at a time, with their special results and reports. The kernel comes
 // by value: where its address never leaves the loop, its fields stay in registers.
-template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count,
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count, Guard& guard,
                                              const std::array<const T*, I>& in,
                                              const std::array<T*, O>& out) {
     for (int i = first; i < first + count; ++i) {
@@ -146,8 +146,10 @@ template <class K, class T, std::size_t I, std::size_t O>
         const int status = edge(k, x, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
         if (status != VTM_STATUS_OK)
-            handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
-                                         &out[O - 1][i]});
+            guard.report([&] {
+                handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1],
+                                             &out[0][i], &out[O - 1][i]});
+            });
     }
 }
 
@@ -156,10 +158,7 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
                 const std::array<T*, O>& out) {
     if (n <= 0) return;
     constexpr bool has_edge = requires { &K::edge; };
-    constexpr bool exact = requires { K::exact; };
-    const ControlGuard guard;
-    [[maybe_unused]] const std::conditional_t<exact, ExactGuard, std::nullopt_t> exact_guard =
-        [] { if constexpr (exact) return ExactGuard(); else return std::nullopt; }();
+    ControlGuard<requires { K::arithmetic; }> guard;
 
     std::array<Group<T>, I> x;
     int i = 0;
@@ -169,7 +168,7 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
             for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
         });
         if constexpr (has_edge)
-            if (!done) [[unlikely]] one_by_one(k, i, group, in, out);
+            if (!done) [[unlikely]] one_by_one(k, i, group, guard, in, out);
     }
 
     const int rest = n - i;
@@ -187,7 +186,7 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
         }
     });
     if constexpr (has_edge)
-        if (!done) [[unlikely]] one_by_one(k, i, rest, in, out);
+        if (!done) [[unlikely]] one_by_one(k, i, rest, guard, in, out);
 }
 
 }  // namespace frame

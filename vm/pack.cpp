@@ -8,71 +8,67 @@ namespace kef::vm {
 
 namespace {
 
-// Calls body(typed count, null pointer to the index type) in the interface width.
+// Calls body(count) in the interface width: the count, and with it strides, index
+// and mask vectors, is of type int32_t or int64_t.
 template <class Body>
 inline void in_width(std::int64_t n, std::int32_t width, Body body) {
     if (width == narrow_interface)
-        body(std::int64_t{static_cast<std::int32_t>(n)}, static_cast<const std::int32_t*>(nullptr));
+        body(static_cast<std::int32_t>(n));
     else
-        body(n, static_cast<const std::int64_t*>(nullptr));
-}
-
-inline std::int64_t in_width(std::int64_t stride, std::int32_t width) {
-    return width == narrow_interface ? static_cast<std::int32_t>(stride) : stride;
+        body(n);
 }
 
 // The address of element i of a strided vector.
-template <class T>
-inline T* strided(T* p, std::int64_t i, std::int64_t stride) {
-    return p + static_cast<std::ptrdiff_t>(i * stride);
+template <class Index, class T>
+inline T* strided(T* p, Index i, std::int64_t stride) {
+    return p + static_cast<std::ptrdiff_t>(i) *
+                   static_cast<std::ptrdiff_t>(static_cast<Index>(stride));
 }
 
 template <class T>
 void gather_strided(std::int64_t n, const T* a, std::int64_t inca, T* y, std::int32_t width) {
-    in_width(n, width, [=](std::int64_t count, auto) {
-        const std::int64_t stride = in_width(inca, width);
-        for (std::int64_t i = 0; i < count; ++i) y[i] = *strided(a, i, stride);
+    in_width(n, width, [=]<class Index>(Index count) {
+        for (Index i = 0; i < count; ++i) y[i] = *strided(a, i, inca);
     });
 }
 
 template <class T>
 void scatter_strided(std::int64_t n, const T* a, T* y, std::int64_t incy, std::int32_t width) {
-    in_width(n, width, [=](std::int64_t count, auto) {
-        const std::int64_t stride = in_width(incy, width);
-        for (std::int64_t i = 0; i < count; ++i) *strided(y, i, stride) = a[i];
+    in_width(n, width, [=]<class Index>(Index count) {
+        for (Index i = 0; i < count; ++i) *strided(y, i, incy) = a[i];
     });
 }
 
 template <class T>
 void gather_indexed(std::int64_t n, const T* a, const void* indices, T* y, std::int32_t width) {
-    in_width(n, width, [=](std::int64_t count, auto type) {
-        const auto ia = static_cast<decltype(type)>(indices);
-        for (std::int64_t i = 0; i < count; ++i) y[i] = a[ia[i]];
+    in_width(n, width, [=]<class Index>(Index count) {
+        const auto* ia = static_cast<const Index*>(indices);
+        for (Index i = 0; i < count; ++i) y[i] = a[ia[i]];
     });
 }
 
 template <class T>
 void scatter_indexed(std::int64_t n, const T* a, T* y, const void* indices, std::int32_t width) {
-    in_width(n, width, [=](std::int64_t count, auto type) {
-        const auto iy = static_cast<decltype(type)>(indices);
-        for (std::int64_t i = 0; i < count; ++i) y[iy[i]] = a[i];
+    in_width(n, width, [=]<class Index>(Index count) {
+        const auto* iy = static_cast<const Index*>(indices);
+        for (Index i = 0; i < count; ++i) y[iy[i]] = a[i];
     });
 }
 
 template <class T>
 void gather_masked(std::int64_t n, const T* a, const void* mask, T* y, std::int32_t width) {
-    in_width(n, width, [=, next = y](std::int64_t count, auto type) mutable {
-        const auto chosen = static_cast<decltype(type)>(mask);
-        for (std::int64_t i = 0; i < count; ++i)
+    in_width(n, width, [=, next = y]<class Index>(Index count) mutable {
+        const auto* chosen = static_cast<const Index*>(mask);
+        for (Index i = 0; i < count; ++i)
             if (chosen[i] != 0) *next++ = a[i];
     });
 }
 
 template <class T>
 void scatter_masked(std::int64_t n, const T* a, T* y, const void* mask, std::int32_t width) {
-    in_width(n, width, [=, next = a](std::int64_t count, auto type) mutable {
-        const auto chosen = static_cast<decltype(type)>(mask);
-        for (std::int64_t i = 0; i < count; ++i)
+    in_width(n, width, [=, next = a]<class Index>(Index count) mutable {
+        const auto* chosen = static_cast<const Index*>(mask);
+        for (Index i = 0; i < count; ++i)
             if (chosen[i] != 0) y[i] = *next++;
     });
 }

@@ -13,6 +13,7 @@ namespace kef::vm {
 using d2 = double __attribute__((vector_size(16)));
 using f4 = float __attribute__((vector_size(16)));
 using i4 = std::int32_t __attribute__((vector_size(16)));
+using u4 = std::uint32_t __attribute__((vector_size(16)));  // for sums that wrap
 using l2 = std::int64_t __attribute__((vector_size(16)));
 
 // The vector of an element type, and its lane count.
@@ -49,10 +50,20 @@ inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
 // |x| in the bit pattern's order.
 inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }
 
+// x > y by the instruction itself: the compiler turns x > constant around, which takes
+// two more instructions.
+inline i4 greater(i4 x, i4 y) {
+    asm("pcmpgtd %1, %0" : "+x"(x) : "xm"(y));
+    return x;
+}
+
 // h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
 inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return (h + static_cast<std::int32_t>(bias - low)) > static_cast<std::int32_t>(high - low - 1 + bias);
+    return greater(h + static_cast<std::int32_t>(bias - low),
+                   all(static_cast<std::int32_t>(high - low - 1 + bias)));
+    const i4 shifted = (i4)((u4)h + (bias - low));
+    return shifted > static_cast<std::int32_t>(high - low - 1 + bias);
 }
 
 inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
@@ -68,6 +79,12 @@ inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
 inline d2 maximum(d2 x, d2 y) { return (d2)_mm_max_pd((__m128d)x, (__m128d)y); }
 inline f4 maximum(f4 x, f4 y) { return (f4)_mm_max_ps((__m128)x, (__m128)y); }
 
+// All bits of the lanes whose sign bit is set.
+inline l2 sign_mask(l2 x) {
+    const i4 signs = (i4)x >> 31;
+    return (l2)__builtin_shufflevector(signs, signs, 1, 1, 3, 3);
+}
+inline i4 sign_mask(i4 x) { return x >> 31; }
 // x, or what is nearest to it in [-bound, bound].
 template <class V, class T>
 inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }

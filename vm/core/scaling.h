@@ -36,6 +36,7 @@ inline double round_to_subnormal(double high, double low) {
 
 // (high + low) 2^e rounded once, for 0.25 <= |high| < 8 and any e.
 inline double round_scaled(double high, double low, int e) {
+    if (e > -1000) return scaled(high + low, e);
     const double reduced = scaled(high, e + 1022);  // 2^1022 times the result
     if (reduced >= 1.0 || reduced <= -1.0) return scaled(high + low, e);
     return round_to_subnormal(reduced, scaled(low, e + 1022));

@@ -18,6 +18,7 @@ template <class T, class>
 struct Div {
     using V = Vector<T>;
     KEF_REPORT_NAME(Div);
+    static constexpr bool arithmetic = true;
     static V fast(V a, V b) { return a / b; }
     static i4 refuse(i4 quotient) { return not_finite<T>(quotient); }
 

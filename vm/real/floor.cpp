@@ -9,7 +9,6 @@ template <class T, class>
 struct Floor {
     using V = Vector<T>;
     KEF_REPORT_NAME(Floor);
-    static constexpr bool exact = true;
     static V fast(V x) { return floored<T>(x); }
 };
 

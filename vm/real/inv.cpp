@@ -15,6 +15,7 @@ template <class T, class>
 struct Inv {
     using V = Vector<T>;
     KEF_REPORT_NAME(Inv);
+    static constexpr bool arithmetic = true;
     static V fast(V x) { return all(T(1)) / x; }
     static i4 refuse(i4 quotient) { return not_finite<T>(quotient); }
 

@@ -53,8 +53,7 @@ struct ScaledLinear {
     int exponent;
 };
 ScaledLinear linear_scaled(double scale, double x, double shift) {
-    const auto finite = [](double y) { return y - y == 0; };
-    if (!finite(scale) || !finite(x) || !finite(shift)) return {{scale * x + shift, 0.0}, 0};
+    if (!is_finite(scale) || !is_finite(x) || !is_finite(shift)) return {{scale * x + shift, 0.0}, 0};
     if (scale == 0 || x == 0) {
         const double sum = scale * x + shift;
         const int e = sum == 0 ? 0 : exponent_of(sum);
@@ -123,7 +122,7 @@ public:
     int edge(T a, T b, T& r) const {
         const ScaledLinear numerator = linear_scaled(scalea_, a, shifta_);
         const ScaledLinear denominator = linear_scaled(scaleb_, b, shiftb_);
-        const auto special = [](double x) { return x == 0 || !(x - x == 0); };
+        const auto special = [](double x) { return x == 0 || !is_finite(x); };
         if (special(numerator.value.high) || special(denominator.value.high)) {
             r = static_cast<T>(numerator.value.high / denominator.value.high);
             if (is_nan(r)) {

@@ -11,7 +11,6 @@ template <class T, class>
 struct Modf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Modf);
-    static constexpr bool exact = true;
     static i4 outside(i4 h) { return not_finite<T>(h); }
     static Two<V> fast(V x) {
         const V integer = truncated<T>(x);

@@ -10,6 +10,7 @@ template <class T, class>
 struct Mul {
     using V = Vector<T>;
     KEF_REPORT_NAME(Mul);
+    static constexpr bool arithmetic = true;
     static V fast(V a, V b) { return a * b; }
 };
 

@@ -9,7 +9,6 @@ template <class T, class>
 struct NearbyInt {
     using V = Vector<T>;
     KEF_REPORT_NAME(NearbyInt);
-    static constexpr bool exact = true;
     static V fast(V x) { return nearest<T>(x); }
 };
 

@@ -10,6 +10,7 @@ template <class T, class>
 struct Rint {
     using V = Vector<T>;
     KEF_REPORT_NAME(Rint);
+    static constexpr bool arithmetic = true;
     static V fast(V x) { return nearest<T>(x); }
 };
 

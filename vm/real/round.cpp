@@ -9,7 +9,6 @@ template <class T, class>
 struct Round {
     using V = Vector<T>;
     KEF_REPORT_NAME(Round);
-    static constexpr bool exact = true;
     static V fast(V x) { return rounded<T>(x); }
 };
 

@@ -9,6 +9,7 @@ template <class T, class>
 struct Sqr {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqr);
+    static constexpr bool arithmetic = true;
     static V fast(V x) { return x * x; }
 };
 

@@ -15,12 +15,14 @@ template <class T, class>
 struct Sqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqrt);
+    static constexpr bool arithmetic = true;
     static V fast(V x) { return square_root(x); }
     static i4 refuse(i4 root) { return not_finite<T>(root); }
 
     static int edge(T x, T& r) {
         r = square_root(all(x))[0];
-        return x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
+        // Comparing a quiet NaN would raise invalid.
+        return !is_nan(x) && x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };
 

@@ -9,7 +9,6 @@ template <class T, class>
 struct Trunc {
     using V = Vector<T>;
     KEF_REPORT_NAME(Trunc);
-    static constexpr bool exact = true;
     static V fast(V x) { return truncated<T>(x); }
 };
 

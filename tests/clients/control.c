@@ -1,0 +1,151 @@
+/* A program linked to the library, for what needs a process of its own: its
+ * environment, its standard error, its signals and its end. */
+#define _GNU_SOURCE
+#include <malloc.h>
+#include <pthread.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+#include <xmmintrin.h>
+
+#include "kef_vm.h"
+
+static int mode(void) {
+    const uint32_t word = kef_vtm_kernel_GetMode();
+    printf("%X %d\n", (unsigned)word, (int)kef_vtm_kernel_GetTTableIndex());
+    return 0;
+}
+
+static int messages(void) {
+    double a[8] = {1, -4, 1, 1, 1, 1, 1, 1}, b[8] = {1, 1, 1, 1, 1, 1, 1, 1}, r[8];
+    const float zero = -0.0f;
+    float s;
+    _vtmdSqrt(8, a, r);
+    _vtmsInv(1, &zero, &s);
+    a[1] = 1, a[2] = 1234.567;
+    _vtmdExp(8, a, r);
+    a[2] = 1, a[3] = -710;
+    _vtmdExp(8, a, r);
+    a[3] = 1, a[5] = 1e300, b[5] = 1e-300;
+    _vtmdDiv(8, a, b, r);
+    a[0] = 3, b[0] = 0;
+    _vtmdDiv(1, a, b, r);
+    return 0;
+}
+
+static int refuse(kef_vtm_error_record *record) { return record != NULL; }
+static int accept_new(kef_vtm_error_record *record) {
+    record->result1 = record->result2 = 6.5;
+    return 0;
+}
+static int with_callback(kef_vtm_error_callback callback) {
+    const double zero = 0;
+    double r;
+    kef_vtm_kernel_SetErrorCallBack(callback);
+    _vtmdInv(1, &zero, &r);
+    return 0;
+}
+
+static void trapped(int signal_number, siginfo_t *info, void *context) {
+    static const char *const names[] = {"FLTDIV\n", "FLTOVF\n", "FLTUND\n"};
+    const char *name = info->si_code == FPE_FLTINV ? "FLTINV\n"
+                     : info->si_code >= FPE_FLTDIV && info->si_code <= FPE_FLTUND
+                         ? names[info->si_code - FPE_FLTDIV] : "other\n";
+    (void)signal_number, (void)context;
+    _exit(write(STDOUT_FILENO, name, strlen(name)) < 0);
+}
+
+static int trap(int code) {
+    const double a[] = {-1.0, 0.0, 800.0, -800.0};
+    double r;
+    struct sigaction action;
+    memset(&action, 0, sizeof action);
+    action.sa_sigaction = trapped;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGFPE, &action, NULL);
+    _mm_setcsr(0x1F80 & ~0x0E80);  /* invalid, division by zero, overflow, underflow */
+    if (code == VTM_STATUS_ERRDOM) _vtmdSqrt(1, a, &r);
+    else if (code == VTM_STATUS_SING) _vtmdInv(1, a + 1, &r);
+    else _vtmdExp(1, a + code - 1, &r);
+    _mm_setcsr(0x1F80);
+    puts("none");
+    return 0;
+}
+
+/* Threads that use the library and end; the heap must not grow. */
+static void *use(void *argument) {
+    kef_vtm_kernel_SetErrStatus(kef_vtm_kernel_GetErrStatus() + 1);
+    return argument;
+}
+static int threads(void) {
+    size_t before = 0;
+    for (int i = 0; i < 3000; ++i) {
+        pthread_t thread;
+        if (i == 1000) before = mallinfo2().uordblks;
+        if (pthread_create(&thread, NULL, use, NULL) != 0) return 2;
+        pthread_join(thread, NULL);
+    }
+    return mallinfo2().uordblks > before + 2000;
+}
+
+/* The process ends while other threads compute, and begin to. */
+static void *compute(void *argument) {
+    double a[100] = {0}, r[100];
+    for (;;) {
+        _vtmdInv(100, a, r);
+        kef_vtm_kernel_SetMode(VTM_LA);
+    }
+    return argument;
+}
+static void *start_threads(void *argument) {
+    for (int i = 0; i < 20; ++i) {
+        pthread_t thread;
+        pthread_create(&thread, NULL, i % 2 ? use : compute, NULL);
+        usleep(500);
+    }
+    return argument;
+}
+static void linger(void) { usleep(5000); }
+static int busy(void) {
+    pthread_t thread;
+    atexit(linger);
+    kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+    if (pthread_create(&thread, NULL, start_threads, NULL) != 0) return 2;
+    usleep(3000);
+    return 0;
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+/* No memory for the block of a new thread. */
+static volatile int no_memory;
+extern void *__libc_malloc(size_t size);
+void *malloc(size_t size) { return no_memory ? NULL : __libc_malloc(size); }
+static void *starve(void *argument) {
+    no_memory = 1;
+    kef_vtm_kernel_GetErrStatus();
+    return argument;
+}
+static int memory(void) {
+    pthread_t thread;
+    if (pthread_create(&thread, NULL, starve, NULL) != 0) return 2;
+    pthread_join(thread, NULL);
+    return 0;
+}
+#else
+static int memory(void) { return 3; }
+#endif
+
+int main(int count, char **words) {
+    const char *what = count > 1 ? words[1] : "";
+    if (strcmp(what, "mode") == 0) return mode();
+    if (strcmp(what, "messages") == 0) return messages();
+    if (strcmp(what, "refused") == 0) return with_callback(refuse);
+    if (strcmp(what, "accepted") == 0) return with_callback(accept_new);
+    if (strcmp(what, "trap") == 0 && count > 2) return trap(atoi(words[2]));
+    if (strcmp(what, "threads") == 0) return threads();
+    if (strcmp(what, "busy") == 0) return busy();
+    if (strcmp(what, "memory") == 0) return memory();
+    return 2;
+}

@@ -1,0 +1,105 @@
+/* A program that loads the library while it runs: loader CASE LIBRARY. */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <limits.h>
+#include <malloc.h>
+#include <pthread.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+static const char *library;
+static void *handle;
+static int32_t (*set_status)(int32_t);
+
+static int load(void) {
+    handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+    if (handle == NULL) fprintf(stderr, "%s\n", dlerror());
+    else *(void **)&set_status = dlsym(handle, "kef_vtm_kernel_SetErrStatus");
+    return handle != NULL && set_status != NULL;
+}
+
+/* True where the library is no longer in memory. */
+static int unload(void) {
+    void *again;
+    dlclose(handle);
+    again = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
+    if (again != NULL) dlclose(again);
+    return again == NULL;
+}
+
+/* Workers that live through many loads: each uses the library once in each round. */
+enum { workers = 4, rounds = 300 };
+static pthread_barrier_t barrier;
+static volatile int ending;
+static void *work(void *argument) {
+    for (;;) {
+        pthread_barrier_wait(&barrier);
+        if (ending) return argument;
+        if (set_status(5) != 0) exit(10);  /* a block of an earlier load */
+        if (set_status(6) != 5) exit(11);
+        pthread_barrier_wait(&barrier);
+    }
+}
+static int loop(void) {
+    pthread_t thread[workers];
+    size_t before = 0;
+    int i;
+    mallopt(M_ARENA_MAX, 1);
+    pthread_barrier_init(&barrier, NULL, workers + 1);
+    for (i = 0; i < workers; ++i) pthread_create(&thread[i], NULL, work, NULL);
+    for (i = 0; i < rounds; ++i) {
+        if (i == rounds / 2) before = mallinfo2().uordblks;
+        if (!load()) return 12;
+        pthread_barrier_wait(&barrier);
+        pthread_barrier_wait(&barrier);
+        if (!unload()) return 13;
+    }
+    if (mallinfo2().uordblks > before + 200) return 14;
+    ending = 1;
+    pthread_barrier_wait(&barrier);
+    for (i = 0; i < workers; ++i) pthread_join(thread[i], NULL);
+    return 0;
+}
+
+/* No thread-local slot is left at load: the first use is fatal. */
+static int keys(void) {
+    pthread_key_t key;
+    while (pthread_key_create(&key, NULL) == 0) {
+    }
+    if (!load()) return 12;
+    set_status(0);
+    return 0;
+}
+
+/* An exit handler unloads the library; a thread that used it ends afterwards. */
+static pthread_t survivor;
+static void *survive(void *argument) {
+    set_status(5);
+    pthread_barrier_wait(&barrier);
+    pthread_barrier_wait(&barrier);
+    return argument;
+}
+static void unload_at_exit(void) {
+    if (!unload()) _Exit(13);
+    pthread_barrier_wait(&barrier);
+    pthread_join(survivor, NULL);
+}
+static int exit_handler(void) {
+    atexit(unload_at_exit);
+    if (!load()) return 12;
+    pthread_barrier_init(&barrier, NULL, 2);
+    pthread_create(&survivor, NULL, survive, NULL);
+    pthread_barrier_wait(&barrier);
+    return 0;
+}
+
+int main(int count, char **words) {
+    if (count != 3) return 2;
+    library = words[2];
+    if (strcmp(words[1], "loop") == 0) return loop();
+    if (strcmp(words[1], "keys") == 0) return keys();
+    if (strcmp(words[1], "exit") == 0) return exit_handler();
+    return 2;
+}

@@ -1,0 +1,287 @@
+// What every element-wise function has in common: the same bits at every length,
+// place and alignment, nothing written elsewhere, floating-point control and flags.
+#include <cfloat>
+#include <cmath>
+#include <functional>
+
+#include <gtest/gtest.h>
+#include <xmmintrin.h>
+
+#include "tests/rows.h"
+#include "tests/threads.h"
+
+namespace kef_test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr std::uint32_t flags_mask = 0x3F, divide_by_zero = 0x04, inexact = 0x20;
+constexpr std::uint32_t mask_all = 0x1F80, flush_to_zero = 0x8000, denormals_are_zero = 0x0040;
+
+// Arguments within most domains, and all kinds of them.
+const std::vector<double> ordinary = {0.5, 0.75, 0.3, 0.9, 0.999, 0.0625, 0.123456789, 0.7071};
+const std::vector<double> mixed = {
+    0.5, 1.5, -1.25, 3.75, 0.0, -0.0, INFINITY, -INFINITY, NAN, 1e-310, -1e-40, 1.0, 2.5, -2.5,
+    0.49999999999999994, 4503599627370497.5, 8388609.0, -708.4, -745.0, 709.78, 88.5, -104.0, 1e300,
+    -1e300, 1e38, 1e-300, 0x1p-126, 0x1p-1022, 1e22, -7.0, 0.1, 170.5};
+
+// `count` elements cycling through the values, from `first` on.
+Bytes elements(const Row& row, int parts, int count, const std::vector<double>& values, int first) {
+    Bytes bytes(count * parts * row.component_size());
+    for (int i = 0; i < count * parts; ++i) {
+        const double x = values[(first + i) % values.size()];
+        const float narrow = static_cast<float>(x);
+        if (row.single()) std::memcpy(&bytes[4 * i], &narrow, 4);
+        else std::memcpy(&bytes[8 * i], &x, 8);
+    }
+    return bytes;
+}
+
+// The arguments and results of a row, `count` elements of each.
+struct Data {
+    Data(const Row& r, int n, const std::vector<double>& values)
+        : row(r), count(n), a(elements(r, r.argument_parts, n, values, 0)),
+          b(elements(r, r.argument_parts, n, values, 5)),
+          scalars(elements(r, r.argument_parts, 4, {1.5, 0.25, 0.75, 2.5}, 0)),
+          r1(n * r.result_size()), r2(r1) {}
+    // Elements first .. first + n - 1, in place in the result vectors.
+    void compute(int slot, int first, int n) {
+        const std::size_t in = first * row.argument_size(), out = first * row.result_size();
+        row.invoke(row.slots[slot], {n, &a[in], &b[in], scalars.data(), &r1[out], &r2[out]});
+    }
+    void compute_singly(int slot) {
+        for (int i = 0; i < count; ++i) compute(slot, i, 1);
+    }
+    const Row& row;
+    int count;
+    Bytes a, b, scalars, r1, r2;
+};
+
+// A vector at a chosen address modulo 16, with guards on both sides.
+class Place {
+public:
+    Place(std::size_t size, int address) : bytes_(size + 2 * guard + 32, filler), size_(size) {
+        start_ = &bytes_[guard];
+        while (reinterpret_cast<std::uintptr_t>(start_) % 16 != static_cast<unsigned>(address)) ++start_;
+    }
+    Place(const Bytes& contents, int address) : Place(contents.size(), address) {
+        if (size_ > 0) std::memcpy(start_, contents.data(), size_);
+    }
+    unsigned char* data() { return start_; }
+    // The first `used` bytes equal the expected ones, everything else the filler.
+    bool holds(const Bytes& expected, std::size_t used) const {
+        for (const unsigned char& byte : bytes_) {
+            const std::size_t i = &byte - start_;  // wraps in front of the start
+            if (byte != (i < used ? expected[i] : filler)) return false;
+        }
+        return true;
+    }
+
+private:
+    static constexpr std::size_t guard = 64;
+    static constexpr unsigned char filler = 0xA5;
+    Bytes bytes_;
+    std::size_t size_;
+    unsigned char* start_;
+};
+
+// Every kernel of every element-wise row, in a fresh thread that ignores errors.
+void for_every_kernel(const std::function<void(const Row&, int slot)>& body) {
+    in_fresh_thread([&] {
+        for (const Row& row : rows())
+            for (int slot = 0; slot < 3 && row.element_wise(); ++slot) {
+                bool seen = false;
+                for (int other = 0; other < slot; ++other) seen |= row.slots[other] == row.slots[slot];
+                if (seen) continue;
+                SCOPED_TRACE(row.name() + " slot " + std::to_string(slot));
+                kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_FTZDAZ_OFF);
+                _mm_setcsr(mask_all);
+                body(row, slot);
+                _mm_setcsr(mask_all);
+            }
+    });
+}
+
+// Alignments are tried byte by byte, where the sanitizer does not object to it.
+#if defined(KEF_SANITIZE)
+int step(const Row& row) { return static_cast<int>(row.component_size()); }
+#else
+int step(const Row&) { return 1; }
+#endif
+
+TEST(Frame, SameBitsAtEveryLengthAndAlignment) {
+    constexpr int most = 40;
+    for_every_kernel([&](const Row& row, int slot) {
+        for (const auto* values : {&ordinary, &mixed}) {
+            Data data(row, most, *values);
+            data.compute_singly(slot);
+            for (int n = 0; n <= most; ++n)
+                for (int shift = 0; shift < 16; shift += step(row)) {
+                    Place a(data.a, shift), b(data.b, shift * 5 % 16);
+                    Place r(data.r1.size(), shift * 3 % 16), z(data.r2.size(), shift * 7 % 16);
+                    row.invoke(row.slots[slot],
+                               {n, a.data(), b.data(), data.scalars.data(), r.data(), z.data()});
+                    const std::size_t used = n * row.result_size();
+                    ASSERT_TRUE(r.holds(data.r1, used)) << "n = " << n << ", address " << shift;
+                    ASSERT_TRUE(z.holds(data.r2, row.results == 2 ? used : 0)) << n << ' ' << shift;
+                    ASSERT_TRUE(a.holds(data.a, data.a.size()) && b.holds(data.b, data.b.size()));
+                }
+        }
+    });
+}
+
+TEST(Frame, InPlaceEqualsOutOfPlace) {
+    for_every_kernel([&](const Row& row, int slot) {
+        if (row.argument_parts != row.result_parts) return;
+        Data data(row, 2 * static_cast<int>(mixed.size()) + 3, mixed);
+        data.compute(slot, 0, data.count);
+        for (int argument = 0; argument < row.arguments; ++argument)
+            for (int result = 0; result < row.results; ++result) {
+                Data place(row, data.count, mixed);
+                Bytes& shared = argument == 0 ? place.a : place.b;
+                void* r = result == 0 ? shared.data() : place.r1.data();
+                void* z = result == 1 ? shared.data() : place.r2.data();
+                row.invoke(row.slots[slot],
+                           {data.count, place.a.data(), place.b.data(), place.scalars.data(), r, z});
+                EXPECT_EQ(shared, result == 0 ? data.r1 : data.r2);
+            }
+    });
+}
+
+TEST(Frame, CountsOfZeroAndBelowDoNothing) {
+    for_every_kernel([&](const Row& row, int slot) {
+        for (std::int32_t n : {0, -1, -1000, INT32_MIN})
+            row.invoke(row.slots[slot], {n, nullptr, nullptr, Bytes(64).data(), nullptr, nullptr});
+        EXPECT_EQ(_mm_getcsr(), mask_all);
+    });
+}
+
+// The same results under every state of the caller's control register, and the
+// register as before but for flags, which stay.
+TEST(Frame, FloatingPointControlComesFromTheModeWord) {
+    for_every_kernel([&](const Row& row, int slot) {
+        for (std::uint32_t mode : {+VTM_FTZDAZ_OFF, +VTM_FTZDAZ_ON, 0x100000}) {
+            kef_vtm_kernel_SetMode(mode);
+            Data expected(row, static_cast<int>(mixed.size()) + 1, mixed);
+            expected.compute(slot, 0, expected.count);
+            for (std::uint32_t rounding = 0; rounding < 4; ++rounding)
+                for (std::uint32_t control : {0u, flush_to_zero, denormals_are_zero,
+                                              flush_to_zero | denormals_are_zero}) {
+                    Data data(row, expected.count, mixed);
+                    const std::uint32_t before = mask_all | rounding << 13 | control | divide_by_zero;
+                    _mm_setcsr(before);
+                    data.compute(slot, 0, data.count);
+                    const std::uint32_t after = _mm_getcsr();
+                    _mm_setcsr(mask_all);
+                    ASSERT_EQ(after & ~flags_mask, before & ~flags_mask);
+                    ASSERT_EQ(after & divide_by_zero, divide_by_zero) << "a sticky flag is lost";
+                    ASSERT_EQ(data.r1, expected.r1) << std::hex << mode << ' ' << before;
+                    ASSERT_EQ(data.r2, expected.r2) << std::hex << mode << ' ' << before;
+                }
+        }
+    });
+}
+
+TEST(Frame, SubnormalNumbersByTheModeWord) {
+    in_fresh_thread([] {
+        const double tiny = 1e-310, zero = 0.0, small = 1e-160;
+        double sum, product;
+        for (std::uint32_t caller : {mask_all, mask_all | flush_to_zero | denormals_are_zero})
+            for (std::uint32_t mode : {0, +VTM_FTZDAZ_ON, 0x2C0000, +VTM_FTZDAZ_OFF}) {
+                kef_vtm_kernel_SetMode(mode);
+                _mm_setcsr(caller);
+                _vtmdAdd(1, &tiny, &zero, &sum);
+                _vtmdMul(1, &small, &small, &product);
+                _mm_setcsr(mask_all);
+                const bool on = mode == VTM_FTZDAZ_ON;
+                EXPECT_EQ(sum == 0, on) << std::hex << mode;
+                EXPECT_EQ(product == 0, on) << std::hex << mode;
+            }
+    });
+}
+
+std::uint32_t flags_of(const Row& row, int slot, Data& data, int n) {
+    _mm_setcsr(mask_all);
+    row.invoke(row.slots[slot], {n, data.a.data(), data.b.data(), data.scalars.data(),
+                                 data.r1.data(), data.r2.data()});
+    const std::uint32_t flags = _mm_getcsr() & flags_mask;
+    _mm_setcsr(mask_all);
+    return flags;
+}
+
+TEST(Frame, PaddingLanesRaiseNoFlags) {
+    for_every_kernel([&](const Row& row, int slot) {
+        for (double x : mixed)
+            for (double y : {x, 0.75}) {
+                Data data(row, 8, {x, y, x, y, x, y, x, y});  // both parts of a complex element
+                if (row.argument_parts == 1) data.b = elements(row, 1, 8, {y}, 0);
+                if (row.argument_parts == 1) data.a = elements(row, 1, 8, {x}, 0);
+                const std::uint32_t whole = flags_of(row, slot, data, 4);
+                for (int n : {1, 2, 3, 5})
+                    EXPECT_EQ(flags_of(row, slot, data, n), whole) << x << ' ' << y << ' ' << n;
+            }
+    });
+}
+
+bool arithmetic(const Row& row) {
+    const std::string function = row.function;
+    for (const char* name : {"Add", "Sub", "Mul", "Sqr", "Div", "Inv", "Sqrt", "Rint"})
+        if (function == name && row.argument_parts == 1) return true;
+    return false;
+}
+
+// Whatever the formulas do on the way, and whichever exceptions the caller unmasked.
+TEST(Frame, FunctionsOtherThanArithmeticRaiseNothingThemselves) {
+    for_every_kernel([&](const Row& row, int slot) {
+        if (arithmetic(row)) return;
+        Data expected(row, 2 * static_cast<int>(mixed.size()) + 1, mixed), data(expected);
+        EXPECT_EQ(flags_of(row, slot, expected, data.count), 0u);
+        _mm_setcsr(0);  // a trap would end the process
+        data.compute(slot, 0, data.count);
+        const std::uint32_t after = _mm_getcsr();
+        _mm_setcsr(mask_all);
+        EXPECT_EQ(after, 0u);
+        EXPECT_EQ(data.r1, expected.r1);
+    });
+}
+
+TEST(Frame, RintRaisesInexactWhereTheArgumentChanges) {
+    for_every_kernel([&](const Row& row, int slot) {
+        if (row.function != std::string("Rint")) return;
+        Data whole(row, 5, {1.0, -2.0, 0.0, INFINITY, NAN}), half(row, 1, {0.5});
+        EXPECT_EQ(flags_of(row, slot, whole, 5), 0u);
+        EXPECT_EQ(flags_of(row, slot, half, 1), inexact);
+    });
+}
+
+// An accepted report stores the results again, as they were, subnormal ones too.
+TEST(Frame, ReportsLeaveSubnormalResultsAlone) {
+    in_fresh_thread([] {
+        const float a = -100.0f;
+        float r = 0;
+        kef_vtm_kernel_SetErrorCallBack([](kef_vtm_error_record*) { return 0; });
+        _mm_setcsr(mask_all | flush_to_zero | denormals_are_zero);
+        _vtmsExp(1, &a, &r);
+        _mm_setcsr(mask_all);
+        EXPECT_EQ(r, std::exp(-100.0f));
+    });
+}
+
+#if defined(__i386__)
+TEST(Frame, CallersWithAFourByteAlignedStack) {
+    for_every_kernel([&](const Row& row, int slot) {
+        Data expected(row, 11, mixed);
+        expected.compute(slot, 0, 11);
+        for (int address : {0, 4, 8, 12}) {
+            Data data(row, 11, mixed);
+            row.invoke(row.entries[slot], {11, data.a.data(), data.b.data(), data.scalars.data(),
+                                           data.r1.data(), data.r2.data(), address});
+            EXPECT_EQ(data.r1, expected.r1);
+            EXPECT_EQ(data.r2, expected.r2);
+        }
+    });
+}
+#endif
+
+}  // namespace
+}  // namespace kef_test

@@ -1,0 +1,211 @@
+// Special results by exact bits: every row of data/special.txt, alone, and in every
+// place of a longer vector of ordinary elements.
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <xmmintrin.h>
+
+#include "tests/rows.h"
+#include "tests/threads.h"
+
+namespace kef_test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+struct Case {
+    const Row* row = nullptr;
+    std::vector<int> slots;
+    std::vector<Bytes> arguments, scalars, results;  // an element each
+    std::int32_t status = 0;
+    std::uint32_t flags = 0;
+};
+
+constexpr std::uint32_t invalid = 0x01, divide_by_zero = 0x04, overflow = 0x08, underflow = 0x10,
+                        judged_flags = invalid | divide_by_zero | overflow | underflow;
+constexpr std::pair<const char*, std::int32_t> codes[] = {
+    {"OK", VTM_STATUS_OK}, {"ERRDOM", VTM_STATUS_ERRDOM}, {"SING", VTM_STATUS_SING},
+    {"OVERFLOW", VTM_STATUS_OVERFLOW}, {"UNDERFLOW", VTM_STATUS_UNDERFLOW}};
+
+// A component as bits (0x and 8 or 16 digits) or as a number.
+void append_component(Bytes& element, const std::string& token, bool single) {
+    std::uint64_t bits = 0;
+    const bool is_bits = token.starts_with("0x") && token.find('p') == token.npos;
+    if (is_bits) {
+        if (token.size() != (single ? 10 : 18)) throw std::runtime_error("width of " + token);
+        bits = std::stoull(token, nullptr, 16);
+    } else if (single) {
+        const float x = std::strtof(token.c_str(), nullptr);
+        std::memcpy(&bits, &x, sizeof x);
+    } else {
+        const double x = std::strtod(token.c_str(), nullptr);
+        std::memcpy(&bits, &x, sizeof x);
+    }
+    const auto* p = reinterpret_cast<const unsigned char*>(&bits);
+    element.insert(element.end(), p, p + (single ? 4 : 8));
+}
+
+// One line of the file for one of its types.
+Case parse(const std::string& line, char type) {
+    std::istringstream words(line);
+    std::string function, types, slots, token;
+    words >> function >> types >> slots;
+    Case c;
+    c.row = find_row(type + function);
+    if (c.row == nullptr) return c;  // not switched on yet
+    for (char slot : slots) c.slots.push_back(static_cast<int>(std::string("LHE").find(slot)));
+    const auto element = [&](int parts) {
+        Bytes bytes;
+        for (int i = 0; i < parts && words >> token; ++i)
+            append_component(bytes, token, c.row->single());
+        return bytes;
+    };
+    for (int i = 0; i < c.row->arguments; ++i) c.arguments.push_back(element(c.row->argument_parts));
+    for (int i = 0; i < c.row->scalars; ++i) c.scalars.push_back(element(c.row->argument_parts));
+    words >> token;
+    if (token != "->") throw std::runtime_error("no arrow");
+    for (int i = 0; i < c.row->results; ++i) c.results.push_back(element(c.row->result_parts));
+    words >> token;
+    const auto code = std::find_if(std::begin(codes), std::end(codes),
+                                   [&](const auto& known) { return token == known.first; });
+    if (code == std::end(codes)) throw std::runtime_error("status " + token);
+    c.status = code->second;
+    if (words >> token)
+        for (char flag : token)
+            c.flags |= flag == 'V' ? invalid : flag == 'Z' ? divide_by_zero
+                     : flag == 'O' ? overflow : flag == 'U' ? underflow
+                     : throw std::runtime_error("flags " + token);
+    return c;
+}
+
+std::string text(const Bytes& bytes, std::size_t component) {
+    std::string result;
+    for (std::size_t i = 0; i < bytes.size(); i += component) {
+        char digits[20] = "0x";
+        for (std::size_t j = 0; j < component; ++j)
+            std::snprintf(digits + 2 + 2 * j, 3, "%02X", bytes[i + component - 1 - j]);
+        result += std::string(digits) + ' ';
+    }
+    return result;
+}
+
+double first_component(const Row& row, const Bytes& element) {
+    float narrow;
+    double wide;
+    if (!row.single()) return std::memcpy(&wide, element.data(), 8), wide;
+    return std::memcpy(&narrow, element.data(), 4), narrow;
+}
+
+thread_local std::vector<kef_vtm_error_record> records;
+int keep_record(kef_vtm_error_record* record) {
+    records.push_back(*record);
+    return 1;
+}
+
+// Computes the case at `place` of n elements, the others being 0.5, and gives the
+// results there; the neighbours have to come out as they do alone.
+std::vector<Bytes> compute(const Case& c, int slot, int place, int n) {
+    const Row& row = *c.row;
+    Bytes neighbour;
+    for (int i = 0; i < row.argument_parts; ++i) append_component(neighbour, "0.5", row.single());
+    Bytes in[2], out[2], alone[2], scalars;
+    for (const Bytes& s : c.scalars) scalars.insert(scalars.end(), s.begin(), s.end());
+    for (int v = 0; v < row.arguments; ++v)
+        for (int i = 0; i < n; ++i) {
+            const Bytes& element = i == place ? c.arguments[v] : neighbour;
+            in[v].insert(in[v].end(), element.begin(), element.end());
+        }
+    for (int v : {0, 1}) out[v].resize(n * row.result_size()), alone[v].resize(row.result_size());
+    row.invoke(row.slots[slot],
+               {1, neighbour.data(), neighbour.data(), scalars.data(), alone[0].data(), alone[1].data()});
+    records.clear();
+    kef_vtm_kernel_ClearErrStatus();
+    _mm_setcsr(0x1F80);
+    row.invoke(row.slots[slot],
+               {n, in[0].data(), in[1].data(), scalars.data(), out[0].data(), out[1].data()});
+    std::vector<Bytes> results;
+    for (int v = 0; v < row.results; ++v)
+        for (int i = 0; i < n; ++i) {
+            const auto at = out[v].begin() + i * static_cast<std::ptrdiff_t>(row.result_size());
+            const Bytes result(at, at + static_cast<std::ptrdiff_t>(row.result_size()));
+            if (i == place) results.push_back(result);
+            else EXPECT_EQ(result, alone[v]) << "neighbour " << i;
+        }
+    return results;
+}
+
+void check(const Case& c, int slot) {
+    const Row& row = *c.row;
+    const std::size_t width = row.component_size();
+    const std::string name = row.name();
+    const std::string with_accuracy = name + "_" + std::array{"LA", "HA", "EP"}[slot];
+    for (int n : {1, 5})
+        for (int place = 0; place < n; ++place) {
+            const std::vector<Bytes> results = compute(c, slot, place, n);
+            const std::uint32_t flags = _mm_getcsr() & judged_flags;
+            for (int v = 0; v < row.results; ++v)
+                EXPECT_EQ(text(results[v], width), text(c.results[v], width)) << "result " << v;
+            if (n == 1) {
+                EXPECT_EQ(kef_vtm_kernel_GetErrStatus(), c.status);
+                EXPECT_EQ(flags, c.flags) << "flags";
+            }
+            int reports = 0;
+            for (const kef_vtm_error_record& record : records) {
+                if (record.index != place) continue;
+                ++reports;
+                EXPECT_EQ(record.code, c.status);
+                EXPECT_TRUE(record.name == "v" + name || record.name == with_accuracy) << record.name;
+                EXPECT_EQ(record.argument1, first_component(row, c.arguments[0]));
+                const double result = first_component(row, c.results[0]);
+                EXPECT_TRUE(record.result1 == result || (std::isnan(result) && std::isnan(record.result1)));
+            }
+            EXPECT_EQ(reports, c.status != VTM_STATUS_OK);
+        }
+}
+
+TEST(Special, ResultsStatusesAndReports) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK);
+        kef_vtm_kernel_SetErrorCallBack(keep_record);
+        std::ifstream file(KEF_SOURCE_DIR "/tests/data/special.txt");
+        ASSERT_TRUE(file.is_open());
+        int number = 0, checked = 0;
+        for (std::string line; std::getline(file, line);) {
+            ++number;
+            if (line.empty() || line[0] == '#') continue;
+            SCOPED_TRACE("special.txt:" + std::to_string(number) + ": " + line);
+            std::string function, types;
+            std::istringstream(line) >> function >> types;
+            for (char type : types) {
+                try {
+                    const Case c = parse(line, type);
+                    for (int slot : c.slots) check(c, slot), ++checked;
+                } catch (const std::exception& error) {
+                    ADD_FAILURE() << error.what();
+                }
+            }
+        }
+        EXPECT_GT(checked, 300);
+    });
+}
+
+// Every element-wise function that is switched on has rows in the file.
+TEST(Special, EveryFunctionHasRows) {
+    std::ifstream file(KEF_SOURCE_DIR "/tests/data/special.txt");
+    std::vector<std::string> covered;
+    for (std::string line; std::getline(file, line);) {
+        std::string function, types;
+        std::istringstream(line) >> function >> types;
+        for (char type : types) covered.push_back(type + function);
+    }
+    for (const Row& row : rows())
+        if (row.element_wise())
+            EXPECT_NE(std::find(covered.begin(), covered.end(), row.name()), covered.end())
+                << row.name();
+}
+
+}  // namespace
+}  // namespace kef_test

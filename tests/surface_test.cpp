@@ -1,0 +1,227 @@
+// The exported surface: names, tables, entry points, and what the file needs.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "tests/process.h"
+#include "tests/rows.h"
+
+namespace kef_test {
+namespace {
+
+// The printed lines of a command that has to succeed.
+std::vector<std::string> lines_of(const std::vector<std::string>& command) {
+    const Outcome outcome = run(command, {"LC_ALL=C"});
+    EXPECT_EQ(outcome.exit_code, 0) << command[0] << ": " << outcome.err;
+    std::istringstream stream(outcome.out);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+// Every name that the public headers declare.
+std::set<std::string> declared_names() {
+    std::set<std::string> names;
+    const std::regex declaration(R"(KEF_API\s[^;{(]*?(\w+)\s*[(\[;])");
+    for (const auto& header : std::filesystem::directory_iterator(KEF_SOURCE_DIR "/include")) {
+        std::stringstream text;
+        text << std::ifstream(header.path()).rdbuf();
+        const std::string all = std::regex_replace(text.str(), std::regex("# *define[^\n]*"), "");
+        for (std::sregex_iterator i(all.begin(), all.end(), declaration), end; i != end; ++i)
+            names.insert((*i)[1]);
+    }
+    return names;
+}
+
+TEST(Surface, ListsEveryFunctionOfEveryType) {
+    EXPECT_EQ(rows_of_type('s'), 57);
+    EXPECT_EQ(rows_of_type('d'), 57);
+    EXPECT_EQ(rows_of_type('c'), 33);
+    EXPECT_EQ(rows_of_type('z'), 33);
+}
+
+TEST(Surface, ExportsWhatTheHeadersDeclareAndNoMore) {
+    std::set<std::string> exported;
+    for (const std::string& line : lines_of({"nm", "-D", "--defined-only", KEF_LIBRARY}))
+        exported.insert(line.substr(line.rfind(' ') + 1));
+    EXPECT_EQ(exported, declared_names());
+    EXPECT_GT(exported.size(), rows().size() * 6 + 20);
+}
+
+TEST(Surface, FourNamesOfARowReachItsSlots) {
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.name());
+        EXPECT_EQ(row.entries[3], row.entries[1]) << "the plain name is another entry";
+        EXPECT_NE(row.entries[0], row.entries[1]);
+        EXPECT_NE(row.entries[2], row.entries[1]);
+        for (int i : {0, 1, 2})
+            for (int j : {0, 1, 2})
+                if (std::string(row.kernels[i]) == row.kernels[j]) {
+                    EXPECT_EQ(row.slots[i], row.slots[j]);
+                    EXPECT_EQ(row.costs[i], row.costs[j]);
+                } else {
+                    EXPECT_NE(row.slots[i], row.slots[j]);
+                }
+    }
+    EXPECT_EQ(dll_cpu_version(), 0);
+}
+
+TEST(Surface, CostsStandBehindTheSlots) {
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.name());
+        EXPECT_EQ(static_cast<const void*>(row.costs), row.slots + 3);
+        EXPECT_EQ(row.slots, dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ttab").c_str()));
+        EXPECT_EQ(row.costs, dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ctab").c_str()));
+        for (int slot : {0, 1, 2}) EXPECT_TRUE(row.element_wise() ? row.costs[slot] > 0
+                                                                 : row.costs[slot] == 1111.0f);
+    }
+}
+
+TEST(Surface, PublishedCosts) {
+    const std::map<std::string, std::array<std::uint32_t, 3>> published = {
+        {"dExp", {0x41A9EB85, 0x41F3EB85, 0x4188E148}},
+        {"sExp", {std::bit_cast<std::uint32_t>(11.05f), std::bit_cast<std::uint32_t>(11.93f),
+                  std::bit_cast<std::uint32_t>(7.8f)}},
+        {"dLn", {std::bit_cast<std::uint32_t>(30.88f), std::bit_cast<std::uint32_t>(30.88f),
+                 std::bit_cast<std::uint32_t>(20.03f)}},
+        {"dPow", {std::bit_cast<std::uint32_t>(92.8f), std::bit_cast<std::uint32_t>(102.9f),
+                  std::bit_cast<std::uint32_t>(92.56f)}},
+        {"dAdd", {std::bit_cast<std::uint32_t>(4.4f), std::bit_cast<std::uint32_t>(4.4f),
+                  std::bit_cast<std::uint32_t>(4.4f)}},
+        {"cExp", {std::bit_cast<std::uint32_t>(37.05f), std::bit_cast<std::uint32_t>(130.9f),
+                  std::bit_cast<std::uint32_t>(37.05f)}},
+        {"zExp", {std::bit_cast<std::uint32_t>(166.3f), std::bit_cast<std::uint32_t>(166.3f),
+                  std::bit_cast<std::uint32_t>(166.3f)}},
+    };
+    for (const auto& [name, costs] : published)
+        if (const Row* row = find_row(name))
+            for (int slot : {0, 1, 2})
+                EXPECT_EQ(std::bit_cast<std::uint32_t>(row->costs[slot]), costs[slot]) << name;
+}
+
+TEST(Surface, SharedSlots) {
+    // Functions for which it is settled which slots share a kernel.
+    const std::map<std::string, std::string> settled = {
+        {"dLn", "001"}, {"cExp", "010"}, {"zExp", "000"}, {"sAdd", "000"}, {"dAdd", "000"},
+        {"sSub", "000"}, {"dSub", "000"}, {"sMul", "000"}, {"dMul", "000"}, {"dExp", "012"}};
+    for (const auto& [name, pattern] : settled)
+        if (const Row* row = find_row(name))
+            for (int i : {0, 1, 2})
+                for (int j : {0, 1, 2})
+                    EXPECT_EQ(row->slots[i] == row->slots[j], pattern[i] == pattern[j]) << name;
+}
+
+void negate(std::int32_t n, const double* a, double* r) {
+    for (int i = 0; i < n; ++i) r[i] = -a[i];
+}
+
+TEST(Surface, ARewrittenSlotTakesEffectAtTheNextCall) {
+    const double a = 2.0;
+    for (int slot : {0, 1, 2}) {
+        const auto old = kef_vtm_kernel_dSqrt_ttab[slot];
+        kef_vtm_kernel_dSqrt_ttab[slot] = negate;
+        double r[4] = {};
+        _vtmdSqrt_50(1, &a, &r[0]);
+        _vtmdSqrt_HA(1, &a, &r[1]);
+        _vtmdSqrt_26(1, &a, &r[2]);
+        _vtmdSqrt(1, &a, &r[3]);
+        kef_vtm_kernel_dSqrt_ttab[slot] = old;
+        for (int entry : {0, 1, 2})
+            EXPECT_EQ(r[entry], entry == slot ? -2.0 : std::sqrt(2.0)) << entry << slot;
+        EXPECT_EQ(r[3], r[1]);
+    }
+}
+
+TEST(Surface, ClientsWithAnOwnCopyOfATable) {
+    for (const char* client : {"slots_fixed", "slots_pie"}) {
+        const Outcome outcome = run_client(client);
+        EXPECT_EQ(outcome.exit_code, 0) << client << ": " << outcome.err;
+    }
+    EXPECT_EQ(run_client("slots_fixed").out, "own copy\n");
+}
+
+#if !defined(KEF_SANITIZE)
+
+TEST(Surface, EntriesAreBareJumps) {
+    std::map<std::uintptr_t, std::vector<std::string>> code;
+    std::vector<std::string>* current = nullptr;
+    for (const std::string& line :
+         lines_of({"objdump", "-d", "--no-show-raw-insn", "-j", ".text", KEF_LIBRARY})) {
+        if (line.ends_with(">:"))
+            current = &code[std::stoul(line, nullptr, 16)];
+        else if (current != nullptr && line.find('\t') != line.npos)
+            current->push_back(line.substr(line.find('\t') + 1));
+    }
+    Dl_info library;
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(rows()[0].entries[0]), &library), 0);
+    const auto base = reinterpret_cast<std::uintptr_t>(library.dli_fbase);
+    const auto matches = [](const std::string& text, const char* pattern) {
+        return std::regex_search(text, std::regex(pattern));
+    };
+    for (const Row& row : rows())
+        for (Code entry : row.entries) {
+            SCOPED_TRACE(row.name());
+            auto found = code.find(reinterpret_cast<std::uintptr_t>(entry) - base);
+            ASSERT_NE(found, code.end());
+            auto& body = found->second;
+            while (!body.empty() && matches(body.back(), "^(xchg|nop|lea +0x0|cs nop|data16)"))
+                body.pop_back();
+            int calls = 0, frames = 0;
+            for (const std::string& line : body) {
+                calls += matches(line, "^call") && !matches(line, "get_pc_thunk");
+                frames += matches(line, "^(push|sub .*[er]sp|and .*[er]sp|mov .*,%[er]bp)");
+            }
+            // The forwarders of Pack and Unpack have one more argument to pass.
+            if (row.element_wise() || sizeof(void*) == 8) {
+                EXPECT_EQ(calls, 0);
+                EXPECT_EQ(frames, 0);
+                EXPECT_TRUE(matches(body.back(), R"(^(notrack )?jmp +\*)")) << body.back();
+            } else {
+                EXPECT_EQ(calls, 1);
+            }
+        }
+}
+
+TEST(Surface, FileNeedsTheCLibraryAlone) {
+    std::vector<std::string> needed;
+    for (const std::string& line : lines_of({"readelf", "-dW", KEF_LIBRARY})) {
+        EXPECT_EQ(line.find("TEXTREL"), line.npos);
+        if (line.find("(NEEDED)") != line.npos) needed.push_back(line.substr(line.find('[')));
+        if (line.find("(SONAME)") != line.npos) EXPECT_NE(line.find("[libkef.so."), line.npos);
+    }
+    EXPECT_EQ(needed, std::vector<std::string>{"[libc.so.6]"});
+    for (const std::string& line : lines_of({"readelf", "-lW", KEF_LIBRARY}))
+        if (line.find("GNU_STACK") != line.npos) EXPECT_EQ(line.find("RWE"), line.npos);
+    // No initialiser runs at load but the C library's own and the process attach.
+    std::smatch size;
+    for (const std::string& line : lines_of({"readelf", "-SW", KEF_LIBRARY}))
+        if (std::regex_search(line, size, std::regex(R"(\.init_array\s+\w+\s+\w+\s+\w+\s+(\w+))")))
+            EXPECT_EQ(std::stoul(size[1], nullptr, 16), 2 * sizeof(void*));
+}
+
+TEST(Surface, TableSizes) {
+    int tables = 0;
+    std::smatch match;
+    const std::regex symbol(R"((\d+) OBJECT +GLOBAL DEFAULT +\d+ kef_vtm_kernel_\w+_(.)tab)");
+    for (const std::string& line : lines_of({"readelf", "--dyn-syms", "-W", KEF_LIBRARY}))
+        if (std::regex_search(line, match, symbol)) {
+            ++tables;
+            const int whole = sizeof(void*) == 4 ? 24 : 40;
+            EXPECT_EQ(std::stoi(match[1]), match[2] == "t" ? whole : 12) << line;
+        }
+    EXPECT_EQ(tables, static_cast<int>(2 * rows().size()));
+}
+
+#endif
+
+}  // namespace
+}  // namespace kef_test

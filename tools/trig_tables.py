@@ -1,0 +1,77 @@
+#!/usr/bin/python3
+"""Makes the tables of the trigonometric functions: tools/trig_tables.py DIRECTORY
+
+sine256.inc      a = (j - 128) pi/256, j = 0..255: sin a and cos a rounded to nearest, what
+                 is left of sin a, and cos a - 1
+inverse_2pi.inc  1/(2 pi), 40 words of 32 bits behind the binary point
+
+With --constants it prints pi/256 and pi in parts for the Cody-Waite reductions.
+"""
+import pathlib
+import struct
+import sys
+
+from mpmath import cos, floor, ldexp, log, mp, mpf, pi, sin
+
+mp.prec = 1500
+
+
+def bits(x):
+    return struct.unpack("<Q", struct.pack("<d", float(x)))[0]
+
+
+def head(name):
+    return f"// {name}: made by tools/trig_tables.py vm/tables; do not edit.\n"
+
+
+def parts(value, width, count, last_width=53):
+    """value as `count` parts of `width` bits, towards zero, and a rounded rest."""
+    result = []
+    for _ in range(count):
+        unit = floor(log(value, 2)) - (width - 1)
+        part = ldexp(floor(ldexp(value, -int(unit))), int(unit))
+        result.append(part)
+        value -= part
+    with mp.workprec(last_width):
+        rest = +value
+    return result + [rest]
+
+
+def constants():
+    for name, value, width in (("pi/256, 35 bits", pi / 256, 35), ("pi, 36 bits", +pi, 36),
+                               ("pi/2, 35 bits", pi / 2, 35), ("2 pi, 53 bits", 2 * pi, 53),
+                               ("pi, 40 bits", +pi, 40)):
+        print(name, *(f"0x{bits(p):016X}" for p in parts(value, width, 2)))
+    for name, value, count in (("pi, 12 bits", +pi, 3), ("pi, 12 bits", +pi, 2), ("pi/2, 12 bits", pi / 2, 3)):
+        print("single", name, *(f"{float(p).hex()}f" for p in parts(value, 12, count, 24)))
+    for name, value in (("256/pi", 256 / pi), ("1/pi", 1 / pi), ("2/pi", 2 / pi)):
+        print(name, f"0x{bits(value):016X}")
+
+
+def main():
+    if sys.argv[1] == "--constants":
+        return constants()
+    target = pathlib.Path(sys.argv[1])
+    lines = [head("sine256.inc")]
+    for j in range(256):
+        a = (j - 128) * pi / 256
+        s, c = sin(a), cos(a)
+        if j == 0:
+            c = mpf(0)
+        if j == 128:
+            s = mpf(0)
+        high = mpf(float(s))
+        fields = ", ".join(f"0x{bits(v):016X}" for v in (high, c, s - high, c - 1))
+        lines.append(f"KEF_SINE({fields})  // {j - 128}\n")
+    (target / "sine256.inc").write_text("".join(lines))
+    lines = [head("inverse_2pi.inc")]
+    value = 1 / (2 * pi)
+    for _ in range(40):
+        value *= 2**32
+        lines.append(f"0x{int(floor(value)):08X},\n")
+        value -= floor(value)
+    (target / "inverse_2pi.inc").write_text("".join(lines))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,197 @@
+// Sine, cosine and tangent without a table, for a relative error of some units in the
+// last place:
+//
+//   sine, cosine  x = k pi + r, k an integer or, for cosine, a half of an odd one;
+//                 +-sin r from one polynomial, |r| <= pi/2
+//   tangent       x = k pi/2 + r; tan r or -1/tan r from one quotient of polynomials,
+//                 |r| <= pi/4
+//
+// Constants: tools/trig_tables.py --constants; polynomials: tools/trig.sollya and
+// tools/tangent.py.
+#pragma once
+
+#include "vm/core/trig_reduction.h"
+#include "vm/frame.h"
+#include "vm/simd.h"
+
+namespace kef::vm {
+
+// Which sine: a half turn is added for cosine.
+enum class Phase { sine, cosine };
+
+// Single HA: the double formula that is rounded once.
+struct SingleHA;
+
+// k = x inverse rounded to an integer, or to a half of an odd one, and its parity at
+// the sign's place.
+template <class V> struct WholeTurns {
+    V k;
+    decltype(sign_bit(V())) parity;
+};
+template <class V, Phase phase>
+inline WholeTurns<V> whole_turns(V x, auto inverse) {
+    constexpr bool is_double = std::is_same_v<V, d2>;
+    using T = std::conditional_t<is_double, double, float>;
+    // One more for cosine: cos(pi/2 + r) = -sin r.
+    constexpr T shifter = (is_double ? T(0x1.8p52) : T(0x1.8p23)) + T(phase == Phase::cosine);
+    V sum = x * inverse;
+    if constexpr (phase == Phase::cosine) sum = sum - T(0.5);
+    sum = sum + shifter;
+    V k = sum - shifter;
+    if constexpr (phase == Phase::cosine) k = k + T(0.5);
+    if constexpr (is_double) return {k, (l2)sum << 63};
+    else return {k, (i4)sum << 31};
+}
+
+// r = x - k pi, all products but the last exact.
+template <class Accuracy> struct PiParts;
+// |x| < 2^18: k has 18 bits with the half.
+template <> struct PiParts<LA> {
+    static constexpr double P1 = from_bits(UINT64_C(0x400921FB54440000));
+    static constexpr double P2 = from_bits(UINT64_C(0x3D968C234C4C0000));
+    static constexpr double P3 = from_bits(UINT64_C(0x3B398A2E03707345));
+    static d2 rest(d2 x, d2 k) { return ((x - k * P1) - k * P2) - k * P3; }
+};
+// |x| < 2^18 from single precision.
+template <> struct PiParts<SingleHA> {
+    static constexpr double P1 = from_bits(UINT64_C(0x400921FB54440000));
+    static constexpr double P2 = from_bits(UINT64_C(0x3D968C234C4C6629));
+    static d2 rest(d2 x, d2 k) { return (x - k * P1) - k * P2; }
+};
+// |x| < 2^13: k has 13 bits with the half.
+template <> struct PiParts<EP> {
+    static constexpr double P1 = from_bits(UINT64_C(0x400921FB54442000));
+    static constexpr double P2 = from_bits(UINT64_C(0x3D7A308D313198A3));
+    static d2 rest(d2 x, d2 k) { return (x - k * P1) - k * P2; }
+};
+
+template <Phase phase, class Accuracy>
+inline d2 sine_plain(d2 x) {
+    constexpr double inverse = from_bits(UINT64_C(0x3FD45F306DC9C883));  // 1/pi
+    const auto turns = whole_turns<d2, phase>(x, inverse);
+    const d2 r = PiParts<Accuracy>::rest(x, turns.k), y = r * r;
+    d2 s;
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        // relative error 2^-27.5
+        constexpr double s1 = from_bits(UINT64_C(0x3FEFFFFFFD25A4A8));
+        constexpr double s3 = from_bits(UINT64_C(0xBFC555547EF4A70D));
+        constexpr double s5 = from_bits(UINT64_C(0x3F8110E7B386FC2D));
+        constexpr double s7 = from_bits(UINT64_C(0xBF29F6444D467F73));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC5D38B2D849FA4));
+        s = r * (s1 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        // relative error 2^-52.5
+        constexpr double s3 = from_bits(UINT64_C(0xBFC55555555554A8));
+        constexpr double s5 = from_bits(UINT64_C(0x3F8111111110A558));
+        constexpr double s7 = from_bits(UINT64_C(0xBF2A01A019A64B51));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC71DE380670C8F));
+        constexpr double s11 = from_bits(UINT64_C(0xBE5AE635599EB014));
+        constexpr double s13 = from_bits(UINT64_C(0x3DE60E6BC91E289B));
+        constexpr double s15 = from_bits(UINT64_C(0xBD69F14D742BA6B4));
+        s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
+    } else {
+        // relative error 2^-61.6
+        constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555555));
+        constexpr double s5 = from_bits(UINT64_C(0x3F811111111110C9));
+        constexpr double s7 = from_bits(UINT64_C(0xBF2A01A01A014EB7));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC71DE3A52AAC68));
+        constexpr double s11 = from_bits(UINT64_C(0xBE5AE6454D968E1A));
+        constexpr double s13 = from_bits(UINT64_C(0x3DE6123CE53B2D5E));
+        constexpr double s15 = from_bits(UINT64_C(0xBD6AE43DD53D1001));
+        constexpr double s17 = from_bits(UINT64_C(0x3CE883C312E8FD16));
+        s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * (s15 + y * s17))))))));
+    }
+    return (d2)((l2)s ^ turns.parity);
+}
+
+// |x| < 6144: k has 12 bits with the half. pi in parts of 12 bits.
+template <Phase phase, class Accuracy>
+inline f4 sine_plain(f4 x) {
+    constexpr float P1 = 0x1.92p+1f, P2 = 0x1.fb4p-11f;
+    const auto turns = whole_turns<f4, phase>(x, from_bits(0x3EA2F983u));  // 1/pi
+    const f4 k = turns.k;
+    f4 r = (x - k * P1) - k * P2, s;
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        constexpr float P3 = 0x1.4442d2p-23f;
+        r = r - k * P3;
+        // relative error 2^-13.1
+        constexpr float s1 = from_bits(0x3F7FF8E9u), s3 = from_bits(0xBE29F172u), s5 = from_bits(0x3BF921BBu);
+        const f4 y = r * r;
+        s = r * (s1 + y * (s3 + y * s5));
+    } else {
+        constexpr float P3 = 0x1.444p-23f, P4 = 0x1.68c234p-38f;
+        r = (r - k * P3) - k * P4;
+        // relative error 2^-27.2
+        constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Du),
+                        s7 = from_bits(0xB94FB879u), s9 = from_bits(0x362EE4A0u);
+        const f4 y = r * r;
+        s = r + (r * y) * ((s3 + y * s5) + (y * y) * (s7 + y * s9));
+    }
+    return (f4)((i4)s ^ turns.parity);
+}
+
+// numerator / denominator for even k, -denominator / numerator for odd k.
+template <class V, class Bits>
+inline V quotient_by_parity(V numerator, V denominator, Bits odd, Bits parity) {
+    const Bits swap = ((Bits)numerator ^ (Bits)denominator) & odd;
+    return (V)((Bits)((V)((Bits)numerator ^ swap) / (V)((Bits)denominator ^ swap)) ^ parity);
+}
+
+// LA, single HA: |x| < 2^17; EP: |x| < 2^12.
+template <class Accuracy>
+inline d2 tangent_plain(d2 x) {
+    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
+    const auto turns = whole_turns<d2, Phase::sine>(x, inverse);
+    const d2 r = PiParts<Accuracy>::rest(x, turns.k * 0.5), y = r * r;
+    const i4 odd = (i4)turns.parity >> 31;
+    d2 p, q;
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        // relative error 2^-35.2
+        constexpr double p1 = from_bits(UINT64_C(0xBFBC81C663DF9444));
+        constexpr double p2 = from_bits(UINT64_C(0x3F519BB67896CEAD));
+        constexpr double q1 = from_bits(UINT64_C(0xBFDC75C6ED05C432));
+        constexpr double q2 = from_bits(UINT64_C(0x3F905AABF9BEDED4));
+        p = r * (1.0 + y * (p1 + y * p2));
+        q = 1.0 + y * (q1 + y * q2);
+    } else {
+        // relative error 2^-55.4
+        constexpr double p1 = from_bits(UINT64_C(0xBFC06B8F64B39920));
+        constexpr double p2 = from_bits(UINT64_C(0x3F66FC3450F68FBF));
+        constexpr double p3 = from_bits(UINT64_C(0xBEDF62564DD9437B));
+        constexpr double q1 = from_bits(UINT64_C(0xBFDD8B1D07AF21C2));
+        constexpr double q2 = from_bits(UINT64_C(0x3F97E798D53C10C4));
+        constexpr double q3 = from_bits(UINT64_C(0xBF2B51D233284546));
+        p = r + r * (y * (p1 + y * (p2 + y * p3)));
+        q = 1.0 + y * (q1 + y * (q2 + y * q3));
+    }
+    return quotient_by_parity(p, q, (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3), turns.parity);
+}
+
+// |x| < 6144.
+template <class Accuracy>
+inline f4 tangent_plain(f4 x) {
+    constexpr float P1 = 0x1.92p+0f, P2 = 0x1.fb4p-12f;
+    const auto turns = whole_turns<f4, Phase::sine>(x, from_bits(0x3F22F983u));  // 2/pi
+    const f4 k = turns.k;
+    f4 r = (x - k * P1) - k * P2, p, q;
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        constexpr float P3 = 0x1.4442d2p-24f;
+        r = r - k * P3;
+        // relative error 2^-17
+        constexpr float p1 = from_bits(0xBD8C0848u), q1 = from_bits(0xBECD9D84u);
+        const f4 y = r * r;
+        p = r * (1.0f + y * p1);
+        q = 1.0f + y * q1;
+    } else {
+        constexpr float P3 = 0x1.444p-24f, P4 = 0x1.68c234p-39f;
+        r = (r - k * P3) - k * P4;
+        // relative error 2^-25.8
+        constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u), q2 = from_bits(0x3C1F12DCu);
+        const f4 y = r * r;
+        p = r + r * (y * p1);
+        q = 1.0f + y * (q1 + y * q2);
+    }
+    return quotient_by_parity(p, q, turns.parity >> 31, turns.parity);
+}
+
+}  // namespace kef::vm

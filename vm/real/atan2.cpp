@@ -1,0 +1,142 @@
+// Atan2: r = the angle of the point (b, a), in [-pi, pi]; a is the ordinate y, b the
+// abscissa x.
+//
+//   a or b NaN                  NaN
+//   a = +-0, b > 0 or +0        +-0
+//   a = +-0, b < 0 or -0        +-pi
+//   b = +-0, a not 0            +-pi/2
+//   infinite arguments          the limit: multiples of pi/4
+//   |a/b| subnormal, b > 0      the quotient, underflow, also where it rounds to 0
+//
+// No other error conditions. Double HA: 0.53 ulp, with the quotient in two parts. Single
+// HA in double, 0.5 ulp + 2^-28; LA, also EP, in single precision.
+#include "vm/core/atan_core.h"
+#include "vm/core/atan_single.h"
+#include "vm/core/scaling.h"
+#include "vm/double_double.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+// Magnitudes from `first` to `last` and quotients of them keep clear of overflow
+// and underflow.
+template <class T> struct Atan2Range;
+template <> struct Atan2Range<double> {
+    static constexpr std::int32_t first = 0x30500000, last = 0x4F800000;  // 2^-250, 2^249
+};
+template <> struct Atan2Range<float> {
+    static constexpr std::int32_t first = 0x35800000, last = 0x49800000;  // 2^-20, 2^20
+};
+
+constexpr double pi = 2 * half_pi;
+constexpr double pi_low = 2 * half_pi_low;
+
+// atan(y/x) for x, y > 0, as an unevaluated sum: t = (y - c x) / (x + c y) with its
+// remainder; y - c x to one rounding, since c has 7 bits.
+inline DoubleDouble<d2> atan_quotient(d2 y, d2 x) {
+    const AtanEntries entries = atan_entries_of(y / x);
+    const d2 c = entries.field(&AtanEntry::centre);
+    const d2 x_high = (d2)((l2)x & INT64_C(-0x100000000));
+    const d2 n = (y - c * x_high) - c * (x - x_high);
+    const d2 d = x + c * y;
+    const d2 inverse = 1.0 / d;
+    const d2 t = n * inverse;
+    const DoubleDouble<d2> back = two_product(t, d);
+    const d2 rest = ((n - back.high) - back.low) * inverse;
+    const d2 high = entries.field(&AtanEntry::high);
+    const d2 sum = high + t;
+    return {sum, ((high - sum) + t) + ((entries.field(&AtanEntry::low) + rest) + atan_tail<HA>(t))};
+}
+
+// The angle of (x, y) from the angle of (|x|, |y|): pi - angle where x < 0, with the
+// sign of y.
+inline d2 turned(DoubleDouble<d2> angle, d2 x, d2 y) {
+    const l2 left = sign_bit(x), mask = sign_mask(left);
+    const d2 base = where(mask, all(pi));
+    const d2 high = (d2)((l2)angle.high ^ left), low = (d2)((l2)angle.low ^ left);
+    const d2 sum = base + high;  // |base| >= |high| or base = 0
+    return with_sign(sum + (((base - sum) + high) + (where(mask, all(pi_low)) + low)), y);
+}
+inline d2 turned(d2 angle, d2 x, d2 y) {
+    const l2 left = sign_bit(x);
+    return with_sign(where(sign_mask(left), all(pi)) + (d2)((l2)angle ^ left), y);
+}
+inline f4 turned(f4 angle, f4 x, f4 y) {
+    const i4 left = sign_bit(x);
+    return with_sign(where(sign_mask(left), all(static_cast<float>(pi))) + (f4)((i4)angle ^ left), y);
+}
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Atan2 {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Atan2);
+
+    static i4 outside(i4 a, i4 b) {
+        using Range = Atan2Range<T>;
+        a = magnitude(a), b = magnitude(b);
+        return (a - Range::first) | (b - Range::first) | (Range::last - a) | (Range::last - b);
+    }
+
+    static V fast(V y, V x) {
+        const V height = absolute(y), width = absolute(x);
+        if constexpr (std::is_same_v<T, float>) {
+            if constexpr (std::is_same_v<Accuracy, HA>) {
+                const d2x2 h = widen(y), w = widen(x);
+                return narrow(Atan2<double, LA>::fast(h.low, w.low),
+                              Atan2<double, LA>::fast(h.high, w.high));
+            } else {
+                return turned(atan_single<Accuracy>(height, width), x, y);
+            }
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            return turned(atan_quotient(height, width), x, y);
+        } else {
+            return turned(atan_core<LA>(height / width), x, y);
+        }
+    }
+
+    static int edge(T a, T b, T& r) {
+        if (is_nan(a) || is_nan(b)) return r = quiet(a + b), VTM_STATUS_OK;
+        const double y = a, x = b;
+        const bool left = to_bits(x) >> 63 != 0;
+        int status = VTM_STATUS_OK;
+        double angle;
+        if (is_infinite(a) || is_infinite(b)) {
+            const double quarter = half_pi / 2;
+            if (is_infinite(a) && is_infinite(b)) angle = left ? 3 * quarter : quarter;
+            else angle = is_infinite(a) ? half_pi : left ? pi : 0.0;
+        } else if (y == 0 || x == 0) {
+            angle = y != 0 ? half_pi : left ? pi : 0.0;
+        } else {
+            const int y_e = exponent_of(y), x_e = exponent_of(x), e = y_e - x_e;
+            const double height = scaled(y < 0 ? -y : y, -y_e), width = scaled(left ? -x : x, -x_e);
+            if (e > 62) {
+                angle = half_pi;
+            } else if (e >= -62) {
+                angle = Atan2<double, HA>::fast(all(height), all(scaled(left ? -width : width, -e)))[0];
+            } else if (left) {
+                angle = pi;
+            } else {  // atan q = q
+                const double q = height / width;
+                const DoubleDouble<double> back = two_product(q, width);
+                angle = round_scaled(q, ((height - back.high) - back.low) / width, e);
+                const bool small = static_cast<T>(angle) < Format<T>::smallest_normal;
+                status = small ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+            }
+        }
+        r = static_cast<T>(to_bits(y) >> 63 != 0 ? -angle : angle);
+        return status;
+    }
+};
+
+KEF_MAP2(s, Atan2, LA)
+KEF_MAP2(s, Atan2, HA)
+KEF_MAP2(d, Atan2, LA)
+KEF_MAP2(d, Atan2, HA)
+
+}  // namespace kef::vm

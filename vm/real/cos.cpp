@@ -1,0 +1,30 @@
+// Cos: r = cos x.
+#include "vm/core/trig_functions.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Cos {
+    using V = Vector<T>;
+    KEF_TRIG_NAME(Cos);
+
+    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
+    static V fast(V x) { return sine_fast<T, Accuracy, Phase::cosine>(x); }
+
+    static int edge(T x, T& r) {
+        int status;
+        if (trig_special(x, r, status)) return status;
+        r = rounded_sum<T>(sine_one(trig_reduce_one(x), cosine_bias));
+        return status;
+    }
+};
+
+KEF_MAP1(s, Cos, LA)
+KEF_MAP1(s, Cos, HA)
+KEF_MAP1(s, Cos, EP)
+KEF_MAP1(d, Cos, LA)
+KEF_MAP1(d, Cos, HA)
+KEF_MAP1(d, Cos, EP)
+
+}  // namespace kef::vm

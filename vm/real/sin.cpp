@@ -1,0 +1,30 @@
+// Sin: r = sin x.
+#include "vm/core/trig_functions.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Sin {
+    using V = Vector<T>;
+    KEF_TRIG_NAME(Sin);
+
+    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
+    static V fast(V x) { return sine_fast<T, Accuracy, Phase::sine>(x); }
+
+    static int edge(T x, T& r) {
+        int status;
+        if (trig_special(x, r, status) || trig_tiny(x, r, status)) return status;
+        r = rounded_sum<T>(sine_one(trig_reduce_one(x), sine_bias));
+        return status;
+    }
+};
+
+KEF_MAP1(s, Sin, LA)
+KEF_MAP1(s, Sin, HA)
+KEF_MAP1(s, Sin, EP)
+KEF_MAP1(d, Sin, LA)
+KEF_MAP1(d, Sin, HA)
+KEF_MAP1(d, Sin, EP)
+
+}  // namespace kef::vm

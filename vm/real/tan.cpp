@@ -1,0 +1,30 @@
+// Tan: r = tan x.
+#include "vm/core/trig_functions.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Tan {
+    using V = Vector<T>;
+    KEF_TRIG_NAME(Tan);
+
+    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
+    static V fast(V x) { return tangent_fast<T, Accuracy>(x); }
+
+    static int edge(T x, T& r) {
+        int status;
+        if (trig_special(x, r, status) || trig_tiny(x, r, status)) return status;
+        r = rounded_sum<T>(tangent_one(trig_reduce_one(x)));
+        return status;
+    }
+};
+
+KEF_MAP1(s, Tan, LA)
+KEF_MAP1(s, Tan, HA)
+KEF_MAP1(s, Tan, EP)
+KEF_MAP1(d, Tan, LA)
+KEF_MAP1(d, Tan, HA)
+KEF_MAP1(d, Tan, EP)
+
+}  // namespace kef::vm
