@@ -103,6 +103,8 @@ inline f4 narrow(d2 low, d2 high) {
     return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
 }
 
+inline f4 narrow(d2x2 x) { return narrow(x.low, x.high); }
+
 // Lanes where a double lies exactly half-way between two floats of the normal range.
 inline i4 midpoints(d2 low, d2 high) {
     const i4 tails = __builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) & 0x1FFFFFFF;
