@@ -316,6 +316,8 @@ typedef struct kef_jump_window {
     uint32_t *words; /* the buffer */
 } kef_jump_window;
 
+enum { VTS_MAX_JUMP_DEGREE = 19968 };
+
 typedef void (*kef_jump_load)(const kef_stream *stream, kef_jump_window *window);
 typedef void (*kef_jump_store)(kef_stream *stream, const kef_jump_window *window);
 typedef void (*kef_jump_one)(kef_jump_window *window);
@@ -323,8 +325,8 @@ typedef void (*kef_jump_two)(kef_jump_window *to, const kef_jump_window *from);
 
 /* Advance a stream by k steps: by Horner's rule over single coefficients, or over groups of them
  * (sliding window). Both serve any k. load, store: state and window; clear: the zero
- * window; copy; step: T; add: exclusive or. The polynomial has the given degree
- * and `count` exponents, falling, the first two further apart than 120.
+ * window; copy; step: T; add: exclusive or. The polynomial has the given degree (at most
+ * VTS_MAX_JUMP_DEGREE) and `count` exponents, falling, the first two more than 128 apart.
  * VTS_STATUS_NO_MEMORY leaves the stream as it was. */
 KEF_API int32_t __vts_SkipAheadHorner(kef_stream *stream, kef_jump_load load, kef_jump_store store,
                                       kef_jump_one clear, kef_jump_two copy, kef_jump_one step,
@@ -336,10 +338,10 @@ KEF_API int32_t __vts_SkipAheadSWin(kef_stream *stream, kef_jump_load load, kef_
                                     kef_jump_two add, uint64_t k, int32_t words, int32_t degree,
                                     int32_t state_size, int32_t count, const uint16_t *exponents);
 
-/* Reduces a polynomial over GF(2) of less than 120 * blocks + degree coefficients, bit i % 8 of byte i / 8
- * being that of t^i, modulo the polynomial of the exponents. The bytes up to
- * 120 * blocks + degree bits, and 16 more, must be writable; the remainder is left in the
- * first `degree` bits, zeros above. */
+/* Reduces a polynomial over GF(2) of at most degree + 120 * blocks coefficients, bit i % 8 of byte
+ * i / 8 being that of t^i, modulo the polynomial of the exponents (as above; degree at
+ * most VTS_MAX_JUMP_DEGREE). 16 bytes more than the coefficients fill must be writable. The remainder is
+ * left in the first `degree` bits, with zeros above. */
 KEF_API void __vtsPolyRem(uint8_t *polynomial, int32_t blocks, int32_t degree, int32_t count,
                           const uint16_t *exponents);
 

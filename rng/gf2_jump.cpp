@@ -143,37 +143,48 @@ std::int32_t skip(kef_stream* stream, const Routines& g, std::uint64_t k, std::i
 
 using namespace kef::rng;
 
+// A chunk at t^(degree + i) is replaced by the lower terms at t^i, from the top; the terms are
+// more than a chunk below the degree, so a chunk never changes itself. The lower terms are taken by bytes: chunk
+// times byte comes from a table of the 256 products, and the bytes of one residue modulo 16
+// follow each other, so that no load overlaps a store that is still on its way.
 void __vtsPolyRem(std::uint8_t* polynomial, std::int32_t blocks, std::int32_t degree,
                   std::int32_t count, const std::uint16_t* exponents) {
-    // A chunk at t^(degree + i) is replaced by the lower terms at t^i, from the top. The terms are
-    // more than a chunk below the degree, so a chunk never changes itself.
-    const auto eliminate = [=](__m128i value, std::int32_t at) {
-        __m128i shifted[8];
-        for (std::int32_t s = 0; s < 8; ++s) shifted[s] = shift(value, s);
-        for (std::int32_t i = 1; i < count; ++i) {
-            const std::int32_t bit = at + exponents[i];
-            std::uint8_t* const target = polynomial + bit / 8;
-            store(target, _mm_xor_si128(load(target), shifted[bit % 8]));
-        }
+    struct Term {
+        std::uint16_t place, byte;
     };
-    // Where the degree is no multiple of 8 the chunk is read across bytes.
-    const std::int32_t byte = degree / 8, odd = degree % 8;
+    constexpr std::int32_t most_bytes = VTS_MAX_JUMP_DEGREE / 8;
+    std::uint8_t lower[most_bytes] = {};
+    for (std::int32_t i = 1; i < count; ++i)
+        lower[exponents[i] / 8] |= static_cast<std::uint8_t>(1u << exponents[i] % 8);
+    Term terms[most_bytes];
+    std::int32_t used = 0;
+    for (std::int32_t residue = 0; residue < 16; ++residue)
+        for (std::int32_t j = residue; j <= degree / 8 && j < most_bytes; j += 16)
+            if (lower[j] != 0) terms[used++] = {static_cast<std::uint16_t>(j), lower[j]};
+
+    // Where the degree is no multiple of 8 a chunk begins inside a byte.
+    const std::int32_t odd = degree % 8;
+    const __m128i ones = _mm_srli_si128(_mm_set1_epi32(-1), 1), place = shift(ones, odd);
+    const __m128i right = _mm_cvtsi32_si128(odd), left = _mm_cvtsi32_si128(64 - odd);
     for (std::int32_t block = blocks - 1; block >= 0; --block) {
-        std::uint8_t* const source = polynomial + byte + block * chunk_bytes;
-        const __m128i keep_mask = _mm_cvtsi32_si128((1 << odd) - 1);
+        std::uint8_t* const target = polynomial + block * chunk_bytes;
+        std::uint8_t* const source = target + degree / 8;
         const __m128i whole = load(source);
-        // 120 bits from bit `odd` on.
-        const __m128i right = _mm_cvtsi32_si128(odd), left = _mm_cvtsi32_si128(64 - odd);
-        __m128i value = _mm_or_si128(_mm_srl_epi64(whole, right),
-                                     _mm_sll_epi64(_mm_srli_si128(whole, 8), left));
-        value = _mm_srli_si128(_mm_slli_si128(value, 1), 1);
-        // Clear them in place.
-        const __m128i cleared = _mm_or_si128(
-            _mm_and_si128(whole, keep_mask),
-            _mm_andnot_si128(shift(_mm_srli_si128(_mm_set1_epi32(-1), 1), odd),
-                             _mm_andnot_si128(keep_mask, whole)));
-        store(source, cleared);
-        eliminate(value, block * chunk);
+        const __m128i chunk_bits = _mm_and_si128(
+            ones, _mm_or_si128(_mm_srl_epi64(whole, right),
+                               _mm_sll_epi64(_mm_srli_si128(whole, 8), left)));
+        store(source, _mm_andnot_si128(place, whole));
+        __m128i products[256];
+        products[0] = _mm_setzero_si128();
+        for (std::int32_t bit = 0; bit < 8; ++bit) {
+            const __m128i shifted = shift(chunk_bits, bit);
+            for (std::int32_t i = 0; i < 1 << bit; ++i)
+                products[(1 << bit) + i] = _mm_xor_si128(products[i], shifted);
+        }
+        for (std::int32_t i = 0; i < used; ++i) {
+            std::uint8_t* const at = target + terms[i].place;
+            store(at, _mm_xor_si128(load(at), products[terms[i].byte]));
+        }
     }
 }
 

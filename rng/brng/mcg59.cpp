@@ -35,15 +35,14 @@ struct Mcg59 {
         return VTS_STATUS_OK;
     }
 
-    // x y mod 2^59 in both lanes; y_high = y >> 32.
+    // x y mod 2^64 in both lanes; y_high = y >> 32.
     static __m128i multiply(__m128i x, __m128i y, __m128i y_high) {
-        const __m128i mask = _mm_set_epi32(0x07FFFFFF, -1, 0x07FFFFFF, -1);
         const __m128i cross =
             _mm_add_epi64(_mm_mul_epu32(_mm_srli_epi64(x, 32), y), _mm_mul_epu32(x, y_high));
-        return _mm_and_si128(_mm_add_epi64(_mm_mul_epu32(x, y), _mm_slli_epi64(cross, 32)), mask);
+        return _mm_add_epi64(_mm_mul_epu32(x, y), _mm_slli_epi64(cross, 32));
     }
 
-    // Eight numbers a pass in four vectors.
+    // Eight numbers a pass in four vectors, which are reduced to 59 bits on the way out only.
     static std::int32_t words(State& s, Word* r, std::int32_t n, std::int32_t) {
         std::uint64_t x = s.x;
         const std::uint64_t a = s.a;
@@ -51,19 +50,25 @@ struct Mcg59 {
             std::uint64_t start[8];
             start[0] = x;
             for (int i = 1; i < 8; ++i) start[i] = multiply59(start[i - 1], a);
-            __m128i v[4];
-            for (int i = 0; i < 4; ++i)
-                v[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(start + 2 * i));
-            const std::uint64_t a2 = multiply59(a, a), a4 = multiply59(a2, a2);
-            const std::uint64_t a8 = multiply59(a4, a4);
+            const auto* from = reinterpret_cast<const __m128i*>(start);
+            __m128i v0 = _mm_loadu_si128(from), v1 = _mm_loadu_si128(from + 1),
+                    v2 = _mm_loadu_si128(from + 2), v3 = _mm_loadu_si128(from + 3);
+            const __m128i mask = _mm_set_epi32(0x07FFFFFF, -1, 0x07FFFFFF, -1);
+            const std::uint64_t a8 = __vtsiPowMod2P59(a, 8);
             const __m128i y = _mm_set1_epi64x(static_cast<long long>(a8));
             const __m128i y_high = _mm_srli_epi64(y, 32);
-            for (; n >= 8; n -= 8, r += 8)
-                for (int i = 0; i < 4; ++i) {
-                    _mm_storeu_si128(reinterpret_cast<__m128i*>(r + 2 * i), v[i]);
-                    v[i] = multiply(v[i], y, y_high);
-                }
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(&x), v[0]);
+            for (; n >= 8; n -= 8, r += 8) {
+                auto* out = reinterpret_cast<__m128i*>(r);
+                _mm_storeu_si128(out, _mm_and_si128(v0, mask));
+                v0 = multiply(v0, y, y_high);
+                _mm_storeu_si128(out + 1, _mm_and_si128(v1, mask));
+                v1 = multiply(v1, y, y_high);
+                _mm_storeu_si128(out + 2, _mm_and_si128(v2, mask));
+                v2 = multiply(v2, y, y_high);
+                _mm_storeu_si128(out + 3, _mm_and_si128(v3, mask));
+                v3 = multiply(v3, y, y_high);
+            }
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(&x), _mm_and_si128(v0, mask));
         }
         for (; n > 0; --n) {
             *r++ = x;

@@ -1,5 +1,8 @@
 // Save and load, and images from outside that lie.
+#if defined(__linux__)
+#include <sys/mman.h>
 #include <unistd.h>
+#endif
 
 #include <cstdio>
 #include <cstring>
@@ -16,8 +19,14 @@ using Bytes = std::vector<std::uint8_t>;
 
 class RngImage : public testing::Test {
 protected:
-    std::string path = testing::TempDir() + "kef_stream_" + std::to_string(getpid());
+#if defined(__linux__)
+    const int memory_file = memfd_create("stream", 0);
+    std::string path = "/proc/self/fd/" + std::to_string(memory_file);
+    ~RngImage() override { close(memory_file); }
+#else
+    std::string path = testing::TempDir() + "kef_stream_image";
     ~RngImage() override { std::remove(path.c_str()); }
+#endif
 
     void write(const Bytes& image) {
         std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()),
@@ -168,7 +177,7 @@ TEST_F(RngImage, HostileFiles) {
             EXPECT_TRUE(status == VTS_STATUS_FILE_READ || status == VTS_STATUS_BAD_FILE) << size;
         }
         for (std::size_t i = 0; i < good.size(); ++i)
-            for (const int change : {0x01, 0x80, 0xFF}) {
+            for (const int change : {0x01, 0x80}) {
                 Bytes image = good;
                 image[i] ^= change;
                 const std::int32_t status = load_file(loaded, image);
