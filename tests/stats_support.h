@@ -50,14 +50,14 @@ inline constexpr int data_methods[] = {VTS_SS_METHOD_RAW, VTS_SS_METHOD_RECURREN
                                        VTS_SS_METHOD_TILED};
 
 // The results that have p values: a member of Problem, its identifier, its estimate.
-#define KEF_VECTOR_RESULTS(X)                                                                     \
-    X(mean, MEAN)                                                                                 \
-    X(raw2, RAW_MOMENT_2) X(raw3, RAW_MOMENT_3) X(raw4, RAW_MOMENT_4)                             \
-        X(central2, CENTRAL_MOMENT_2) X(central3, CENTRAL_MOMENT_3) X(central4, CENTRAL_MOMENT_4) \
-            X(kurtosis, KURTOSIS) X(skewness, SKEWNESS) X(variation, VARIATION) X(sum, SUM)       \
-                X(raw_sum2, RAW_SUM_2) X(raw_sum3, RAW_SUM_3) X(raw_sum4, RAW_SUM_4)              \
-                    X(central_sum2, CENTRAL_SUM_2) X(central_sum3, CENTRAL_SUM_3)                 \
-                        X(central_sum4, CENTRAL_SUM_4)
+#define KEF_VECTOR_RESULTS(X)                                                                \
+    X(mean, MEAN)                                                                            \
+    X(raw2, RAW_MOMENT_2)                                                                    \
+    X(raw3, RAW_MOMENT_3) X(raw4, RAW_MOMENT_4) X(central2, CENTRAL_MOMENT_2)                \
+        X(central3, CENTRAL_MOMENT_3) X(central4, CENTRAL_MOMENT_4) X(kurtosis, KURTOSIS)    \
+            X(skewness, SKEWNESS) X(variation, VARIATION) X(sum, SUM) X(raw_sum2, RAW_SUM_2) \
+                X(raw_sum3, RAW_SUM_3) X(raw_sum4, RAW_SUM_4) X(central_sum2, CENTRAL_SUM_2) \
+                    X(central_sum3, CENTRAL_SUM_3) X(central_sum4, CENTRAL_SUM_4)
 #define KEF_MATRIX_RESULTS(X) \
     X(covariance, COVARIANCE) X(correlation, CORRELATION) X(cross_product, CROSS_PRODUCT)
 
