@@ -1,6 +1,7 @@
 // The search table: the range of the breakpoints is cut into bins of equal width;
 // each bin names the last breakpoint before it and the first one after it. The bin
 // of a point is a monotone function of the point, so rounding cannot lose a cell.
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -47,7 +48,7 @@ void build(Task& task) {
     for (std::uint32_t k = 0; k < count - 1; ++k)
         if (bins[k].high > bins[k].low && bins[k].high - bins[k].low > widest)
             widest = bins[k].high - bins[k].low;
-    task.bin_steps = std::bit_width(widest - 1);
+    task.bin_steps = std::max(1, static_cast<int>(std::bit_width(widest - 1)));
 }
 
 }  // namespace

@@ -205,6 +205,80 @@ KEF_API int32_t kef_df_kernel_sQueryIdxPtr(const kef_df_task *task, int64_t id, 
 KEF_API int32_t kef_df_kernel_iEditVal(kef_df_task *task, int64_t id, int64_t value);
 KEF_API int32_t kef_df_kernel_iQueryVal(const kef_df_task *task, int64_t id, void *value);
 
+/* ---- cell search ---------------------------------------------------------- */
+
+/* Writes, for each of nsite sites, how many breakpoints do not exceed it, where a
+ * site at the last breakpoint counts as inside: 0 left of the partition (and for
+ * NaN), cell number + 1 = 1 .. nx-1 inside, nx right of it. Cell i is [x_i, x_{i+1}),
+ * the last one closed.
+ *   site, site_hint   DF_ANY_ORDER, DF_SORTED, DF_UNIFORM (site[0] and site[1] are the
+ *                     ends of a grid of nsite sites); DF_QUASI_UNIFORM as DF_ANY_ORDER
+ *   cell              nsite integers: int64_t; int32_t for names that end in 32
+ * All functions give the same cells for ascending finite breakpoints; they differ
+ * in what they are fast for. For breakpoints that do not ascend the cells are some
+ * numbers in 0 .. nx.
+ *   Search1D              chooses by the hints of x and of the sites
+ *   SortedSearch1D        ascending sites: walks from cell to cell (Bentley & Yao 1976)
+ *   UniformSearch1D       equally spaced breakpoints: arithmetic
+ *   QuasiUniformSearch1D  nearly equally spaced ones: arithmetic, then a short walk
+ *   HybridSearch1D        any breakpoints: the task's table of bins, then bisection
+ *   PeakSearch1D          breakpoints crowded in few places: as Hybrid, with an
+ *                         interpolation step in crowded bins
+ * Statuses: DF_STATUS_NULL_TASK, _SITE_COUNT, _SITE_HINT, _SITES, _RESULTS, _X. */
+#define KEF_DF_SEARCH(name)                                                               \
+    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t nsite,         \
+                                          const double *site, int64_t site_hint,          \
+                                          int64_t *cell);                                 \
+    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t nsite,         \
+                                          const float *site, int64_t site_hint,           \
+                                          int64_t *cell);                                 \
+    KEF_API int32_t kef_df_kernel_d##name##32(const kef_df_task *task, int64_t nsite,     \
+                                              const double *site, int64_t site_hint,      \
+                                              int32_t *cell);                             \
+    KEF_API int32_t kef_df_kernel_s##name##32(const kef_df_task *task, int64_t nsite,     \
+                                              const float *site, int64_t site_hint,       \
+                                              int32_t *cell);
+KEF_DF_SEARCH(DFSearch1D)
+KEF_DF_SEARCH(DFSortedSearch1D)
+KEF_DF_SEARCH(DFUniformSearch1D)
+KEF_DF_SEARCH(DFQuasiUniformSearch1D)
+KEF_DF_SEARCH(DFHybridSearch1D)
+KEF_DF_SEARCH(DFPeakSearch1D)
+#undef KEF_DF_SEARCH
+
+/* A caller's search function proposes cells: for each of nsite sites the number that
+ * the searches above give, in cell (zero where it writes nothing). A negative result
+ * ends the search, which returns it. */
+typedef int32_t (*kef_df_dsearch)(const kef_df_task *task, int64_t nsite, const double *site,
+                                  int64_t *cell, void *user);
+typedef int32_t (*kef_df_ssearch)(const kef_df_task *task, int64_t nsite, const float *site,
+                                  int64_t *cell, void *user);
+
+/* Search by the caller's function, called with at most 256 sites at a time. Each
+ * proposal is checked against x; where it does not hold, bisection (UserDef) or the
+ * arithmetic of UniformSearch1D (UniUserDef) finds the cell. Further status:
+ * DF_STATUS_SEARCH_FUNCTION. */
+#define KEF_DF_USER_SEARCH(name)                                                          \
+    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t nsite,         \
+                                          const double *site, int64_t site_hint,          \
+                                          int64_t *cell, kef_df_dsearch function,         \
+                                          void *user);                                    \
+    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t nsite,         \
+                                          const float *site, int64_t site_hint,           \
+                                          int64_t *cell, kef_df_ssearch function,         \
+                                          void *user);                                    \
+    KEF_API int32_t kef_df_kernel_d##name##32(const kef_df_task *task, int64_t nsite,     \
+                                              const double *site, int64_t site_hint,      \
+                                              int32_t *cell, kef_df_dsearch function,     \
+                                              void *user);                                \
+    KEF_API int32_t kef_df_kernel_s##name##32(const kef_df_task *task, int64_t nsite,     \
+                                              const float *site, int64_t site_hint,       \
+                                              int32_t *cell, kef_df_ssearch function,     \
+                                              void *user);
+KEF_DF_USER_SEARCH(DFUserDefSearch1D)
+KEF_DF_USER_SEARCH(DFUniUserDefSearch1D)
+#undef KEF_DF_USER_SEARCH
+
 KEF_END_DECLS
 
 #endif
