@@ -205,6 +205,103 @@ KEF_API int32_t kef_df_kernel_sQueryIdxPtr(const kef_df_task *task, int64_t id, 
 KEF_API int32_t kef_df_kernel_iEditVal(kef_df_task *task, int64_t id, int64_t value);
 KEF_API int32_t kef_df_kernel_iQueryVal(const kef_df_task *task, int64_t id, void *value);
 
+/* ---- construction --------------------------------------------------------- */
+
+/* Computes the coefficients of all ny functions from x, y and the conditions; method
+ * is 0. Data that are sampled from a spline of the kind give it back; docs/fitting.md
+ * has the formulas.
+ *
+ *   constructor         type      order  nx    boundary types           internal types
+ *   LinearSpline1D      DEFAULT   2      2 ..  0
+ *   QuadraticSpline1D   DEFAULT   3      2 ..  0, 1, 4, 8, 16, 32
+ *                       SUBBOTIN  3      3 ..  1, 2, 12, 24, 36, 48, 64  0, 8
+ *   NaturalCubicSpline1D any      (4)    3 ..  1, 2, 12, 24, 36, 48, 64
+ *   HermiteCubicSpline1D HERMITE  4      2 ..  1, 2, 12, 24, 36, 48, 64  1
+ *   BesselCubicSpline1D BESSEL    4      2 ..  0, 1, 2, 12, 24, 36, 48, 64
+ *   AkimaCubicSpline1D  AKIMA     4      2 ..  0, 1, 2, 12, 24, 36, 48, 64
+ *   DefaultCubicSpline1D DEFAULT  4      2 ..  1, 2, 12, 24, 36, 48, 64  1, 2
+ *
+ * NaturalCubicSpline1D (twice differentiable) does not look at type and order: it
+ * writes 4 coefficients a cell. DF_UNIFORM: the spacing is (x_{nx-1} - x_0)/(nx-1), and
+ * the breakpoints are read only for that. DF_PERIODIC makes slopes and second
+ * derivatives equal and does not ask for y_0 = y_{nx-1}. DefaultCubicSpline1D with
+ * DF_INTERNAL_SECOND is continuous; its slopes are as continuous as data and second
+ * derivatives agree.
+ *
+ * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _METHOD, _NX, _Y_HINT,
+ * _ORDER, _TYPE, _BOUNDARY_TYPE, _BOUNDARY_CONDITIONS, _INTERNAL_TYPE,
+ * _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _Y, _COEFFICIENTS, _X (with the check
+ * flag), _NO_MEMORY. Without the check flag, equal breakpoints give infinite or NaN
+ * coefficients, in the twice differentiable splines in all cells, in the others in the
+ * cells nearby; descending ones give coefficients without a meaning. */
+#define KEF_DF_CONSTRUCTOR(name)                                                           \
+    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t method);        \
+    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t method);
+KEF_DF_CONSTRUCTOR(DFLinearSpline1D)
+KEF_DF_CONSTRUCTOR(DFQuadraticSpline1D)
+KEF_DF_CONSTRUCTOR(DFNaturalCubicSpline1D)
+KEF_DF_CONSTRUCTOR(DFHermiteCubicSpline1D)
+KEF_DF_CONSTRUCTOR(DFBesselCubicSpline1D)
+KEF_DF_CONSTRUCTOR(DFAkimaCubicSpline1D)
+KEF_DF_CONSTRUCTOR(DFDefaultCubicSpline1D)
+#undef KEF_DF_CONSTRUCTOR
+
+/* ---- values, derivatives, integrals --------------------------------------- */
+
+/* Methods of interpolation. */
+enum {
+    DF_SPLINE = 0, /* the spline of the coefficients */
+    DF_LOOKUP = 1  /* y where a site equals a breakpoint, NaN elsewhere */
+};
+
+/* Values and derivatives of all functions at nsite sites.
+ *   site, site_hint      as in cell search
+ *   norder, derivatives  norder integers (of the task's width); derivatives[r] != 0
+ *                        asks for the derivative of order r, 0 is the value itself
+ *   result, result_hint  the m values asked for stand together, in ascending order:
+ *                        DF_BY_ROWS result[(i*nsite + j)*m + k], DF_BY_COLUMNS
+ *                        result[(j*ny + i)*m + k], function i, site j
+ *   cell                 null, or nsite integers of the task's width: the sites' cells
+ *                        as cell search gives them
+ * Outside the partition the polynomial of the first or the last cell goes on: a
+ * boundary condition says nothing about it. A derivative of an order beyond the
+ * spline's is 0. At a NaN site all is NaN; at an infinite one the result is infinite
+ * or NaN. A spline of order DF_STEP is coefficient 0 of the site's cell; if its
+ * coefficients are y itself (nx values), y_{nx-1} from the last breakpoint on.
+ * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _METHOD, _SITE_COUNT,
+ * _SITE_HINT, _SITES, _DERIVATIVES, _RESULTS, _RESULT_HINT, then with DF_SPLINE _ORDER,
+ * _TYPE, _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _COEFFICIENTS, with DF_LOOKUP
+ * _Y_HINT, _NY, _Y, and _X. */
+KEF_API int32_t kef_df_kernel_dDFInterpolate1D(const kef_df_task *task, int64_t method,
+                                               int64_t nsite, const double *site,
+                                               int64_t site_hint, int64_t norder,
+                                               const void *derivatives, double *result,
+                                               int64_t result_hint, void *cell);
+KEF_API int32_t kef_df_kernel_sDFInterpolate1D(const kef_df_task *task, int64_t method,
+                                               int64_t nsite, const float *site,
+                                               int64_t site_hint, int64_t norder,
+                                               const void *derivatives, float *result,
+                                               int64_t result_hint, void *cell);
+
+/* Integrals of all functions over nlimit intervals, left[j] to right[j].
+ *   left, right          limits; their hints as those of sites
+ *   result, result_hint  DF_BY_ROWS result[i*nlimit + j], DF_BY_COLUMNS result[j*ny + i]
+ * Limits outside the partition: the polynomial of the end cell goes on. left > right
+ * gives minus the integral from right to left, left = right exactly 0. Sums over
+ * cells are carried with twice the working precision; where the intervals of a call
+ * span more cells than there are, they are taken from running sums, made once.
+ * method is 0. Statuses as for interpolation. */
+KEF_API int32_t kef_df_kernel_dDFIntegrate1D(const kef_df_task *task, int64_t method,
+                                             int64_t nlimit, const double *left,
+                                             int64_t left_hint, const double *right,
+                                             int64_t right_hint, double *result,
+                                             int64_t result_hint);
+KEF_API int32_t kef_df_kernel_sDFIntegrate1D(const kef_df_task *task, int64_t method,
+                                             int64_t nlimit, const float *left,
+                                             int64_t left_hint, const float *right,
+                                             int64_t right_hint, float *result,
+                                             int64_t result_hint);
+
 /* ---- cell search ---------------------------------------------------------- */
 
 /* Writes, for each of nsite sites, how many breakpoints do not exceed it, where a

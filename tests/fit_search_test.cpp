@@ -156,7 +156,8 @@ void all_shapes(std::initializer_list<int> sizes) {
                     for (T& v : other) v = 2 * v - 1;
                     expect_all_right("changed ends", task, other);
                     kef_df_kernel_iEditVal(task, DF_NX, 2);
-                    expect_all_right("fewer", task, std::vector<T>(other.begin(), other.begin() + 2));
+                    expect_all_right("fewer", task,
+                                     std::vector<T>(other.begin(), other.begin() + 2));
                 }
                 kef_df_kernel_DeleteTask(&task);
             }
