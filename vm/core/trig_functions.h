@@ -28,7 +28,7 @@ template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17,
 template <> struct TrigLast<double, EP> { static constexpr double near = 0x1p12, far = 0x1p17; };
 template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17, far = near; };
 template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = 0x1p17; };
-template <> struct TrigLast<float, EP> : TrigLast<float, LA> {};
+template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = 0x1p17; };
 
 // The formulas of a kernel: near(x) and, where there is one, far(x).
 template <class T, class Accuracy, TrigReach reach, Phase phase>

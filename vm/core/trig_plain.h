@@ -90,9 +90,11 @@ inline d2 sine_plain(d2 x) {
         constexpr double s15 = from_bits(UINT64_C(0xBD69EED38C9FAF1F));
         s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
     } else {
-        // relative error 2^-61.6
-        constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555555));
-        constexpr double s5 = from_bits(UINT64_C(0x3F811111111110C9));
+        // relative error 2^-61.6; for sine s3 and s5 are moved by some units: the sine of
+        // 0x46199998 is 2^-54 from a midpoint of floats
+        constexpr bool sine = phase == Phase::sine;
+        constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555555) + (sine ? 7 : 0));
+        constexpr double s5 = from_bits(UINT64_C(0x3F811111111110C9) - (sine ? 46 : 0));
         constexpr double s7 = from_bits(UINT64_C(0xBF2A01A01A014EB7));
         constexpr double s9 = from_bits(UINT64_C(0x3EC71DE3A52AAC68));
         constexpr double s11 = from_bits(UINT64_C(0xBE5AE6454D968E1A));
@@ -108,7 +110,7 @@ inline d2 sine_plain(d2 x) {
 inline Two<d2> sine_cosine_plain(d2 x) {
     constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
     // sine: relative error 2^-57.9; cosine: absolute 2^-54.1
-    constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555548));
+    constexpr double s3 = from_bits(UINT64_C(0xBFC555555555554E));
     constexpr double s5 = from_bits(UINT64_C(0x3F8111111110F760));
     constexpr double s7 = from_bits(UINT64_C(0xBF2A01A019BF2B7E));
     constexpr double s9 = from_bits(UINT64_C(0x3EC71DE355FA4E3D));
@@ -131,16 +133,14 @@ inline Two<d2> sine_cosine_plain(d2 x) {
     return {(d2)((l2)s ^ swap ^ sine_sign), (d2)((l2)c ^ swap ^ cosine_sign)};
 }
 
-// |x| < 252: k has 8 bits with the half, 7 without.
+// pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits.
 template <Phase phase, class Accuracy>
 inline f4 sine_plain(f4 x) {
     const auto turns = whole_turns<f4, phase>(x, from_bits(0x3EA2F983u));  // 1/pi
     const f4 k = turns.k;
     f4 s;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        // pi in 17 (16) bits and the rest
-        constexpr float P1 = phase == Phase::sine ? 0x1.921fp+1f : 0x1.921ep+1f;
-        constexpr float P2 = phase == Phase::sine ? 0x1.6a8886p-16f : 0x1.b54442p-15f;
+        constexpr float P1 = 0x1.921fp+1f, P2 = 0x1.6a8886p-16f;  // 17 bits and the rest
         const f4 r = (x - k * P1) - k * P2;
         // relative error 2^-12.8; 1 at pi/2, nowhere above
         constexpr float s1 = from_bits(0x3F7FF758u), s3 = from_bits(0xBE29D7F7u), s5 = from_bits(0x3BF794B2u);
@@ -195,14 +195,14 @@ inline d2 tangent_plain(d2 x) {
     return quotient_by_parity(p, q, (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3), turns.parity);
 }
 
-// |x| < 252: k has 8 bits.
+// pi/2 in parts. LA: |x| < 252, k has 8 bits; EP: |x| < 124, k has 7 bits.
 template <class Accuracy>
 inline f4 tangent_plain(f4 x) {
     const auto turns = whole_turns<f4, Phase::sine>(x, from_bits(0x3F22F983u));  // 2/pi
     const f4 k = turns.k;
     f4 p, q;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        constexpr float P1 = 0x1.921ep+0f, P2 = 0x1.b54442p-16f;  // pi/2 in 16 bits and the rest
+        constexpr float P1 = 0x1.921fp+0f, P2 = 0x1.6a8886p-17f;  // 17 bits and the rest
         const f4 r = (x - k * P1) - k * P2, y = r * r;
         // relative error 2^-17
         constexpr float p1 = from_bits(0xBD8C0848u), q1 = from_bits(0xBECD9D84u);
