@@ -75,7 +75,9 @@ const struct error_log *watched_errors(void);
 /* Memory or end of the program with a message. */
 void *allocate(size_t count, size_t size);
 
+/* Time, and time of this thread on a processor where the system can tell. */
 double seconds(void);
+double processor_seconds(void);
 int processors(void);
 
 /* n numbers from low..high, the same ones every time for one `stream`; floats or

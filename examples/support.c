@@ -17,10 +17,20 @@ void *allocate(size_t count, size_t size) {
     return block;
 }
 
-double seconds(void) {
+static double read_clock(clockid_t clock) {
     struct timespec t;
-    clock_gettime(CLOCK_MONOTONIC, &t);
+    clock_gettime(clock, &t);
     return (double)t.tv_sec + 1e-9 * (double)t.tv_nsec;
+}
+
+double seconds(void) { return read_clock(CLOCK_MONOTONIC); }
+
+double processor_seconds(void) {
+#if defined(_WIN32) /* its clock of a thread is too coarse */
+    return seconds();
+#else
+    return read_clock(CLOCK_THREAD_CPUTIME_ID);
+#endif
 }
 
 int processors(void) {

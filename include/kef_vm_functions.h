@@ -36,6 +36,8 @@ typedef void (*kef_vtm_s_linear_frac)(int32_t n, const float *a, const float *b,
 typedef void (*kef_vtm_d_linear_frac)(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
 typedef void (*kef_vtm_s_map1x2)(int32_t n, const float *a, float *y, float *z);
 typedef void (*kef_vtm_d_map1x2)(int32_t n, const double *a, double *y, double *z);
+typedef void (*kef_vtm_s_mapx)(int32_t n, const float *a, float b, float *r);
+typedef void (*kef_vtm_d_mapx)(int32_t n, const double *a, double b, double *r);
 typedef void (*kef_vtm_s_pack_i)(int64_t n, const float *a, int64_t inca, float *y, int32_t width);
 typedef void (*kef_vtm_d_pack_i)(int64_t n, const double *a, int64_t inca, double *y, int32_t width);
 typedef void (*kef_vtm_c_pack_i)(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y, int32_t width);
@@ -66,6 +68,34 @@ KEF_API void _vtmdAbs_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
+
+KEF_API void _vtmsAcos(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcos_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAcos_ctab[3];
+
+KEF_API void _vtmdAcos(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcos_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAcos_ctab[3];
+
+KEF_API void _vtmsAsin(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsin_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAsin_ctab[3];
+
+KEF_API void _vtmdAsin(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsin_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAsin_ctab[3];
 
 KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
@@ -150,6 +180,34 @@ KEF_API void _vtmdAtan2_50(int32_t n, const double *a, const double *b, double *
 KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
+
+KEF_API void _vtmsCbrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCbrt_ctab[3];
+
+KEF_API void _vtmdCbrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCbrt_ctab[3];
+
+KEF_API void _vtmsInvCbrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sInvCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sInvCbrt_ctab[3];
+
+KEF_API void _vtmdInvCbrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInvCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dInvCbrt_ctab[3];
 
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
@@ -417,6 +475,20 @@ KEF_API void _vtmdInv_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dInv_ctab[3];
 
+KEF_API void _vtmsInvSqrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sInvSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sInvSqrt_ctab[3];
+
+KEF_API void _vtmdInvSqrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInvSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dInvSqrt_ctab[3];
+
 KEF_API void _vtmsSqr(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqr_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqr_21(int32_t n, const float *a, float *r);
@@ -458,6 +530,62 @@ KEF_API void _vtmdModf_50(int32_t n, const double *a, double *y, double *z);
 KEF_API void _vtmdModf_26(int32_t n, const double *a, double *y, double *z);
 extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dModf_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dModf_ctab[3];
+
+KEF_API void _vtmsPow(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_HA(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_21(int32_t n, const float *a, const float *b, float *r);
+KEF_API void _vtmsPow_11(int32_t n, const float *a, const float *b, float *r);
+extern KEF_API kef_vtm_s_map2 kef_vtm_kernel_sPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow_ctab[3];
+
+KEF_API void _vtmdPow(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_HA(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_50(int32_t n, const double *a, const double *b, double *r);
+KEF_API void _vtmdPow_26(int32_t n, const double *a, const double *b, double *r);
+extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow_ctab[3];
+
+KEF_API void _vtmsPow2o3(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sPow2o3_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow2o3_ctab[3];
+
+KEF_API void _vtmdPow2o3(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dPow2o3_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow2o3_ctab[3];
+
+KEF_API void _vtmsPow3o2(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sPow3o2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow3o2_ctab[3];
+
+KEF_API void _vtmdPow3o2(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dPow3o2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow3o2_ctab[3];
+
+KEF_API void _vtmsPowx(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_HA(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_21(int32_t n, const float *a, float b, float *r);
+KEF_API void _vtmsPowx_11(int32_t n, const float *a, float b, float *r);
+extern KEF_API kef_vtm_s_mapx kef_vtm_kernel_sPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPowx_ctab[3];
+
+KEF_API void _vtmdPowx(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_HA(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_50(int32_t n, const double *a, double b, double *r);
+KEF_API void _vtmdPowx_26(int32_t n, const double *a, double b, double *r);
+extern KEF_API kef_vtm_d_mapx kef_vtm_kernel_dPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPowx_ctab[3];
 
 KEF_API void _vtmsSinCos(int32_t n, const float *a, float *y, float *z);
 KEF_API void _vtmsSinCos_HA(int32_t n, const float *a, float *y, float *z);

@@ -13,6 +13,7 @@ namespace kef::vm {
 using d2 = double __attribute__((vector_size(16)));
 using f4 = float __attribute__((vector_size(16)));
 using i4 = std::int32_t __attribute__((vector_size(16)));
+using u4 = std::uint32_t __attribute__((vector_size(16)));  // for sums that wrap
 using l2 = std::int64_t __attribute__((vector_size(16)));
 
 // The vector of an element type, and its lane count.
@@ -40,6 +41,8 @@ inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
 // The leading 32 bits (sign, exponent, top of the significand) of four elements.
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
 inline i4 heads(f4 x) { return (i4)x; }
+inline std::int32_t head(double x) { return static_cast<std::int32_t>(to_bits(x) >> 32); }
+inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x)); }
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
@@ -58,7 +61,7 @@ inline i4 greater(i4 x, i4 y) {
 // h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
 inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return greater(h + static_cast<std::int32_t>(bias - low),
+    return greater((i4)((u4)h + (bias - low)),
                    all(static_cast<std::int32_t>(high - low - 1 + bias)));
 }
 
@@ -82,6 +85,10 @@ inline l2 sign_mask(l2 x) {
 }
 inline i4 sign_mask(i4 x) { return x >> 31; }
 
+// x, or what is nearest to it in [-bound, bound].
+template <class V, class T>
+inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }
+
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
 inline f4 select(i4 mask, f4 x, f4 y) { return (f4)(((i4)x & mask) | ((i4)y & ~mask)); }
@@ -96,6 +103,8 @@ inline d2x2 widen(f4 x) {
 inline f4 narrow(d2 low, d2 high) {
     return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
 }
+
+inline f4 narrow(d2x2 x) { return narrow(x.low, x.high); }
 
 // Lanes where a double lies exactly half-way between two floats of the normal range.
 inline i4 midpoints(d2 low, d2 high) {

@@ -64,18 +64,19 @@ struct ExpReduced {
 
 // For |x| < 746 and shifts that keep m + shift an exponent of normal numbers. The
 // exponent's bias is part of the shifter: k + (1023 + shift) N lies in the low bits
-// of the sum, and what is above the exponent field falls off the top.
+// of the sum, and what is above the exponent field falls off the top. `low` is a small
+// correction of x, or nothing.
 template <class Accuracy, int shift = 0>
-inline ExpReduced exp_reduce(d2 x) {
+inline ExpReduced exp_reduce(d2 x, auto... low) {
     using C = ExpConstants<Accuracy>;
     constexpr int size = 1 << C::log2_size;
     constexpr double shifter = shifter52 + (1023 + shift) * size;
-    const d2 sum = x * C::inverse + shifter;
+    const d2 sum = (x + ... + low) * C::inverse + shifter;
     const d2 k = sum - shifter;
     d2 r;
     if constexpr (std::is_same_v<Accuracy, EP>) r = x - k * C::L;
     else r = (x - k * C::L1) - k * C::L2;
-    return {r, _mm_extract_epi16((__m128i)sum, 0) & (size - 1),
+    return {(r + ... + low), _mm_extract_epi16((__m128i)sum, 0) & (size - 1),
             _mm_extract_epi16((__m128i)sum, 4) & (size - 1),
             ((l2)sum << (52 - C::log2_size)) & INT64_C(0x7FF0000000000000)};
 }
@@ -113,22 +114,26 @@ inline d2 exp_scale(const ExpReduced& x) {
     return (d2)((l2)fractions | x.power);
 }
 
+// exp(x) of x reduced.
+template <class Accuracy>
+inline d2 exp_of(const ExpReduced& reduced) {
+    using C = ExpConstants<Accuracy>;
+    const d2 r = reduced.r;
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const auto e = exp_parts(reduced);
+        return (e.high + e.low) * e.power;
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        const d2 scale = exp_scale(reduced);
+        return scale + scale * (r + r * r * (C::c2 + r * (C::c3 + r * C::c4)));
+    } else {
+        return exp_scale(reduced) * (1.0 + (r + r * r * 0.5));
+    }
+}
+
 // exp(x) where it and its power of two are normal numbers.
 template <class Accuracy>
 inline d2 exp_core(d2 x) {
-    using C = ExpConstants<Accuracy>;
-    if constexpr (std::is_same_v<Accuracy, HA>) {
-        const auto e = exp_parts(x);
-        return (e.high + e.low) * e.power;
-    } else {
-        const ExpReduced reduced = exp_reduce<Accuracy>(x);
-        const d2 r = reduced.r;
-        const d2 scale = exp_scale(reduced);
-        if constexpr (std::is_same_v<Accuracy, LA>)
-            return scale + scale * (r + r * r * (C::c2 + r * (C::c3 + r * C::c4)));
-        else
-            return scale * (1.0 + (r + r * r * 0.5));
-    }
+    return exp_of<Accuracy>(exp_reduce<Accuracy>(x));
 }
 
 // exp(x) for -746 < x < -708, subnormal: in two scalings, 2^1022 exp(x) < 1 first.
@@ -139,11 +144,34 @@ inline double exp_subnormal(double x) {
 
 // exp(x)/2 for 0 < x < 711.
 inline double exp_half(double x) {
-    const auto e = exp_parts<-1>(all(x));
-    return ((e.high + e.low) * e.power)[0];
+    const auto e = exp_parts<-2>(all(x));
+    return ((e.high + e.low) * e.power)[0] * 2.0;
 }
 
 // exp(x) for 709 < x < ln 2^1024, where m may be 1024.
 inline double exp_large(double x) { return exp_half(x) * 2.0; }
+
+// exp(x) = 2^k p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
+// relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP); tools/exp.sollya.
+template <class Accuracy>
+inline f4 exp_single(f4 x) {
+    constexpr float shifter = 0x1.8p23f;
+    constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
+    const f4 sum = x * inverse + shifter;
+    const f4 k = sum - shifter;
+    f4 p;
+    if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
+        const f4 r = (x - k * L1) - k * L2;
+        constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
+                        c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
+        p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * c5))));
+    } else {
+        const f4 r = x - k * from_bits(0x3F317218u);  // ln2
+        constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
+        p = 1.0f + r * (1.0f + r * (c2 + r * c3));
+    }
+    return (f4)((i4)p + ((i4)sum << 23));
+}
 
 }  // namespace kef::vm

@@ -88,7 +88,7 @@ inline f4 sinh_single(f4 x) {
 }
 template <class Accuracy>
 inline f4 cosh_single(f4 x) {
-    const f4 e = 1.0f + expm1_single<Accuracy>(x);
+    const f4 e = exp_single<Accuracy>(x);
     return 0.5f * (e + 1.0f / e);
 }
 template <class Accuracy>

@@ -82,9 +82,9 @@ inline d2 log_tail(d2 r) {
     }
 }
 
-// z/c - 1 = high + low: the leading 32 bits of z times 24 bits are exact.
+// z/c - 1 = high + low exactly: the leading 29 bits of z and the rest times 24 bits.
 inline DoubleDouble<d2> log_argument(d2 z, d2 inverse) {
-    const d2 z_high = (d2)((l2)z & INT64_C(-0x100000000));
+    const d2 z_high = (d2)((l2)z & INT64_C(-0x1000000));
     return {z_high * inverse - 1.0, (z - z_high) * inverse};
 }
 

@@ -2,9 +2,9 @@
 //
 //   x NaN                       NaN
 //   x = +-0                     x
-//   |x| subnormal               x, underflow
-//   |x| < 2^-500                x
 //   |x| >= 2^900, infinite      +-pi/2
+//
+// No error conditions.
 //
 // Single HA is the double formula of LA, rounded once; LA and EP compute in single
 // precision.
@@ -16,28 +16,15 @@
 
 namespace kef::vm {
 
-namespace {
-
-template <class T> struct AtanRange;
-template <> struct AtanRange<double> {
-    static constexpr std::int32_t tiny = 0x20B00000, huge = 0x78300000;  // 2^-500, 2^900
-};
-template <> struct AtanRange<float> {
-    static constexpr std::int32_t tiny = 0x2B800000, huge = 0x7E800000;  // 2^-40, 2^126
-};
-
-}  // namespace
-
 template <class T, class Accuracy>
 struct Atan {
     using V = Vector<T>;
-    using Range = AtanRange<T>;
     KEF_REPORT_NAME(Atan);
 
-    // Between 0 (its head alone) and tiny, or beyond huge.
+    // |x| >= 2^900; in single precision 2^126.
     static i4 outside(i4 h) {
-        const i4 m = magnitude(h);
-        return ((m - Range::tiny) & (0 - m)) | (Range::huge - 1 - m);
+        constexpr std::int32_t huge = std::is_same_v<T, double> ? 0x78300000 : 0x7E800000;
+        return huge - 1 - magnitude(h);
     }
 
     static V fast(V x) {
@@ -51,10 +38,7 @@ struct Atan {
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        const T y = x < 0 ? -x : x;
-        if (y >= 1) return r = static_cast<T>(x < 0 ? -half_pi : half_pi), VTM_STATUS_OK;
-        r = x;
-        return y != 0 && y < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+        return r = static_cast<T>(x < 0 ? -half_pi : half_pi), VTM_STATUS_OK;
     }
 };
 

@@ -32,8 +32,8 @@ template <> struct Atan2Range<float> {
     static constexpr std::int32_t first = 0x35800000, last = 0x49800000;  // 2^-20, 2^20
 };
 
-// pi as nearest double and the rest.
-constexpr double pi = 2 * half_pi, pi_low = 2 * half_pi_low;
+constexpr double pi = 2 * half_pi;
+constexpr double pi_low = 2 * half_pi_low;
 
 // atan(y/x) for x, y > 0, as an unevaluated sum: t = (y - c x) / (x + c y) with its
 // remainder; y - c x to one rounding, since c has 7 bits.

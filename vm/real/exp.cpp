@@ -34,29 +34,6 @@ template <> struct ExpBounds<float> {
     static constexpr float infinite_above = from_bits(0x42B17218u);   // ln 2^128
 };
 
-// exp(x) = 2^k p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
-// relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP); tools/exp.sollya.
-template <class Accuracy>
-f4 exp_single(f4 x) {
-    constexpr float shifter = 0x1.8p23f;
-    constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
-    const f4 sum = x * inverse + shifter;
-    const f4 k = sum - shifter;
-    f4 p;
-    if constexpr (std::is_same_v<Accuracy, LA>) {
-        constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
-        const f4 r = (x - k * L1) - k * L2;
-        constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
-                        c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
-        p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * c5))));
-    } else {
-        const f4 r = x - k * from_bits(0x3F317218u);  // ln2
-        constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
-        p = 1.0f + r * (1.0f + r * (c2 + r * c3));
-    }
-    return (f4)((i4)p + ((i4)sum << 23));
-}
-
 }  // namespace
 
 template <class T, class Accuracy>

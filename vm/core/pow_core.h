@@ -1,0 +1,206 @@
+// x^y = e^(y ln x), in extended precision:
+//
+//   HA   ln x = high + low to 2^-68, y high exact by halves, so that y ln x has an
+//        absolute error of 2^-58 up to 745
+//   LA   the logarithm of log_core.h in two parts, 2^-60
+//   EP   ln x to 2^-36 and y ln x in one part
+//
+// and the special cases of C99 Annex F for any x and y.
+#pragma once
+
+#include "vm/core/exp_core.h"
+#include "vm/core/log_single.h"
+#include "vm/core/rounding.h"
+#include "vm/double_double.h"
+#include "vm/format.h"
+
+namespace kef::vm {
+
+// y in halves, as every power needs it.
+template <class Accuracy>
+inline DoubleDouble<d2> exponent_halves(d2 y) {
+    if constexpr (std::is_same_v<Accuracy, EP>) return {y, y};
+    const d2 high = leading(y);
+    return {high, y - high};
+}
+
+// ln x = high + low, |low| < 2^-16 |high|, relative error below 2^-67: the square of
+// r = z/c - 1 is taken exactly. Polynomial: 2^-73.4.
+inline DoubleDouble<d2> log_extended(d2 x, double shift = 0) {
+    using namespace log_constants;
+    LogReduced reduced = log_reduce(x);
+    const d2 k = reduced.k + shift;
+    const DoubleDouble<d2> u = log_argument(reduced.z, log_field(reduced, &LogEntry::inverse));
+    const DoubleDouble<d2> r = fast_two_sum(u.high, u.low);
+    const d2 w = k * ln2_high + log_field(reduced, &LogEntry::high);  // exact
+    const DoubleDouble<d2> first = fast_two_sum(w, r.high);
+    // -r^2/2 = -r_high^2/2 - tail (r_high + r)/2
+    const d2 r_high = leading(r.high), half = r_high * -0.5;
+    const DoubleDouble<d2> high = fast_two_sum(first.high, r_high * half);
+    const d2 square_rest = ((r.high - r_high) * (r_high + r.high)) * -0.5 - r.high * r.low;
+    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555557));
+    constexpr double c4 = from_bits(UINT64_C(0xBFD0000000000002));
+    constexpr double c5 = from_bits(UINT64_C(0x3FC999999987AC93));
+    constexpr double c6 = from_bits(UINT64_C(0xBFC555555542605F));
+    constexpr double c7 = from_bits(UINT64_C(0x3FC249414CD28D96));
+    constexpr double c8 = from_bits(UINT64_C(0xBFC0001BB8A85021));
+    const d2 t = r.high, t2 = t * t;
+    const d2 cubic = (t * t2) * ((c3 + t * c4) + t2 * ((c5 + t * c6) + t2 * (c7 + t * c8)));
+    const d2 small = (log_field(reduced, &LogEntry::low) + k * ln2_low) + r.low;
+    return {high.high, cubic + (square_rest + (small + (first.low + high.low)))};
+}
+
+// y ln x = high + low, |low| < 2^-7; for positive normal x.
+template <class Accuracy>
+inline DoubleDouble<d2> pow_exponent(d2 x, d2 y, DoubleDouble<d2> y_halves, double shift = 0) {
+    const DoubleDouble<d2> log = [&] {
+        if constexpr (std::is_same_v<Accuracy, HA>) return log_extended(x, shift);
+        return log_parts(x, shift);
+    }();
+    const d2 high = leading(log.high), low = (log.high - high) + log.low;
+    return {y_halves.high * high, y_halves.low * high + y * low};
+}
+
+// x^y for the fast path, and y ln x for its gate.
+template <class Accuracy>
+inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y_halves) {
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        const LogReduced reduced = log_reduce(x);
+        constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFE37EE));
+        constexpr double c3 = from_bits(UINT64_C(0x3FD5555FFAD18845));
+        constexpr double c4 = from_bits(UINT64_C(0xBFD0000B61A5B9C6));
+        const d2 r = reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0;
+        const d2 log = (reduced.k * log_constants::ln2 + log_field(reduced, &LogEntry::rounded)) +
+                       (r + r * r * (c2 + r * (c3 + r * c4)));
+        const d2 e = y * log;
+        return {exp_core<EP>(within(e, 708.0)), e};
+    } else {
+        const DoubleDouble<d2> e = pow_exponent<Accuracy>(x, y, y_halves);
+        // The scale of LA is a signalling NaN beyond its range.
+        const d2 high = std::is_same_v<Accuracy, LA> ? within(e.high, 708.0) : e.high;
+        return {exp_of<Accuracy>(exp_reduce<Accuracy>(high, e.low)), e.high};
+    }
+}
+
+// x^y of one element, x > 0 finite, not 1, and y finite; whether the exact power lies
+// below 2^-1022.
+struct Power {
+    double value;
+    bool subnormal;
+};
+inline Power pow_positive(double x, double y) {
+    // |ln x| >= 2^-53: beyond |y| = 2^64 there is no finite result, below 2^-64 it is 1.
+    constexpr Power infinite = {Format<double>::infinity, false}, zero = {0.0, true};
+    const double magnitude = y < 0 ? -y : y;
+    if (magnitude < 0x1p-64) return {1.0, false};
+    if (magnitude >= 0x1p64) return (x > 1) == (y > 0) ? infinite : zero;
+    const bool scale = x < Format<double>::smallest_normal;
+    const DoubleDouble<d2> e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y),
+                                                exponent_halves<HA>(all(y)), scale ? -54 : 0);
+    if (e.high[0] > 710.0) return infinite;
+    if (e.high[0] < -746.0) return zero;
+    if (e.high[0] > -700.0) {
+        const auto p = exp_parts(exp_reduce<HA, -1>(e.high, e.low));
+        return {((p.high + p.low) * p.power)[0] * 2.0, false};
+    }
+    const auto p = exp_parts(exp_reduce<HA, 1022>(e.high, e.low));
+    const double scaled = ((p.high + p.low) * p.power)[0];
+    if (scaled >= 1.0) return {scaled * 0x1p-1022, false};
+    return {round_to_subnormal((p.high * p.power)[0], (p.low * p.power)[0]), true};
+}
+
+// x^y of one element, any x and y.
+template <class T>
+inline int pow_edge(T x, T y, T& r) {
+    if (y == 0 || x == 1) return r = 1, VTM_STATUS_OK;
+    if (is_nan(x) || is_nan(y)) return r = x + y, VTM_STATUS_OK;
+    const double a = x < 0 ? -double(x) : double(x);
+    if (is_infinite(y)) {
+        if (a == 1) r = 1;
+        else r = (a > 1) == (y > 0) ? Format<T>::infinity : 0;
+        return VTM_STATUS_OK;
+    }
+    const double whole = nearest<double>(all(double(y)))[0];
+    const bool integer = whole == y;
+    const double half = whole * 0.5;  // exact where whole is odd
+    const bool negative = to_bits(double(x)) >> 63 && integer && nearest<double>(all(half))[0] != half;
+    const T sign = negative ? -1 : 1;
+    if (x == 0) {
+        r = y < 0 ? sign * Format<T>::infinity : sign * T(0);
+        return y < 0 ? VTM_STATUS_SING : VTM_STATUS_OK;
+    }
+    if (is_infinite(x)) return r = y < 0 ? sign * T(0) : sign * Format<T>::infinity, VTM_STATUS_OK;
+    if (x < 0 && !integer) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+    if (a == 1) return r = sign, VTM_STATUS_OK;
+    const Power power = pow_positive(a, y);
+    r = sign * static_cast<T>(power.value);
+    if (is_infinite(r)) return VTM_STATUS_OVERFLOW;
+    return power.subnormal || power.value < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW
+                                                                       : VTM_STATUS_OK;
+}
+
+// Single precision in double: the exponential gives the right overflow and underflow
+// of all results that pass through it, and refuse() finds these.
+inline d2 pow_of_float(const LogReduced& x, d2 y) {
+    constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFCA436));
+    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555512415));
+    constexpr double c4 = from_bits(UINT64_C(0xBFD0000D62906F9F));
+    constexpr double c5 = from_bits(UINT64_C(0x3FC999B3A40E4F00));
+    const d2 r = x.z * log_field(x, &LogEntry::inverse) - 1.0, r2 = r * r;
+    const d2 log = (x.k * log_constants::ln2 + log_field(x, &LogEntry::rounded)) +
+                   (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
+    const d2 e = within(y * log, 200.0);
+    // Relative error 2^-41.2.
+    constexpr double b2 = from_bits(UINT64_C(0x3FE0000087E9F9B9));
+    constexpr double b3 = from_bits(UINT64_C(0x3FC5555567D63763));
+    const ExpReduced reduced = exp_reduce<EP>(e);
+    const d2 s = reduced.r, scale = exp_scale(reduced);
+    return scale + scale * (s + s * s * (b2 + s * b3));
+}
+inline f4 pow_in_double(f4 x, f4 y) {
+    const LogSingleReduced s = log_single_reduce(x);
+    const LogInDouble x4 = log_in_double(widen(s.z), s.exponent, s.interval);
+    const d2x2 y4 = widen(y);
+    return narrow(pow_of_float(x4.low, y4.low), pow_of_float(x4.high, y4.high));
+}
+
+// Single EP: the logarithm has 2^-20, the product at most 2^6.5 and 2^-13; and
+// y ln x for the gate.
+inline Two<f4> pow_single(f4 x, f4 y) {
+    const f4 e = y * log_single<LA>(x);
+    return {exp_single<EP>(within(e, 87.0f)), e};
+}
+
+// What Pow and Powx have in common: all but the frame.
+template <class T> struct PowRange;
+template <> struct PowRange<double> {
+    static constexpr std::uint32_t y_small = 0x3BF00000, y_large = 0x43F00000;  // 2^-64, 2^64
+    static constexpr std::int32_t large_exponent = 0x40861800;                  // |y ln x| < 707
+};
+template <> struct PowRange<float> {
+    static constexpr std::uint32_t y_small = 0x2B800000, y_large = 0x5F800000;  // 2^-40, 2^64
+    static constexpr std::int32_t large_exponent = 0x42AE0000;                  // 87
+};
+
+template <class T, class Accuracy>
+struct PowFormula {
+    using V = Vector<T>;
+    using Range = PowRange<T>;
+    static constexpr bool in_double = std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>;
+
+    static i4 x_outside(i4 x) {
+        return not_between(x, Format<T>::normal_head, Format<T>::infinity_head);
+    }
+    static i4 y_outside(i4 y) { return not_between(magnitude(y), Range::y_small, Range::y_large); }
+
+    static auto fast(V x, V y) {
+        if constexpr (in_double) return pow_in_double(x, y);
+        else if constexpr (std::is_same_v<T, float>) return pow_single(x, y);
+        else return pow_core<Accuracy>(x, y, exponent_halves<Accuracy>(y));
+    }
+
+    static i4 refuse(i4 r) { return not_between(r, Format<T>::normal_head, Format<T>::infinity_head); }
+    static i4 refuse(i4, i4 exponent) { return magnitude(exponent) >= Range::large_exponent; }
+};
+
+}  // namespace kef::vm

@@ -1,0 +1,55 @@
+// Acos: r = acos x.
+//
+//   x NaN                       NaN
+//   x = 1, -1                   +0, pi
+//   |x| > 1                     invalid NaN, domain error
+//
+// As Asin: acos x = pi/2 - asin x; 2 asin u for x > 1/2 and pi - 2 asin u for x < -1/2.
+#include "vm/core/asin_core.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Acos {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Acos);
+
+    static i4 outside(i4 h) { return magnitude(h) >= Format<T>::one_head; }
+
+    static V fast(V x) {
+        if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>) {
+            return in_double(x, Acos<double, LA>::fast);
+        } else {
+            const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
+            const auto sign = sign_bit(x);
+            // x > 1/2: +2; x < -1/2: -2; else -1 with the sign of x.
+            const V size = where(part.halved, all(T(3))) - all(T(1));
+            const V factor = (V)((decltype(sign))size ^ sign);
+            // pi/2, or where halved pi/2 - pi/2 and pi/2 + pi/2: exact.
+            const auto base = [&](double pi) {
+                const V quarter_turn = all(T(pi / 2));
+                return quarter_turn - where(part.halved, (V)((decltype(sign))quarter_turn | sign));
+            };
+            return added_angle<Accuracy>(base(pi_high), base(pi_low), factor * part.high,
+                                         factor * part.low);
+        }
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 1) return r = 0, VTM_STATUS_OK;
+        if (x == -1) return r = T(pi_high), VTM_STATUS_OK;
+        return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+    }
+};
+
+KEF_MAP1(s, Acos, LA)
+KEF_MAP1(s, Acos, HA)
+KEF_MAP1(s, Acos, EP)
+KEF_MAP1(d, Acos, LA)
+KEF_MAP1(d, Acos, HA)
+
+}  // namespace kef::vm

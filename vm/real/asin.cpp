@@ -1,0 +1,49 @@
+// Asin: r = asin x.
+//
+//   x NaN                       NaN
+//   x = +-1                     +-pi/2
+//   |x| > 1                     invalid NaN, domain error
+//
+// Double HA: the arc sine in two parts, 0.52 ulp. Single HA is the double formula of
+// LA, rounded once; LA and EP compute in single precision.
+#include "vm/core/asin_core.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Asin {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Asin);
+
+    static i4 outside(i4 h) { return magnitude(h) >= Format<T>::one_head; }
+
+    static V fast(V x) {
+        if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>) {
+            return in_double(x, Asin<double, LA>::fast);
+        } else {
+            const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
+            // pi/2 - 2 asin u, or asin u.
+            const V factor = all(T(1)) - where(part.halved, all(T(3)));
+            const auto half_pi = [&](double pi) { return where(part.halved, all(T(pi / 2))); };
+            return with_sign(added_angle<Accuracy>(half_pi(pi_high), half_pi(pi_low),
+                                                   factor * part.high, factor * part.low), x);
+        }
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 1 || x == -1) return r = x * T(pi_high / 2), VTM_STATUS_OK;
+        return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+    }
+};
+
+KEF_MAP1(s, Asin, LA)
+KEF_MAP1(s, Asin, HA)
+KEF_MAP1(s, Asin, EP)
+KEF_MAP1(d, Asin, LA)
+KEF_MAP1(d, Asin, HA)
+
+}  // namespace kef::vm
