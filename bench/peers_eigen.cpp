@@ -21,7 +21,7 @@ struct EigenArrays {
     AddPeers<T> rows = {
         ARRAY(Exp, 1.5, 1.5, false, x.exp())
         ARRAY(Ln, 1.5, 1.5, false, x.log())
-        ARRAY(Sqrt, .5, .5, true, x.sqrt())
+        ARRAY(Sqrt, .5, .5, !single, x.sqrt())
         ARRAY(InvSqrt, 1.5, 1.5, true, x.sqrt().inverse())
         ARRAY(InvSqrt, 3.5, 3.5, false, x.rsqrt())
         ARRAY(Pow3o2, 1.3, 1.3, true, x * x.sqrt())
@@ -43,9 +43,9 @@ const EigenArrays<float> s_rows;
 constexpr bool single = true;
 using T = float;
 const AddPeers<float> more_s_rows = {
-    ARRAY(Sin, 2, 2, false, x.sin())
-    ARRAY(Cos, 2, 2, false, x.cos())
-    ARRAY(Tanh, 5.1, 5.1, true, x.tanh())
+    ARRAY(Sin, 2, 2, true, x.sin())
+    ARRAY(Cos, 2.1, 2.1, true, x.cos())
+    ARRAY(Tanh, 5.2, 5.2, true, x.tanh())
     ARRAY(Erf, 6.3, 6.3, true, x.erf())
 };
 
