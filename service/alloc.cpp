@@ -1,5 +1,5 @@
-// The block is carved from a larger one of the C library; the word before its
-// start keeps the address to free.
+// The block is carved from a larger one of the C library; the words before its
+// start keep the address to free and the size.
 #include "service/alloc.h"
 
 #include <cstdint>
@@ -12,16 +12,19 @@ constexpr std::size_t alignment = 128;
 }
 
 void* allocate_aligned(std::size_t size) {
-    constexpr std::size_t slack = alignment + sizeof(void*);
+    constexpr std::size_t slack = alignment + 2 * sizeof(void*);
     if (size > SIZE_MAX - slack) return nullptr;
     void* raw = std::malloc(size + slack);
     if (raw == nullptr) return nullptr;
-    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + sizeof(void*);
+    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + 2 * sizeof(void*);
     const std::uintptr_t start = (first + alignment - 1) & ~(alignment - 1);
     void** block = reinterpret_cast<void**>(start);
     block[-1] = raw;
+    reinterpret_cast<std::size_t*>(block)[-2] = size;
     return block;
 }
+
+std::size_t block_size(const void* block) { return static_cast<const std::size_t*>(block)[-2]; }
 
 void free_aligned(void* block) {
     if (block != nullptr) std::free(static_cast<void**>(block)[-1]);

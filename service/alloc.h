@@ -9,6 +9,9 @@ namespace kef {
 // when there is no memory. The contents are not initialised.
 void* allocate_aligned(std::size_t size);
 
+// The size that a block was asked for.
+std::size_t block_size(const void* block);
+
 // Gives back a block of allocate_aligned; null is allowed.
 void free_aligned(void* block);
 

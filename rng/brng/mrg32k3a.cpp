@@ -1,0 +1,153 @@
+// MRG32k3a: P. L'Ecuyer, Good parameters and implementations for combined multiple recursive
+// random number generators, Oper. Res. 47 (1999) 159-164.
+//   x1[n] = (1403580 x1[n-2] - 810728 x1[n-3]) mod m1,   m1 = 2^32 - 209
+//   x2[n] = (527612 x2[n-1] - 1370589 x2[n-3]) mod m2,   m2 = 2^32 - 22853
+//   z = (x1 - x2) mod m1 in [0, m1).
+// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k of a pass is row 0 of
+// A^k times the state, so that they do not wait for each other.
+#include <array>
+
+#include "rng/brng_frame.h"
+
+namespace kef::rng {
+
+namespace {
+
+constexpr std::uint32_t m[2] = {4294967087, 4294944443};
+constexpr std::uint32_t complement[2] = {209, 22853};  // 2^32 - m
+constexpr std::uint32_t row[2][3] = {{0, 1403580, m[0] - 810728},
+                                            {527612, 0, m[1] - 1370589}};
+constexpr double unit = 0x1.000000d10000bp-32;  // 0x3DF000000D10000B
+constexpr std::int32_t pass = 16;
+
+// coefficient[c][i][k]: what x[c][i] counts in number k of a pass; each word stands in the
+// low half of 64 bits.
+struct Coefficients {
+    alignas(16) std::uint64_t of[2][3][pass];
+};
+constexpr Coefficients make_coefficients() {
+    Coefficients table{};
+    for (int c = 0; c < 2; ++c) {
+        // The state as combinations of itself, newest first.
+        std::uint64_t x[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+        for (int k = 0; k < pass; ++k)
+            for (int i = 0; i < 3; ++i) {
+                const std::uint64_t next = (row[c][0] * x[0][i] % m[c] + row[c][1] * x[1][i] % m[c] +
+                                            row[c][2] * x[2][i] % m[c]) % m[c];
+                x[2][i] = x[1][i];
+                x[1][i] = x[0][i];
+                x[0][i] = next;
+                table.of[c][i][k] = next;
+            }
+    }
+    return table;
+}
+constexpr Coefficients coefficients = make_coefficients();
+
+struct Mrg32k3a {
+    struct State {
+        std::uint32_t x[2][3];  // newest value first, as the companion matrix takes them
+    };
+    using Word = std::uint32_t;
+
+    static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* key, std::int32_t) {
+        for (int c = 0; c < 2; ++c) {
+            for (int i = 0; i < 3; ++i) {
+                const std::uint32_t word = 3 * c + i < n ? key[3 * c + i] : 1;
+                s.x[c][i] = word >= m[c] ? word - m[c] : word;
+            }
+            if ((s.x[c][0] | s.x[c][1] | s.x[c][2]) == 0) s.x[c][0] = 1;
+        }
+        return VTS_STATUS_OK;
+    }
+
+    static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
+        for (int c = 0; c < 2; ++c)
+            __vtsiVect3PowMod(s.x[c], row[c], m[c], static_cast<std::uint32_t>(k),
+                              static_cast<std::uint32_t>(k >> 32));
+        return VTS_STATUS_OK;
+    }
+
+    // Congruent to p and below 2^32 (complement + 1): high half times 2^32 - m, plus low half.
+    static __m128i fold(__m128i p, __m128i complement) {
+        return _mm_add_epi64(_mm_mul_epu32(_mm_srli_epi64(p, 32), complement),
+                             _mm_and_si128(p, _mm_set_epi32(0, -1, 0, -1)));
+    }
+    // t mod m for t < 2 m: all-ones where t - m is negative.
+    static __m128i reduce_once(__m128i t, __m128i m) {
+        const __m128i u = _mm_sub_epi64(t, m);
+        const __m128i negative = _mm_shuffle_epi32(_mm_srai_epi32(u, 31), _MM_SHUFFLE(3, 3, 1, 1));
+        return _mm_add_epi64(u, _mm_and_si128(negative, m));
+    }
+
+    // Numbers k and k + 1 of component c of a pass from the state.
+    static __m128i component(const __m128i* x, int c, std::int32_t k) {
+        const __m128i d = _mm_set_epi32(0, complement[c], 0, complement[c]);
+        __m128i sum = _mm_setzero_si128();
+        for (int i = 0; i < 3; ++i) {
+            const __m128i a =
+                _mm_load_si128(reinterpret_cast<const __m128i*>(coefficients.of[c][i] + k));
+            sum = _mm_add_epi64(sum, fold(_mm_mul_epu32(a, x[i]), d));
+        }
+        // The sum is below 3 * 2^32 (d + 1) < 2^49; folded again it is below 2^32 + 2^31 < 2 m.
+        const auto modulus = static_cast<int>(m[c]);
+        return reduce_once(fold(sum, d), _mm_set_epi32(0, modulus, 0, modulus));
+    }
+
+    static std::int32_t words(State& s, Word* r, std::int32_t n, std::int32_t) {
+        const __m128i low = _mm_set_epi32(0, -1, 0, -1);
+        while (n > 0) {
+            __m128i x[2][3];
+            for (int c = 0; c < 2; ++c)
+                for (int i = 0; i < 3; ++i) x[c][i] = _mm_set1_epi32(static_cast<int>(s.x[c][i]));
+            // The old state stands before the numbers of the pass.
+            alignas(16) std::uint64_t sequence[2][4 + pass];
+            alignas(16) std::uint64_t z[pass];
+            for (std::int32_t k = 0; k < pass; k += 2) {
+                __m128i y[2];
+                for (int c = 0; c < 2; ++c) {
+                    y[c] = component(x[c], c, k);
+                    _mm_store_si128(reinterpret_cast<__m128i*>(sequence[c] + 4 + k), y[c]);
+                }
+                const auto m1 = static_cast<int>(m[0]);
+                const __m128i d = _mm_sub_epi64(y[0], y[1]);
+                const __m128i negative =
+                    _mm_shuffle_epi32(_mm_srai_epi32(d, 31), _MM_SHUFFLE(3, 3, 1, 1));
+                _mm_store_si128(
+                    reinterpret_cast<__m128i*>(z + k),
+                    _mm_and_si128(low, _mm_add_epi64(d, _mm_and_si128(
+                                                            negative, _mm_set_epi32(0, m1, 0, m1)))));
+            }
+            const std::int32_t taken = std::min(n, pass);
+            for (std::int32_t k = 0; k < taken; ++k) r[k] = static_cast<Word>(z[k]);
+            for (int c = 0; c < 2; ++c) {
+                for (int i = 0; i < 3; ++i) sequence[c][3 - i] = s.x[c][i];
+                for (int i = 0; i < 3; ++i)
+                    s.x[c][i] = static_cast<std::uint32_t>(sequence[c][3 + taken - i]);
+            }
+            r += taken;
+            n -= taken;
+        }
+        return VTS_STATUS_OK;
+    }
+
+    template <class Real>
+    class Map : public DoubleScale<unit> {
+    public:
+        Map(std::int32_t, double a, double b) : DoubleScale(a, b) {}
+    };
+
+    static bool valid(const State& s, std::int32_t) {
+        for (int c = 0; c < 2; ++c)
+            if (std::max({s.x[c][0], s.x[c][1], s.x[c][2]}) >= m[c] ||
+                (s.x[c][0] | s.x[c][1] | s.x[c][2]) == 0)
+                return false;
+        return true;
+    }
+};
+
+}  // namespace
+
+}  // namespace kef::rng
+
+KEF_GENERATOR(MRG32K3A, kef::rng::Mrg32k3a)

@@ -1,0 +1,60 @@
+// TRNG: the processor's RDRAND instruction. No seed, no jump. Map: 32 bits of a word in a double,
+// the top 24 in a float.
+#include "rng/brng/trng.h"
+
+#include "rng/brng_frame.h"
+#include "service/cpu.h"
+
+namespace kef::rng {
+
+namespace {
+
+// Ten tries (Intel, Digital random number generator software implementation guide, section 5.2.1).
+bool hardware_word(std::uint32_t& word) {
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        unsigned char good = 0;
+        asm volatile("rdrand %0\n\tsetc %1" : "=r"(word), "=qm"(good) : : "cc");
+        if (good != 0) return true;
+    }
+    return false;
+}
+
+struct Trng {
+    struct State {
+        std::uint32_t spare[2];
+    };
+    using Word = std::uint32_t;
+
+    static std::int32_t seed(State& s, std::int32_t, const std::uint32_t*, std::int32_t) {
+        s = {};
+        return rdrand_works() ? VTS_STATUS_OK : VTS_STATUS_NO_RDRAND;
+    }
+
+    static std::int32_t words(State&, Word* r, std::int32_t n, std::int32_t) {
+        for (std::int32_t i = 0; i < n; ++i)
+            if (!hardware_word(r[i])) return VTS_STATUS_RDRAND_FAILED;
+        return VTS_STATUS_OK;
+    }
+
+    template <class Real>
+    using Map = FullWordMap<Real>;
+
+    static bool valid(const State&, std::int32_t) { return true; }
+};
+
+}  // namespace
+
+// Some processors report success and give all ones for ever.
+bool rdrand_works() {
+    if (!cpu_features().rdrand) return false;
+    for (int i = 0; i < 4; ++i) {
+        std::uint32_t word;
+        if (!hardware_word(word)) return false;
+        if (word != 0xFFFFFFFF) return true;
+    }
+    return false;
+}
+
+}  // namespace kef::rng
+
+KEF_GENERATOR(TRNG, kef::rng::Trng)

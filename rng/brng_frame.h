@@ -1,0 +1,191 @@
+// What all basic generators share. A generator G states
+//   struct State                               what follows the stream's header
+//   using Word                                 its raw word
+//   seed(State&, n, words, sub)                status; n >= 0
+//   words(State&, r, n, sub)                   status; n > 0 raw words, the state advances
+//   template <class Real> class Map            Map(sub, a, b), then map(words, n, r)
+// and, where the mathematics allows it,
+//   leapfrog(stream, State&, k, count), skip(stream, State&, k)   status
+// KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include <emmintrin.h>
+
+#include "rng/registry.h"
+
+namespace kef::rng {
+
+inline std::int32_t sub_generator(const kef_stream* stream) {
+    return resolve(stream->header.brng).sub;
+}
+
+template <class G>
+std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
+                        const std::uint32_t* parameters) {
+    auto& state = state_of<typename G::State>(stream);
+    switch (method) {
+        case VTS_INIT_SEED:
+            return G::seed(state, std::max(n, 0), parameters, sub_generator(stream));
+        case VTS_INIT_LEAPFROG:
+            if constexpr (requires { G::leapfrog(stream, state, 0u, 0); })
+                return G::leapfrog(stream, state, parameters[0], n);
+            else
+                return VTS_STATUS_NO_LEAPFROG;
+        case VTS_INIT_SKIPAHEAD:
+            if constexpr (requires { G::skip(stream, state, std::uint64_t{}); })
+                return G::skip(stream, state,
+                               parameters[0] | static_cast<std::uint64_t>(parameters[1]) << 32);
+            else
+                return VTS_STATUS_NO_SKIPAHEAD;
+        default:
+            return VTS_STATUS_BAD_METHOD;
+    }
+}
+
+template <class G>
+std::int32_t generate_bits(kef_stream* stream, std::int32_t n, void* r) {
+    if (n <= 0) return VTS_STATUS_OK;
+    return G::words(state_of<typename G::State>(stream), static_cast<typename G::Word*>(r), n,
+                    sub_generator(stream));
+}
+
+// Blocks of raw words on the stack, mapped onto [a, b).
+template <class G, class Real>
+std::int32_t generate_uniform(kef_stream* stream, std::int32_t n, Real* r, Real a, Real b) {
+    constexpr std::int32_t block = 4096 / sizeof(typename G::Word);
+    alignas(16) typename G::Word words[block];
+    auto& state = state_of<typename G::State>(stream);
+    const std::int32_t sub = sub_generator(stream);
+    const typename G::template Map<Real> map(sub, a, b);
+    while (n > 0) {
+        const std::int32_t m = std::min(n, block);
+        const std::int32_t status = G::words(state, words, m, sub);
+        if (status < 0) return status;
+        map(words, m, r);
+        r += m;
+        n -= m;
+    }
+    return VTS_STATUS_OK;
+}
+
+// Words out of a block of n: `refill` makes the next block in place when the position reaches its
+// end, `emit(x, count, r)` gives them out.
+template <std::int32_t n, class Refill, class Emit>
+void draw_from_block(std::uint32_t (&x)[n], std::int32_t& position, std::uint32_t* r,
+                     std::int32_t count, Refill refill, Emit emit) {
+    while (count > 0) {
+        if (position == n) {
+            refill();
+            position = 0;
+        }
+        const std::int32_t taken = std::min(count, n - position);
+        emit(x + position, taken, r);
+        position += taken;
+        r += taken;
+        count -= taken;
+    }
+}
+
+// --- maps of 32-bit words ------------------------------------------------------------------
+
+// Two words as exact doubles: as low half of a double with the exponent of 2^52, less 2^52.
+inline __m128d low_as_doubles(__m128i words) {
+    const __m128i exponent = _mm_set1_epi32(0x43300000);
+    return _mm_sub_pd(_mm_castsi128_pd(_mm_unpacklo_epi32(words, exponent)), _mm_set1_pd(0x1p52));
+}
+inline __m128d high_as_doubles(__m128i words) {
+    const __m128i exponent = _mm_set1_epi32(0x43300000);
+    return _mm_sub_pd(_mm_castsi128_pd(_mm_unpackhi_epi32(words, exponent)), _mm_set1_pd(0x1p52));
+}
+
+// r = x s + a with s = (b - a) unit, in double; a float result is that rounded once.
+template <double unit>
+class DoubleScale {
+public:
+    DoubleScale(double a, double b) : s_((b - a) * unit), a_(a) {}
+
+    void operator()(const std::uint32_t* x, std::int32_t n, double* r) const {
+        std::int32_t i = 0;
+        for (; i + 4 <= n; i += 4) {
+            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+            _mm_storeu_pd(r + i, scale(low_as_doubles(w)));
+            _mm_storeu_pd(r + i + 2, scale(high_as_doubles(w)));
+        }
+        for (; i < n; ++i) r[i] = scale(x[i]);
+    }
+    void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
+        std::int32_t i = 0;
+        for (; i + 4 <= n; i += 4) {
+            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+            _mm_storeu_ps(r + i, _mm_movelh_ps(_mm_cvtpd_ps(scale(low_as_doubles(w))),
+                                               _mm_cvtpd_ps(scale(high_as_doubles(w)))));
+        }
+        for (; i < n; ++i) r[i] = static_cast<float>(scale(x[i]));
+    }
+
+private:
+    __m128d scale(__m128d x) const {
+        return _mm_add_pd(_mm_mul_pd(x, _mm_set1_pd(s_)), _mm_set1_pd(a_));
+    }
+    double scale(std::uint32_t x) const { return static_cast<double>(x) * s_ + a_; }
+    double s_, a_;
+};
+
+// r = x s + a with s = (b - a) 2^-24 in single precision, x the top 24 bits of a word: exact for
+// [0, 1), and so never 1.
+class TopBitsScale {
+public:
+    TopBitsScale(float a, float b) : s_((b - a) * 0x1p-24f), a_(a) {}
+    void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
+        std::int32_t i = 0;
+        for (; i + 4 <= n; i += 4) {
+            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+            const __m128 t = _mm_cvtepi32_ps(_mm_srli_epi32(w, 8));
+            _mm_storeu_ps(r + i, _mm_add_ps(_mm_mul_ps(t, _mm_set1_ps(s_)), _mm_set1_ps(a_)));
+        }
+        for (; i < n; ++i) r[i] = static_cast<float>(static_cast<std::int32_t>(x[i] >> 8)) * s_ + a_;
+    }
+
+private:
+    float s_, a_;
+};
+
+// Generators whose raw word is uniform on all 32-bit integers: 32 random bits in a double, 24
+// in a float, on [0, 1) never 1.
+template <class Real>
+class FullWordMap;
+template <>
+class FullWordMap<double> : public DoubleScale<0x1p-32> {
+public:
+    FullWordMap(std::int32_t, double a, double b) : DoubleScale(a, b) {}
+};
+template <>
+class FullWordMap<float> : public TopBitsScale {
+public:
+    FullWordMap(std::int32_t, float a, float b) : TopBitsScale(a, b) {}
+};
+
+}  // namespace kef::rng
+
+#define KEF_GENERATOR(name, G)                                                               \
+    static_assert(sizeof(G::State) == kef::rng::state_bytes_##name);                         \
+    std::int32_t __vtsBRng##name##InitStream(std::int32_t method, kef_stream* stream,        \
+                                             std::int32_t n, const std::uint32_t* parameters) { \
+        return kef::rng::initialise<G>(method, stream, n, parameters);                       \
+    }                                                                                        \
+    std::int32_t __vtssBRng##name(kef_stream* stream, std::int32_t n, float* r, float a, float b) { \
+        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                            \
+    }                                                                                        \
+    std::int32_t __vtsdBRng##name(kef_stream* stream, std::int32_t n, double* r, double a,   \
+                                  double b) {                                                \
+        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                            \
+    }                                                                                        \
+    std::int32_t __vtsiBRng##name(kef_stream* stream, std::int32_t n, void* r) {             \
+        return kef::rng::generate_bits<G>(stream, n, r);                                     \
+    }                                                                                        \
+    bool kef::rng::valid_state_##name(const kef_stream* stream) {                            \
+        return G::valid(state_of<G::State>(stream), sub_generator(stream));                  \
+    }

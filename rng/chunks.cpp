@@ -1,0 +1,114 @@
+// Chunks: a singly linked list with head and tail in the stream's header.
+#include "rng/chunks.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "rng/registry.h"
+#include "rng/shared_table.h"
+#include "service/alloc.h"
+
+namespace kef::rng {
+
+namespace {
+
+void delete_list(kef_chunk* chunk) {
+    while (chunk != nullptr) {
+        kef_chunk* const next = chunk->next;
+        release(*chunk);
+        free_aligned(chunk);
+        chunk = next;
+    }
+}
+
+void* copy_block(const void* data, std::int32_t size) {
+    void* const copy = allocate_aligned(static_cast<std::size_t>(size));
+    if (copy != nullptr) std::memcpy(copy, data, static_cast<std::size_t>(size));
+    return copy;
+}
+
+}  // namespace
+
+std::int32_t attach(kef_stream* stream, std::int32_t key, const std::uint32_t* shared_id,
+                    void* data, std::int32_t size) {
+    auto* chunk = static_cast<kef_chunk*>(allocate_aligned(sizeof(kef_chunk)));
+    if (chunk == nullptr) return VTS_STATUS_NO_MEMORY;
+    *chunk = {key, size, data, nullptr, {}};
+    if (shared_id != nullptr) std::copy_n(shared_id, 4, chunk->shared_id);
+    if (refer(*chunk) && chunk->data != data) free_aligned(data);
+    Header& header = stream->header;
+    (header.last == nullptr ? header.first : header.last->next) = chunk;
+    header.last = chunk;
+    return VTS_STATUS_OK;
+}
+
+}  // namespace kef::rng
+
+using namespace kef;
+using namespace kef::rng;
+
+// Defines a name and its spelling with one underscore.
+#define KEF_TWO_NAMES(result, name, ...)                                    \
+    result _##name(__VA_ARGS__) __attribute__((alias("__" #name)));         \
+    result __##name(__VA_ARGS__)
+
+extern "C" {
+
+KEF_TWO_NAMES(std::int32_t, vtsAddChunk, kef_stream* stream, std::int32_t key,
+              const std::uint32_t* shared_id, void* data, std::int32_t size) {
+    if (data != nullptr || size <= 0 || !is_null_id(shared_id))
+        return attach(stream, key, shared_id, data, size);
+    data = allocate_aligned(static_cast<std::size_t>(size));
+    if (data == nullptr) return VTS_STATUS_NO_MEMORY;
+    std::memset(data, 0, static_cast<std::size_t>(size));
+    const std::int32_t status = attach(stream, key, shared_id, data, size);
+    if (status != VTS_STATUS_OK) free_aligned(data);
+    return status;
+}
+
+KEF_TWO_NAMES(void*, vtsSearchChunk, const kef_stream* stream, std::int32_t key) {
+    const kef_chunk* chunk = stream->header.first;
+    while (chunk != nullptr && chunk->key != key) chunk = chunk->next;
+    return chunk == nullptr ? nullptr : chunk->data;
+}
+
+KEF_TWO_NAMES(std::int32_t, vtsGetNumChunks, const kef_stream* stream) {
+    std::int32_t count = 0;
+    for (const kef_chunk* chunk = stream->header.first; chunk != nullptr; chunk = chunk->next)
+        ++count;
+    return count;
+}
+
+KEF_TWO_NAMES(std::int32_t, vtsDeleteChunks, kef_stream* stream) {
+    delete_list(stream->header.first);
+    stream->header.first = stream->header.last = nullptr;
+    return VTS_STATUS_OK;
+}
+
+KEF_TWO_NAMES(std::int32_t, vtsCopyChunks, kef_stream* destination, const kef_stream* source) {
+    Header& header = destination->header;
+    kef_chunk* const old_last = header.last;
+    const kef_chunk* const end = source->header.last;  // also where source is destination
+    for (const kef_chunk* chunk = source->header.first; chunk != nullptr; chunk = chunk->next) {
+        void* data = nullptr;
+        std::int32_t status = VTS_STATUS_OK;
+        if (chunk->data != nullptr && chunk->size > 0) {
+            data = copy_block(chunk->data, chunk->size);
+            if (data == nullptr) status = VTS_STATUS_NO_MEMORY;
+        }
+        if (status == VTS_STATUS_OK)
+            status = attach(destination, chunk->key, chunk->shared_id, data, chunk->size);
+        if (status != VTS_STATUS_OK) {
+            free_aligned(data);
+            kef_chunk*& added = old_last == nullptr ? header.first : old_last->next;
+            delete_list(added);
+            added = nullptr;
+            header.last = old_last;
+            return status;
+        }
+        if (chunk == end) break;
+    }
+    return VTS_STATUS_OK;
+}
+
+}  // extern "C"

@@ -1,0 +1,313 @@
+// Save and load, and images from outside that lie.
+#if defined(__linux__)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include "rng/registry.h"
+#include "service/alloc.h"
+#include "tests/rng_streams.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class RngImage : public testing::Test {
+protected:
+#if defined(__linux__)
+    const int memory_file = memfd_create("stream", 0);
+    std::string path = "/proc/self/fd/" + std::to_string(memory_file);
+    ~RngImage() override { close(memory_file); }
+#else
+    std::string path = testing::TempDir() + "kef_stream_image";
+    ~RngImage() override { std::remove(path.c_str()); }
+#endif
+
+    void write(const Bytes& image) {
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()),
+                                                    static_cast<std::streamsize>(image.size()));
+    }
+    std::int32_t load_file(Stream& stream, const Bytes& image) {
+        write(image);
+        kef_stream* handle = reinterpret_cast<kef_stream*>(this);
+        const std::int32_t status = __vtsLoadStreamF(&handle, path.c_str(), -1);
+        EXPECT_EQ(handle == nullptr, status != VTS_STATUS_OK);
+        stream.reset(handle);
+        return status;
+    }
+    std::int32_t load_memory(Stream& stream, const Bytes& image) {
+        kef_stream* handle = reinterpret_cast<kef_stream*>(this);
+        const std::int32_t status = __vtsLoadStreamM(&handle, image.data());
+        EXPECT_EQ(handle == nullptr, status != VTS_STATUS_OK);
+        stream.reset(handle);
+        return status;
+    }
+};
+
+Bytes image_of(const Stream& stream) {
+    Bytes image(static_cast<std::size_t>(__vtsGetStreamSize(stream.get())) + 1, 0xA5);
+    EXPECT_EQ(__vtsSaveStreamM(stream.get(), image.data()), VTS_STATUS_OK);
+    EXPECT_EQ(image.back(), 0xA5) << "written past the end";
+    image.pop_back();
+    return image;
+}
+
+Bytes file_bytes(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+void add_chunk(const Stream& stream, std::int32_t key, const std::string& text) {
+    void* data = kef::allocate_aligned(text.size());
+    std::memcpy(data, text.data(), text.size());
+    EXPECT_EQ(__vtsAddChunk(stream.get(), key, nullptr, data, static_cast<std::int32_t>(text.size())),
+              VTS_STATUS_OK);
+}
+
+// Draws a little of everything; whatever the state is, nothing may go out of bounds.
+void exercise(const Stream& stream) {
+    std::vector<std::uint32_t> raw(4 * 2000);
+    std::vector<double> d(1500);
+    const kef_brng& brng = kef::rng::resolve(__vtsGetStreamStateBrng(stream.get())).brng();
+    brng.generate_bits(stream.get(), 2000, raw.data());
+    brng.generate_double(stream.get(), 1500, d.data(), 0, 1);
+    __vtsSkipAheadStream(stream.get(), 12345);
+    brng.generate_bits(stream.get(), 700, raw.data());
+    image_of(stream);
+}
+
+TEST_F(RngImage, EveryGeneratorContinues) {
+    for (const std::int32_t brng : repeatable_generators) {
+        const Stream stream = make_stream(brng, {3});
+        draw_raw(stream, 333);
+        add_chunk(stream, 5, "five");
+        add_chunk(stream, -6, "minus six");
+        ASSERT_EQ(__vtsSaveStreamF(stream.get(), (path + "junk").c_str(), static_cast<std::int32_t>(path.size())),
+                  VTS_STATUS_OK);
+        const Bytes image = image_of(stream);
+        EXPECT_EQ(file_bytes(path), image);
+        const auto next = draw_raw(stream, 1000);
+        Stream from_file, from_memory;
+        EXPECT_EQ(load_file(from_file, image), VTS_STATUS_OK);
+        EXPECT_EQ(load_memory(from_memory, image), VTS_STATUS_OK);
+        for (const Stream* loaded : {&from_file, &from_memory}) {
+            EXPECT_EQ(image_of(*loaded), image);
+            EXPECT_EQ(0, std::memcmp(__vtsSearchChunk(loaded->get(), -6), "minus six", 9));
+            EXPECT_EQ(draw_raw(*loaded, 1000), next) << brng;
+        }
+    }
+}
+
+TEST_F(RngImage, LayoutIsFixed) {
+    const Stream stream = make_stream(VTS_BRNG_MCG31M1, {0x11223344});
+    EXPECT_EQ(image_of(stream), (Bytes{1, 0, 0, 0, 'R', 'N', 'G', 0, 20, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0,
+                                       0x44, 0x33, 0x22, 0x11, 0x20, 0x6C, 0x80, 0x43}));
+    EXPECT_EQ(__vtsGetStreamSize(stream.get()), 28);
+    add_chunk(stream, 0x01020304, "xyz");
+    const Bytes image = image_of(stream);
+    ASSERT_EQ(image.size(), 28u + 24 + 3);
+    EXPECT_EQ(image[12], 1);
+    EXPECT_EQ(Bytes(image.begin() + 28, image.end()),
+              (Bytes{4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 'x', 'y', 'z'}));
+}
+
+TEST_F(RngImage, HeaderChecks) {
+    const Stream stream = make_stream(VTS_BRNG_MCG59, {42});
+    const Bytes good = image_of(stream);
+    const auto both = [&](auto change, std::int32_t file_status, std::int32_t memory_status) {
+        Bytes image = good;
+        change(image);
+        Stream loaded;
+        EXPECT_EQ(load_file(loaded, image), file_status);
+        EXPECT_EQ(load_memory(loaded, image), memory_status);
+        if (memory_status == VTS_STATUS_OK) EXPECT_EQ(draw_raw(loaded, 9), draw_raw(copy_of(stream), 9));
+    };
+    const auto fine = [&](auto change) { both(change, VTS_STATUS_OK, VTS_STATUS_OK); };
+    const auto bad = [&](auto change) { both(change, VTS_STATUS_BAD_FILE, VTS_STATUS_BAD_IMAGE); };
+    fine([](Bytes& b) { std::memcpy(&b[0], "RNG", 3), b[4] = 0; });
+    fine([](Bytes& b) { b[0] = 9, b[1] = b[2] = b[3] = b[7] = b[14] = b[15] = 0xFF; });
+    fine([](Bytes& b) { b[8] = 24; });
+    fine([](Bytes& b) { b[9] = 0xFF; });
+    bad([](Bytes& b) { b[5] = 'M'; });
+    bad([](Bytes& b) { b[8] = 19; });
+    bad([](Bytes& b) { b[10] += 1; });
+    bad([](Bytes& b) { b[10] -= 1; });
+    bad([](Bytes& b) { b[18] = 0x0F, b[19] = 0x7F; });  // no such generator
+    bad([](Bytes& b) { b[18] = 0x10; });                // another one, with another size
+    kef_stream* handle = nullptr;
+    EXPECT_EQ(__vtsLoadStreamF(&handle, "/nonexistent/stream", -1), VTS_STATUS_FILE_OPEN);
+    EXPECT_EQ(__vtsSaveStreamF(stream.get(), "/nonexistent/stream", -1), VTS_STATUS_FILE_OPEN);
+}
+
+// A device that takes nothing: what is buffered fails at the close, what is not at the write.
+TEST_F(RngImage, FailedSaveIsReported) {
+    if (std::FILE* full = std::fopen("/dev/full", "wb"))
+        std::fclose(full);
+    else
+        GTEST_SKIP() << "no /dev/full";
+    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_MCG59).get(), "/dev/full", -1), VTS_STATUS_FILE_CLOSE);
+    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_NIEDERR).get(), "/dev/full", -1), VTS_STATUS_FILE_WRITE);
+}
+
+TEST_F(RngImage, HardwareStreams) {
+    kef_stream* handle = nullptr;
+    const std::int32_t status = __vtsNewStreamEx(&handle, VTS_BRNG_TRNG, 0, nullptr);
+    const Stream stream(handle);
+    Stream loaded;
+    EXPECT_EQ(load_memory(loaded, image_of(stream)), status);
+    EXPECT_EQ(load_file(loaded, image_of(stream)), status);
+}
+
+// Every truncation of a file, and every change of one byte, of a stream with chunks.
+TEST_F(RngImage, HostileFiles) {
+    for (const std::int32_t brng : {VTS_BRNG_MCG59, VTS_BRNG_MRG32K3A, VTS_BRNG_WH, VTS_BRNG_MT2203}) {
+        const Stream stream = make_stream(brng);
+        draw_raw(stream, 5);
+        add_chunk(stream, 1, "0123456789");
+        add_chunk(stream, 2, "abc");
+        const Bytes good = image_of(stream);
+        Stream loaded;
+        for (std::size_t size = 0; size < good.size(); ++size) {
+            const std::int32_t status = load_file(loaded, Bytes(good.begin(), good.begin() + size));
+            EXPECT_TRUE(status == VTS_STATUS_FILE_READ || status == VTS_STATUS_BAD_FILE) << size;
+        }
+        for (std::size_t i = 0; i < good.size(); ++i)
+            for (const int change : {0x01, 0x80}) {
+                Bytes image = good;
+                image[i] ^= change;
+                const std::int32_t status = load_file(loaded, image);
+                EXPECT_TRUE(status == VTS_STATUS_OK || status == VTS_STATUS_FILE_READ ||
+                            status == VTS_STATUS_BAD_FILE || status == VTS_STATUS_NO_MEMORY)
+                    << status;
+                if (loaded) exercise(loaded);
+            }
+    }
+}
+
+// Positions, dimensions and the like beyond their range, in states that index with them.
+TEST_F(RngImage, ImpossibleStates) {
+    struct Case {
+        std::int32_t brng;
+        std::vector<int> words;  // of the state; each is made huge
+    };
+    for (const auto& [brng, words] :
+         {Case{VTS_BRNG_R250, {250}}, {VTS_BRNG_SOBOL, {0, 2, 3}}, {VTS_BRNG_NIEDERR, {0, 2, 3}},
+          {VTS_BRNG_MT19937, {624}}, {VTS_BRNG_MT2203 + 8, {69}}, {VTS_BRNG_SFMT19937, {624}},
+          {VTS_BRNG_WH, {0, 5}}, {VTS_BRNG_MRG32K3A, {4}}, {1, {250}}, {4, {0}}})
+        for (const int word : words)
+            for (const std::uint32_t value : {0x7FFFFFFFu, 0xFFFFFFFFu, 0x80000000u, 700u}) {
+                const Stream stream = make_stream(brng, {7});
+                Bytes image = image_of(stream);
+                std::memcpy(&image[20 + 4 * word], &value, 4);
+                Stream loaded;
+                const std::int32_t status = load_memory(loaded, image);
+                if (status == VTS_STATUS_OK)
+                    exercise(loaded);
+                else
+                    EXPECT_EQ(status, VTS_STATUS_BAD_IMAGE);
+                EXPECT_TRUE(value == 700 || (value == 0x7FFFFFFF && brng == VTS_BRNG_MRG32K3A) ||
+                            (value == 0x80000000 && brng == VTS_BRNG_MRG32K3A) || status != VTS_STATUS_OK)
+                    << brng << " " << word << " " << value;
+            }
+}
+
+// Counts and sizes of chunks that the file does not hold.
+TEST_F(RngImage, LyingChunks) {
+    const Stream stream = make_stream(VTS_BRNG_MCG59);
+    add_chunk(stream, 1, "0123456789");
+    const Bytes good = image_of(stream);
+    const std::size_t size_at = good.size() - 10 - 4;
+    Stream loaded;
+    for (const std::uint32_t size : {11u, 70000u, 0x7FFFFFFFu}) {
+        Bytes image = good;
+        std::memcpy(&image[size_at], &size, 4);
+        EXPECT_EQ(load_file(loaded, image), VTS_STATUS_FILE_READ) << size;
+    }
+    for (const std::uint32_t size : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+        Bytes image(good.begin(), good.end() - 10);
+        std::memcpy(&image[size_at], &size, 4);
+        EXPECT_EQ(load_file(loaded, image), VTS_STATUS_OK) << size;
+        EXPECT_EQ(__vtsSearchChunk(loaded.get(), 1), nullptr);
+        EXPECT_EQ(image_of(loaded).size(), image.size());
+    }
+    Bytes image = good;
+    image[12] = image[13] = 0xFF;
+    EXPECT_EQ(load_file(loaded, image), VTS_STATUS_FILE_READ);
+    // Large data, read piece by piece.
+    const Stream large = make_stream(VTS_BRNG_MCG59);
+    add_chunk(large, 3, std::string(300000, 'q'));
+    EXPECT_EQ(load_file(loaded, image_of(large)), VTS_STATUS_OK);
+    EXPECT_EQ(image_of(loaded), image_of(large));
+}
+
+// A shared entry is found again; a record that claims more than the entry holds gets its own data.
+TEST_F(RngImage, SharedChunks) {
+    std::uint32_t id[4];
+    __vtsGenerateNewGlobalRODataTableEntryId(id, 1);
+    void* data = kef::allocate_aligned(8);
+    std::memcpy(data, "eightyes", 8);
+    kef_shared_entry* entry = nullptr;
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, data), VTS_STATUS_OK);
+    Stream stream = make_stream(VTS_BRNG_MCG59);
+    ASSERT_EQ(__vtsAddChunk(stream.get(), 1, id, nullptr, 8), VTS_STATUS_OK);
+    Bytes image = image_of(stream);
+    Stream loaded;
+    ASSERT_EQ(load_file(loaded, image), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsSearchChunk(loaded.get(), 1), data);
+    EXPECT_EQ(entry->references, 3u);
+    image[image.size() - 12] = 9;
+    image.push_back('!');
+    ASSERT_EQ(load_file(loaded, image), VTS_STATUS_OK);
+    EXPECT_NE(__vtsSearchChunk(loaded.get(), 1), data);
+    EXPECT_EQ(0, std::memcmp(__vtsSearchChunk(loaded.get(), 1), "eightyes!", 9));
+    EXPECT_EQ(entry->references, 2u);
+    stream.reset();
+    loaded.reset();
+    EXPECT_EQ(entry->references, 1u);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_OK);
+    // Without the entry the data comes from the image, and the id stays for the next save.
+    ASSERT_EQ(load_file(loaded, image), VTS_STATUS_OK);
+    EXPECT_EQ(0, std::memcmp(__vtsSearchChunk(loaded.get(), 1), "eightyes!", 9));
+    EXPECT_EQ(image_of(loaded), image);
+}
+
+std::int32_t constant_refill(kef_stream*, double* buffer, std::int32_t length, std::int32_t) {
+    std::fill_n(buffer, length, 0.5);
+    return length;
+}
+
+// The image of an abstract stream holds addresses: none but this process's own are accepted.
+TEST_F(RngImage, AbstractStreams) {
+    double buffer[3] = {0.1, 0.2, 0.3};
+    kef_stream* handle = nullptr;
+    ASSERT_EQ(__vtsdNewAbstractStream(&handle, 3, buffer, 0, 1, constant_refill), VTS_STATUS_OK);
+    const Stream stream(handle);
+    draw_doubles(stream, 1);
+    const Bytes good = image_of(stream);
+    Stream loaded;
+    ASSERT_EQ(load_memory(loaded, good), VTS_STATUS_OK);
+    EXPECT_EQ(draw_doubles(loaded, 4), (std::vector<double>{0.2, 0.3, 0.5, 0.5}));
+    const std::size_t bounds = good.size() - 2 * sizeof(double);
+    for (std::size_t i = 20; i < bounds; ++i) {
+        Bytes image = good;
+        image[i] ^= 0x81;
+        const std::int32_t status = load_memory(loaded, image);
+        if (status != VTS_STATUS_OK) continue;
+        const std::size_t padding[] = {sizeof(void*) == 4 ? SIZE_MAX : 20 + 12};
+        EXPECT_TRUE(sizeof(void*) == 8 && ((i >= padding[0] && i < padding[0] + 4) || i >= 20 + 36)) << i;
+    }
+}
+
+// 65535 is the most that the chunk count holds.
+TEST_F(RngImage, TooManyChunks) {
+    const Stream stream = make_stream(VTS_BRNG_MCG59);
+    for (int i = 0; i < 65536; ++i) ASSERT_EQ(__vtsAddChunk(stream.get(), i, nullptr, nullptr, 0), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsSaveStreamF(stream.get(), path.c_str(), -1), VTS_STATUS_TOO_LARGE);
+}
+
+}  // namespace

@@ -1,0 +1,175 @@
+// Leapfrog and skip-ahead against the parent sequence, and the arithmetic behind them.
+#include <cstring>
+
+#include "tests/rng_streams.h"
+
+namespace {
+
+std::vector<std::uint32_t> after_skip(const Stream& source, std::uint64_t count, int n) {
+    const Stream stream = copy_of(source);
+    EXPECT_EQ(__vtsSkipAheadStream(stream.get(), count), VTS_STATUS_OK);
+    return draw_raw(stream, n);
+}
+
+struct Jumper {
+    std::int32_t brng;
+    std::vector<std::uint32_t> seed;
+};
+const Jumper skipping[] = {
+    {VTS_BRNG_MCG31M1, {777}},    {VTS_BRNG_MCG59, {1, 2}},        {VTS_BRNG_MRG32K3A, {1, 2, 3, 4, 5, 6}},
+    {VTS_BRNG_WH + 7, {3, 4}},    {VTS_BRNG_SOBOL, {40}},          {VTS_BRNG_SOBOL, {3}},
+    {VTS_BRNG_NIEDERR, {5}},      {VTS_BRNG_MT19937, {1, 2, 3}},   {VTS_BRNG_SFMT19937, {9}},
+};
+
+// From several positions inside a block of the generator.
+TEST(RngJumps, SkipEqualsSteps) {
+    for (const Jumper& g : skipping)
+        for (const int start : {0, 1, 2, 623, 624, 625, 1000}) {
+            SCOPED_TRACE(std::to_string(g.brng) + " from " + std::to_string(start));
+            const Stream stream = make_stream(g.brng, g.seed);
+            draw_raw(stream, start);
+            for (const int count : {0, 1, 3, 7, 100, 624, 19936, 19937, 19968, 50000})
+                EXPECT_EQ(after_skip(stream, count, 700), [&] {
+                    const Stream walked = copy_of(stream);
+                    draw_raw(walked, count);
+                    return draw_raw(walked, 700);
+                }()) << count;
+        }
+}
+
+// Long jumps: in one and in parts; a part of 10^6 is walked.
+TEST(RngJumps, LongSkips) {
+    for (const Jumper& g : skipping) {
+        SCOPED_TRACE(g.brng);
+        const Stream stream = make_stream(g.brng, g.seed);
+        draw_raw(stream, 5);
+        for (const std::uint64_t count :
+             {UINT64_C(1000000), (UINT64_C(1) << 40) + 3, UINT64_C(0xFEDCBA9876543210)}) {
+            const Stream parts = copy_of(stream);
+            const std::uint64_t first = count / 3 + 1;
+            ASSERT_EQ(__vtsSkipAheadStream(parts.get(), first), VTS_STATUS_OK);
+            const bool walk = count == 1000000;
+            if (walk)
+                draw_raw(parts, static_cast<int>(count - first));
+            else
+                ASSERT_EQ(__vtsSkipAheadStream(parts.get(), count - first), VTS_STATUS_OK);
+            EXPECT_EQ(after_skip(stream, count, 1300), draw_raw(parts, 1300)) << count;
+        }
+    }
+}
+
+// A whole period of the small generators comes back to the start.
+TEST(RngJumps, Periods) {
+    const Stream mcg31 = make_stream(VTS_BRNG_MCG31M1), mcg59 = make_stream(VTS_BRNG_MCG59);
+    EXPECT_EQ(after_skip(mcg31, 0x7FFFFFFE, 9), draw_raw(copy_of(mcg31), 9));
+    EXPECT_EQ(after_skip(mcg59, UINT64_C(1) << 57, 9), draw_raw(copy_of(mcg59), 9));
+    EXPECT_NE(after_skip(mcg59, UINT64_C(1) << 56, 9), draw_raw(copy_of(mcg59), 9));
+    const Stream sobol = make_stream(VTS_BRNG_SOBOL, {7});
+    EXPECT_EQ(after_skip(sobol, UINT64_C(7) << 32, 30), draw_raw(copy_of(sobol), 30));
+    // Index 0, the point of zeros, stands at the end of the period; the walk crosses it.
+    const Stream end = copy_of(sobol);
+    ASSERT_EQ(__vtsSkipAheadStream(end.get(), (UINT64_C(7) << 32) - 70), VTS_STATUS_OK);
+    draw_raw(end, 63);
+    EXPECT_EQ(draw_raw(end, 7), std::vector<std::uint32_t>(7, 0));
+    EXPECT_EQ(draw_raw(end, 700), draw_raw(sobol, 700));
+}
+
+TEST(RngJumps, LeapfrogTilesTheParent) {
+    for (const Jumper& g : {Jumper{VTS_BRNG_MCG31M1, {777}}, Jumper{VTS_BRNG_MCG59, {5, 6}},
+                            Jumper{VTS_BRNG_WH + 100, {9, 8, 7, 6}}}) {
+        SCOPED_TRACE(g.brng);
+        const Stream parent = make_stream(g.brng, g.seed);
+        draw_raw(parent, 3);
+        const auto whole = draw_raw(copy_of(parent), 3000);
+        const int width = static_cast<int>(whole.size() / 3000);
+        for (const int streams : {1, 2, 7})
+            for (int k = 0; k < streams; ++k) {
+                const Stream part = copy_of(parent);
+                ASSERT_EQ(__vtsLeapfrogStream(part.get(), k, streams), VTS_STATUS_OK);
+                // The skip counts numbers of the part.
+                ASSERT_EQ(__vtsSkipAheadStream(part.get(), 10), VTS_STATUS_OK);
+                const auto words = draw_raw(part, 400);
+                for (int i = 0; i < 400; ++i)
+                    ASSERT_EQ(0, std::memcmp(&words[i * width], &whole[(k + (i + 10) * streams) * width],
+                                             width * 4));
+            }
+    }
+}
+
+// One coordinate of the quasi-random points, from the start of a point and from inside it.
+TEST(RngJumps, LeapfrogSelectsACoordinate) {
+    for (const std::int32_t brng : {VTS_BRNG_SOBOL + 0, VTS_BRNG_NIEDERR + 0})
+        for (const int start : {0, 3}) {
+            const Stream parent = make_stream(brng, {6});
+            draw_raw(parent, start);
+            const auto whole = draw_raw(copy_of(parent), 6 * 500);
+            for (int k = 0; k < 6; ++k) {
+                const Stream part = copy_of(parent);
+                ASSERT_EQ(__vtsLeapfrogStream(part.get(), k, 6), VTS_STATUS_OK);
+                const auto head = draw_raw(part, 100);
+                ASSERT_EQ(__vtsSkipAheadStream(part.get(), 50), VTS_STATUS_OK);
+                const auto tail = draw_raw(part, 100);
+                for (int i = 0; i < 100; ++i) {
+                    EXPECT_EQ(head[i], whole[k + 6 * i]);
+                    EXPECT_EQ(tail[i], whole[k + 6 * (i + 150)]);
+                }
+            }
+            EXPECT_EQ(__vtsLeapfrogStream(parent.get(), 0, 5), VTS_STATUS_NO_LEAPFROG);
+        }
+}
+
+TEST(RngJumps, Refusals) {
+    for (const std::int32_t brng : {VTS_BRNG_R250 + 0, VTS_BRNG_MRG32K3A + 0, VTS_BRNG_MT19937 + 0,
+                                    VTS_BRNG_MT2203 + 1, VTS_BRNG_SFMT19937 + 0})
+        EXPECT_EQ(__vtsLeapfrogStream(make_stream(brng).get(), 0, 2), VTS_STATUS_NO_LEAPFROG);
+    for (const std::int32_t brng : {VTS_BRNG_R250 + 0, VTS_BRNG_MT2203 + 1})
+        EXPECT_EQ(__vtsSkipAheadStream(make_stream(brng).get(), 2), VTS_STATUS_NO_SKIPAHEAD);
+    const Stream stream = make_stream(VTS_BRNG_R250);
+    EXPECT_EQ(__vtsLeapfrogStream(stream.get(), 0, -1), VTS_STATUS_BAD_LEAPFROG_COUNT);
+    for (std::int32_t row = 0; row < 14; ++row) {
+        kef_brng brng;
+        ASSERT_EQ(__vtsGetBrngProperties((row + 1) << 20, &brng), VTS_STATUS_OK);
+        const std::uint32_t words[2] = {1, 0};
+        EXPECT_EQ(brng.init_stream(3, stream.get(), 1, words), VTS_STATUS_BAD_METHOD) << row;
+    }
+}
+
+TEST(RngJumps, ModularPowers) {
+    EXPECT_EQ(__vtsiPowMod2P31M1(1132489760, 0), 1u);
+    EXPECT_EQ(__vtsiPowMod2P31M1(0x7FFFFFFF, 5), 0u);
+    EXPECT_EQ(__vtsiPowMod2P31M1(0xFFFFFFFF, 1), 1u);
+    EXPECT_EQ(__vtsiPowMod2P31M1(7, 0x7FFFFFFE), 1u);
+    EXPECT_EQ(__vtsiPowMod2P59(13, 13), UINT64_C(302875106592253));
+    EXPECT_EQ(__vtsiPowMod2P59(~UINT64_C(0), 3), (UINT64_C(1) << 59) - 1);
+    EXPECT_EQ(__vtsiPowMod(4294967290u, UINT64_C(0xFFFFFFFFFFFFFFFF), 4294967291u),
+              4294967290u);  // (-1)^odd modulo the largest 32-bit prime
+    EXPECT_EQ(__vtsiPowMod(5, 0, 1), 0u);
+    // A three-term recurrence by hand: (1, 1, 1) modulo a large m, and k across 32 bits against its parts.
+    const std::uint32_t ones[3] = {1, 1, 1}, m = 4294944443u;
+    std::uint32_t v[3] = {1, 0, 0}, w[3] = {123, 456, 789}, u[3] = {123, 456, 789};
+    __vtsiVect3PowMod(v, ones, m, 5, 0);
+    EXPECT_EQ(v[0], 13u);
+    EXPECT_EQ(v[1], 7u);
+    EXPECT_EQ(v[2], 4u);
+    const std::uint32_t row[3] = {527612, 0, m - 1370589};
+    __vtsiVect3PowMod(w, row, m, 0, 1);
+    __vtsiVect3PowMod(u, row, m, 0xFFFFFFFF, 0);
+    __vtsiVect3PowMod(u, row, m, 1, 0);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(w[i], u[i]);
+}
+
+// Both evaluations of the jump polynomial agree where either may be used.
+TEST(RngJumps, PolynomialRemainder) {
+    // t^21 + t^120 modulo t^131 + t^8 + t^3 + t^2 + 1 stays; t^131 becomes the lower terms.
+    const std::uint16_t exponents[] = {131, 8, 3, 2, 0};
+    std::uint8_t p[64] = {};
+    const auto set = [&p](int i) { p[i / 8] ^= 1 << i % 8; };
+    set(21), set(120), set(131), set(132), set(131 + 119);
+    __vtsPolyRem(p, 1, 131, 5, exponents);
+    std::uint8_t expected[64] = {};
+    for (const int i : {21, 120, 8, 3, 2, 0, 9, 4, 3, 1, 127, 122, 121, 119})
+        expected[i / 8] ^= 1 << i % 8;
+    EXPECT_EQ(0, std::memcmp(p, expected, sizeof p));
+}
+
+}  // namespace
