@@ -109,6 +109,7 @@ public:
 
     void operator()(const std::uint32_t* x, std::int32_t n, double* r) const {
         std::int32_t i = 0;
+#pragma GCC unroll 4
         for (; i + 4 <= n; i += 4) {
             const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
             _mm_storeu_pd(r + i, scale(low_as_doubles(w)));

@@ -29,7 +29,7 @@ std::uint32_t next_irreducible(std::uint32_t p) {
     }
 }
 
-struct Niederr : DigitalNet<state_bytes_Niederr / 4 - 4, false> {
+struct Niederr : DigitalNet<state_bytes_Niederr / 4 - 4> {
     static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* words, std::int32_t) {
         return DigitalNet::seed(s, n, words, dimensions, 1, [](State& state) {
             std::uint32_t p = 1;

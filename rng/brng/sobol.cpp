@@ -15,7 +15,7 @@ constexpr std::uint32_t directions[dimensions][32] = {
 #include "rng/brng/tables/sobol.inc"
 };
 
-struct Sobol : DigitalNet<state_bytes_Sobol / 4 - 4, true> {
+struct Sobol : DigitalNet<state_bytes_Sobol / 4 - 4> {
     static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* words, std::int32_t) {
         return DigitalNet::seed(s, n, words, dimensions, 1, [](State& state) {
             for (std::uint32_t c = 0; c < state.dimension; ++c)
