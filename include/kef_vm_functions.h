@@ -181,6 +181,34 @@ KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
 
+KEF_API void _vtmsCbrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCbrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCbrt_ctab[3];
+
+KEF_API void _vtmdCbrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCbrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCbrt_ctab[3];
+
+KEF_API void _vtmsInvCbrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvCbrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sInvCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sInvCbrt_ctab[3];
+
+KEF_API void _vtmdInvCbrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvCbrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInvCbrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dInvCbrt_ctab[3];
+
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_21(int32_t n, const float *a, float *r);
@@ -447,6 +475,20 @@ KEF_API void _vtmdInv_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dInv_ctab[3];
 
+KEF_API void _vtmsInvSqrt(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsInvSqrt_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sInvSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sInvSqrt_ctab[3];
+
+KEF_API void _vtmdInvSqrt(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdInvSqrt_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dInvSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dInvSqrt_ctab[3];
+
 KEF_API void _vtmsSqr(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqr_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSqr_21(int32_t n, const float *a, float *r);
@@ -502,6 +544,34 @@ KEF_API void _vtmdPow_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdPow_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dPow_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dPow_ctab[3];
+
+KEF_API void _vtmsPow2o3(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow2o3_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sPow2o3_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow2o3_ctab[3];
+
+KEF_API void _vtmdPow2o3(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow2o3_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dPow2o3_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow2o3_ctab[3];
+
+KEF_API void _vtmsPow3o2(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsPow3o2_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sPow3o2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sPow3o2_ctab[3];
+
+KEF_API void _vtmdPow3o2(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdPow3o2_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dPow3o2_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dPow3o2_ctab[3];
 
 KEF_API void _vtmsPowx(int32_t n, const float *a, float b, float *r);
 KEF_API void _vtmsPowx_HA(int32_t n, const float *a, float b, float *r);

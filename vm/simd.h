@@ -60,10 +60,8 @@ inline i4 greater(i4 x, i4 y) {
 // h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
 inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return greater(h + static_cast<std::int32_t>(bias - low),
+    return greater((i4)((u4)h + (bias - low)),
                    all(static_cast<std::int32_t>(high - low - 1 + bias)));
-    const i4 shifted = (i4)((u4)h + (bias - low));
-    return shifted > static_cast<std::int32_t>(high - low - 1 + bias);
 }
 
 inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
@@ -85,6 +83,7 @@ inline l2 sign_mask(l2 x) {
     return (l2)__builtin_shufflevector(signs, signs, 1, 1, 3, 3);
 }
 inline i4 sign_mask(i4 x) { return x >> 31; }
+
 // x, or what is nearest to it in [-bound, bound].
 template <class V, class T>
 inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }
@@ -103,6 +102,8 @@ inline d2x2 widen(f4 x) {
 inline f4 narrow(d2 low, d2 high) {
     return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
 }
+
+inline f4 narrow(d2x2 x) { return narrow(x.low, x.high); }
 
 // Lanes where a double lies exactly half-way between two floats of the normal range.
 inline i4 midpoints(d2 low, d2 high) {

@@ -144,8 +144,8 @@ inline double exp_subnormal(double x) {
 
 // exp(x)/2 for 0 < x < 711.
 inline double exp_half(double x) {
-    const auto e = exp_parts<-1>(all(x));
-    return ((e.high + e.low) * e.power)[0];
+    const auto e = exp_parts<-2>(all(x));
+    return ((e.high + e.low) * e.power)[0] * 2.0;
 }
 
 // exp(x) for 709 < x < ln 2^1024, where m may be 1024.

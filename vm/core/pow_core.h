@@ -131,6 +131,7 @@ inline int pow_edge(T x, T y, T& r) {
     }
     if (is_infinite(x)) return r = y < 0 ? sign * T(0) : sign * Format<T>::infinity, VTM_STATUS_OK;
     if (x < 0 && !integer) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+    if (a == 1) return r = sign, VTM_STATUS_OK;
     const Power power = pow_positive(a, y);
     r = sign * static_cast<T>(power.value);
     if (is_infinite(r)) return VTM_STATUS_OVERFLOW;

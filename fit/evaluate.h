@@ -1,0 +1,80 @@
+// What interpolation and integration share: their checks, and the cells of sites
+// with the distances from the cells' left ends.
+#pragma once
+
+#include "fit/cells.h"
+#include "fit/construct.h"
+#include "fit/knots.h"
+
+namespace kef::fit {
+
+// The checks of a spline that is there to be evaluated.
+template <class T>
+std::int32_t check_spline(const Task& task) {
+    if (task.order <= 0 || task.order > INT32_MAX) return DF_STATUS_ORDER;
+    if (task.type > DF_TYPE_AKIMA) return DF_STATUS_TYPE;
+    if (task.type == DF_TYPE_SUBBOTIN && (task.ic_type & DF_INTERNAL_KNOTS) && task.ic == nullptr)
+        return DF_STATUS_INTERNAL_CONDITIONS;
+    return check_arrays<T>(task, false);
+}
+
+inline bool is_result_hint(std::int64_t h) { return is_storage_hint(h) && h != DF_SEPARATE_ROWS; }
+
+// The cells of sites and the distances from their left ends.
+template <class T>
+class CellMap {
+public:
+    explicit CellMap(const Task& task) : partition_(task), knots_(task), cells_(cell_count(task)) {
+        // A step function that is y itself has a value for the last breakpoint too.
+        if (task.order == DF_STEP && !knots_.between && task.y_rows != nullptr &&
+            task.y_slots > 0 && task.y_rows[0] == task.coefficient_rows[0])
+            ++cells_, holds_last_ = true;
+    }
+    const Partition<T>& partition() const { return partition_; }
+    std::size_t cells() const { return cells_; }
+
+    T left(std::size_t cell) const { return knots_.left(cell); }
+    // The right end of a cell; of a last cell that is a point, the point.
+    T right(std::size_t cell) const { return cell + 1 < cells_ ? left(cell + 1) : partition_.last; }
+
+    // The cell for a count of cell search; the end cells outside.
+    std::uint32_t cell(std::uint32_t count, T q) const {
+        std::uint32_t i = std::min(std::max(count, 1u), partition_.n - 1) - 1;
+        if (knots_.between) i += q >= knots_.gap(i);
+        if (holds_last_) i += q >= partition_.last;
+        return i;
+    }
+
+    // Cells and distances of n sites, padded to whole groups by a harmless site.
+    // True if a site is NaN.
+    bool map(const std::uint32_t* count, const T* q, std::uint32_t n, std::uint32_t* cell_of,
+             T* distance) const {
+        const std::uint32_t padded = (n + group - 1) / group * group;
+        bool unordered = false;
+        if (!knots_.between && !holds_last_) {
+            const std::uint32_t last = partition_.n - 1;
+            for (std::uint32_t j = 0; j < n; ++j) {
+                const std::uint32_t i = std::min(std::max(count[j], 1u), last) - 1;
+                cell_of[j] = i;
+                distance[j] = q[j] - partition_.x[i];
+                unordered |= q[j] != q[j];
+            }
+        } else {
+            for (std::uint32_t j = 0; j < n; ++j) {
+                cell_of[j] = cell(count[j], q[j]);
+                distance[j] = q[j] - left(cell_of[j]);
+                unordered |= q[j] != q[j];
+            }
+        }
+        for (std::uint32_t j = n; j < padded; ++j) cell_of[j] = 0, distance[j] = 0;
+        return unordered;
+    }
+
+private:
+    Partition<T> partition_;
+    Knots<T> knots_;
+    std::size_t cells_;
+    bool holds_last_ = false;
+};
+
+}  // namespace kef::fit

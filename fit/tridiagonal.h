@@ -1,0 +1,98 @@
+// Tridiagonal systems by elimination without pivoting from both ends at once, each
+// end in one lane of a vector (L. H. Thomas 1949; both ends: I. Babuska 1972, SIAM
+// J. Numer. Anal. 9, p. 53). The chain of divisions is half as long as from one end.
+//
+// The unknowns are v_0 .. v_{n-1}, n >= 3. The rows 1 .. n-2 come from
+//   rows.pair(i)   {outer, diagonal, inner} of row i in lane 0 and of row n-1-i in
+//                  lane 1, where outer is the coefficient of the neighbour that is
+//                  nearer to the end
+//   rows.single(i) {lower, diagonal, upper} of row i
+// The end rows are given as v_0 = z_0 - g_0 v_1 and likewise on the right.
+#pragma once
+
+#include <cstddef>
+
+#include "fit/construct.h"
+
+namespace kef::fit {
+
+template <class V>
+struct Row {
+    V outer, diagonal, inner;
+};
+
+inline d2 both_ends(const double* p, std::size_t left, std::size_t right) {
+    return d2{p[left], p[right]};
+}
+
+template <class Rows>
+class TwoEnded {
+public:
+    static constexpr std::size_t arrays = 3;
+
+    // Factors the matrix; g0 holds the left and the right end coefficient. `constant`:
+    // all rows are equal, so that the factors may be copied once they have settled.
+    void factor(const Rows& rows, std::size_t n, d2 g0, bool constant, Scratch& scratch) {
+        rows_ = rows;
+        n_ = n;
+        middle_ = n / 2;
+        g_ = scratch.take(), w_ = scratch.take(), z_ = scratch.take();
+        d2 g = g0;
+        vm::store(g_, g);
+        std::size_t i = 1;
+        for (bool settled = false; i < middle_ && !settled; ++i) {
+            const Row<d2> row = rows.pair(i);
+            const d2 w = 1.0 / (row.diagonal - row.outer * g), before = g;
+            g = row.inner * w;
+            vm::store(w_ + 2 * i, w);
+            vm::store(g_ + 2 * i, g);
+            settled = constant && g[0] == before[0] && g[1] == before[1];
+        }
+        for (; i < middle_; ++i) {
+            vm::store(w_ + 2 * i, vm::load(w_ + 2 * i - 2));
+            vm::store(g_ + 2 * i, g);
+        }
+        const Row<double> row = rows.single(middle_);
+        middle_pivot_ = row.diagonal - row.outer * last_left(g_) - row.inner * last_right(g_);
+    }
+
+    // Solves for the right-hand sides r[1 .. n-2] and the end constants z0; the
+    // unknowns replace r[0 .. n-1].
+    void solve(d2 z0, double* r) const {
+        d2 z = z0;
+        vm::store(z_, z);
+        for (std::size_t i = 1; i < middle_; ++i) {
+            z = (both_ends(r, i, n_ - 1 - i) - rows_.pair(i).outer * z) * vm::load(w_ + 2 * i);
+            vm::store(z_ + 2 * i, z);
+        }
+        const Row<double> row = rows_.single(middle_);
+        const double v =
+            (r[middle_] - row.outer * last_left(z_) - row.inner * last_right(z_)) / middle_pivot_;
+        d2 next = {v, v};
+        r[middle_] = v;
+        std::size_t i = middle_;
+        if (n_ % 2 == 0) {  // the middle row is the last one of the right side
+            --i;
+            next[0] = r[i] = z_[2 * i] - g_[2 * i] * v;
+        }
+        while (i-- > 0) {
+            next = vm::load(z_ + 2 * i) - vm::load(g_ + 2 * i) * next;
+            r[i] = next[0];
+            r[n_ - 1 - i] = next[1];
+        }
+    }
+
+private:
+    // The last eliminated rows beside the middle one.
+    double last_left(const double* lanes) const { return lanes[2 * middle_ - 2]; }
+    double last_right(const double* lanes) const {
+        return lanes[2 * (n_ % 2 == 0 ? middle_ - 2 : middle_ - 1) + 1];
+    }
+
+    Rows rows_{};
+    std::size_t n_ = 0, middle_ = 0;
+    double *g_ = nullptr, *w_ = nullptr, *z_ = nullptr;  // lanes by turns
+    double middle_pivot_ = 1;
+};
+
+}  // namespace kef::fit

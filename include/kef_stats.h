@@ -1,0 +1,437 @@
+/* Summary statistics: the task, its editors and its computations.
+ *
+ * A task holds addresses of the caller's arrays, one for each parameter below. It
+ * copies no data: a computation reads the arrays as they stand when it is called
+ * and writes its results through the registered addresses. Data can be fed block
+ * by block: fill x anew (or register another one), call the computation again, and
+ * the estimates are those of all data seen so far.
+ *
+ * Functions return VTS_SS_STATUS_OK or a negative status. A call that returns a
+ * negative status has changed neither the task nor an array. A task is used by one
+ * thread at a time.
+ *
+ * Integers are passed to the functions as 64-bit values. Integers behind pointers
+ * (p, n, storage codes, counts, arrays of indices) are 64-bit when the last
+ * argument of NewTask was not zero, else 32-bit. In the names below d stands for
+ * double-precision data and s for single-precision data; a task belongs to the
+ * precision it was created with. */
+#ifndef KEF_STATS_H
+#define KEF_STATS_H
+
+#include <stdint.h>
+
+#include "kef_export.h"
+
+KEF_BEGIN_DECLS
+
+typedef struct kef_ss_task kef_ss_task;
+
+enum {
+    VTS_SS_STATUS_OK = 0,
+    VTS_SS_STATUS_BAD_ID = -3,            /* not a parameter of this editor */
+    VTS_SS_STATUS_NO_MEMORY = -4000,      /* out of memory */
+    VTS_SS_STATUS_BAD_DIMENSION = -4001,  /* p is null or not positive */
+    VTS_SS_STATUS_BAD_COUNT = -4002,      /* n is null or not positive */
+    VTS_SS_STATUS_BAD_X_STORAGE = -4003,  /* the storage of x is not one of the two */
+    VTS_SS_STATUS_BAD_METHOD = -4029,     /* no such method, or not for this estimate */
+    VTS_SS_STATUS_NULL_TASK = -4031,      /* no task */
+    VTS_SS_STATUS_NULL_STORAGE = -4044,   /* a storage code is missing or unknown */
+    /* the address of this parameter is null: */
+    VTS_SS_STATUS_NULL_INDICES = -4004,
+    VTS_SS_STATUS_NULL_WEIGHTS = -4005,
+    VTS_SS_STATUS_NULL_MEAN = -4006,
+    VTS_SS_STATUS_NULL_RAW_MOMENT_2 = -4007,
+    VTS_SS_STATUS_NULL_RAW_MOMENT_3 = -4008,
+    VTS_SS_STATUS_NULL_RAW_MOMENT_4 = -4009,
+    VTS_SS_STATUS_NULL_CENTRAL_MOMENT_2 = -4010,
+    VTS_SS_STATUS_NULL_CENTRAL_MOMENT_3 = -4011,
+    VTS_SS_STATUS_NULL_CENTRAL_MOMENT_4 = -4012,
+    VTS_SS_STATUS_NULL_KURTOSIS = -4013,
+    VTS_SS_STATUS_NULL_SKEWNESS = -4014,
+    VTS_SS_STATUS_NULL_MINIMUM = -4015,
+    VTS_SS_STATUS_NULL_MAXIMUM = -4016,
+    VTS_SS_STATUS_NULL_VARIATION = -4017,
+    VTS_SS_STATUS_NULL_COVARIANCE = -4018,
+    VTS_SS_STATUS_NULL_CORRELATION = -4019,
+    VTS_SS_STATUS_NULL_ACCUMULATED_WEIGHTS = -4020,
+    VTS_SS_STATUS_NULL_QUANTILE_ORDERS = -4021,
+    VTS_SS_STATUS_NULL_QUANTILE_ORDER_COUNT = -4022,
+    VTS_SS_STATUS_NULL_QUANTILES = -4023,
+    VTS_SS_STATUS_NULL_ORDER_STATISTICS = -4024,
+    VTS_SS_STATUS_NULL_ROBUST_COVARIANCE = -4027,
+    VTS_SS_STATUS_NULL_ROBUST_MEAN = -4028,
+    VTS_SS_STATUS_NULL_X = -4032,
+    VTS_SS_STATUS_NULL_POOLED_COVARIANCE = -4034,
+    VTS_SS_STATUS_NULL_POOLED_MEAN = -4035,
+    VTS_SS_STATUS_NULL_GROUP_COVARIANCES = -4036,
+    VTS_SS_STATUS_NULL_GROUP_MEANS = -4037,
+    VTS_SS_STATUS_NULL_GROUP_INDICES = -4038, /* also the requested groups */
+    VTS_SS_STATUS_NULL_OUTLIER_PARAMETERS = -4039,
+    VTS_SS_STATUS_NULL_OUTLIER_PARAMETER_COUNT = -4040,
+    VTS_SS_STATUS_NULL_OUTLIER_WEIGHTS = -4041,
+    VTS_SS_STATUS_NULL_ROBUST_PARAMETERS = -4042,
+    VTS_SS_STATUS_NULL_ROBUST_PARAMETER_COUNT = -4043,
+    VTS_SS_STATUS_NULL_PARTIAL_INDICES = -4045,
+    VTS_SS_STATUS_NULL_PARTIAL_COVARIANCE = -4046,
+    VTS_SS_STATUS_NULL_PARTIAL_CORRELATION = -4047,
+    VTS_SS_STATUS_NULL_MISSING_A = -4048,
+    VTS_SS_STATUS_NULL_MISSING_A_COUNT = -4049,
+    VTS_SS_STATUS_NULL_MISSING_B_COUNT = -4052,
+    VTS_SS_STATUS_NULL_MISSING_B = -4053,
+    VTS_SS_STATUS_NULL_MISSING_D = -4054,
+    VTS_SS_STATUS_NULL_MISSING_D_COUNT = -4055,
+    VTS_SS_STATUS_NULL_MISSING_E_COUNT = -4056,
+    VTS_SS_STATUS_NULL_MISSING_E = -4057,
+    VTS_SS_STATUS_NULL_MISSING_C_COUNT = -4061,
+    VTS_SS_STATUS_NULL_MISSING_C = -4062,
+    VTS_SS_STATUS_NULL_STREAM_QUANTILE_PARAMETERS = -4065,
+    VTS_SS_STATUS_NULL_STREAM_QUANTILE_PARAMETER_COUNT = -4066,
+    VTS_SS_STATUS_NULL_STREAM_QUANTILE_ORDERS = -4068,
+    VTS_SS_STATUS_NULL_STREAM_QUANTILE_ORDER_COUNT = -4069,
+    VTS_SS_STATUS_NULL_STREAM_QUANTILES = -4070,
+    VTS_SS_STATUS_NULL_PARAMETRIZED_MATRIX = -4071,
+    VTS_SS_STATUS_NULL_SUM = -4074, /* from Basic; the editor gives NULL_MEAN */
+    VTS_SS_STATUS_NULL_RAW_SUM_2 = -4075,
+    VTS_SS_STATUS_NULL_RAW_SUM_3 = -4076,
+    VTS_SS_STATUS_NULL_RAW_SUM_4 = -4077,
+    VTS_SS_STATUS_NULL_CENTRAL_SUM_2 = -4078,
+    VTS_SS_STATUS_NULL_CENTRAL_SUM_3 = -4079,
+    VTS_SS_STATUS_NULL_CENTRAL_SUM_4 = -4080,
+    VTS_SS_STATUS_NULL_CROSS_PRODUCT = -4081,
+    VTS_SS_STATUS_NULL_MEDIAN_ABSOLUTE_DEVIATION = -4082,
+    VTS_SS_STATUS_NULL_MAHALANOBIS_DISTANCE = -4083
+};
+
+/* Storage of x, a matrix of p variables by n observations. */
+enum {
+    VTS_SS_STORAGE_ROWS = 0x10000,   /* x[i*n + j]: every variable contiguous */
+    VTS_SS_STORAGE_COLUMNS = 0x20000 /* x[j*p + i]: every observation contiguous */
+};
+
+/* Layout of a symmetric p by p result. */
+enum {
+    VTS_SS_LAYOUT_FULL = 0,  /* all p*p elements; bitwise symmetric */
+    VTS_SS_LAYOUT_LOWER = 1, /* C00, C10, C11, C20, ...: index i(i+1)/2 + j, j <= i */
+    VTS_SS_LAYOUT_UPPER = 2  /* C00, C01, ..., C11, ...: index i*p - i(i-1)/2 + j - i, j >= i */
+};
+
+/* Parameter identifiers: I of __vtsiSSEditTask, D of __vtsdSSEditTask and
+ * __vtssSSEditTask. Sizes in elements; "layout" is a VTS_SS_LAYOUT_ code. */
+enum {
+    VTS_SS_ID_DIMENSION = 1,            /* I p */
+    VTS_SS_ID_COUNT = 2,                /* I n, observations of the current block */
+    VTS_SS_ID_X = 3,                    /* D observations, p*n */
+    VTS_SS_ID_X_STORAGE = 4,            /* I VTS_SS_STORAGE_ code */
+    VTS_SS_ID_INDICES = 5,              /* I p flags: not zero = variable is processed */
+    VTS_SS_ID_WEIGHTS = 6,              /* D n */
+    VTS_SS_ID_MEAN = 7,                 /* D p */
+    VTS_SS_ID_RAW_MOMENT_2 = 8,         /* D p */
+    VTS_SS_ID_RAW_MOMENT_3 = 9,         /* D p */
+    VTS_SS_ID_RAW_MOMENT_4 = 10,        /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,    /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,    /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,    /* D p */
+    VTS_SS_ID_KURTOSIS = 14,            /* D p */
+    VTS_SS_ID_SKEWNESS = 15,            /* D p */
+    VTS_SS_ID_MINIMUM = 16,             /* D p */
+    VTS_SS_ID_MAXIMUM = 17,             /* D p */
+    VTS_SS_ID_VARIATION = 18,           /* D p */
+    VTS_SS_ID_COVARIANCE = 19,          /* D matrix */
+    VTS_SS_ID_COVARIANCE_STORAGE = 20,  /* I layout */
+    VTS_SS_ID_CORRELATION = 21,         /* D matrix */
+    VTS_SS_ID_CORRELATION_STORAGE = 22, /* I layout */
+    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23, /* D 2: W and W2, kept between calls */
+    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24,
+    VTS_SS_ID_QUANTILE_ORDERS = 25,
+    VTS_SS_ID_QUANTILES = 26,
+    VTS_SS_ID_ORDER_STATISTICS = 27,
+    VTS_SS_ID_GROUP_INDICES = 28,
+    VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29,
+    VTS_SS_ID_POOLED_MEAN = 30,
+    VTS_SS_ID_POOLED_COVARIANCE = 31,
+    VTS_SS_ID_REQUESTED_GROUPS = 32,
+    VTS_SS_ID_GROUP_MEANS = 33,
+    VTS_SS_ID_GROUP_COVARIANCE_STORAGE = 34,
+    VTS_SS_ID_GROUP_COVARIANCES = 35,
+    VTS_SS_ID_ROBUST_COVARIANCE_STORAGE = 36,
+    VTS_SS_ID_ROBUST_PARAMETER_COUNT = 37,
+    VTS_SS_ID_ROBUST_PARAMETERS = 38,
+    VTS_SS_ID_ROBUST_MEAN = 39,
+    VTS_SS_ID_ROBUST_COVARIANCE = 40,
+    VTS_SS_ID_OUTLIER_PARAMETER_COUNT = 41,
+    VTS_SS_ID_OUTLIER_PARAMETERS = 42,
+    VTS_SS_ID_OUTLIER_WEIGHTS = 43,
+    VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44,
+    VTS_SS_ID_PARTIAL_INDICES = 45,
+    VTS_SS_ID_PARTIAL_COVARIANCE = 46,
+    VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE = 47,
+    VTS_SS_ID_PARTIAL_CORRELATION = 48,
+    VTS_SS_ID_PARTIAL_CORRELATION_STORAGE = 49,
+    VTS_SS_ID_MISSING_A_COUNT = 50,
+    VTS_SS_ID_MISSING_A = 51,
+    VTS_SS_ID_MISSING_B_COUNT = 52,
+    VTS_SS_ID_MISSING_B = 53,
+    VTS_SS_ID_MISSING_D_COUNT = 54,
+    VTS_SS_ID_MISSING_D = 55,
+    VTS_SS_ID_MISSING_E_COUNT = 56,
+    VTS_SS_ID_MISSING_E = 57,
+    VTS_SS_ID_MISSING_C_COUNT = 58,
+    VTS_SS_ID_MISSING_C = 59,
+    VTS_SS_ID_PARAMETRIZED_MATRIX = 60,
+    VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61,
+    VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT = 62,
+    VTS_SS_ID_STREAM_QUANTILE_PARAMETERS = 63,
+    VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,
+    VTS_SS_ID_STREAM_QUANTILE_ORDERS = 65,
+    VTS_SS_ID_STREAM_QUANTILES = 66,
+    VTS_SS_ID_SUM = 67,                   /* D p */
+    VTS_SS_ID_RAW_SUM_2 = 68,             /* D p */
+    VTS_SS_ID_RAW_SUM_3 = 69,             /* D p */
+    VTS_SS_ID_RAW_SUM_4 = 70,             /* D p */
+    VTS_SS_ID_CENTRAL_SUM_2 = 71,         /* D p */
+    VTS_SS_ID_CENTRAL_SUM_3 = 72,         /* D p */
+    VTS_SS_ID_CENTRAL_SUM_4 = 73,         /* D p */
+    VTS_SS_ID_CROSS_PRODUCT = 74,         /* D matrix */
+    VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75, /* I layout */
+    VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76,
+    VTS_SS_ID_MAHALANOBIS_DISTANCE = 77
+};
+
+/* Estimates: the second argument of Basic and of Minmax is the OR of these. */
+#define VTS_SS_ESTIMATE_MEAN UINT64_C(0x1)
+#define VTS_SS_ESTIMATE_RAW_MOMENT_2 UINT64_C(0x2)
+#define VTS_SS_ESTIMATE_RAW_MOMENT_3 UINT64_C(0x4)
+#define VTS_SS_ESTIMATE_RAW_MOMENT_4 UINT64_C(0x8)
+#define VTS_SS_ESTIMATE_CENTRAL_MOMENT_2 UINT64_C(0x10)
+#define VTS_SS_ESTIMATE_CENTRAL_MOMENT_3 UINT64_C(0x20)
+#define VTS_SS_ESTIMATE_CENTRAL_MOMENT_4 UINT64_C(0x40)
+#define VTS_SS_ESTIMATE_KURTOSIS UINT64_C(0x80)
+#define VTS_SS_ESTIMATE_SKEWNESS UINT64_C(0x100)
+#define VTS_SS_ESTIMATE_VARIATION UINT64_C(0x200)
+#define VTS_SS_ESTIMATE_MINIMUM UINT64_C(0x400) /* Minmax */
+#define VTS_SS_ESTIMATE_MAXIMUM UINT64_C(0x800) /* Minmax */
+#define VTS_SS_ESTIMATE_COVARIANCE UINT64_C(0x1000)
+#define VTS_SS_ESTIMATE_CORRELATION UINT64_C(0x2000)
+#define VTS_SS_ESTIMATE_SUM UINT64_C(0x2000000)
+#define VTS_SS_ESTIMATE_RAW_SUM_2 UINT64_C(0x4000000)
+#define VTS_SS_ESTIMATE_RAW_SUM_3 UINT64_C(0x8000000)
+#define VTS_SS_ESTIMATE_RAW_SUM_4 UINT64_C(0x10000000)
+#define VTS_SS_ESTIMATE_CENTRAL_SUM_2 UINT64_C(0x20000000)
+#define VTS_SS_ESTIMATE_CENTRAL_SUM_3 UINT64_C(0x40000000)
+#define VTS_SS_ESTIMATE_CENTRAL_SUM_4 UINT64_C(0x80000000)
+#define VTS_SS_ESTIMATE_CROSS_PRODUCT UINT64_C(0x100000000)
+
+/* Methods of Basic: exactly one of the first three, or one or both of the last. A
+ * bit of the last two beside one of the first three has no effect. */
+enum {
+    VTS_SS_METHOD_RAW = 0x1,            /* plain sums of powers of x */
+    VTS_SS_METHOD_RECURRENCE = 0x2,     /* one update per observation */
+    VTS_SS_METHOD_TILED = 0x100,        /* sums over tiles, merged */
+    VTS_SS_METHOD_SUMS = 0x200,         /* from the sums in the task, not from x */
+    VTS_SS_METHOD_CROSS_PRODUCT = 0x400 /* the same; the two do not differ */
+};
+
+/* The only method of Minmax. */
+enum { VTS_SS_METHOD_MINMAX = 0x1 };
+
+/* Creates a task. p, n and x_storage point to integers, which must stay where they
+ * are as long as the task uses them; x, weights and indices are arrays or null.
+ * Checked: p (BAD_DIMENSION) and, only when x is not null, x_storage (NULL_STORAGE,
+ * BAD_X_STORAGE) and n (BAD_COUNT). NULL_TASK when task_out is null. */
+KEF_API int32_t __vtsdSSNewTask(kef_ss_task **task_out, const void *p, const void *n,
+                                const void *x_storage, const double *x, const double *weights,
+                                const void *indices, int32_t int64_flag);
+KEF_API int32_t __vtssSSNewTask(kef_ss_task **task_out, const void *p, const void *n,
+                                const void *x_storage, const float *x, const float *weights,
+                                const void *indices, int32_t int64_flag);
+
+/* Frees the task and what its computations keep, and stores null in *task. Neither
+ * *task nor what it points to is checked; NULL_TASK when task itself is null. */
+KEF_API int32_t __vtsSSDeleteTask(kef_ss_task **task);
+
+/* Registers the address of one parameter. BAD_ID for an identifier that the editor
+ * does not have; the parameter's own NULL_ status for a null address; in both cases
+ * the task stays as it was. */
+KEF_API int32_t __vtsiSSEditTask(kef_ss_task *task, int64_t id, const void *address);
+KEF_API int32_t __vtsdSSEditTask(kef_ss_task *task, int64_t id, const double *address);
+KEF_API int32_t __vtssSSEditTask(kef_ss_task *task, int64_t id, const float *address);
+
+/* Grouped editors: register every address that is not null; a null one leaves its
+ * parameter as it was. NULL_TASK or OK. */
+KEF_API int32_t __vtsdSSEditMoments(kef_ss_task *task, double *mean, double *raw_moment_2,
+                                    double *raw_moment_3, double *raw_moment_4,
+                                    double *central_moment_2, double *central_moment_3,
+                                    double *central_moment_4);
+KEF_API int32_t __vtssSSEditMoments(kef_ss_task *task, float *mean, float *raw_moment_2,
+                                    float *raw_moment_3, float *raw_moment_4,
+                                    float *central_moment_2, float *central_moment_3,
+                                    float *central_moment_4);
+KEF_API int32_t __vtsdSSEditSums(kef_ss_task *task, double *sum, double *raw_sum_2,
+                                 double *raw_sum_3, double *raw_sum_4, double *central_sum_2,
+                                 double *central_sum_3, double *central_sum_4);
+KEF_API int32_t __vtssSSEditSums(kef_ss_task *task, float *sum, float *raw_sum_2,
+                                 float *raw_sum_3, float *raw_sum_4, float *central_sum_2,
+                                 float *central_sum_3, float *central_sum_4);
+KEF_API int32_t __vtsdSSEditCovCor(kef_ss_task *task, double *mean, double *covariance,
+                                   const void *covariance_storage, double *correlation,
+                                   const void *correlation_storage);
+KEF_API int32_t __vtssSSEditCovCor(kef_ss_task *task, float *mean, float *covariance,
+                                   const void *covariance_storage, float *correlation,
+                                   const void *correlation_storage);
+KEF_API int32_t __vtsdSSEditCP(kef_ss_task *task, double *mean, double *sum,
+                               double *cross_product, const void *cross_product_storage);
+KEF_API int32_t __vtssSSEditCP(kef_ss_task *task, float *mean, float *sum, float *cross_product,
+                               const void *cross_product_storage);
+KEF_API int32_t __vtsdSSEditPartialCovCor(
+    kef_ss_task *task, const void *partial_indices, double *covariance,
+    const void *covariance_storage, double *correlation, const void *correlation_storage,
+    double *partial_covariance, const void *partial_covariance_storage,
+    double *partial_correlation, const void *partial_correlation_storage);
+KEF_API int32_t __vtssSSEditPartialCovCor(
+    kef_ss_task *task, const void *partial_indices, float *covariance,
+    const void *covariance_storage, float *correlation, const void *correlation_storage,
+    float *partial_covariance, const void *partial_covariance_storage,
+    float *partial_correlation, const void *partial_correlation_storage);
+KEF_API int32_t __vtsdSSEditQuantiles(kef_ss_task *task, const void *quantile_order_count,
+                                      const double *quantile_orders, double *quantiles,
+                                      double *order_statistics,
+                                      const void *order_statistics_storage);
+KEF_API int32_t __vtssSSEditQuantiles(kef_ss_task *task, const void *quantile_order_count,
+                                      const float *quantile_orders, float *quantiles,
+                                      float *order_statistics,
+                                      const void *order_statistics_storage);
+KEF_API int32_t __vtsdSSEditStreamQuantiles(kef_ss_task *task,
+                                            const void *stream_quantile_order_count,
+                                            const double *stream_quantile_orders,
+                                            double *stream_quantiles,
+                                            const void *stream_quantile_parameter_count,
+                                            const double *stream_quantile_parameters);
+KEF_API int32_t __vtssSSEditStreamQuantiles(kef_ss_task *task,
+                                            const void *stream_quantile_order_count,
+                                            const float *stream_quantile_orders,
+                                            float *stream_quantiles,
+                                            const void *stream_quantile_parameter_count,
+                                            const float *stream_quantile_parameters);
+KEF_API int32_t __vtsdSSEditPooledCovariance(kef_ss_task *task, const void *group_indices,
+                                             double *pooled_mean, double *pooled_covariance,
+                                             const void *requested_groups, double *group_means,
+                                             double *group_covariances);
+KEF_API int32_t __vtssSSEditPooledCovariance(kef_ss_task *task, const void *group_indices,
+                                             float *pooled_mean, float *pooled_covariance,
+                                             const void *requested_groups, float *group_means,
+                                             float *group_covariances);
+KEF_API int32_t __vtsdSSEditRCov(kef_ss_task *task, const void *robust_covariance_storage,
+                                 const void *robust_parameter_count,
+                                 const double *robust_parameters, double *robust_mean,
+                                 double *robust_covariance);
+KEF_API int32_t __vtssSSEditRCov(kef_ss_task *task, const void *robust_covariance_storage,
+                                 const void *robust_parameter_count,
+                                 const float *robust_parameters, float *robust_mean,
+                                 float *robust_covariance);
+KEF_API int32_t __vtsdSSEditOutDetect(kef_ss_task *task, const void *outlier_parameter_count,
+                                      const double *outlier_parameters, double *outlier_weights);
+KEF_API int32_t __vtssSSEditOutDetect(kef_ss_task *task, const void *outlier_parameter_count,
+                                      const float *outlier_parameters, float *outlier_weights);
+KEF_API int32_t __vtsdSSEditMissingVals(kef_ss_task *task, const void *missing_a_count,
+                                        const double *missing_a, const void *missing_b_count,
+                                        const double *missing_b, const void *missing_c_count,
+                                        const double *missing_c, const void *missing_d_count,
+                                        double *missing_d, const void *missing_e_count,
+                                        double *missing_e);
+KEF_API int32_t __vtssSSEditMissingVals(kef_ss_task *task, const void *missing_a_count,
+                                        const float *missing_a, const void *missing_b_count,
+                                        const float *missing_b, const void *missing_c_count,
+                                        const float *missing_c, const void *missing_d_count,
+                                        float *missing_d, const void *missing_e_count,
+                                        float *missing_e);
+KEF_API int32_t __vtsdSSEditMtxParametrz(kef_ss_task *task, double *correlation,
+                                         const void *correlation_storage,
+                                         double *parametrized_matrix,
+                                         const void *parametrized_matrix_storage);
+KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
+                                         const void *correlation_storage,
+                                         float *parametrized_matrix,
+                                         const void *parametrized_matrix_storage);
+
+/* Moments, sums, covariance and correlation of the observations in one pass.
+ *
+ * With weights w_j, W = sum w, W2 = sum w^2 (no weights: w = 1), m = sum w x / W,
+ * R_k = sum w x^k / W, S_k = sum w x^k, M_k = sum w (x-m)^k,
+ * C_ij = sum w (x_i-m_i)(x_j-m_j) and N = W - W2/W (N = W where that is not
+ * positive, so that one observation has variance 0 and not NaN):
+ *
+ *   mean m; raw moments R_2, R_3, R_4; sums S_1 .. S_4; central sums M_2, M_3, M_4
+ *   central moments   M_k / N = F M_k / W with one factor F = W/N for all three;
+ *                     the second is the unbiased variance (n-1 without weights)
+ *   cross-product C   covariance C / N
+ *   correlation       (C_ij / sqrt(C_ii)) / sqrt(C_jj), inside [-1,1], diagonal
+ *                     exactly 1; NaN off the diagonal where a variance is zero
+ *   skewness          (M_3/W) / (M_2/W)^1.5       (g1 of Joanes & Gill, The
+ *   kurtosis          (M_4/W) / (M_2/W)^2 - 3      Statistician 47:183, 1998)
+ *                     both NaN where M_2 is zero
+ *   variation         sqrt(M_2/N) / m
+ *
+ * Methods. RECURRENCE updates mean, central sums and cross-product with every
+ * observation (Welford 1962, West 1979, Terriberry 2007). TILED forms sums over
+ * tiles of observations around a value inside the data, and merges them (Chan,
+ * Golub & LeVeque, Am. Stat. 37:242, 1983; Pebay, SAND2008-6212): the fastest and the
+ * most accurate. Both work on x - r with r near the running mean, so that data far
+ * from zero keep their digits. RAW takes the mean and the central moments and sums
+ * from plain sums, c2 = (R2 - m^2) F, c3 = (R3 - 3 m R2 + 2 m^3) F,
+ * c4 = (R4 - 4 m R3 + 6 m^2 R2 - 3 m^4) F, and loses 2 log10(|m|/s) digits of the
+ * variance by nature; a c2 that rounding made negative is given as 0. Its covariance
+ * is that of TILED. Single-precision data are accumulated in double precision and
+ * rounded when a result is written.
+ *
+ * SUMS and CROSS_PRODUCT need no x: m = S_1/W, R_k = S_k/W, central moments from the
+ * central sums, covariance and correlation from the cross-product; skewness, kurtosis
+ * and variation from the mean and the central moments as they stand after that. W and
+ * W2 are read from the accumulated weights, without them W = W2 = n.
+ *
+ * What is written: the results asked for; besides, the mean wherever the estimate's
+ * row needs it, the central moments that a kurtosis, skewness or variation needs and,
+ * by RAW, the raw moments that its estimates need; and the accumulated weights. With
+ * no estimate or no variable selected nothing is read or written.
+ *
+ * Several blocks. With accumulated weights registered (two elements, 0 before the
+ * first block) the result arrays carry the state from call to call. Where W is 0 on
+ * entry, or without that array, the call starts anew and old contents of the arrays
+ * do not matter. The task keeps the state in full precision and uses it as long as the
+ * arrays hold what it last wrote, bit for bit; else (arrays restored by the caller, or
+ * another task) it takes up the values in the arrays. In that case the lower central
+ * sums must be there too: those among the results asked for are read, and when one is
+ * missing the call gives the NULL_ status of its central moment (of the covariance,
+ * when only a correlation is there). n is read anew by every call.
+ *
+ * Weights. Zero weights at the start of a block are skipped, a block of zero weights
+ * changes nothing. Later zero weights are processed (0 * NaN is NaN). Negative weights
+ * are taken as they are; results mean something while the running total stays
+ * positive. RAW leaves mean and moments as they were while W <= 0.
+ *
+ * NaN and infinite data give NaN (the mean: the infinity) for their variable only. A
+ * variable that the indices leave out keeps its results and its rows and columns.
+ *
+ * Checked, in this order: task; method (BAD_METHOD); the fields that the estimates
+ * require (the status of the first missing one in the order mean, raw moments,
+ * central moments, covariance, correlation, kurtosis, skewness, variation, sums, raw
+ * sums, central sums, cross-product; BAD_METHOD when one of the last group is asked
+ * for without x); without x, NULL_ACCUMULATED_WEIGHTS when W is not known; else n
+ * (BAD_COUNT), x (NULL_X), its storage (NULL_STORAGE, BAD_X_STORAGE); p; the layout of
+ * each matrix (NULL_STORAGE). */
+KEF_API int32_t _vtsdSSBasic(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSBasic(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Minimum and maximum of each variable (VTS_SS_ESTIMATE_MINIMUM, _MAXIMUM).
+ *
+ * The arrays are read and merged with the block: fill them with NaN ("nothing seen
+ * yet"), infinities or the first observation before the first block. NaN observations
+ * are skipped; where there are only such, the array keeps what it held. -0 and +0 are
+ * equal. Weights play no part.
+ * Checked, in this order: task, method (BAD_METHOD), NULL_MINIMUM, NULL_MAXIMUM, then n,
+ * x, its storage and p as by Basic. */
+KEF_API int32_t _vtsdSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+KEF_END_DECLS
+
+#endif

@@ -1,0 +1,178 @@
+// How the kernels read x: always a pair of variables at a time, as vectors of two
+// doubles, whatever the storage, the precision and the alignment are.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "vm/simd.h"
+
+namespace kef::stats {
+
+using vm::all;
+using vm::d2;
+using vm::l2;
+
+// The most observations that one pass over a pair of variables covers.
+inline constexpr int tile = 1024;
+// The same where coefficients or deviations of the observations are kept: what a
+// pass reads stays in the first-level cache.
+inline constexpr int short_tile = 256;
+// From one pair's deviations to the next one's; not a power of two, for the cache.
+inline constexpr std::ptrdiff_t column = short_tile + 4;
+
+// The same number in both lanes, from memory; the lanes exchanged.
+inline d2 duplicate(const double* x) { return (d2)_mm_loaddup_pd(x); }
+inline d2 swapped(d2 x) { return __builtin_shufflevector(x, x, 1, 0); }
+
+// Two neighbours in memory.
+template <bool aligned>
+inline d2 two(const double* x) {
+    if constexpr (aligned)
+        return (d2)_mm_load_pd(x);
+    else
+        return (d2)_mm_loadu_pd(x);
+}
+template <bool aligned>
+inline d2 two(const float* x) {
+    return (d2)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x))));
+}
+
+// x as p variables by n observations.
+template <class T>
+struct Observations {
+    const T* x;
+    std::ptrdiff_t variable_step, stride;  // to the next variable, to the next observation
+
+    const T* at(std::ptrdiff_t variable, std::ptrdiff_t observation) const {
+        return x + variable * variable_step + observation * stride;
+    }
+};
+
+// Two adjacent members of the list of processed variables; an odd last one comes as
+// a pair with itself, and the second lane is not used.
+struct Pair {
+    std::ptrdiff_t first, second;
+    bool alone() const { return first == second; }
+};
+
+// A source gives, besides one(j), the observation j of the pair,
+//   u(j), v(j)      what the next `width` observations hold, in two vectors
+//   fold(u, v, op)  an operation, all over the lanes of those vectors that belong to
+//                   the same variable, as a vector of the pair
+//   shift_u, shift_v(r), weight_u, weight_v(w, j)   values that fit the lanes of u, v
+// so that sums run over whole vectors in every storage. `half` tells whether u alone
+// is a step, too, of width/2 observations.
+
+// Lanes are the pair's variables; a lone variable stands in both lanes.
+struct LanesAreVariables {
+    static constexpr int width = 2;
+    static constexpr bool half = true;
+    template <class Op>
+    static d2 fold(d2 u, d2 v, Op op) {
+        return op(u, v);
+    }
+    static d2 shift_u(d2 r) { return r; }
+    static d2 shift_v(d2 r) { return r; }
+    static d2 weight_u(const double* w, int j) { return duplicate(w + j); }
+    static d2 weight_v(const double* w, int j) { return duplicate(w + j + 1); }
+};
+
+template <class T, bool aligned>
+struct ColumnPair : LanesAreVariables {
+    const T* x;
+    std::ptrdiff_t stride;
+    ColumnPair(const T* x, std::ptrdiff_t stride) : x(x), stride(stride) {}
+    d2 one(int j) const { return two<aligned>(x + j * stride); }
+    d2 u(int j) const { return one(j); }
+    d2 v(int j) const { return one(j + 1); }
+};
+
+template <class T>
+struct SplitPair : LanesAreVariables {
+    const T *x, *y;
+    std::ptrdiff_t stride;
+    SplitPair(const T* x, const T* y, std::ptrdiff_t stride) : x(x), y(y), stride(stride) {}
+    d2 one(int j) const {
+        return d2{static_cast<double>(x[j * stride]), static_cast<double>(y[j * stride])};
+    }
+    d2 u(int j) const { return one(j); }
+    d2 v(int j) const { return one(j + 1); }
+};
+
+// Lanes are consecutive observations: u of the first variable, v of the second.
+template <class T, bool aligned>
+struct RowPair {
+    static constexpr int width = 2;
+    static constexpr bool half = false;
+    const T *x, *y;
+    d2 one(int j) const { return d2{static_cast<double>(x[j]), static_cast<double>(y[j])}; }
+    d2 u(int j) const { return two<aligned>(x + j); }
+    d2 v(int j) const { return two<aligned>(y + j); }
+    template <class Op>
+    static d2 fold(d2 u, d2 v, Op op) {
+        return op(__builtin_shufflevector(u, v, 0, 2), __builtin_shufflevector(u, v, 1, 3));
+    }
+    static d2 shift_u(d2 r) { return all(r[0]); }
+    static d2 shift_v(d2 r) { return all(r[1]); }
+    static d2 weight_u(const double* w, int j) { return vm::load(w + j); }
+    static d2 weight_v(const double* w, int j) { return vm::load(w + j); }
+};
+
+// Lanes are consecutive observations of one contiguous variable.
+template <class T, bool aligned>
+struct LoneRow {
+    static constexpr int width = 4;
+    static constexpr bool half = true;
+    const T* x;
+    d2 one(int j) const { return all(static_cast<double>(x[j])); }
+    d2 u(int j) const { return two<aligned>(x + j); }
+    d2 v(int j) const { return two<aligned>(x + j + 2); }
+    template <class Op>
+    static d2 fold(d2 u, d2 v, Op op) {
+        const d2 both = op(u, v);
+        return op(both, swapped(both));
+    }
+    static d2 shift_u(d2 r) { return r; }
+    static d2 shift_v(d2 r) { return r; }
+    static d2 weight_u(const double* w, int j) { return vm::load(w + j); }
+    static d2 weight_v(const double* w, int j) { return vm::load(w + j + 2); }
+};
+
+// Kernels exist in two copies, by whether all the vectors that they load from the
+// caller's arrays are aligned; what they write is private and always is. Loads of
+// two floats need no alignment, so single precision has one copy.
+template <class T, class F>
+inline void by_alignment(std::uintptr_t addresses, F f) {
+    if constexpr (std::is_same_v<T, double>)
+        if (addresses % 16 == 0) return f(std::true_type());
+    f(std::false_type());
+}
+
+// Calls f with the source of the pair from observation j on, observation after
+// observation.
+template <class T, class F>
+inline void with_pair(const Observations<T>& o, Pair pair, std::ptrdiff_t j, F f) {
+    const T *x = o.at(pair.first, j), *y = o.at(pair.second, j);
+    if (y != x + 1 || o.stride == 1) return f(SplitPair<T>(x, y, o.stride));
+    by_alignment<T>(reinterpret_cast<std::uintptr_t>(x) | o.stride * sizeof(T),
+                    [&](auto aligned) { f(ColumnPair<T, aligned>(x, o.stride)); });
+}
+
+// The same for sums, where the order of the observations is free.
+template <class T, class F>
+inline void with_vectors(const Observations<T>& o, Pair pair, std::ptrdiff_t j, F f) {
+    if (o.stride != 1) return with_pair(o, pair, j, f);
+    const T *x = o.at(pair.first, j), *y = o.at(pair.second, j);
+    const auto addresses =
+        reinterpret_cast<std::uintptr_t>(x) | reinterpret_cast<std::uintptr_t>(y);
+    by_alignment<T>(addresses, [&](auto aligned) {
+        if (pair.alone())
+            f(LoneRow<T, aligned>{x});
+        else
+            f(RowPair<T, aligned>{x, y});
+    });
+}
+
+}  // namespace kef::stats

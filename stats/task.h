@@ -1,0 +1,54 @@
+// The statistics task: what task.def lists, words of its own, and the blocks that
+// computations keep in it from call to call.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kef_stats.h"
+
+// The address of an integer, of data that is read, and of data that is written.
+using kef_ss_integer = const void*;
+using kef_ss_input = const void*;
+using kef_ss_output = void*;
+
+// Every field is one machine word.
+struct kef_ss_task {
+    std::uintptr_t wide_integers;  // integers behind pointers have 64 bits
+    std::uintptr_t version;
+    std::uintptr_t revision;
+#define KEF_PARAMETER(kind, id, name, status) kef_ss_##kind name;
+#include "stats/task.def"
+    void* kept[8];  // blocks of keep(), by kef::stats::Kept
+    std::uintptr_t release_count;
+    void (*release[1])(kef_ss_task*);
+};
+static_assert(sizeof(kef_ss_task) == 90 * sizeof(void*));
+static_assert(offsetof(kef_ss_task, mean) == 12 * sizeof(void*));
+static_assert(offsetof(kef_ss_task, kept) == 80 * sizeof(void*));
+
+namespace kef::stats {
+
+using Task = kef_ss_task;
+
+// What each of the kept words is for.
+enum class Kept { basic };
+
+// The kept block of at least `size` bytes, 128-byte aligned: the one that is there, or
+// a new one whose bytes are zero. Null when there is no memory. DeleteTask frees it.
+void* keep(Task& task, Kept which, std::uint64_t size);
+
+// An integer behind a pointer that is not null.
+inline std::int64_t integer_at(const Task& task, const void* address, std::ptrdiff_t index = 0) {
+    return task.wide_integers ? static_cast<const std::int64_t*>(address)[index]
+                              : static_cast<const std::int32_t*>(address)[index];
+}
+
+// p or n as a positive number that an array can have elements; 0 for anything else.
+inline std::ptrdiff_t positive_at(const Task& task, const void* address) {
+    if (address == nullptr) return 0;
+    const std::int64_t value = integer_at(task, address);
+    return value > 0 && value <= PTRDIFF_MAX / 4 ? static_cast<std::ptrdiff_t>(value) : 0;
+}
+
+}  // namespace kef::stats

@@ -1,0 +1,60 @@
+// InvCbrt: r = x^(-1/3), the reciprocal of the real cube root.
+//
+//   x NaN          NaN
+//   x = +-0        +-infinity, singularity
+//   x = +-inf      +-0
+//
+// Double HA 0.53 ulp. Single HA is a double formula, rounded once; LA and EP compute
+// in single precision. Double EP is LA.
+#include "vm/core/cbrt_core.h"
+#include "vm/core/rounding.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct InvCbrt {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(InvCbrt);
+
+    static i4 outside(i4 h) { return cbrt_outside<T>(h); }
+
+    static V fast(V x) {
+        const V a = absolute(x);
+        V r;
+        if constexpr (std::is_same_v<T, double>) r = in_double(a);
+        else if constexpr (std::is_same_v<Accuracy, HA>) r = narrow(from_single_estimate(a, inverse_cbrt_from));
+        else r = inverse_cbrt_single<Accuracy>(a);
+        return with_sign(r, x);
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 0) return r = T(1) / x, VTM_STATUS_SING;
+        if (is_infinite(x)) return r = T(1) / x, VTM_STATUS_OK;
+        const double a = absolute(all(double(x)))[0];
+        r = static_cast<T>(in_double(all(a * 0x1p54))[0] * 0x1p18);
+        if (x < 0) r = -r;
+        return VTM_STATUS_OK;
+    }
+
+private:
+    static d2 in_double(d2 x) {
+        if constexpr (std::is_same_v<Accuracy, HA>) {
+            const DoubleDouble<d2> root = inverse_cbrt_parts(x);
+            return root.high + root.low;
+        } else {
+            return inverse_cbrt_from(x, inverse_cbrt_estimate(x));
+        }
+    }
+};
+
+KEF_MAP1(s, InvCbrt, LA)
+KEF_MAP1(s, InvCbrt, HA)
+KEF_MAP1(s, InvCbrt, EP)
+KEF_MAP1(d, InvCbrt, LA)
+KEF_MAP1(d, InvCbrt, HA)
+
+}  // namespace kef::vm

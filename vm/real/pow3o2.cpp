@@ -1,0 +1,83 @@
+// Pow3o2: r = x^(3/2).
+//
+//   x NaN                   NaN
+//   x = +-0                 +0
+//   x < 0, x = -infinity    invalid NaN, domain error
+//   x = +infinity           +infinity
+//   power too large         +infinity, overflow
+//   exact power below the smallest normal number: rounded, underflow
+//
+// Double HA: (t + d)^3 with t the root cut to 17 bits, so that t^3 is exact: 0.51 ulp.
+// LA is x sqrt(x), 1.4 ulp; also EP. Single HA is that in double, rounded once.
+#include "vm/core/scaling.h"
+#include "vm/double_double.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+// Where the power, and in double its parts, are normal numbers.
+template <class T> struct Pow3o2Range;
+template <> struct Pow3o2Range<double> {
+    static constexpr std::uint32_t small = 0x1A000000, large = 0x6A800000;  // 2^-607, 2^681
+};
+template <> struct Pow3o2Range<float> {
+    static constexpr std::uint32_t small = 0x15800000, large = 0x6A000000;  // 2^-84, 2^85
+};
+
+inline d2 times_root(d2 x) { return x * square_root(x); }
+
+// x^(3/2) = high + low, high with 51 bits.
+inline DoubleDouble<d2> pow3o2_parts(d2 x) {
+    const d2 s = square_root(x);
+    const d2 t = (d2)((l2)s & INT64_C(-0x1000000000)), t2 = t * t;
+    const d2 d = (x - t2) / (s + t);  // sqrt(x) - t
+    return {t2 * t, d * (3.0 * t2 + d * (3.0 * t + d))};
+}
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Pow3o2 {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Pow3o2);
+
+    static i4 outside(i4 h) { return not_between(h, Pow3o2Range<T>::small, Pow3o2Range<T>::large); }
+
+    static V fast(V x) {
+        if constexpr (std::is_same_v<Accuracy, LA>) {
+            return x * square_root(x);
+        } else if constexpr (std::is_same_v<T, double>) {
+            const DoubleDouble<d2> power = pow3o2_parts(x);
+            return power.high + power.low;
+        } else {
+            return in_double(x, times_root);
+        }
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 0) return r = 0, VTM_STATUS_OK;
+        if (x < 0) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+        if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
+        if constexpr (std::is_same_v<T, double>) {
+            const int e = exponent_of(x) & -2;
+            const DoubleDouble<d2> power = pow3o2_parts(all(scaled(x, -e)));
+            r = round_scaled(power.high[0], power.low[0], e / 2 * 3);
+        } else {
+            r = static_cast<float>(times_root(all(double(x)))[0]);
+        }
+        if (is_infinite(r)) return VTM_STATUS_OVERFLOW;
+        return r < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Pow3o2, LA)
+KEF_MAP1(s, Pow3o2, HA)
+KEF_MAP1(d, Pow3o2, LA)
+KEF_MAP1(d, Pow3o2, HA)
+
+}  // namespace kef::vm
