@@ -13,8 +13,8 @@
 namespace kef::rng {
 
 // State of `capacity` words behind the four counters: x[dimension] of the current point, then the
-// direction numbers v[32][dimension], the lowest bit of the index first, and, where there is room, the
-// points of indices 0 to 31, so that 32 points at a time need one exclusive or a coordinate.
+// direction numbers v[32][dimension], the lowest bit of the index first, and, where there is room,
+// the points of indices 0 to 31, so that 32 points at a time need one exclusive or a coordinate.
 template <std::int32_t capacity>
 struct DigitalNet {
     struct State {
@@ -29,9 +29,7 @@ struct DigitalNet {
         std::uint32_t* prefix(std::uint32_t i) { return body + dimension * (33 + i); }
     };
     static constexpr std::uint32_t group = 32;
-    static bool has_prefixes(const State& s) {
-        return s.dimension * (33 + group) <= capacity;
-    }
+    static bool has_prefixes(const State& s) { return s.dimension * (33 + group) <= capacity; }
     using Word = std::uint32_t;
     static constexpr std::uint32_t max_dimension = capacity / 33;
 
@@ -42,9 +40,7 @@ struct DigitalNet {
             add(s, std::countr_zero(gray));
     }
 
-    static void add(State& s, std::int32_t bit) {
-        add_rows(s.x(), s.v(bit), s.dimension, s.x());
-    }
+    static void add(State& s, std::int32_t bit) { add_rows(s.x(), s.v(bit), s.dimension, s.x()); }
 
     static void next_point(State& s) {
         ++s.index;
@@ -121,7 +117,8 @@ struct DigitalNet {
                 n -= taken;
                 continue;
             }
-            const std::int32_t taken = std::min(n, dimension - static_cast<std::int32_t>(s.component));
+            const std::int32_t taken =
+                std::min(n, dimension - static_cast<std::int32_t>(s.component));
             std::copy_n(s.x() + s.component, taken, r);
             r += taken;
             n -= taken;
@@ -154,7 +151,8 @@ struct DigitalNet {
             prefix = s.prefix(s.index % group);
             add_rows(base, prefix, s.dimension, x);
         } else if (s.index != 0) {
-            // gray(32 B + 32) and gray(32 B) differ in bit 4 and in the lowest set bit of the index.
+            // gray(32 B + 32) and gray(32 B) differ in bit 4 and in the lowest set bit of the
+            // index.
             add_rows(base, s.v(4), s.dimension, x);
             add(s, std::countr_zero(s.index));
         } else {
@@ -172,14 +170,16 @@ struct DigitalNet {
             for (std::uint32_t i = dimension; i < 12; ++i) pattern[i] = pattern[i - dimension];
             const std::uint32_t total = dimension * static_cast<std::uint32_t>(count);
             std::uint32_t i = 0, j = 0;
-            for (; i + 4 <= total; i += 4, j = j == 8 ? 0 : j + 4) add4(pattern + j, prefix + i, r + i);
+            for (; i + 4 <= total; i += 4, j = j == 8 ? 0 : j + 4)
+                add4(pattern + j, prefix + i, r + i);
             for (; i < total; ++i, ++j) r[i] = pattern[j] ^ prefix[i];
             return;
         }
         for (; count > 0; --count, prefix += dimension, r += dimension) {
             std::uint32_t c = 0;
             for (; c + 4 <= dimension; c += 4) add4(base + c, prefix + c, r + c);
-            if (c < dimension) add4(base + dimension - 4, prefix + dimension - 4, r + dimension - 4);
+            if (c < dimension)
+                add4(base + dimension - 4, prefix + dimension - 4, r + dimension - 4);
         }
     }
     // r = x ^ y.

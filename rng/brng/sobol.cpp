@@ -3,7 +3,8 @@
 //
 // Parameters: dimension (absent or out of range: 1), then nothing or 32 direction numbers for each
 // coordinate. Numbers come out point by point from index 1: (0.5, ..., 0.5) is the first one.
-// Leapfrog by the dimension keeps one coordinate. Map: 32 bits of a word in a double, the top 24 in a float.
+// Leapfrog by the dimension keeps one coordinate. Map: 32 bits of a word in a double, the top 24 in
+// a float.
 #include "rng/digital_net.h"
 
 namespace kef::rng {

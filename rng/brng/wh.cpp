@@ -1,5 +1,5 @@
-// WH: 273 combined multiplicative generators of Wichmann-Hill type (B. A. Wichmann, I. D. Hill, Appl.
-// Stat. 31 (1982) 188-190), four components each:
+// WH: 273 combined multiplicative generators of Wichmann-Hill type (B. A. Wichmann, I. D. Hill,
+// Appl. Stat. 31 (1982) 188-190), four components each:
 //   x_j <- a_j x_j mod m_j, u = frac(sum x_j / m_j).
 // tools/wh_search.cpp tells how moduli and multipliers were found. Raw word: the four x_j.
 // Seeds: x_j = word j mod m_j; 1 where that is 0 or absent. The first number belongs to the state
@@ -41,7 +41,8 @@ struct WichmannHill {
 
     // The first number of the state is a x: the parent goes k - (count - 1) steps on, so that a
     // step of `count` then leads to its number k.
-    static std::int32_t leapfrog(kef_stream* stream, State& s, std::uint32_t k, std::int32_t count) {
+    static std::int32_t leapfrog(kef_stream* stream, State& s, std::uint32_t k,
+                                 std::int32_t count) {
         const std::uint32_t* m = moduli(stream);
         for (int j = 0; j < 4; ++j) {
             const std::uint64_t order = m[j] - 1;
@@ -93,8 +94,9 @@ struct WichmannHill {
             y[c] = one[c].step(x[c]);
         }
         const auto put = [](const __m128d* from, std::uint32_t* to) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
-                             _mm_unpacklo_epi64(_mm_cvttpd_epi32(from[0]), _mm_cvttpd_epi32(from[1])));
+            _mm_storeu_si128(
+                reinterpret_cast<__m128i*>(to),
+                _mm_unpacklo_epi64(_mm_cvttpd_epi32(from[0]), _mm_cvttpd_epi32(from[1])));
         };
         std::int32_t i = 0;
         for (; i + 2 <= n; i += 2) {
@@ -115,14 +117,16 @@ struct WichmannHill {
     public:
         Map(std::int32_t sub, Real a, Real b) : a_(a), scale_(b - a) {
             const std::uint32_t* m = parameters[sub].m;
-            for (int c = 0; c < 2; ++c) inverse_[c] = _mm_set_pd(1.0 / m[2 * c + 1], 1.0 / m[2 * c]);
+            for (int c = 0; c < 2; ++c)
+                inverse_[c] = _mm_set_pd(1.0 / m[2 * c + 1], 1.0 / m[2 * c]);
         }
         void operator()(const Word* w, std::int32_t n, Real* r) const {
             for (std::int32_t i = 0; i < n; ++i) {
                 const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(w + i));
                 const __m128d t = _mm_add_pd(
                     _mm_mul_pd(_mm_cvtepi32_pd(x), inverse_[0]),
-                    _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 2, 3, 2))), inverse_[1]));
+                    _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 2, 3, 2))),
+                               inverse_[1]));
                 const double sum = _mm_cvtsd_f64(_mm_add_sd(t, _mm_unpackhi_pd(t, t)));
                 const double u = sum - static_cast<std::int32_t>(sum);  // sum in [0, 4): exact
                 r[i] = unit(u) * scale_ + a_;
