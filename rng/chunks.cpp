@@ -48,8 +48,8 @@ using namespace kef;
 using namespace kef::rng;
 
 // Defines a name and its spelling with one underscore.
-#define KEF_TWO_NAMES(result, name, ...)                                    \
-    result _##name(__VA_ARGS__) __attribute__((alias("__" #name)));         \
+#define KEF_TWO_NAMES(result, name, ...)                            \
+    result _##name(__VA_ARGS__) __attribute__((alias("__" #name))); \
     result __##name(__VA_ARGS__)
 
 extern "C" {

@@ -2,9 +2,9 @@
 // allocator.
 #include "rng/shared_table.h"
 
-#include <algorithm>
-
 #include <x86intrin.h>
+
+#include <algorithm>
 
 #include "service/alloc.h"
 

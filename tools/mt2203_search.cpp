@@ -20,6 +20,8 @@
 // sum_v floor(2203/v) - k(v), k(v) being the smallest norm of a reduced basis of the lattice of
 // the top v output bits (Couture and L'Ecuyer, Math. Comp. 69 (2000) 757-765; the extension of
 // the basis by one bit after Harase, Math. Comp. 80 (2011) 525-553).
+#include <immintrin.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -29,8 +31,6 @@
 #include <cstring>
 #include <map>
 #include <vector>
-
-#include <immintrin.h>
 
 namespace {
 
@@ -158,19 +158,18 @@ struct Field {
         u64 x = 1;  // Newton: each step doubles the correct coefficients
         for (int i = 0; i < 6; ++i) {
             const u64 e = _mm_cvtsi128_si64(clmul(phi.w[0], x));
-            x = _mm_cvtsi128_si64(clmul(x, e));   // x * (f x); over GF(2): 2x - f x^2 = f x^2
+            x = _mm_cvtsi128_si64(clmul(x, e));  // x * (f x); over GF(2): 2x - f x^2 = f x^2
         }
         inverse = x;
     }
     // T (70 words) times t^-2240 modulo phi.
     void reduce(u64* T, Poly& r) const {
         for (int i = 0; i < words; ++i) {
-            const __m128i q = _mm_clmulepi64_si128(_mm_cvtsi64_si128(T[i]),
-                                                   _mm_cvtsi64_si128(inverse), 0);
+            const __m128i q =
+                _mm_clmulepi64_si128(_mm_cvtsi64_si128(T[i]), _mm_cvtsi64_si128(inverse), 0);
             u64 carry = 0;
             for (int j = 0; j < words; ++j) {
-                const __m128i c =
-                    _mm_clmulepi64_si128(q, _mm_cvtsi64_si128(phi.w[j]), 0);
+                const __m128i c = _mm_clmulepi64_si128(q, _mm_cvtsi64_si128(phi.w[j]), 0);
                 T[i + j] ^= _mm_cvtsi128_si64(c) ^ carry;
                 carry = _mm_extract_epi64(c, 1);
             }
@@ -452,8 +451,8 @@ Result evaluate(u32 a, u32 b, u32 c) {
 // The best masks that the beam finds; a defect above `bound` may be any number above it.
 Result search_masks(u32 a, int beam, int bound) {
     // Losses floor(2203/v) - k(v) that no set seen so far went below.
-    constexpr int least[32] = {0, 0,  29, 0,  26, 22, 36, 0,  34, 13, 54, 44, 30, 19, 8, 0,
-                               58, 53, 46, 41, 35, 31, 26, 22, 19, 15, 12, 9, 6, 5, 3, 0};
+    constexpr int least[32] = {0,  0,  29, 0,  26, 22, 36, 0,  34, 13, 54, 44, 30, 19, 8, 0,
+                               58, 53, 46, 41, 35, 31, 26, 22, 19, 15, 12, 9,  6,  5,  3, 0};
     int rest = 0;
     for (int loss : least) rest += loss;
 
@@ -490,8 +489,7 @@ Result search_masks(u32 a, int beam, int bound) {
                     if (on) k.b |= position;
                 };
             };
-            if (b <= 24)
-                branch([bit](const Masks& k) { return !(k.known & bit); }, decide_b(bit));
+            if (b <= 24) branch([bit](const Masks& k) { return !(k.known & bit); }, decide_b(bit));
             if (b <= 16)
                 branch([](const Masks&) { return true; },
                        [bit](Masks& k, bool on) {
@@ -534,8 +532,7 @@ std::map<int, Row> read_rows(const char* path) {
     if (FILE* f = std::fopen(path, "r")) {
         int set;
         Row r;
-        while (std::fscanf(f, "%d %x %x %x %d %d", &set, &r.a, &r.b, &r.c, &r.defect, &r.next) ==
-               6)
+        while (std::fscanf(f, "%d %x %x %x %d %d", &set, &r.a, &r.b, &r.c, &r.defect, &r.next) == 6)
             if (!rows.contains(set) || r.defect < rows[set].defect) rows[set] = r;
         std::fclose(f);
     }
@@ -596,11 +593,11 @@ int emit(const char* path) {
         worst = std::max(worst, r->second.defect);
         sum += r->second.defect;
     }
-    std::printf("// Made by tools/mt2203_search.cpp (commands in its head): matrix word, mask B, mask C.\n"
-                "// Equidistribution defect of sets 4 and above: at most %d, mean %.1f.\n", worst,
-                sum / (sets - 4));
-    for (const auto& g : given)
-        std::printf("{0x%08X, 0x%08X, 0x%08X},\n", g[0], g[1], g[2]);
+    std::printf(
+        "// Made by tools/mt2203_search.cpp (commands in its head): matrix word, mask B, mask C.\n"
+        "// Equidistribution defect of sets 4 and above: at most %d, mean %.1f.\n",
+        worst, sum / (sets - 4));
+    for (const auto& g : given) std::printf("{0x%08X, 0x%08X, 0x%08X},\n", g[0], g[1], g[2]);
     for (int set = 4; set < sets; ++set) {
         const Row& r = rows.at(set);
         std::printf("{0x%08X, 0x%08X, 0x%08X},\n", r.a, r.b, r.c);
