@@ -16,6 +16,7 @@ static const struct {
     {"accuracy", "Three accuracies of one function", accuracy_chapter},
     {"errors", "Element errors", errors_chapter},
     {"threads", "Long vectors over several threads", threads_chapter},
+    {"statistics", "Statistics, block by block", statistics_chapter},
     {"summary", "What each accuracy costs and gives", summary_chapter},
 };
 enum { CHAPTERS = sizeof chapters / sizeof chapters[0] };
