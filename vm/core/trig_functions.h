@@ -84,8 +84,7 @@ inline bool trig_tiny(T x, T& r, int& status) {
     constexpr T bound = std::is_same_v<T, double> ? T(0x1p-300) : T(0x1p-60);
     if (x == 0) return r = x * T(0), true;  // also subnormals that count as zero
     if (x >= bound || x <= -bound) return false;
-    if (x < Format<T>::smallest_normal && x > -Format<T>::smallest_normal) status = VTM_STATUS_UNDERFLOW;
-    return r = x, true;
+    return status = tiny_result(x, r), true;
 }
 
 // The sum, rounded once to T.

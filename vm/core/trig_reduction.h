@@ -1,10 +1,10 @@
 // Reduction of arguments for the trigonometric functions, in three regimes:
 //
-//   vector, |x| below a gate   x - k P by Cody and Waite: P in parts so short that
-//                              k times all but the last is exact
+//   near and far, vectors      x - k P by Cody and Waite: P in parts so short that k times
+//                              all but the last is exact; a part more for the far
 //   one element, any finite x  k and r = x - k pi/256 from the fraction of x/(2 pi) as a
-//                              192-bit number: only the words of 1/(2 pi) that
-//                              matter for x's exponent are multiplied
+//                              192-bit number: only the words of 1/(2 pi) that matter for
+//                              x's exponent are multiplied
 //
 // W. J. Cody, W. Waite, Software Manual for the Elementary Functions (1980);
 // M. H. Payne, R. N. Hanek, Radian reduction for trigonometric functions,

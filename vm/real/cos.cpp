@@ -1,4 +1,9 @@
 // Cos: r = cos x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 

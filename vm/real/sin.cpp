@@ -1,4 +1,11 @@
 // Sin: r = sin x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//   x = +-0               x
+//   x subnormal           x, underflow
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 

@@ -1,4 +1,11 @@
-// SinCos: y = sin x, z = cos x, the same bits as Sin and Cos.
+// SinCos: y = sin x, z = cos x, the same bits as Sin and Cos of the same slot.
+//
+//   x NaN                 NaN twice, the payload kept
+//   x = +-infinity        invalid NaN twice, domain error
+//   x = +-0               x and 1
+//   x subnormal           x and 1, underflow
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 

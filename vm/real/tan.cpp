@@ -1,4 +1,12 @@
 // Tan: r = tan x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//   x = +-0               x
+//   x subnormal           x, underflow
+//
+// No double or float is so near an odd multiple of pi/2 that the result overflows.
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 
