@@ -17,6 +17,7 @@ static const struct {
     {"errors", "Element errors", errors_chapter},
     {"threads", "Long vectors over several threads", threads_chapter},
     {"streams", "Random streams", streams_chapter},
+    {"statistics", "Statistics, block by block", statistics_chapter},
     {"summary", "What each accuracy costs and gives", summary_chapter},
 };
 enum { CHAPTERS = sizeof chapters / sizeof chapters[0] };

@@ -31,6 +31,7 @@ expect 0 "299.85239" "$data" --chapter measurements
 expect 0 "element 7500, overflow" "$data" --elements 10001 --threads 3 --chapter threads
 expect 0 "index 50." "$data" --chapter errors
 expect 0 "the same bits" "$data" --chapter accuracy
+expect 0 "agree" "$data" --elements 54321 --chapter statistics
 expect 0 "dExp" "$data" --elements 1
 export KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR
 expect 0 "0x403: accuracy EP; errors +message" "$data" --elements 1000

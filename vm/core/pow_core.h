@@ -82,7 +82,7 @@ inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y_halves) {
     }
 }
 
-// x^y of one element, x > 0 finite, not 1, and y finite; whether the exact power lies
+// x^y of one element, x > 0 and y finite; whether the exact power lies
 // below 2^-1022.
 struct Power {
     double value;
@@ -92,7 +92,7 @@ inline Power pow_positive(double x, double y) {
     // |ln x| >= 2^-53: beyond |y| = 2^64 there is no finite result, below 2^-64 it is 1.
     constexpr Power infinite = {Format<double>::infinity, false}, zero = {0.0, true};
     const double magnitude = y < 0 ? -y : y;
-    if (magnitude < 0x1p-64) return {1.0, false};
+    if (x == 1 || magnitude < 0x1p-64) return {1.0, false};
     if (magnitude >= 0x1p64) return (x > 1) == (y > 0) ? infinite : zero;
     const bool scale = x < Format<double>::smallest_normal;
     const DoubleDouble<d2> e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y),

@@ -5,12 +5,14 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Cos {
+struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy, !std::is_same_v<Accuracy, EP>> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Cos);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return sine_fast<T, Accuracy, Phase::cosine>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return sine_fast<T, Accuracy, reach, Phase::cosine>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;

@@ -5,12 +5,14 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Sin {
+struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Sin);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return sine_fast<T, Accuracy, Phase::sine>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return sine_fast<T, Accuracy, reach, Phase::sine>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;

@@ -5,12 +5,14 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Tan {
+struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Tan);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return tangent_fast<T, Accuracy>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return tangent_fast<T, Accuracy, reach>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;
