@@ -196,7 +196,7 @@ std::int32_t read_chunk(kef_stream* stream, Reader& reader) {
     void* data = nullptr;
     if (record.size > 0) status = read_block(reader, static_cast<std::size_t>(record.size), data);
     if (status != VTS_STATUS_OK) return status;
-    status = attach(stream, record.key, record.shared_id, data, record.size);
+    status = attach(stream, record.key, record.shared_id, data, record.size, true);
     if (status != VTS_STATUS_OK) free_aligned(data);
     return status;
 }
