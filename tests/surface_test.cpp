@@ -30,15 +30,18 @@ std::vector<std::string> lines_of(const std::vector<std::string>& command) {
 
 // Every name that the public headers declare.
 std::set<std::string> declared_names() {
+    std::vector<std::string> command = {"gcc", "-E", "-P", "-x", "c"};
+    for (const auto& header : std::filesystem::directory_iterator(KEF_SOURCE_DIR "/include"))
+        if (header.path().filename() != "kef_vm_functions.h")  // part of kef_vm.h
+            command.insert(command.end(), {"-include", header.path()});
+    command.push_back("/dev/null");
+    std::string all;
+    for (const std::string& line : lines_of(command)) all += line + "\n";
+
     std::set<std::string> names;
-    const std::regex declaration(R"(KEF_API\s[^;{(]*?(\w+)\s*[(\[;])");
-    for (const auto& header : std::filesystem::directory_iterator(KEF_SOURCE_DIR "/include")) {
-        std::stringstream text;
-        text << std::ifstream(header.path()).rdbuf();
-        const std::string all = std::regex_replace(text.str(), std::regex("# *define[^\n]*"), "");
-        for (std::sregex_iterator i(all.begin(), all.end(), declaration), end; i != end; ++i)
-            names.insert((*i)[1]);
-    }
+    const std::regex declaration(R"(visibility\("default"\)\)\)\s[^;{(]*?(\w+)\s*[(\[;])");
+    for (std::sregex_iterator i(all.begin(), all.end(), declaration), end; i != end; ++i)
+        names.insert((*i)[1]);
     return names;
 }
 
