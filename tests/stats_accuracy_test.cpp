@@ -104,6 +104,21 @@ TEST(StatsAccuracy, OnePassMethodsKeepTheDigitsOfShiftedData) {
         }
 }
 
+// Nearly all the weight on one observation, and the spread on the other: sums around a
+// point far from the mean would cancel. M2 = w0 w1 / (w0 + w1).
+TEST(StatsAccuracy, WeightsOfVeryDifferentSize) {
+    for (int method : {VTS_SS_METHOD_TILED, VTS_SS_METHOD_RECURRENCE})
+        for (double light : {1e-3, 1e-8, 1e-12, 1e-15}) {
+            Problem<double> problem(1, 2, {1, 0}, {1, light});
+            ASSERT_EQ(VTS_SS_STATUS_OK,
+                      problem.basic(VTS_SS_ESTIMATE_CENTRAL_SUM_2 | VTS_SS_ESTIMATE_CROSS_PRODUCT,
+                                    method));
+            const double exact = light / (1 + light);
+            EXPECT_LT(relative(problem.central_sum2[0], exact), 1e-15) << method << " " << light;
+            EXPECT_LT(relative(problem.cross_product[0], exact), 1e-15) << method << " " << light;
+        }
+}
+
 // Single precision accumulates in double precision: only the results are rounded.
 TEST(StatsAccuracy, SinglePrecisionLosesNothingOnTheWay) {
     const int n = 1000000;
