@@ -2,7 +2,6 @@
 // progress line and a state file from which a run that was stopped goes on.
 #pragma once
 
-#include <atomic>
 #include <bitset>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <dlfcn.h>
 
@@ -23,28 +23,28 @@ struct Exhaustive {
     std::uint64_t build = 0;  // of the library: state of another build is not used
     std::bitset<chunk_count> done;
     double screen_error = 0;
-    Meter<float>::Tallies tallies;
+    std::array<std::array<Tally<float>, 2>, 3> tallies;
 };
+static_assert(std::is_trivially_copyable_v<Exhaustive>, "it is saved as it stands");
 
-// FNV-1a hash of the file that holds the symbol.
-inline std::uint64_t file_hash(const void* symbol) {
+// FNV-1a hash of the file that holds the code.
+inline std::uint64_t file_hash(kef_test::Code code) {
     Dl_info info;
+    if (dladdr(reinterpret_cast<const void*>(code), &info) == 0) return 0;
     std::uint64_t hash = 0xCBF29CE484222325u;
-    if (dladdr(symbol, &info) == 0) return 0;
     if (std::FILE* file = std::fopen(info.dli_fname, "rb")) {
-        for (int c; (c = std::getc(file)) != EOF;) hash = (hash ^ static_cast<unsigned>(c)) * 0x100000001B3u;
+        for (int c; (c = std::getc(file)) != EOF;)
+            hash = (hash ^ static_cast<unsigned>(c)) * 0x100000001B3u;
         std::fclose(file);
     }
     return hash;
 }
 
-template <class Function>
-std::unique_ptr<Exhaustive> every_float(const reference::Reference& row, const std::string& name,
-                                        const std::vector<Function*>& kernels,
-                                        const std::string& directory) {
-    static_assert(std::is_trivially_copyable_v<Exhaustive>);
-    const std::string path = directory + "/" + name + ".exhaustive", draft = path + ".new";
-    const std::uint64_t build = file_hash(reinterpret_cast<const void*>(kernels[0]));
+inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& reference,
+                                               const kef_test::Row& row,
+                                               const std::string& directory) {
+    const std::string path = directory + "/" + row.name() + ".exhaustive", draft = path + ".new";
+    const std::uint64_t build = file_hash(row.slots[0]);
     auto total = std::make_unique<Exhaustive>();
     if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
         if (std::fread(total.get(), sizeof *total, 1, file) != 1 || total->build != build)
@@ -55,21 +55,20 @@ std::unique_ptr<Exhaustive> every_float(const reference::Reference& row, const s
     const auto save = [&] {
         std::FILE* file = std::fopen(draft.c_str(), "wb");
         const bool written = file && std::fwrite(total.get(), sizeof *total, 1, file) == 1;
-        if (!file || std::fclose(file) != 0 || !written || std::rename(draft.c_str(), path.c_str()) != 0) {
+        if (!file || std::fclose(file) != 0 || !written ||
+            std::rename(draft.c_str(), path.c_str()) != 0) {
             std::fprintf(stderr, "\ncannot write %s\n", path.c_str());
             std::exit(1);
         }
     };
 
+    const std::vector<Kernel<float>> all = kernels<float>(row);
     std::mutex lock;
     std::uint32_t next = 0;
     const auto work = [&] {
         kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
         constexpr std::uint32_t size = 1024;
         Batch<float> batch(size);
-        const reference::Scalars scalars = {};
-        std::vector<std::array<std::vector<float>, 2>> results(kernels.size());
-        auto tallies = std::make_unique<Meter<float>::Tallies>();
         for (;;) {
             std::uint32_t chunk;
             {
@@ -78,33 +77,29 @@ std::unique_ptr<Exhaustive> every_float(const reference::Reference& row, const s
                 if (next == Exhaustive::chunk_count) return;
                 chunk = next++;
             }
-            *tallies = {};
-            Meter<float> meter(row, 1 << 14);
+            Meter<float>::Tallies tallies(all.size());
+            Meter<float> meter(reference, 1 << 14);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
-                std::vector<const std::array<std::vector<float>, 2>*> views;
-                for (std::size_t k = 0; k < kernels.size(); ++k) {
-                    call(kernels[k], batch);
-                    results[k] = batch.result;
-                    views.push_back(&results[k]);
-                }
-                meter.take(batch, scalars, views, true, *tallies);
+                meter.take(all, batch, true, tallies);
             }
             const std::lock_guard guard(lock);
-            for (std::size_t k = 0; k < kernels.size(); ++k)
-                for (int j = 0; j < meter.results(); ++j) total->tallies[k][j].merge((*tallies)[k][j]);
+            for (std::size_t k = 0; k < all.size(); ++k)
+                for (int j = 0; j < meter.results(); ++j)
+                    total->tallies[k][j].merge(tallies[k][j]);
             total->screen_error = std::max(total->screen_error, meter.screen_error());
             total->done[chunk] = true;
             const std::size_t count = total->done.count();
             if (count % 32 == 0) save();
-            std::fprintf(stderr, "\r%s: %5.1f %%, %llu misrounded ", name.c_str(),
+            std::fprintf(stderr, "\r%s: %5.1f %%, %llu misrounded ", row.name().c_str(),
                          100.0 * count / Exhaustive::chunk_count,
-                         (unsigned long long)total->tallies[0][0].misrounded);
+                         static_cast<unsigned long long>(total->tallies[0][0].misrounded));
         }
     };
     std::vector<std::thread> threads;
-    for (unsigned i = 0; i < std::max(1u, std::thread::hardware_concurrency()); ++i) threads.emplace_back(work);
+    for (unsigned i = 0; i < std::max(1u, std::thread::hardware_concurrency()); ++i)
+        threads.emplace_back(work);
     for (std::thread& thread : threads) thread.join();
     save();
     std::fputc('\n', stderr);

@@ -4,8 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "bench/batch.h"
 #include "tests/reference.h"
-#include "tests/slots.h"
 
 namespace kef {
 
@@ -37,7 +37,7 @@ struct Tally {
     }
 };
 
-// Takes batches that the slots of one function have computed. The 80-bit value
+// Runs the kernels of one function on batches of arguments. The 80-bit value
 // of the reference decides on every element that its error cannot change; the
 // others, and every candidate for the worst error, are computed in __float128. Its
 // error bound is itself checked, on every `check_every`-th element.
@@ -46,7 +46,6 @@ class Meter {
 public:
     using quad = reference::quad;
     using wide = reference::wide;
-    static constexpr int max_kernels = 3;
 
     explicit Meter(const reference::Reference& row, unsigned check_every = 512)
         : row_(row),
@@ -54,25 +53,29 @@ public:
           margin_(row.screen_error * 0x1p-63 + (std::is_same_v<T, float> ? 0x1p-52 : 0)),
           margin_ulps_(std::ldexp(margin_, std::numeric_limits<T>::digits)) {}
 
-    // Tallies of kernel k and of result number j.
-    using Tallies = std::array<std::array<Tally<T>, 2>, max_kernels>;
+    // Tallies by kernel and number of the result.
+    using Tallies = std::vector<std::array<Tally<T>, 2>>;
     int results() const { return row_.exact2 ? 2 : 1; }
 
     // Largest error of the 80-bit values seen, in units of 2^-63.
     double screen_error() const { return screen_error_; }
 
-    // results[k]: the batch's results by kernel k.
-    void take(const Batch<T>& x, const reference::Scalars& scalars,
-              const std::vector<const std::array<std::vector<T>, 2>*>& results, bool for_mean,
-              Tallies& tallies) {
-        for (int i = 0; i < x.size(); ++i) {
-            for (int j = 0; j < this->results(); ++j) {
+    // Runs and judges every kernel on one batch of arguments.
+    void take(const std::vector<Kernel<T>>& kernels, Batch<T>& x, bool for_mean, Tallies& tallies) {
+        reference::Scalars scalars;
+        for (std::size_t i = 0; i < scalars.size(); ++i) scalars[i] = x.scalars[i];
+        got_.resize(kernels.size());
+        for (std::size_t k = 0; k < kernels.size(); ++k) {
+            kernels[k].run(x);
+            got_[k] = x.result;
+        }
+        for (int i = 0; i < x.size(); ++i)
+            for (int j = 0; j < results(); ++j) {
                 Element value(row_, j, x.a[i], x.b[i], scalars);
                 if (++elements_ % check_every_ == 0) check_screen(value);
-                for (std::size_t k = 0; k < results.size(); ++k)
-                    judge(value, (*results[k])[j][i], for_mean, tallies[k][j]);
+                for (std::size_t k = 0; k < kernels.size(); ++k)
+                    judge(value, got_[k][j][i], for_mean, tallies[k][j]);
             }
-        }
     }
 
 private:
@@ -154,6 +157,7 @@ private:
     const unsigned check_every_;
     const double margin_, margin_ulps_;  // of the screened error of a result
     unsigned elements_ = 0;
+    std::vector<std::array<std::vector<T>, 2>> got_;
     double screen_error_ = 0;
 };
 

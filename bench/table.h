@@ -23,23 +23,22 @@ public:
     using Row = std::vector<std::string>;
     explicit Table(Row head) : rows_{std::move(head)} {}
     void add(Row row) { rows_.push_back(std::move(row)); }
-    bool empty() const { return rows_.size() == 1; }
 
-    void print(bool markdown) const {
-        std::vector<std::size_t> width(rows_[0].size());
+    // Without its head, a table goes on with the one before it.
+    void print(bool markdown, bool head = true) const {
+        std::vector<int> width(rows_[0].size());
         for (const Row& row : rows_)
-            for (std::size_t i = 0; i < row.size(); ++i) width[i] = std::max(width[i], row[i].size());
-        for (const Row& row : rows_) {
             for (std::size_t i = 0; i < row.size(); ++i)
-                if (markdown)
-                    std::printf("| %s ", row[i].c_str());
-                else
-                    std::printf("%-*s  ", static_cast<int>(width[i]), row[i].c_str());
+                width[i] = std::max(width[i], static_cast<int>(row[i].size()));
+        for (const Row& row : rows_) {
+            if (!head && &row == &rows_[0]) continue;
+            for (std::size_t i = 0; i < row.size(); ++i)
+                if (markdown) std::printf("| %s ", row[i].c_str());
+                else std::printf("%-*s%s", width[i], row[i].c_str(), i + 1 < row.size() ? "  " : "");
             std::puts(markdown ? "|" : "");
-            if (markdown && &row == &rows_[0]) {
-                for (std::size_t i = 0; i < row.size(); ++i) std::printf("|---");
-                std::puts("|");
-            }
+            if (!markdown || &row != &rows_[0]) continue;
+            for (std::size_t i = 0; i < row.size(); ++i) std::printf("|---");
+            std::puts("|");
         }
         std::fflush(stdout);
     }

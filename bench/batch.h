@@ -1,0 +1,57 @@
+// One call of a function, whoever made it: a slot of ours, or a peer.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/rows.h"
+
+namespace kef {
+
+template <class T>
+struct Batch {
+    explicit Batch(std::size_t n) : a(n), b(n), result{std::vector<T>(n), std::vector<T>(n)} {}
+    std::int32_t size() const { return static_cast<std::int32_t>(a.size()); }
+
+    std::vector<T> a, b;
+    std::array<T, 4> scalars = {};  // Powx: the exponent, b holds it too; LinearFrac: all
+    std::array<std::vector<T>, 2> result;
+};
+
+template <class T>
+struct Kernel {
+    std::string name;  // the slots that share it, or the peer's name
+    std::function<void(Batch<T>&)> run;
+    int slot = -1;     // the strictest of its slots
+};
+
+inline constexpr const char* slot_names[] = {"LA", "HA", "EP"};
+
+// The different kernels in the slots of a row; HA's first.
+template <class T>
+std::vector<Kernel<T>> kernels(const kef_test::Row& row) {
+    std::vector<Kernel<T>> result;
+    std::vector<kef_test::Code> codes;
+    for (const int slot : {1, 0, 2}) {
+        const kef_test::Code code = row.slots[slot];
+        std::size_t k = 0;
+        while (k < codes.size() && codes[k] != code) ++k;
+        if (k < codes.size()) {
+            result[k].name += std::string(" ") + slot_names[slot];
+            continue;
+        }
+        codes.push_back(code);
+        const auto run = [invoke = row.invoke, code](Batch<T>& x) {
+            invoke(code, {x.size(), x.a.data(), x.b.data(), x.scalars.data(), x.result[0].data(),
+                          x.result[1].data()});
+        };
+        result.push_back({slot_names[slot], run, slot});
+    }
+    return result;
+}
+
+}  // namespace kef

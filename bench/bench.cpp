@@ -1,0 +1,298 @@
+// Time-stamp cycles per element of every real function, beside what a user would
+// take instead, all in one run.
+//
+//   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
+//   bench [function...] --costs          values for the cost tables
+//   bench [function...] --special        special and extreme arguments against ordinary ones
+//
+// A cell is the least of many repetitions; the contenders take turns, so that
+// noise meets all of them alike. In brackets: the ratio to the fastest peer of the
+// slot's class at that n. Only ratios carry over from one machine to another.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+
+#include <x86intrin.h>
+
+#include "bench/peers.h"
+#include "bench/select.h"
+#include "bench/table.h"
+#include "include/kef_vm.h"
+#include "tests/reference.h"
+
+namespace kef {
+
+namespace {
+
+constexpr std::array sizes = {10, 100, 1000, 1000000};
+constexpr std::size_t main_size = 2;  // 1000: what ratios are stated for
+
+// Time-stamp cycles. Long calls are timed by the thread's own clock, which stands
+// still while others have the processor.
+double now(bool long_call) {
+    const auto clock = [](clockid_t id) {
+        timespec t;
+        clock_gettime(id, &t);
+        return static_cast<double>(t.tv_sec) * 1e9 + static_cast<double>(t.tv_nsec);
+    };
+    if (!long_call) {
+        _mm_lfence();
+        const std::uint64_t t = __rdtsc();
+        _mm_lfence();
+        return static_cast<double>(t);
+    }
+    static const double per_nanosecond = [&] {
+        const double start = clock(CLOCK_MONOTONIC);
+        const std::uint64_t t = __rdtsc();
+        while (clock(CLOCK_MONOTONIC) < start + 5e7) {}
+        return static_cast<double>(__rdtsc() - t) / (clock(CLOCK_MONOTONIC) - start);
+    }();
+    return per_nanosecond * clock(CLOCK_THREAD_CPUTIME_ID);
+}
+
+// Cycles of one call per element, of each kernel.
+template <class T>
+std::vector<double> cycles(const std::vector<Kernel<T>>& kernels, Batch<T>& batch) {
+    // Short calls are repeated, so that the clock's own time (about 30) is small.
+    const int n = batch.size(), repeat = std::max(1, 1000 / n);
+    const bool long_call = n > 10000;
+    const double budget = long_call ? 2e8 : 3e7;  // per kernel
+    std::vector<double> best(kernels.size(), INFINITY);
+    double spent = 0;
+    for (int round = 0; round < 400 && (round < 5 || spent < budget * kernels.size()); ++round)
+        for (std::size_t k = 0; k < kernels.size(); ++k) {
+            const double start = now(long_call);
+            for (int i = 0; i < repeat; ++i) kernels[k].run(batch);
+            const double time = now(long_call) - start;
+            spent += time;
+            best[k] = std::min(best[k], time / repeat / n);
+        }
+    return best;
+}
+
+template <class T>
+Batch<T> ordinary(const kef_test::Row& row, const reference::Reference& reference, int n) {
+    Batch<T> batch(n);
+    reference::Random random(row.name());
+    for (std::size_t i = 0; i < 4; ++i) batch.scalars[i] = static_cast<T>(reference.main.scalars[i]);
+    if (row.scalars == 1) batch.scalars[0] = T(2.7);
+    for (int i = 0; i < n; ++i) {
+        batch.a[i] = random.draw<T>(reference.main.a, true);
+        batch.b[i] = row.scalars == 1 ? batch.scalars[0] : random.draw<T>(reference.main.b, true);
+    }
+    return batch;
+}
+
+// The largest error that keeps a slot's class.
+template <class T>
+double class_bound(int slot) {
+    constexpr double ep = std::is_same_v<T, float> ? 0x1p12 : 0x1p26;  // 11 and 26 bits
+    return slot == 1 ? 1 : slot == 0 ? 4 : ep;
+}
+
+// Mean of ratios, by slot.
+class Geometric {
+public:
+    void add(int slot, double ratio) {
+        sum_[slot] += std::log(ratio);
+        ++count_[slot];
+    }
+    void print() const {
+        double sum = 0;
+        int count = 0;
+        for (int slot = 0; slot < 3; ++slot) {
+            sum += sum_[slot];
+            count += count_[slot];
+            if (count_[slot]) print(slot_names[slot], sum_[slot], count_[slot]);
+        }
+        if (count) print("all", sum, count);
+    }
+
+private:
+    static void print(const char* name, double sum, int count) {
+        std::printf("geometric mean of the ratios at n = %d, %s: %.3f (%d kernels)\n",
+                    sizes[main_size], name, std::exp(sum / count), count);
+    }
+    double sum_[3] = {};
+    int count_[3] = {};
+};
+
+struct Options {
+    Selection selection;
+    bool markdown = false, costs = false, special = false;
+};
+
+class Run {
+public:
+    explicit Run(const Options& options)
+        : options_(options),
+          specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4", "NaN",
+                     "infinity", "subnormal", "huge", "negative"}),
+          costs_({"function", "kernels", "measured", "published"}) {
+        if (options.costs) {
+            const kef_test::Row& row = *kef_test::find_row("dExp");
+            Batch<double> batch = ordinary<double>(row, *reference::find("Exp"), sizes[main_size]);
+            anchor_ = row.costs[1] / cycles<double>({kernels<double>(row)[0]}, batch)[0];
+        }
+    }
+
+    void row(const kef_test::Row& row) {
+        const reference::Reference* reference = reference::find(row.function);
+        if (!reference || (row.type != 's' && row.type != 'd')) {
+            std::fprintf(stderr, "%s has no reference: add a row to tests/reference.def\n",
+                         row.name().c_str());
+            failed_ = true;
+        } else if (row.type == 'd') {
+            real<double>(row, *reference);
+        } else {
+            real<float>(row, *reference);
+        }
+    }
+
+    int finish() const {
+        if (options_.costs) costs_.print(options_.markdown);
+        else if (options_.special) specials_.print(options_.markdown);
+        else geometric_.print();
+        return failed_ ? 1 : 0;
+    }
+
+private:
+    template <class T>
+    void real(const kef_test::Row& row, const reference::Reference& reference) {
+        if (options_.costs) costs<T>(row, reference);
+        else if (options_.special) special<T>(row, reference);
+        else compare<T>(row, reference);
+    }
+
+    template <class T>
+    void compare(const kef_test::Row& row, const reference::Reference& reference) {
+        std::vector<Kernel<T>> all = kernels<T>(row);
+        const std::size_t ours = all.size();
+        std::vector<Peer<T>> others;
+        for (const Peer<T>& peer : peers<T>())
+            if (row.function == std::string_view(peer.function)) {
+                others.push_back(peer);
+                all.push_back({peer.name, peer.run});
+            }
+        std::array<std::vector<double>, sizes.size()> time;
+        for (std::size_t s = 0; s < sizes.size(); ++s) {
+            Batch<T> batch = ordinary<T>(row, reference, sizes[s]);
+            time[s] = cycles(all, batch);
+        }
+
+        // The fastest peer of a class; where there is none, the fastest at all, marked.
+        const auto rival = [&](std::size_t s, int slot) {
+            std::size_t best = 0;
+            for (const bool in_class : {true, false}) {
+                for (std::size_t p = 0; p < others.size(); ++p)
+                    if (!in_class || (others[p].everywhere && others[p].ulps <= class_bound<T>(slot)))
+                        if (best == 0 || time[s][ours + p] < time[s][best]) best = ours + p;
+                if (best != 0) return std::pair(best, in_class);
+            }
+            return std::pair(best, false);
+        };
+        Table table({"function", "kernel", "ulp", "n = 10", "100", "1000", "1000000", "against"});
+        for (std::size_t k = 0; k < ours; ++k) {
+            Table::Row cells = {row.name(), all[k].name, ""};
+            for (std::size_t s = 0; s < sizes.size(); ++s) {
+                const auto [best, in_class] = rival(s, all[k].slot);
+                cells.push_back(format("%.2f", time[s][k]));
+                if (best) cells.back() += format(" (%.2f)", time[s][k] / time[s][best]);
+            }
+            const auto [best, in_class] = rival(main_size, all[k].slot);
+            if (best) {
+                cells.push_back(format("%s %.2f%s", all[best].name.c_str(), time[main_size][best],
+                                       in_class ? "" : ", not of the class"));
+                if (in_class) geometric_.add(all[k].slot, time[main_size][k] / time[main_size][best]);
+            } else {
+                cells.push_back("");
+            }
+            table.add(cells);
+        }
+        if (!options_.markdown)
+            for (std::size_t p = 0; p < others.size(); ++p) {
+                Table::Row cells = {row.name(), others[p].name,
+                                    format("%g%s", others[p].ulps, others[p].everywhere ? "" : " partly")};
+                for (const auto& t : time) cells.push_back(format("%.2f", t[ours + p]));
+                table.add(cells);
+            }
+        table.print(options_.markdown, head_);
+        if (!options_.markdown) std::puts("");
+        head_ = !options_.markdown;
+    }
+
+    // Published costs are relative: double Exp HA is what surface.def says.
+    template <class T>
+    void costs(const kef_test::Row& row, const reference::Reference& reference) {
+        const std::vector<Kernel<T>> all = kernels<T>(row);
+        Batch<T> batch = ordinary<T>(row, reference, sizes[main_size]);
+        const std::vector<double> time = cycles(all, batch);
+        Table::Row cells = {row.name(), "", "", ""};
+        for (int slot = 0; slot < 3; ++slot) {
+            std::size_t k = 0;
+            while (all[k].name.find(slot_names[slot]) == std::string::npos) ++k;
+            const char* comma = slot ? ", " : "";
+            cells[1] += comma + std::string(row.kernels[slot]);
+            cells[2] += comma + format("%.3gf", anchor_ * time[k]);
+            cells[3] += comma + format("%.4gf", row.costs[slot]);
+        }
+        costs_.add(cells);
+    }
+
+    template <class T>
+    void special(const kef_test::Row& row, const reference::Reference& reference) {
+        using Limits = std::numeric_limits<T>;
+        const std::vector<Kernel<T>> all = kernels<T>(row);
+        const Batch<T> plain = ordinary<T>(row, reference, sizes[main_size]);
+        std::vector<Batch<T>> batches(9, plain);
+        reference::Random random(row.name());
+        for (int i = 0; i < plain.size(); ++i) {
+            if (i % 4 == 0) {
+                batches[1].a[i] = Limits::quiet_NaN();
+                batches[2].a[i] = Limits::infinity();
+                batches[3].a[i] = 0;
+            }
+            batches[4].a[i] = Limits::quiet_NaN();
+            batches[5].a[i] = Limits::infinity();
+            batches[6].a[i] = random.draw<T>({0, Limits::min()}, true);
+            batches[7].a[i] = random.draw<T>({std::sqrt(Limits::max()), Limits::max()}, false);
+            batches[8].a[i] = -std::fabs(plain.a[i]);
+        }
+        std::vector<std::vector<double>> time;
+        for (Batch<T>& batch : batches) time.push_back(cycles(all, batch));
+        for (std::size_t k = 0; k < all.size(); ++k) {
+            Table::Row cells = {row.name(), all[k].name, format("%.2f", time[0][k])};
+            for (std::size_t b = 1; b < batches.size(); ++b)
+                cells.push_back(format("%.1f", time[b][k] / time[0][k]));
+            specials_.add(cells);
+        }
+    }
+
+    const Options& options_;
+    double anchor_ = 0;  // cost of a cycle
+    bool head_ = true, failed_ = false;
+    Geometric geometric_;
+    Table specials_, costs_;
+};
+
+int main(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view word = argv[i];
+        if (word == "--markdown") options.markdown = true;
+        else if (word == "--costs") options.costs = true;
+        else if (word == "--special") options.special = true;
+        else if (!options.selection.add(word)) return 2;
+    }
+    kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+    Run run(options);
+    for (const kef_test::Row* row : options.selection.rows()) run.row(*row);
+    return run.finish();
+}
+
+}  // namespace
+
+}  // namespace kef
+
+int main(int argc, char** argv) { return kef::main(argc, argv); }

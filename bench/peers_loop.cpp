@@ -1,0 +1,45 @@
+// What the compiler makes of a plain loop (-O3 vectorizes it).
+#include <cmath>
+
+#include "bench/peers.h"
+
+namespace kef {
+
+namespace {
+
+#define LOOP(function, ulps, expression)                                                  \
+    {#function, "plain loop", ulps, true, [](Batch<T>& batch) {                           \
+         const int n = batch.size();                                                      \
+         const T* __restrict a = batch.a.data();                                          \
+         [[maybe_unused]] const T* __restrict b = batch.b.data();                         \
+         [[maybe_unused]] const std::array<T, 4> c = batch.scalars;                       \
+         T* __restrict r = batch.result[0].data();                                        \
+         for (int i = 0; i < n; ++i) {                                                    \
+             const T x = a[i];                                                            \
+             [[maybe_unused]] const T y = b[i];                                           \
+             r[i] = expression;                                                           \
+         }                                                                                \
+     }},
+
+template <class T>
+struct Loop {
+    AddPeers<T> rows = {
+        LOOP(Abs, 0, std::fabs(x))
+        LOOP(Add, .5, x + y)
+        LOOP(Sub, .5, x - y)
+        LOOP(Mul, .5, x * y)
+        LOOP(Div, .5, x / y)
+        LOOP(Sqr, .5, x * x)
+        LOOP(Inv, .5, 1 / x)
+        LOOP(Sqrt, .5, std::sqrt(x))
+        LOOP(InvSqrt, 1.4, 1 / std::sqrt(x))
+        LOOP(Pow3o2, 1.3, x * std::sqrt(x))
+        LOOP(LinearFrac, 2.3, (x * c[0] + c[1]) / (y * c[2] + c[3]))
+    };
+};
+const Loop<double> d_rows;
+const Loop<float> s_rows;
+
+}  // namespace
+
+}  // namespace kef
