@@ -23,21 +23,30 @@ struct Sinh {
 
     static i4 outside(i4 h) { return not_between(magnitude(h), Range::tiny, Range::large); }
 
-    static V fast(V x) {
+    static auto fast(V x) {
         const V a = absolute(x);
-        V r;
-        if constexpr (std::is_same_v<T, double>) r = sinh_core<Accuracy>(a);
-        else if constexpr (std::is_same_v<Accuracy, HA>) r = in_double(a, sinh_core<LA>);
-        else r = sinh_single<Accuracy>(a);
-        return with_sign(r, x);
+        if constexpr (std::is_same_v<T, double>) {
+            return with_sign(sinh_core<Accuracy>(a), x);
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            const d2x2 wide = widen(a);
+            const Two<f4> r = with_midpoints({sinh_core<LA>(wide.low), sinh_core<LA>(wide.high)});
+            return Two<f4>{with_sign(r.first, x), r.second};
+        } else {
+            return with_sign(sinh_single<Accuracy>(a), x);
+        }
     }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (x == 0 || is_infinite(x)) return r = x + x, VTM_STATUS_OK;
         const T a = x < 0 ? -x : x;
-        if (a < 1) return tiny_result(x, r);
-        const int status = half_exp(a, r);
+        if (a < Range::tiny_value) return tiny_result(x, r);
+        int status = VTM_STATUS_OK;
+        if (a < Range::large_value) r = static_cast<T>(rounded_once(sinh_parts(all(double(a)))));
+        else status = half_exp(a, r);
         if (x < 0) r = -r;
         return status;
     }
