@@ -1,14 +1,14 @@
-// Time-stamp cycles a number of the random streams beside the C++ standard library, Boost and GSL, in
-// one run.
+// Time-stamp cycles a number of the random streams beside the C++ standard library, Boost and GSL,
+// in one run.
 //
 //   rng_bench [--markdown]
+#include <x86intrin.h>
+
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <random>
 #include <vector>
-
-#include <x86intrin.h>
 
 #include "bench/table.h"
 #include "kef_dist.h"
@@ -98,7 +98,9 @@ void add(kef::Table& table, const char* what, double ours, const Peers& peers) {
     double best = 0;
     for (const double p : {peers.standard, peers.boost, peers.gsl})
         if (p > 0 && (best == 0 || p < best)) best = p;
-    const auto cell = [](double x) { return x > 0 ? kef::format(x < 1000 ? "%.2f" : "%.3g", x) : std::string("-"); };
+    const auto cell = [](double x) {
+        return x > 0 ? kef::format(x < 1000 ? "%.2f" : "%.3g", x) : std::string("-");
+    };
     table.add({what, cell(ours), cell(peers.standard), cell(peers.boost), cell(peers.gsl),
                best > 0 ? kef::format("%.2f", best / ours) : "-"});
 }
@@ -110,7 +112,8 @@ int main(int argc, char** argv) {
     kef::Table table({"ticks a number", "kef", "C++ library", "Boost", "GSL", "best / kef"});
     Peers twister_raw, twister_uniform, sobol, jump;
     twister_raw.standard = engine_raw<std::mt19937>();
-    twister_uniform.standard = engine_uniform<std::mt19937, std::uniform_real_distribution<double>>();
+    twister_uniform.standard =
+        engine_uniform<std::mt19937, std::uniform_real_distribution<double>>();
 #if defined(KEF_BENCH_BOOST)
     twister_raw.boost = engine_raw<boost::random::mt19937>();
     twister_uniform.boost =
@@ -118,9 +121,11 @@ int main(int argc, char** argv) {
     {
         boost::random::sobol engine(dimensions);
         boost::random::uniform_01<double> unit;
-        sobol.boost = ticks(300, [&] {
-                          for (int i = 0; i < n * dimensions; ++i) doubles[i] = unit(engine);
-                      }) / (n * dimensions);
+        sobol.boost = ticks(300,
+                            [&] {
+                                for (int i = 0; i < n * dimensions; ++i) doubles[i] = unit(engine);
+                            }) /
+                      (n * dimensions);
         boost::random::mt19937 twister;
         jump.boost = ticks(7, [&] { twister.discard(UINT64_C(1) << 60); });
     }
@@ -136,31 +141,43 @@ int main(int argc, char** argv) {
         });
         gsl_rng_free(twister);
         gsl_qrng* points = gsl_qrng_alloc(gsl_qrng_sobol, dimensions);
-        sobol.gsl = ticks(300, [&] {
-                        for (int i = 0; i < n; ++i) gsl_qrng_get(points, doubles + i * dimensions);
-                    }) / (n * dimensions);
+        sobol.gsl = ticks(300,
+                          [&] {
+                              for (int i = 0; i < n; ++i)
+                                  gsl_qrng_get(points, doubles + i * dimensions);
+                          }) /
+                    (n * dimensions);
         gsl_qrng_free(points);
     }
 #endif
     const struct {
         const char* name;
         std::int32_t brng;
-    } all[] = {{"MCG31M1", VTS_BRNG_MCG31M1},   {"R250", VTS_BRNG_R250},     {"MRG32K3A", VTS_BRNG_MRG32K3A},
-               {"MCG59", VTS_BRNG_MCG59},       {"WH", VTS_BRNG_WH},         {"SOBOL 1", VTS_BRNG_SOBOL},
-               {"NIEDERR 1", VTS_BRNG_NIEDERR}, {"MT19937", VTS_BRNG_MT19937}, {"MT2203", VTS_BRNG_MT2203},
-               {"SFMT19937", VTS_BRNG_SFMT19937}, {"TRNG", VTS_BRNG_TRNG}};
+    } all[] = {{"MCG31M1", VTS_BRNG_MCG31M1},
+               {"R250", VTS_BRNG_R250},
+               {"MRG32K3A", VTS_BRNG_MRG32K3A},
+               {"MCG59", VTS_BRNG_MCG59},
+               {"WH", VTS_BRNG_WH},
+               {"SOBOL 1", VTS_BRNG_SOBOL},
+               {"NIEDERR 1", VTS_BRNG_NIEDERR},
+               {"MT19937", VTS_BRNG_MT19937},
+               {"MT2203", VTS_BRNG_MT2203},
+               {"SFMT19937", VTS_BRNG_SFMT19937},
+               {"TRNG", VTS_BRNG_TRNG}};
     for (const auto& g : all) {
         const bool twister = g.brng == VTS_BRNG_MT19937 || g.brng == VTS_BRNG_SFMT19937;
         const std::string name = g.name;
         add(table, (name + " raw").c_str(), raw(g.brng), twister ? twister_raw : Peers());
-        add(table, (name + " double").c_str(), uniform(g.brng), twister ? twister_uniform : Peers());
+        add(table, (name + " double").c_str(), uniform(g.brng),
+            twister ? twister_uniform : Peers());
         add(table, (name + " single").c_str(), single(g.brng), Peers());
     }
     add(table, "SOBOL 40 double", points(VTS_BRNG_SOBOL), sobol);
     add(table, "NIEDERR 40 double", points(VTS_BRNG_NIEDERR), Peers());
     table.print(markdown);
     std::puts("");
-    kef::Table jumps({"ticks of a skip by 2^60", "kef", "C++ library", "Boost", "GSL", "best / kef"});
+    kef::Table jumps(
+        {"ticks of a skip by 2^60", "kef", "C++ library", "Boost", "GSL", "best / kef"});
     add(jumps, "MT19937", skip(VTS_BRNG_MT19937), jump);
     add(jumps, "SFMT19937", skip(VTS_BRNG_SFMT19937), Peers());
     jumps.print(markdown);

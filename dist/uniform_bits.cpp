@@ -73,5 +73,12 @@ std::int32_t _vtsiRngUniformBits32(std::int32_t method, kef_stream* stream, std:
 
 std::int32_t _vtsiRngUniformBits64(std::int32_t method, kef_stream* stream, std::int32_t n,
                                    std::uint64_t* r) {
-    return bits_of(stream)(method, stream, 2 * n, reinterpret_cast<std::uint32_t*>(r));
+    const Bits bits = bits_of(stream);
+    constexpr std::int32_t most = 1 << 29;  // twice this is still a count
+    for (; n > most; n -= most, r += most) {
+        const std::int32_t status =
+            bits(method, stream, 2 * most, reinterpret_cast<std::uint32_t*>(r));
+        if (status < 0) return status;
+    }
+    return bits(method, stream, 2 * std::max(n, 0), reinterpret_cast<std::uint32_t*>(r));
 }

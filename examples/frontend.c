@@ -16,7 +16,10 @@ static const struct {
     {"accuracy", "Three accuracies of one function", accuracy_chapter},
     {"errors", "Element errors", errors_chapter},
     {"threads", "Long vectors over several threads", threads_chapter},
+    {"streams", "Random streams", streams_chapter},
+    {"statistics", "Statistics, block by block", statistics_chapter},
     {"summary", "What each accuracy costs and gives", summary_chapter},
+    {"fitting", "Splines through tabulated data", fitting_chapter},
 };
 enum { CHAPTERS = sizeof chapters / sizeof chapters[0] };
 
@@ -32,6 +35,7 @@ static int usage(FILE *to) {
             "  --elements N   length of the long vectors (1..%d; default 1000000)\n"
             "  --threads N    use at most N threads for one call (1..%d; default: one for\n"
             "                 each processor)\n"
+            "  --picture FILE draw the splines as an SVG picture\n"
             "  --chapter NAME print this chapter only; may be repeated:\n"
             "                ",
             MOST_ELEMENTS, MOST_THREADS);
@@ -76,9 +80,14 @@ int main(int argc, char **argv) {
         }
         const bool elements = strcmp(option, "--elements") == 0;
         const bool threads = strcmp(option, "--threads") == 0;
-        if (!elements && !threads && strcmp(option, "--chapter") != 0)
+        const bool picture = strcmp(option, "--picture") == 0;
+        if (!elements && !threads && !picture && strcmp(option, "--chapter") != 0)
             return usage_error("unknown option ", option);
         if (++i == argc) return usage_error("no value after ", option);
+        if (picture) {
+            session.picture = argv[i];
+            continue;
+        }
         if (elements || threads) {
             long value;
             if (!parse_count(argv[i], elements ? MOST_ELEMENTS : MOST_THREADS, &value))

@@ -25,12 +25,13 @@ struct session {
     int32_t count;    /* of measurements, at least 2 */
     int32_t elements; /* of the long arrays */
     int threads;      /* at most so many for one call */
+    const char *picture; /* file to draw to, or null */
 };
 
 /* A chapter prints its part; false when a check in it failed. */
 typedef bool chapter_function(const struct session *session);
 chapter_function measurements_chapter, accuracy_chapter, errors_chapter, threads_chapter,
-    summary_chapter;
+    streams_chapter, statistics_chapter, fitting_chapter, summary_chapter;
 
 /* Reads one number a line into session->measurements, and the title from the
  * first comment. Empty lines and lines that begin with # are left out. On any

@@ -42,12 +42,14 @@
 #define BOTH(...) DEFINE(s, float, __VA_ARGS__) DEFINE(d, double, __VA_ARGS__)
 #define MAP1(name, low, high, f) BOTH(name, (n, u, y), x, 1, f, 0)
 #define MAP2(name, low, high, f) BOTH(name, (n, u, v, y), ab, 1, f, 0)
+#define MAPX(name, low, high, f) BOTH(name, (n, u, POWER, y), x, 1, f, 0)
 #define MAP1X2(name, low, high, f, g) BOTH(name, (n, u, y, z), x, 2, f, g)
 #define FRACTION(name, low, high, f) \
     BOTH(name, (n, u, v, SCALE_A, SHIFT_A, SCALE_B, SHIFT_B, y), ab, 1, f, 0)
 #include "functions.def"
 #undef MAP1
 #undef MAP2
+#undef MAPX
 #undef MAP1X2
 #undef FRACTION
 
@@ -66,6 +68,7 @@
 #define ROWS(...) ROW(s, float, __VA_ARGS__) ROW(d, double, __VA_ARGS__)
 #define MAP1(name, low, high, f) ROWS(name, 1, 1, low, high)
 #define MAP2(name, low, high, f) ROWS(name, 2, 1, low, high)
+#define MAPX(name, low, high, f) ROWS(name, 1, 1, low, high)
 #define MAP1X2(name, low, high, f, g) ROWS(name, 1, 2, low, high)
 #define FRACTION(name, low, high, f) ROWS(name, 2, 1, low, high)
 const struct function functions[] = {

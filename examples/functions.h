@@ -13,6 +13,9 @@ enum { SLOTS = 3 }; /* LA, HA, EP */
 #define SCALE_B 0.25f
 #define SHIFT_B 3
 
+/* The exponent of every call with one vector and a scalar. */
+#define POWER 2.5f
+
 /* One function for one type. Vectors are of floats or doubles, by `size`; `b` is
  * read when there are two inputs, `z` written when there are two outputs. */
 struct function {

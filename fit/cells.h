@@ -342,7 +342,7 @@ inline bool copy_inside(const Partition<T>& p, const T* q, std::uint32_t n, T* t
         rest &= inside || j >= n;
         to[j] = inside ? q[j] : p.first;
     }
-    return rest && vm::all_lanes(all);
+    return rest && !vm::any_lane(~all);
 }
 
 // For the sites of one vector: does the breakpoint found and the next bracket it?
@@ -361,34 +361,44 @@ inline vm::i4 brackets(const float* x, const std::uint32_t* at, vm::f4 q) {
            (q < __builtin_shufflevector(a, b, 1, 3, 5, 7));
 }
 
-// Locates n <= block_size sites; `count` has room for a block.
+// The cells 0 .. nx-2 of n <= block_size sites, the end cells for those outside;
+// `cell` has room for a block. True if all sites are inside.
 template <class T, class Search>
-void locate(const Partition<T>& p, Search& search, const T* q, std::uint32_t n,
-            std::uint32_t* count) {
-    if (!(p.first < p.last)) {  // nothing is inside
-        for (std::uint32_t j = 0; j < n; ++j) count[j] = p.outside(q[j]);
-        return;
-    }
+bool locate(const Partition<T>& p, Search& search, const T* q, std::uint32_t n,
+            std::uint32_t* cell) {
     alignas(16) T s[block_size];
-    const bool all_inside = copy_inside(p, q, n, s);
+    const bool some_inside = p.first < p.last;
+    const bool all_inside = some_inside && copy_inside(p, q, n, s);
     const std::uint32_t padded = (n + group - 1) / group * group;
-    search(s, padded, count);
+    if (some_inside)
+        search(s, padded, cell);
+    else
+        std::fill_n(cell, padded, 0);
     if constexpr (Search::proposes) {
-        using V = vm::Vector<T>;
-        constexpr std::uint32_t lanes = sizeof(V) / sizeof(T);
+        constexpr std::uint32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
         vm::i4 all = vm::all(-1);
-        for (std::uint32_t j = 0; j < padded; j += lanes)
-            all &= brackets(p.x, count + j, vm::load(s + j));
-        if (!vm::all_lanes(all)) [[unlikely]] {
+        for (std::uint32_t j = 0; some_inside && j < padded; j += lanes)
+            all &= brackets(p.x, cell + j, vm::load(s + j));
+        if (vm::any_lane(~all)) [[unlikely]] {
             const Bisection<T> bisection(p);
             for (std::uint32_t j = 0; j < padded; ++j)
-                if (!p.holds(count[j], s[j])) count[j] = bisection.one(s[j]);
+                if (!p.holds(cell[j], s[j])) cell[j] = bisection.one(s[j]);
         }
     }
-    for (std::uint32_t j = 0; j < padded; ++j) ++count[j];
     if (!all_inside) [[unlikely]]
         for (std::uint32_t j = 0; j < n; ++j)
-            if (!p.inside(q[j])) count[j] = p.outside(q[j]);
+            if (!p.inside(q[j])) cell[j] = q[j] >= p.last ? p.n - 2 : 0;
+    return all_inside;
+}
+
+// Cells as the search entries give them.
+template <class T, class Int>
+void store_counts(const Partition<T>& p, const T* q, const std::uint32_t* cell, std::uint32_t n,
+                  bool all_inside, Int* count) {
+    for (std::uint32_t j = 0; j < n; ++j) count[j] = static_cast<Int>(cell[j] + 1);
+    if (!all_inside) [[unlikely]]
+        for (std::uint32_t j = 0; j < n; ++j)
+            if (!p.inside(q[j])) count[j] = static_cast<Int>(p.outside(q[j]));
 }
 
 // The sites of a call: an array, or a uniform grid given by its ends.

@@ -98,28 +98,50 @@ struct Coefficients {
     }
 };
 
-// One allocation for the arrays of a construction.
+// How many arrays a method takes: those that are read while cells are written, and
+// transient ones that are not.
+struct ArrayCount {
+    std::size_t lasting, transient;
+    ArrayCount operator+(ArrayCount other) const {
+        return {lasting + other.lasting, transient + other.transient};
+    }
+};
+
+// The arrays of a construction: one allocation, and for transient ones, as far as
+// they fit, the room where the coefficients will stand. Fresh memory costs more than
+// the arithmetic on it when the arrays are long.
 class Scratch {
 public:
-    Scratch(std::size_t arrays, std::size_t length)
-        : length_((length + 3) & ~std::size_t(1)),
-          block_(static_cast<double*>(allocate_aligned(arrays * length_ * sizeof(double)))),
-          next_(block_) {}
+    Scratch(ArrayCount arrays, std::size_t length, double* lent, std::size_t lent_size)
+        : length_((length + 3) & ~std::size_t(1)), lent_(lent), lent_left_(lent_size / length_) {
+        const std::size_t own = arrays.transient - std::min(arrays.transient, lent_left_);
+        block_ = static_cast<double*>(
+            allocate_aligned((arrays.lasting + own) * length_ * sizeof(double)));
+        next_ = block_;
+    }
     ~Scratch() { free_aligned(block_); }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
     bool failed() const { return block_ == nullptr; }
-    double* take() {
-        double* array = next_;
-        next_ += length_;
-        return array;
+    double* take() { return step(next_); }
+    double* take_transient() {
+        if (lent_left_ == 0) return take();
+        --lent_left_;
+        return step(lent_);
     }
 
 private:
+    double* step(double*& next) const {
+        double* array = next;
+        next += length_;
+        return array;
+    }
     std::size_t length_;
     double* block_;
     double* next_;
+    double* lent_;
+    std::size_t lent_left_;
 };
 
 // Distances of the breakpoints, h[0 .. n-2].
@@ -163,23 +185,29 @@ inline void divide_differences(const Mesh& mesh, const double* y, double* d) {
     });
 }
 
-// Arrays that the frame takes from the scratch block for itself.
-inline constexpr std::size_t frame_arrays = 3;
 // Room on both sides of the divided differences, for methods that extend them.
 inline constexpr std::size_t padding = 2;
 
 // Prepares the mesh once, then each function's values and divided differences.
-//   method.arrays            arrays of n (and the padding) that the method takes
+//   method.arrays()          how many arrays of n (and the padding) it takes
 //   method.prepare(mesh, scratch)
 //   method.fit(mesh, y, d, coefficients)   d may be written, with its padding
 template <class T, bool uniform, bool columns, class Method>
 std::int32_t construct(const Task& task, std::size_t order, Method method) {
     const auto n = static_cast<std::size_t>(task.nx);
-    Scratch scratch(frame_arrays + Method::arrays, n + 2 * padding);
+    constexpr bool copies = columns || !std::is_same_v<T, double>;
+    double* lent = nullptr;
+    std::size_t lent_size = 0;
+    if constexpr (std::is_same_v<T, double>) {
+        lent = Coefficients<T>(task, 0, order).first;
+        lent_size = task.ny == 1 ? order * (n - 1) : 0;
+    }
+    Scratch scratch(ArrayCount{copies ? 3 : 2, 0} + method.arrays(), n + 2 * padding, lent,
+                    lent_size);
     if (scratch.failed()) return DF_STATUS_NO_MEMORY;
     const Mesh mesh = make_mesh<uniform>(static_cast<const T*>(task.x), n, scratch.take());
     double* d = scratch.take() + padding;
-    double* buffer = scratch.take();
+    double* buffer = copies ? scratch.take() : nullptr;
     method.prepare(mesh, scratch);
     for (std::size_t i = 0; i < static_cast<std::size_t>(task.ny); ++i) {
         const double* y = values_of<columns, T>(task, i, buffer);
@@ -241,10 +269,10 @@ void store_hermite(const Mesh& mesh, const double* y, const double* d, const dou
 // A method that gives slopes, s = slopes(mesh, d), as a method of the frame.
 template <class Slopes>
 struct HermiteMethod {
-    static constexpr std::size_t arrays = 1 + Slopes::arrays;
     Slopes slopes;
     double* s = nullptr;
 
+    ArrayCount arrays() const { return ArrayCount{1, 0} + slopes.arrays(); }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         s = scratch.take();
         slopes.prepare(mesh, scratch);

@@ -23,11 +23,11 @@ double end_second(End condition, double value, const EndView& e, double m1, doub
 
 template <class T>
 struct SecondDerivatives {
-    static constexpr std::size_t arrays = 1;
     const T* ic;
     Boundary boundary;
     double* m = nullptr;
 
+    ArrayCount arrays() const { return {1, 0}; }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         m = scratch.take();
         for (std::size_t i = 1; i + 1 < mesh.n; ++i) m[i] = ic[i - 1];

@@ -37,37 +37,31 @@ public:
     // The right end of a cell; of a last cell that is a point, the point.
     T right(std::size_t cell) const { return cell + 1 < cells_ ? left(cell + 1) : partition_.last; }
 
-    // The cell for a count of cell search; the end cells outside.
-    std::uint32_t cell(std::uint32_t count, T q) const {
-        std::uint32_t i = std::min(std::max(count, 1u), partition_.n - 1) - 1;
+    // The spline's cell of a site in cell i of the partition.
+    std::uint32_t cell(std::uint32_t i, T q) const {
         if (knots_.between) i += q >= knots_.gap(i);
         if (holds_last_) i += q >= partition_.last;
         return i;
     }
 
-    // Cells and distances of n sites, padded to whole groups by a harmless site.
-    // True if a site is NaN.
-    bool map(const std::uint32_t* count, const T* q, std::uint32_t n, std::uint32_t* cell_of,
-             T* distance) const {
-        const std::uint32_t padded = (n + group - 1) / group * group;
-        bool unordered = false;
+    // Places of the coefficients of n located sites, `stride` elements a cell, and their
+    // distances from the cells' left ends, padded to whole groups by a harmless site.
+    void map(const std::uint32_t* located, const T* q, std::uint32_t n, std::uint32_t stride,
+             std::uint32_t* place, T* distance) const {
         if (!knots_.between && !holds_last_) {
-            const std::uint32_t last = partition_.n - 1;
+            const T* x = partition_.x;
             for (std::uint32_t j = 0; j < n; ++j) {
-                const std::uint32_t i = std::min(std::max(count[j], 1u), last) - 1;
-                cell_of[j] = i;
-                distance[j] = q[j] - partition_.x[i];
-                unordered |= q[j] != q[j];
+                place[j] = located[j] * stride;
+                distance[j] = q[j] - x[located[j]];
             }
         } else {
             for (std::uint32_t j = 0; j < n; ++j) {
-                cell_of[j] = cell(count[j], q[j]);
-                distance[j] = q[j] - left(cell_of[j]);
-                unordered |= q[j] != q[j];
+                const std::uint32_t i = cell(located[j], q[j]);
+                place[j] = i * stride;
+                distance[j] = q[j] - left(i);
             }
         }
-        for (std::uint32_t j = n; j < padded; ++j) cell_of[j] = 0, distance[j] = 0;
-        return unordered;
+        for (std::uint32_t j = n; j % group != 0; ++j) place[j] = 0, distance[j] = 0;
     }
 
 private:

@@ -133,31 +133,24 @@ struct Results {
     }
 };
 
-template <class T>
-void store_cells_found(const Task& task, const std::uint32_t* count, std::int64_t from,
-                       std::uint32_t n, void* cell) {
-    if (cell == nullptr) return;
-    if (task.int64_flag != 0)
-        std::copy_n(count, n, static_cast<std::int64_t*>(cell) + from);
-    else
-        std::copy_n(count, n, static_cast<std::int32_t*>(cell) + from);
-}
-
 // A block of sites with their cells.
 template <class T>
 struct SiteBlock {
     alignas(16) T grid[block_size];
     alignas(16) T distance[block_size];
     alignas(16) T value[block_size];
-    std::uint32_t count[block_size], cell[block_size], offset[block_size];
+    std::uint32_t cell[block_size], place[block_size];
     const T* site;
     std::int64_t from;
     std::uint32_t n;
+    bool all_inside;
 };
 
-// Locates the sites block by block and hands each block to use(block).
+// Locates the sites block by block and hands each block to use(block); stores their
+// cells where the caller wants them.
 template <class T, class Use>
-void each_block(const Task& task, const Partition<T>& partition, const Sites<T>& sites, Use use) {
+void each_block(const Task& task, const Partition<T>& partition, const Sites<T>& sites, void* cell,
+                Use use) {
     with_search(task, partition, SearchMethod::automatic, sites.ascending(), sites.size(),
                 [&](auto search) {
                     SiteBlock<T> b;
@@ -165,7 +158,14 @@ void each_block(const Task& task, const Partition<T>& partition, const Sites<T>&
                         b.n = static_cast<std::uint32_t>(
                             std::min<std::int64_t>(block_size, sites.size() - b.from));
                         b.site = sites.block(b.from, b.n, b.grid);
-                        locate(partition, search, b.site, b.n, b.count);
+                        b.all_inside = locate(partition, search, b.site, b.n, b.cell);
+                        const auto store = [&](auto* to) {
+                            store_counts(partition, b.site, b.cell, b.n, b.all_inside, to + b.from);
+                        };
+                        if (cell != nullptr && task.int64_flag != 0)
+                            store(static_cast<std::int64_t*>(cell));
+                        else if (cell != nullptr)
+                            store(static_cast<std::int32_t*>(cell));
                         use(b);
                     }
                 });
@@ -176,18 +176,16 @@ void evaluate_spline(const Task& task, const Sites<T>& sites, const Orders& orde
                      const Results<T>& results, void* cell) {
     const CellMap<T> map(task);
     const std::size_t order = static_cast<std::size_t>(task.order);
-    const auto stride = static_cast<std::uint32_t>(Coefficients<T>(task, 0, order).stride);
-    each_block(task, map.partition(), sites, [&](SiteBlock<T>& b) {
-        store_cells_found<T>(task, b.count, b.from, b.n, cell);
-        const bool unordered = map.map(b.count, b.site, b.n, b.cell, b.distance);
+    const Coefficients<T> coefficients(task, 0, order);
+    const auto stride = static_cast<std::uint32_t>(coefficients.stride);
+    each_block(task, map.partition(), sites, cell, [&](SiteBlock<T>& b) {
+        map.map(b.cell, b.site, b.n, stride, b.place, b.distance);
         const std::uint32_t padded = (b.n + group - 1) / group * group;
-        for (std::uint32_t j = 0; j < padded; ++j) b.offset[j] = b.cell[j] * stride;
         for (std::size_t i = 0; i < results.ny; ++i) {
             const T* c = Coefficients<T>(task, i, order).first;
             orders.each_order([&](std::int64_t r, std::size_t position) {
-                kernel_of<T>(task.order, r)(c, b.offset, b.distance, padded, task.order, r,
-                                            b.value);
-                if (unordered) [[unlikely]]
+                kernel_of<T>(task.order, r)(c, b.place, b.distance, padded, task.order, r, b.value);
+                if (!b.all_inside) [[unlikely]]
                     for (std::uint32_t j = 0; j < b.n; ++j)
                         if (b.site[j] != b.site[j]) b.value[j] = b.site[j];
                 results.store(b.value, b.from, b.n, i, position);
@@ -201,17 +199,14 @@ void look_up(const Task& task, const Sites<T>& sites, const Orders& orders,
              const Results<T>& results, void* cell) {
     const Partition<T> partition(task);
     const bool columns = task.y_hint == DF_BY_COLUMNS;
-    each_block(task, partition, sites, [&](SiteBlock<T>& b) {
-        store_cells_found<T>(task, b.count, b.from, b.n, cell);
+    each_block(task, partition, sites, cell, [&](SiteBlock<T>& b) {
         for (std::size_t i = 0; i < results.ny; ++i) {
             const T* y = static_cast<const T*>(task.y_rows[columns ? 0 : i]) + (columns ? i : 0);
             const std::size_t stride = columns ? results.ny : 1;
             orders.each_order([&](std::int64_t r, std::size_t position) {
                 for (std::uint32_t j = 0; j < b.n; ++j) {
                     const T q = b.site[j];
-                    // The last breakpoint counts into the cell before it.
-                    std::uint32_t k = b.count[j] > 0 ? b.count[j] - 1 : 0;
-                    if (q == partition.last) k = partition.n - 1;
+                    const std::uint32_t k = q == partition.last ? partition.n - 1 : b.cell[j];
                     b.value[j] = r == 0 && partition.x[k] == q
                                      ? y[k * stride]
                                      : std::numeric_limits<T>::quiet_NaN();

@@ -53,10 +53,10 @@ inline void set_end_slopes(const Boundary& boundary, const Mesh& mesh, const dou
 // The frame of such a method: inner(mesh, d, s) sets s[1 .. n-2] and its own ends.
 template <class Inner>
 struct LocalSlopes {
-    static constexpr std::size_t arrays = 0;
     Inner inner;
     Boundary boundary;
 
+    ArrayCount arrays() const { return {0, 0}; }
     void prepare(const Mesh&, Scratch&) {}
     void find(const Mesh& mesh, double* d, double* s) const {
         if (mesh.n == 2) return two_point_slopes(boundary, mesh.h[0], d[0], s);

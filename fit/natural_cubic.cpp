@@ -36,24 +36,21 @@ struct SlopeRows {
 };
 
 struct SmoothSlopes {
-    static constexpr std::size_t arrays = 2 + TwoEnded<SlopeRows>::arrays;
     Boundary boundary;
     TwoEnded<SlopeRows> system{};
     double *r = nullptr, *u = nullptr;
     bool parabola = false;  // three points and not-a-knot: the rows coincide
     double wrap_pivot = 1;
 
+    bool periodic() const { return boundary.left == End::periodic; }
+    ArrayCount arrays() const {
+        return ArrayCount{0, periodic() ? 2u : 1u} + TwoEnded<SlopeRows>::arrays;
+    }
     void prepare(const Mesh& mesh, Scratch& scratch) {
-        const double* h = mesh.h;
-        const std::size_t n = mesh.n;
-        r = scratch.take();
-        u = scratch.take();
-        parabola = boundary.left == End::not_a_knot && n == 3;
-        if (parabola) return;
-        const d2 g0 = {end_factor(boundary.left, h[0], h[1]),
-                       end_factor(boundary.right, h[n - 2], h[n - 3])};
-        system.factor({h, n}, n, g0, mesh.uniform, scratch);
-        if (boundary.left == End::periodic) prepare_period(mesh);
+        parabola = boundary.left == End::not_a_knot && mesh.n == 3;
+        if (!parabola) factor(mesh, scratch);
+        r = scratch.take_transient();
+        if (periodic()) prepare_period(mesh, scratch);
     }
 
     void find(const Mesh& mesh, double* d, double* s) const {
@@ -74,13 +71,21 @@ struct SmoothSlopes {
         const d2 z0 = {end_constant(boundary.left, boundary.left_value, left, s[0]),
                        end_constant(boundary.right, boundary.right_value, right, s[n - 1])};
         system.solve(z0, r);
-        if (boundary.left == End::periodic) close_period(mesh, d, s);
+        if (periodic()) close_period(mesh, d, s);
         each(n, [&]<class V>(std::size_t i, V) {
             store_as(s + i, load_as<V>(s + i) + load_as<V>(r + i));
         });
     }
 
 private:
+    void factor(const Mesh& mesh, Scratch& scratch) {
+        const double* h = mesh.h;
+        const std::size_t n = mesh.n;
+        const d2 g0 = {end_factor(boundary.left, h[0], h[1]),
+                       end_factor(boundary.right, h[n - 2], h[n - 3])};
+        system.factor({h, n}, n, g0, mesh.uniform, scratch);
+    }
+
     // The end row as deviation_0 = z - g deviation_1.
     static double end_factor(End condition, double h0, double h1) {
         switch (condition) {
@@ -127,13 +132,13 @@ private:
         s[n - 1] = d[n - 2] + h[n - 2] * (q[n - 2] + (h[n - 3] + h[n - 2]) * t_right);
         if (boundary.left == End::first) s[0] = boundary.left_value;
         if (boundary.right == End::first) s[n - 1] = boundary.right_value;
-        if (boundary.left == End::periodic)
-            s[0] = s[n - 1] = (h[0] * d[n - 2] + h[n - 2] * d[0]) / (h[n - 2] + h[0]);
+        if (periodic()) s[0] = s[n - 1] = (h[0] * d[n - 2] + h[n - 2] * d[0]) / (h[n - 2] + h[0]);
     }
 
     // The common end value sigma is eliminated last: the unknowns are the solution with
     // end values zero plus sigma times u, the one with end values one and no data.
-    void prepare_period(const Mesh& mesh) {
+    void prepare_period(const Mesh& mesh, Scratch& scratch) {
+        u = scratch.take_transient();
         const std::size_t n = mesh.n;
         const double before = mesh.h[n - 2], after = mesh.h[0];
         std::fill_n(u, n, 0.0);

@@ -31,11 +31,11 @@ void store_cell(T* cell, double c0, double c1, double c2) {
 }
 
 struct AtBreakpoints {
-    static constexpr std::size_t arrays = 1;
     std::int64_t type;
     Boundary boundary;
     double* s = nullptr;
 
+    ArrayCount arrays() const { return {1, 0}; }
     void prepare(const Mesh&, Scratch& scratch) { s = scratch.take(); }
 
     template <class T>
@@ -103,18 +103,18 @@ struct KnotRows {
 
 template <class T>
 struct BetweenBreakpoints {
-    static constexpr std::size_t arrays = 5 + TwoEnded<KnotRows>::arrays;
     Boundary boundary;
     Knots<T> knots;
     TwoEnded<KnotRows> system{};
     double *p = nullptr, *r = nullptr, *q = nullptr, *v = nullptr, *u = nullptr;
     double wrap_pivot = 1;
 
+    ArrayCount arrays() const { return ArrayCount{3, 2} + TwoEnded<KnotRows>::arrays; }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         const std::size_t n = mesh.n;
         const double* h = mesh.h;
         p = scratch.take(), r = scratch.take(), q = scratch.take();
-        v = scratch.take(), u = scratch.take();
+        v = scratch.take_transient(), u = scratch.take_transient();
         // A midpoint is where it was rounded to; in double precision that is near enough.
         const bool midpoints =
             knots.given == nullptr && (mesh.uniform || sizeof(T) == sizeof(double));

@@ -22,15 +22,15 @@ template <class T, class Int, class Search>
 std::int32_t locate_all(const Partition<T>& partition, const Sites<T>& sites, Search& search,
                         Int* cell) {
     alignas(16) T buffer[block_size];
-    std::uint32_t count[block_size];
+    std::uint32_t at[block_size];
     for (std::int64_t from = 0; from < sites.size(); from += block_size) {
         const auto n =
             static_cast<std::uint32_t>(std::min<std::int64_t>(block_size, sites.size() - from));
         const T* site = sites.block(from, n, buffer);
         if constexpr (requires { search.begin(site, n); })
             if (const std::int32_t status = search.begin(site, n)) return status;
-        locate(partition, search, site, n, count);
-        std::copy_n(count, n, cell + from);
+        const bool all_inside = locate(partition, search, site, n, at);
+        store_counts(partition, site, at, n, all_inside, cell + from);
     }
     return DF_STATUS_OK;
 }

@@ -28,7 +28,7 @@ inline d2 both_ends(const double* p, std::size_t left, std::size_t right) {
 template <class Rows>
 class TwoEnded {
 public:
-    static constexpr std::size_t arrays = 3;
+    static constexpr ArrayCount arrays = {0, 3};
 
     // Factors the matrix; g0 holds the left and the right end coefficient. `constant`:
     // all rows are equal, so that the factors may be copied once they have settled.
@@ -36,7 +36,7 @@ public:
         rows_ = rows;
         n_ = n;
         middle_ = n / 2;
-        g_ = scratch.take(), w_ = scratch.take(), z_ = scratch.take();
+        g_ = scratch.take_transient(), w_ = scratch.take_transient(), z_ = scratch.take_transient();
         d2 g = g0;
         vm::store(g_, g);
         std::size_t i = 1;

@@ -29,15 +29,15 @@ KEF_API int32_t _vtssRngUniform(int32_t method, kef_stream *stream, int32_t n, f
                                 float b);
 
 /* Integers uniform on [a, b): the floor of one double-precision uniform each. */
-KEF_API int32_t _vtsiRngUniform(int32_t method, kef_stream *stream, int32_t n, int32_t *r, int32_t a,
-                                int32_t b);
+KEF_API int32_t _vtsiRngUniform(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                int32_t a, int32_t b);
 
 /* n raw words of the generator, of its word size (kef_brng.word_size). */
 KEF_API int32_t _vtsiRngUniformBits(int32_t method, kef_stream *stream, int32_t n, void *r);
 
-/* 32 or 64 random bits a number from MT19937, MT2203, SFMT19937, TRNG (one or two words each, the low
- * half first) and MCG59 (the top 32 of its 59 bits, twice for 64). VTS_STATUS_NO_BITS from any other
- * generator, which is not advanced. */
+/* 32 or 64 random bits a number from MT19937, MT2203, SFMT19937, TRNG (one or two words each, the
+ * low half first) and MCG59 (the top 32 of its 59 bits, twice for 64). VTS_STATUS_NO_BITS from any
+ * other generator, which is not advanced. */
 KEF_API int32_t _vtsiRngUniformBits32(int32_t method, kef_stream *stream, int32_t n, uint32_t *r);
 KEF_API int32_t _vtsiRngUniformBits64(int32_t method, kef_stream *stream, int32_t n, uint64_t *r);
 

@@ -28,16 +28,16 @@ enum {
     VTS_STATUS_BAD_BIT_COUNT = -1011,       /* registration: bit count not positive */
     VTS_STATUS_REGISTRY_FULL = -1012,       /* registration: all 512 rows are in use */
     VTS_STATUS_BAD_LEAPFROG_COUNT = -1013,  /* leapfrog with a negative number of streams */
-    VTS_STATUS_NO_BITS = -1014,             /* raw bits of 32 or 64 are not offered by the generator */
+    VTS_STATUS_NO_BITS = -1014,             /* the generator has no 32 or 64 random bits */
     VTS_STATUS_FILE_CLOSE = -1100,          /* closing a stream file failed */
     VTS_STATUS_FILE_OPEN = -1101,           /* opening a stream file failed */
     VTS_STATUS_FILE_WRITE = -1102,          /* a write to a stream file was short */
     VTS_STATUS_FILE_READ = -1103,           /* a read from a stream file was short */
-    VTS_STATUS_TOO_LARGE = -1104,           /* an image has no room for the state or so many chunks */
+    VTS_STATUS_TOO_LARGE = -1104,           /* an image has no room for the state or chunks */
     VTS_STATUS_BAD_FILE = -1110,            /* the content of a stream file was not accepted */
     VTS_STATUS_NO_NUMBERS = -1120,          /* a refill callback gave no number */
-    VTS_STATUS_BAD_REFILL = -1121,          /* a refill callback claims more than the buffer holds */
-    VTS_STATUS_WRONG_ABSTRACT_TYPE = -1122, /* an abstract stream was asked for another output type */
+    VTS_STATUS_BAD_REFILL = -1121,          /* a refill callback claims too many numbers */
+    VTS_STATUS_WRONG_ABSTRACT_TYPE = -1122, /* an abstract stream makes another type */
     VTS_STATUS_NO_RDRAND = -1130,           /* the processor has no working RDRAND instruction */
     VTS_STATUS_RDRAND_FAILED = -1131,       /* RDRAND gave nothing in ten tries */
     VTS_STATUS_BAD_IMAGE = -1200,           /* the content of a memory image was not accepted */
@@ -268,30 +268,92 @@ KEF_API int32_t __vtsGetStreamSize(const kef_stream *stream);
 
 /* The four routines of each registry row; docs/generators.md tells algorithms, seeds,
  * mappings and jumps. */
-#define KEF_BRNG_ROUTINES(name)                                                                   \
-    KEF_API int32_t __vtsBRng##name##InitStream(int32_t method, kef_stream *stream, int32_t n,    \
-                                                const uint32_t *parameters);                      \
-    KEF_API int32_t __vtssBRng##name(kef_stream *stream, int32_t n, float *r, float a, float b);  \
-    KEF_API int32_t __vtsdBRng##name(kef_stream *stream, int32_t n, double *r, double a, double b); \
-    KEF_API int32_t __vtsiBRng##name(kef_stream *stream, int32_t n, void *r);
-KEF_BRNG_ROUTINES(MCG31M1)
-KEF_BRNG_ROUTINES(R250)
-KEF_BRNG_ROUTINES(MRG32K3A)
-KEF_BRNG_ROUTINES(MCG59)
-KEF_BRNG_ROUTINES(WH)
-KEF_BRNG_ROUTINES(Sobol)
-KEF_BRNG_ROUTINES(Niederr)
-KEF_BRNG_ROUTINES(MT19937)
-KEF_BRNG_ROUTINES(MT2203)
-KEF_BRNG_ROUTINES(SFMT19937)
-KEF_BRNG_ROUTINES(TRNG)
+KEF_API int32_t __vtsBRngMCG31M1InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                           const uint32_t *parameters);
+KEF_API int32_t __vtssBRngMCG31M1(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngMCG31M1(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngMCG31M1(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngR250InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                        const uint32_t *parameters);
+KEF_API int32_t __vtssBRngR250(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngR250(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngR250(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngMRG32K3AInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                            const uint32_t *parameters);
+KEF_API int32_t __vtssBRngMRG32K3A(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngMRG32K3A(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngMRG32K3A(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngMCG59InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                         const uint32_t *parameters);
+KEF_API int32_t __vtssBRngMCG59(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngMCG59(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngMCG59(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngWHInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                      const uint32_t *parameters);
+KEF_API int32_t __vtssBRngWH(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngWH(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngWH(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngSobolInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                         const uint32_t *parameters);
+KEF_API int32_t __vtssBRngSobol(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngSobol(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngSobol(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngNiederrInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                           const uint32_t *parameters);
+KEF_API int32_t __vtssBRngNiederr(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngNiederr(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngNiederr(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngMT19937InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                           const uint32_t *parameters);
+KEF_API int32_t __vtssBRngMT19937(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngMT19937(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngMT19937(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngMT2203InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                          const uint32_t *parameters);
+KEF_API int32_t __vtssBRngMT2203(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngMT2203(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngMT2203(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngSFMT19937InitStream(int32_t method, kef_stream *stream, int32_t n,
+                                             const uint32_t *parameters);
+KEF_API int32_t __vtssBRngSFMT19937(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngSFMT19937(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngSFMT19937(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngTRNGInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                        const uint32_t *parameters);
+KEF_API int32_t __vtssBRngTRNG(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngTRNG(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngTRNG(kef_stream *stream, int32_t n, void *r);
 
 /* An abstract generator makes one type; the six routines of the other types are one
- * refusal (VTS_STATUS_WRONG_ABSTRACT_TYPE). */
-KEF_BRNG_ROUTINES(iAbstract)
-KEF_BRNG_ROUTINES(dAbstract)
-KEF_BRNG_ROUTINES(sAbstract)
-#undef KEF_BRNG_ROUTINES
+ * refusal (VTS_STATUS_WRONG_ABSTRACT_TYPE). Initialisers take what the constructors above hand
+ * them: the address of the length, the buffer, the callback. */
+KEF_API int32_t __vtsBRngiAbstractInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                             const uint32_t *parameters);
+KEF_API int32_t __vtssBRngiAbstract(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngiAbstract(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngiAbstract(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngdAbstractInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                             const uint32_t *parameters);
+KEF_API int32_t __vtssBRngdAbstract(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngdAbstract(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngdAbstract(kef_stream *stream, int32_t n, void *r);
+
+KEF_API int32_t __vtsBRngsAbstractInitStream(int32_t method, kef_stream *stream, int32_t n,
+                                             const uint32_t *parameters);
+KEF_API int32_t __vtssBRngsAbstract(kef_stream *stream, int32_t n, float *r, float a, float b);
+KEF_API int32_t __vtsdBRngsAbstract(kef_stream *stream, int32_t n, double *r, double a, double b);
+KEF_API int32_t __vtsiBRngsAbstract(kef_stream *stream, int32_t n, void *r);
 
 /* --- arithmetic of the jumps --------------------------------------------------- */
 
@@ -339,9 +401,9 @@ KEF_API int32_t __vts_SkipAheadSWin(kef_stream *stream, kef_jump_load load, kef_
                                     int32_t state_size, int32_t count, const uint16_t *exponents);
 
 /* Reduces a polynomial over GF(2) of at most degree + 120 * blocks coefficients, bit i % 8 of byte
- * i / 8 being that of t^i, modulo the polynomial of the exponents (as above; degree at
- * most VTS_MAX_JUMP_DEGREE). 16 bytes more than the coefficients fill must be writable. The remainder is
- * left in the first `degree` bits, with zeros above. */
+ * i / 8 being that of t^i, modulo the polynomial of the exponents (as above). 16 bytes more than
+ * the coefficients fill must be writable. The remainder is left in the first `degree` bits, with
+ * zeros above. */
 KEF_API void __vtsPolyRem(uint8_t *polynomial, int32_t blocks, int32_t degree, int32_t count,
                           const uint16_t *exponents);
 

@@ -30,8 +30,8 @@ enum {
     VTS_SS_STATUS_OK = 0,
     VTS_SS_STATUS_BAD_ID = -3,            /* not a parameter of this editor */
     VTS_SS_STATUS_NO_MEMORY = -4000,      /* out of memory */
-    VTS_SS_STATUS_BAD_DIMENSION = -4001,  /* p is null or not positive */
-    VTS_SS_STATUS_BAD_COUNT = -4002,      /* n is null or not positive */
+    VTS_SS_STATUS_BAD_DIMENSION = -4001,  /* p is null, not positive or too large */
+    VTS_SS_STATUS_BAD_COUNT = -4002,      /* n is null, not positive or too large */
     VTS_SS_STATUS_BAD_X_STORAGE = -4003,  /* the storage of x is not one of the two */
     VTS_SS_STATUS_BAD_METHOD = -4029,     /* no such method, or not for this estimate */
     VTS_SS_STATUS_NULL_TASK = -4031,      /* no task */
@@ -386,7 +386,7 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
  * SUMS and CROSS_PRODUCT need no x: m = S_1/W, R_k = S_k/W, central moments from the
  * central sums, covariance and correlation from the cross-product; skewness, kurtosis
  * and variation from the mean and the central moments as they stand after that. W and
- * W2 are read from the accumulated weights, without them W = W2 = n.
+ * W2 are read from the accumulated weights, without them W = W2 = n; W = 0 gives NaN.
  *
  * What is written: the results asked for; besides, the mean wherever the estimate's
  * row needs it, the central moments that a kurtosis, skewness or variation needs and,

@@ -111,6 +111,48 @@ KEF_API void _vtmdAtan_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtan_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtan_ctab[3];
 
+KEF_API void _vtmsAcosh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcosh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcosh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAcosh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAcosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAcosh_ctab[3];
+
+KEF_API void _vtmdAcosh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcosh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcosh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAcosh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAcosh_ctab[3];
+
+KEF_API void _vtmsAsinh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsinh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsinh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAsinh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAsinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAsinh_ctab[3];
+
+KEF_API void _vtmdAsinh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsinh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsinh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAsinh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAsinh_ctab[3];
+
+KEF_API void _vtmsAtanh(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtanh_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtanh_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsAtanh_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sAtanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sAtanh_ctab[3];
+
+KEF_API void _vtmdAtanh(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtanh_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtanh_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdAtanh_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dAtanh_ctab[3];
+
 KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);

@@ -9,10 +9,10 @@
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cstdint>
-
-#include <emmintrin.h>
 
 #include "rng/registry.h"
 
@@ -102,13 +102,13 @@ inline __m128d high_as_doubles(__m128i words) {
 }
 
 // r = x s + a with s = (b - a) unit, in double; a float result is that rounded once.
-template <double unit>
 class DoubleScale {
 public:
-    DoubleScale(double a, double b) : s_((b - a) * unit), a_(a) {}
+    DoubleScale(double unit, double a, double b) : s_((b - a) * unit), a_(a) {}
 
     void operator()(const std::uint32_t* x, std::int32_t n, double* r) const {
         std::int32_t i = 0;
+#pragma GCC unroll 4
         for (; i + 4 <= n; i += 4) {
             const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
             _mm_storeu_pd(r + i, scale(low_as_doubles(w)));
@@ -146,7 +146,8 @@ public:
             const __m128 t = _mm_cvtepi32_ps(_mm_srli_epi32(w, 8));
             _mm_storeu_ps(r + i, _mm_add_ps(_mm_mul_ps(t, _mm_set1_ps(s_)), _mm_set1_ps(a_)));
         }
-        for (; i < n; ++i) r[i] = static_cast<float>(static_cast<std::int32_t>(x[i] >> 8)) * s_ + a_;
+        for (; i < n; ++i)
+            r[i] = static_cast<float>(static_cast<std::int32_t>(x[i] >> 8)) * s_ + a_;
     }
 
 private:
@@ -158,9 +159,9 @@ private:
 template <class Real>
 class FullWordMap;
 template <>
-class FullWordMap<double> : public DoubleScale<0x1p-32> {
+class FullWordMap<double> : public DoubleScale {
 public:
-    FullWordMap(std::int32_t, double a, double b) : DoubleScale(a, b) {}
+    FullWordMap(std::int32_t, double a, double b) : DoubleScale(0x1p-32, a, b) {}
 };
 template <>
 class FullWordMap<float> : public TopBitsScale {
@@ -170,22 +171,23 @@ public:
 
 }  // namespace kef::rng
 
-#define KEF_GENERATOR(name, G)                                                               \
-    static_assert(sizeof(G::State) == kef::rng::state_bytes_##name);                         \
-    std::int32_t __vtsBRng##name##InitStream(std::int32_t method, kef_stream* stream,        \
+#define KEF_GENERATOR(name, G)                                                                  \
+    static_assert(sizeof(G::State) == kef::rng::state_bytes_##name);                            \
+    std::int32_t __vtsBRng##name##InitStream(std::int32_t method, kef_stream* stream,           \
                                              std::int32_t n, const std::uint32_t* parameters) { \
-        return kef::rng::initialise<G>(method, stream, n, parameters);                       \
-    }                                                                                        \
-    std::int32_t __vtssBRng##name(kef_stream* stream, std::int32_t n, float* r, float a, float b) { \
-        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                            \
-    }                                                                                        \
-    std::int32_t __vtsdBRng##name(kef_stream* stream, std::int32_t n, double* r, double a,   \
-                                  double b) {                                                \
-        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                            \
-    }                                                                                        \
-    std::int32_t __vtsiBRng##name(kef_stream* stream, std::int32_t n, void* r) {             \
-        return kef::rng::generate_bits<G>(stream, n, r);                                     \
-    }                                                                                        \
-    bool kef::rng::valid_state_##name(const kef_stream* stream) {                            \
-        return G::valid(state_of<G::State>(stream), sub_generator(stream));                  \
+        return kef::rng::initialise<G>(method, stream, n, parameters);                          \
+    }                                                                                           \
+    std::int32_t __vtssBRng##name(kef_stream* stream, std::int32_t n, float* r, float a,        \
+                                  float b) {                                                    \
+        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                               \
+    }                                                                                           \
+    std::int32_t __vtsdBRng##name(kef_stream* stream, std::int32_t n, double* r, double a,      \
+                                  double b) {                                                   \
+        return kef::rng::generate_uniform<G>(stream, n, r, a, b);                               \
+    }                                                                                           \
+    std::int32_t __vtsiBRng##name(kef_stream* stream, std::int32_t n, void* r) {                \
+        return kef::rng::generate_bits<G>(stream, n, r);                                        \
+    }                                                                                           \
+    bool kef::rng::valid_state_##name(const kef_stream* stream) {                               \
+        return G::valid(state_of<G::State>(stream), sub_generator(stream));                     \
     }

@@ -30,12 +30,12 @@ void* copy_block(const void* data, std::int32_t size) {
 }  // namespace
 
 std::int32_t attach(kef_stream* stream, std::int32_t key, const std::uint32_t* shared_id,
-                    void* data, std::int32_t size) {
+                    void* data, std::int32_t size, bool check_size) {
     auto* chunk = static_cast<kef_chunk*>(allocate_aligned(sizeof(kef_chunk)));
     if (chunk == nullptr) return VTS_STATUS_NO_MEMORY;
     *chunk = {key, size, data, nullptr, {}};
     if (shared_id != nullptr) std::copy_n(shared_id, 4, chunk->shared_id);
-    if (refer(*chunk) && chunk->data != data) free_aligned(data);
+    if (refer(*chunk, check_size) && chunk->data != data) free_aligned(data);
     Header& header = stream->header;
     (header.last == nullptr ? header.first : header.last->next) = chunk;
     header.last = chunk;
@@ -48,8 +48,8 @@ using namespace kef;
 using namespace kef::rng;
 
 // Defines a name and its spelling with one underscore.
-#define KEF_TWO_NAMES(result, name, ...)                                    \
-    result _##name(__VA_ARGS__) __attribute__((alias("__" #name)));         \
+#define KEF_TWO_NAMES(result, name, ...)                            \
+    result _##name(__VA_ARGS__) __attribute__((alias("__" #name))); \
     result __##name(__VA_ARGS__)
 
 extern "C" {

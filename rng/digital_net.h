@@ -13,10 +13,9 @@
 namespace kef::rng {
 
 // State of `capacity` words behind the four counters: x[dimension] of the current point, then the
-// direction numbers v[32][dimension], the lowest bit of the index first. Where `prefixes` asks for it and
-// there is room: the points of indices 0 to 31, so that 32 points at a time need one exclusive
-// or a coordinate.
-template <std::int32_t capacity, bool prefixes>
+// direction numbers v[32][dimension], the lowest bit of the index first, and, where there is room,
+// the points of indices 0 to 31, so that 32 points at a time need one exclusive or a coordinate.
+template <std::int32_t capacity>
 struct DigitalNet {
     struct State {
         std::uint32_t dimension;
@@ -30,9 +29,7 @@ struct DigitalNet {
         std::uint32_t* prefix(std::uint32_t i) { return body + dimension * (33 + i); }
     };
     static constexpr std::uint32_t group = 32;
-    static bool has_prefixes(const State& s) {
-        return prefixes && s.dimension * (33 + group) <= capacity;
-    }
+    static bool has_prefixes(const State& s) { return s.dimension * (33 + group) <= capacity; }
     using Word = std::uint32_t;
     static constexpr std::uint32_t max_dimension = capacity / 33;
 
@@ -43,11 +40,7 @@ struct DigitalNet {
             add(s, std::countr_zero(gray));
     }
 
-    static void add(State& s, std::int32_t bit) {
-        std::uint32_t* x = s.x();
-        const std::uint32_t* v = s.v(bit);
-        for (std::uint32_t c = 0; c < s.dimension; ++c) x[c] ^= v[c];
-    }
+    static void add(State& s, std::int32_t bit) { add_rows(s.x(), s.v(bit), s.dimension, s.x()); }
 
     static void next_point(State& s) {
         ++s.index;
@@ -124,7 +117,8 @@ struct DigitalNet {
                 n -= taken;
                 continue;
             }
-            const std::int32_t taken = std::min(n, dimension - static_cast<std::int32_t>(s.component));
+            const std::int32_t taken =
+                std::min(n, dimension - static_cast<std::int32_t>(s.component));
             std::copy_n(s.x() + s.component, taken, r);
             r += taken;
             n -= taken;
@@ -150,16 +144,17 @@ struct DigitalNet {
         const std::uint32_t* prefix = s.prefix(first);
         std::uint32_t base[max_dimension];
         std::uint32_t* x = s.x();
-        for (std::uint32_t c = 0; c < s.dimension; ++c) base[c] = x[c] ^ prefix[c];
+        add_rows(x, prefix, s.dimension, base);
         emit(base, prefix, count, s.dimension, r);
         s.index += static_cast<std::uint32_t>(count);
         if (s.index % group != 0) {
             prefix = s.prefix(s.index % group);
-            for (std::uint32_t c = 0; c < s.dimension; ++c) x[c] = base[c] ^ prefix[c];
+            add_rows(base, prefix, s.dimension, x);
         } else if (s.index != 0) {
-            // gray(32 B + 32) and gray(32 B) differ in bit 4 and in the lowest set bit of the index.
-            const std::uint32_t *v4 = s.v(4), *v = s.v(std::countr_zero(s.index));
-            for (std::uint32_t c = 0; c < s.dimension; ++c) x[c] = base[c] ^ v4[c] ^ v[c];
+            // gray(32 B + 32) and gray(32 B) differ in bit 4 and in the lowest set bit of the
+            // index.
+            add_rows(base, s.v(4), s.dimension, x);
+            add(s, std::countr_zero(s.index));
         } else {
             std::fill_n(x, s.dimension, 0u);
         }
@@ -171,19 +166,28 @@ struct DigitalNet {
                      std::uint32_t dimension, Word* r) {
         if (dimension < 4) {  // twelve words are whole points of 1, 2 or 3 coordinates
             std::uint32_t pattern[12];
-            for (std::uint32_t i = 0; i < 12; ++i) pattern[i] = base[i % dimension];
+            for (std::uint32_t i = 0; i < dimension; ++i) pattern[i] = base[i];
+            for (std::uint32_t i = dimension; i < 12; ++i) pattern[i] = pattern[i - dimension];
             const std::uint32_t total = dimension * static_cast<std::uint32_t>(count);
-            std::uint32_t i = 0;
-            for (; i + 12 <= total; i += 12)
-                for (std::uint32_t j = 0; j < 12; j += 4) add4(pattern + j, prefix + i + j, r + i + j);
-            for (; i < total; ++i) r[i] = pattern[i % 12] ^ prefix[i];
+            std::uint32_t i = 0, j = 0;
+            for (; i + 4 <= total; i += 4, j = j == 8 ? 0 : j + 4)
+                add4(pattern + j, prefix + i, r + i);
+            for (; i < total; ++i, ++j) r[i] = pattern[j] ^ prefix[i];
             return;
         }
         for (; count > 0; --count, prefix += dimension, r += dimension) {
             std::uint32_t c = 0;
             for (; c + 4 <= dimension; c += 4) add4(base + c, prefix + c, r + c);
-            if (c < dimension) add4(base + dimension - 4, prefix + dimension - 4, r + dimension - 4);
+            if (c < dimension)
+                add4(base + dimension - 4, prefix + dimension - 4, r + dimension - 4);
         }
+    }
+    // r = x ^ y.
+    static void add_rows(const std::uint32_t* x, const std::uint32_t* y, std::uint32_t dimension,
+                         std::uint32_t* r) {
+        std::uint32_t c = 0;
+        for (; c + 4 <= dimension; c += 4) add4(x + c, y + c, r + c);
+        for (; c < dimension; ++c) r[c] = x[c] ^ y[c];
     }
     static void add4(const std::uint32_t* x, const std::uint32_t* y, std::uint32_t* r) {
         const __m128i sum = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x)),

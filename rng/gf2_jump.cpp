@@ -25,7 +25,9 @@ inline __m128i shift(__m128i x, std::int32_t s) {
 inline __m128i load(const std::uint8_t* p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
-inline void store(std::uint8_t* p, __m128i x) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), x); }
+inline void store(std::uint8_t* p, __m128i x) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), x);
+}
 
 bool coefficient(const std::uint8_t* p, std::int32_t i) { return (p[i / 8] >> (i % 8) & 1) != 0; }
 
@@ -144,9 +146,9 @@ std::int32_t skip(kef_stream* stream, const Routines& g, std::uint64_t k, std::i
 using namespace kef::rng;
 
 // A chunk at t^(degree + i) is replaced by the lower terms at t^i, from the top; the terms are
-// more than a chunk below the degree, so a chunk never changes itself. The lower terms are taken by bytes: chunk
-// times byte comes from a table of the 256 products, and the bytes of one residue modulo 16
-// follow each other, so that no load overlaps a store that is still on its way.
+// more than a chunk below the degree, so a chunk never changes itself. The lower terms are taken by
+// bytes: chunk times byte comes from a table of the 256 products, and the bytes of one residue
+// modulo 16 follow each other, so that no load overlaps a store that is still on its way.
 void __vtsPolyRem(std::uint8_t* polynomial, std::int32_t blocks, std::int32_t degree,
                   std::int32_t count, const std::uint16_t* exponents) {
     struct Term {
@@ -170,9 +172,9 @@ void __vtsPolyRem(std::uint8_t* polynomial, std::int32_t blocks, std::int32_t de
         std::uint8_t* const target = polynomial + block * chunk_bytes;
         std::uint8_t* const source = target + degree / 8;
         const __m128i whole = load(source);
-        const __m128i chunk_bits = _mm_and_si128(
-            ones, _mm_or_si128(_mm_srl_epi64(whole, right),
-                               _mm_sll_epi64(_mm_srli_si128(whole, 8), left)));
+        const __m128i chunk_bits =
+            _mm_and_si128(ones, _mm_or_si128(_mm_srl_epi64(whole, right),
+                                             _mm_sll_epi64(_mm_srli_si128(whole, 8), left)));
         store(source, _mm_andnot_si128(place, whole));
         __m128i products[256];
         products[0] = _mm_setzero_si128();
@@ -188,13 +190,13 @@ void __vtsPolyRem(std::uint8_t* polynomial, std::int32_t blocks, std::int32_t de
     }
 }
 
-#define KEF_SKIP(name, group)                                                                    \
-    std::int32_t name(kef_stream* stream, kef_jump_load load, kef_jump_store store,              \
-                      kef_jump_one clear, kef_jump_two copy, kef_jump_one step,                  \
-                      kef_jump_two add, std::uint64_t k, std::int32_t words, std::int32_t degree, \
-                      std::int32_t, std::int32_t count, const std::uint16_t* exponents) {        \
-        return skip<group>(stream, {load, store, clear, copy, step, add}, k, words, degree,      \
-                           count, exponents);                                                    \
+#define KEF_SKIP(name, group)                                                                      \
+    std::int32_t name(kef_stream* stream, kef_jump_load load, kef_jump_store store,                \
+                      kef_jump_one clear, kef_jump_two copy, kef_jump_one step, kef_jump_two add,  \
+                      std::uint64_t k, std::int32_t words, std::int32_t degree, std::int32_t,      \
+                      std::int32_t count, const std::uint16_t* exponents) {                        \
+        return skip<group>(stream, {load, store, clear, copy, step, add}, k, words, degree, count, \
+                           exponents);                                                             \
     }
 KEF_SKIP(__vts_SkipAheadHorner, 1)
 KEF_SKIP(__vts_SkipAheadSWin, 5)

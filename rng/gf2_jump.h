@@ -1,9 +1,9 @@
 // Jumps of generators whose state is a window over a linear sequence over GF(2).
 #pragma once
 
-#include <cstring>
-
 #include <emmintrin.h>
+
+#include <cstring>
 
 #include "rng/registry.h"
 
@@ -20,7 +20,8 @@ struct Window {
         std::memcpy(w->words, stream + 1, words * sizeof(std::uint32_t));
     }
     static void store(kef_stream* stream, const kef_jump_window* w) {
-        std::memcpy(static_cast<void*>(stream + 1), w->words + w->start, words * sizeof(std::uint32_t));
+        std::memcpy(static_cast<void*>(stream + 1), w->words + w->start,
+                    words * sizeof(std::uint32_t));
     }
     static void clear(kef_jump_window* w) {
         w->start = 0;
@@ -42,9 +43,10 @@ struct Window {
         std::uint32_t* x = to->words + to->start;
         const std::uint32_t* y = from->words + from->start;
         for (std::int32_t i = 0; i < words; i += 4)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(x + i),
-                             _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)),
-                                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + i))));
+            _mm_storeu_si128(
+                reinterpret_cast<__m128i*>(x + i),
+                _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)),
+                              _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + i))));
     }
 };
 
@@ -52,8 +54,8 @@ struct Window {
 template <class W, std::size_t count>
 std::int32_t jump(kef_stream* stream, std::uint64_t k, std::int32_t degree, std::int32_t state_size,
                   const std::uint16_t (&exponents)[count]) {
-    const auto way = static_cast<std::int64_t>(k) < degree ? __vts_SkipAheadHorner
-                                                           : __vts_SkipAheadSWin;
+    const auto way =
+        static_cast<std::int64_t>(k) < degree ? __vts_SkipAheadHorner : __vts_SkipAheadSWin;
     return way(stream, W::load, W::store, W::clear, W::copy, W::step, W::add, k, W::size, degree,
                state_size, static_cast<std::int32_t>(count), exponents);
 }

@@ -1,5 +1,6 @@
-// Save and load. Image, little-endian: header of 20 bytes, the generator's state as it stands in the
-// stream block, chunk records of 24 bytes and data. One writer and one reader serve file and memory.
+// Save and load. Image, little-endian: header of 20 bytes, the generator's state as it stands in
+// the stream block, chunk records of 24 bytes and data. One writer and one reader serve file and
+// memory.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -193,10 +194,9 @@ std::int32_t read_chunk(kef_stream* stream, Reader& reader) {
     std::int32_t status = reader.read(&record, sizeof record);
     if (status != VTS_STATUS_OK) return status;
     void* data = nullptr;
-    if (record.size > 0)
-        status = read_block(reader, static_cast<std::size_t>(record.size), data);
+    if (record.size > 0) status = read_block(reader, static_cast<std::size_t>(record.size), data);
     if (status != VTS_STATUS_OK) return status;
-    status = attach(stream, record.key, record.shared_id, data, record.size);
+    status = attach(stream, record.key, record.shared_id, data, record.size, true);
     if (status != VTS_STATUS_OK) free_aligned(data);
     return status;
 }

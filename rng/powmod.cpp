@@ -25,8 +25,8 @@ std::uint64_t __vtsiPowMod2P59(std::uint64_t a, std::uint64_t k) {
 void __vtsiVect3PowMod(std::uint32_t* vector, const std::uint32_t* row, std::uint32_t m,
                        std::uint32_t k_low, std::uint32_t k_high) {
     using Matrix = std::array<std::array<std::uint32_t, 3>, 3>;
-    const auto dot = [m](const std::array<std::uint32_t, 3>& x, std::uint32_t y0,
-                         std::uint32_t y1, std::uint32_t y2) {
+    const auto dot = [m](const std::array<std::uint32_t, 3>& x, std::uint32_t y0, std::uint32_t y1,
+                         std::uint32_t y2) {
         const std::uint64_t sum = static_cast<std::uint64_t>(x[0]) * y0 % m +
                                   static_cast<std::uint64_t>(x[1]) * y1 % m +
                                   static_cast<std::uint64_t>(x[2]) * y2 % m;

@@ -16,7 +16,7 @@ constexpr T power(T x, std::uint64_t k, T one, Multiply multiply) {
     return result;
 }
 
-inline constexpr std::uint32_t m31 = 0x7FFFFFFF;            // 2^31 - 1
+inline constexpr std::uint32_t m31 = 0x7FFFFFFF;  // 2^31 - 1
 inline constexpr std::uint64_t mask59 = (std::uint64_t{1} << 59) - 1;
 
 // x y mod 2^31 - 1 for x, y < 2^31: the product's digits to the base 2^31 are added.

@@ -7,10 +7,16 @@ namespace kef::rng {
 
 namespace {
 
-#define KEF_BRNG(name, size, wide, seeds, zero, word, bits, subs)                      \
-    constexpr kef_brng brng_##name = {                                                 \
-        static_cast<std::int32_t>(sizeof(Header) + state_bytes_##name), seeds, zero,   \
-        word, bits, __vtsBRng##name##InitStream, __vtssBRng##name, __vtsdBRng##name,   \
+#define KEF_BRNG(name, size, wide, seeds, zero, word, bits, subs)       \
+    constexpr kef_brng brng_##name = {                                  \
+        static_cast<std::int32_t>(sizeof(Header) + state_bytes_##name), \
+        seeds,                                                          \
+        zero,                                                           \
+        word,                                                           \
+        bits,                                                           \
+        __vtsBRng##name##InitStream,                                    \
+        __vtssBRng##name,                                               \
+        __vtsdBRng##name,                                               \
         __vtsiBRng##name};
 #include "rng/registry.def"
 #undef KEF_BRNG
@@ -55,9 +61,8 @@ using namespace kef::rng;
 #define KEF_16(row) KEF_4(row), KEF_4(row), KEF_4(row), KEF_4(row)
 #define KEF_256(row) KEF_4(KEF_4(KEF_16(row)))
 kef_brng __RegBrngs[] = {
-    brng_MCG31M1, brng_R250, brng_MRG32K3A, brng_MCG59,
-    KEF_256(brng_WH), KEF_16(brng_WH), brng_WH,
-    brng_Sobol, brng_Niederr,
+    brng_MCG31M1,    brng_R250, brng_MRG32K3A, brng_MCG59,   KEF_256(brng_WH),
+    KEF_16(brng_WH), brng_WH,   brng_Sobol,    brng_Niederr,
 };
 static_assert(std::size(__RegBrngs) == VTS_SMALL_ROWS);
 

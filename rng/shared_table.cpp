@@ -2,9 +2,9 @@
 // allocator.
 #include "rng/shared_table.h"
 
-#include <algorithm>
-
 #include <x86intrin.h>
+
+#include <algorithm>
 
 #include "service/alloc.h"
 
@@ -48,13 +48,15 @@ void* drop_reference(kef_shared_entry& entry) {
 
 }  // namespace
 
-bool refer(kef_chunk& chunk) {
+bool refer(kef_chunk& chunk, bool check_size) {
     if (is_null_id(chunk.shared_id)) return false;
     const Lock lock;
     kef_shared_entry* const entry = find(chunk.shared_id);
     if (entry == nullptr) return false;
-    const std::size_t size = chunk.size > 0 ? static_cast<std::size_t>(chunk.size) : 0;
-    if (size > (entry->data == nullptr ? 0 : block_size(entry->data))) return false;
+    if (check_size && chunk.size > 0) {
+        const std::size_t held = entry->data == nullptr ? 0 : block_size(entry->data);
+        if (static_cast<std::size_t>(chunk.size) > held) return false;
+    }
     ++entry->references;
     chunk.data = entry->data;
     return true;

@@ -75,9 +75,7 @@ std::int32_t __vtsDeleteStream(kef_stream** stream) {
 std::int32_t __vtsLeapfrogStream(kef_stream* stream, std::int32_t k, std::int32_t count) {
     if (count < 0) return VTS_STATUS_BAD_LEAPFROG_COUNT;
     const auto word = static_cast<std::uint32_t>(k);
-    return resolve(stream->header.brng)
-        .brng()
-        .init_stream(VTS_INIT_LEAPFROG, stream, count, &word);
+    return resolve(stream->header.brng).brng().init_stream(VTS_INIT_LEAPFROG, stream, count, &word);
 }
 
 std::int32_t __vtsSkipAheadStream(kef_stream* stream, std::uint64_t count) {

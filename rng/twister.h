@@ -3,15 +3,16 @@
 // with y A = y >> 1, ^ a where y is odd. Four words a step; m and n - m are at least 4.
 #pragma once
 
-#include <cstdint>
-
 #include <emmintrin.h>
+
+#include <cstdint>
 
 namespace kef::rng {
 
 template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask>
 struct Twister {
-    static std::uint32_t step(std::uint32_t x0, std::uint32_t x1, std::uint32_t xm, std::uint32_t a) {
+    static std::uint32_t step(std::uint32_t x0, std::uint32_t x1, std::uint32_t xm,
+                              std::uint32_t a) {
         const std::uint32_t y = (x0 & ~lower_mask) | (x1 & lower_mask);
         return xm ^ y >> 1 ^ (-(y & 1) & a);
     }
@@ -34,8 +35,8 @@ private:
             auto* p = reinterpret_cast<__m128i*>(x + k);
             const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + 1));
             const __m128i xm = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + distance));
-            const __m128i y = _mm_or_si128(_mm_andnot_si128(lower, _mm_loadu_si128(p)),
-                                           _mm_and_si128(lower, x1));
+            const __m128i y =
+                _mm_or_si128(_mm_andnot_si128(lower, _mm_loadu_si128(p)), _mm_and_si128(lower, x1));
             // The lowest bit of y is that of x1.
             const __m128i odd = _mm_cmpeq_epi32(_mm_and_si128(x1, one), one);
             _mm_storeu_si128(p, _mm_xor_si128(_mm_xor_si128(xm, _mm_srli_epi32(y, 1)),
@@ -58,8 +59,10 @@ struct Tempering {
     }
     __m128i operator()(__m128i y) const {
         y = _mm_xor_si128(y, _mm_srli_epi32(y, u));
-        y = _mm_xor_si128(y, _mm_and_si128(_mm_slli_epi32(y, 7), _mm_set1_epi32(static_cast<int>(b))));
-        y = _mm_xor_si128(y, _mm_and_si128(_mm_slli_epi32(y, 15), _mm_set1_epi32(static_cast<int>(c))));
+        y = _mm_xor_si128(y,
+                          _mm_and_si128(_mm_slli_epi32(y, 7), _mm_set1_epi32(static_cast<int>(b))));
+        y = _mm_xor_si128(
+            y, _mm_and_si128(_mm_slli_epi32(y, 15), _mm_set1_epi32(static_cast<int>(c))));
         return _mm_xor_si128(y, _mm_srli_epi32(y, 18));
     }
     void operator()(const std::uint32_t* x, std::int32_t n, std::uint32_t* r) const {

@@ -53,20 +53,22 @@ TEST(RngGenerators, ExactReferences) {
 
 // Published outputs of the key-array initialisations.
 TEST(RngGenerators, PublishedTwisters) {
-    EXPECT_EQ(draw_raw(make_stream(VTS_BRNG_MT19937, {0x123, 0x234, 0x345, 0x456}), 10),
-              (std::vector<std::uint32_t>{1067595299, 955945823, 477289528, 4107218783, 4228976476,
-                                          3344332714, 3355579695, 227628506, 810200273, 2591290167}));
-    EXPECT_EQ(draw_raw(make_stream(VTS_BRNG_SFMT19937, {0x1234, 0x5678, 0x9ABC, 0xDEF0}), 10),
-              (std::vector<std::uint32_t>{2920711183, 3885745737, 3501893680, 856470934, 1421864068,
-                                          277361036, 1518638004, 2328404353, 3355513634, 64329189}));
+    EXPECT_EQ(
+        draw_raw(make_stream(VTS_BRNG_MT19937, {0x123, 0x234, 0x345, 0x456}), 10),
+        (std::vector<std::uint32_t>{1067595299, 955945823, 477289528, 4107218783, 4228976476,
+                                    3344332714, 3355579695, 227628506, 810200273, 2591290167}));
+    EXPECT_EQ(
+        draw_raw(make_stream(VTS_BRNG_SFMT19937, {0x1234, 0x5678, 0x9ABC, 0xDEF0}), 10),
+        (std::vector<std::uint32_t>{2920711183, 3885745737, 3501893680, 856470934, 1421864068,
+                                    277361036, 1518638004, 2328404353, 3355513634, 64329189}));
 }
 
 // The state of the C++ library's mt19937, written where ours stands: its 10000th number is given by
 // the C++ standard.
 TEST(RngGenerators, StandardTwister) {
     const Stream stream = make_stream(VTS_BRNG_MT19937);
-    std::uint32_t* x = reinterpret_cast<std::uint32_t*>(
-        reinterpret_cast<kef_stream_header*>(stream.get()) + 1);
+    std::uint32_t* x =
+        reinterpret_cast<std::uint32_t*>(reinterpret_cast<kef_stream_header*>(stream.get()) + 1);
     x[0] = 5489;
     for (std::uint32_t i = 1; i < 624; ++i) x[i] = 1812433253 * (x[i - 1] ^ x[i - 1] >> 30) + i;
     EXPECT_EQ(x[624], 624u) << "position of a fresh stream";
@@ -78,7 +80,8 @@ TEST(RngGenerators, StandardTwister) {
 
 // RngStreams, first numbers of the package seed (12345, six times), to the digits that it prints.
 TEST(RngGenerators, PublishedMrg32k3a) {
-    const auto u = draw_doubles(make_stream(VTS_BRNG_MRG32K3A, std::vector<std::uint32_t>(6, 12345)), 5);
+    const auto u =
+        draw_doubles(make_stream(VTS_BRNG_MRG32K3A, std::vector<std::uint32_t>(6, 12345)), 5);
     const double published[] = {0.12701112204657714, 0.3185275653967945, 0.30918601558701775,
                                 0.8258468629271136, 0.2216299157820229};
     for (int i = 0; i < 5; ++i) EXPECT_NEAR(u[i], published[i], 1e-9);
@@ -115,9 +118,11 @@ TEST(RngGenerators, Mappings) {
                     x = static_cast<double>(*w + (std::uint64_t{w[1]} << 32));
                     unit_scale = 0x1p-59, top_bits = false;
                 } else if (row.bit_count == 31) {
-                    unit_scale = std::bit_cast<double>(UINT64_C(0x3E00000000200000)), top_bits = false;
+                    unit_scale = std::bit_cast<double>(UINT64_C(0x3E00000000200000)),
+                    top_bits = false;
                 } else if (brng == 2 || brng == VTS_BRNG_MRG32K3A) {
-                    unit_scale = std::bit_cast<double>(UINT64_C(0x3DF000000D10000B)), top_bits = false;
+                    unit_scale = std::bit_cast<double>(UINT64_C(0x3DF000000D10000B)),
+                    top_bits = false;
                 }
                 EXPECT_EQ(d[i], x * ((b - a) * unit_scale) + a);
                 const double s = (static_cast<double>(fb) - fa) * unit_scale;
@@ -138,7 +143,8 @@ TEST(RngGenerators, LargestWordsStayBelowOne) {
     const Stream mcg59 = make_stream(VTS_BRNG_MCG59, {top[0], top[1]});
     EXPECT_LT(draw_doubles(mcg59, 1)[0], 1);
     const Stream twister = make_stream(VTS_BRNG_SFMT19937);
-    auto* x = reinterpret_cast<std::uint32_t*>(reinterpret_cast<kef_stream_header*>(twister.get()) + 1);
+    auto* x =
+        reinterpret_cast<std::uint32_t*>(reinterpret_cast<kef_stream_header*>(twister.get()) + 1);
     const auto fill = [x] {
         for (int i = 0; i < 624; ++i) x[i] = 0xFFFFFFFF;
         x[624] = 624;  // all of the block is still to come
@@ -154,7 +160,8 @@ TEST(RngGenerators, LargestWordsStayBelowOne) {
 TEST(RngGenerators, StateSizes) {
     EXPECT_EQ(sizeof(kef_stream_header), sizeof(void*) == 4 ? 16u : 24u);
     kef_brng row;
-    const std::int32_t sizes[] = {24, 1024, 40, 32, 48, 11648, 43280, 2520, 312, 40, 56, 48, 2536, 24};
+    const std::int32_t sizes[] = {24,   1024, 40, 32, 48, 11648, 43280,
+                                  2520, 312,  40, 56, 48, 2536,  24};
     for (std::int32_t i = 0; i < 14; ++i) {
         ASSERT_EQ(__vtsGetBrngProperties((i + 1) << 20, &row), VTS_STATUS_OK);
         EXPECT_TRUE(sizeof(void*) != 4 || row.stream_state_size == sizes[i]) << i;
@@ -196,8 +203,10 @@ std::int32_t counting_refill(kef_stream*, T* buffer, std::int32_t length, std::i
 TEST(RngGenerators, AbstractRefill) {
     std::uint32_t buffer[5] = {1, 2, 3, 4, 5};
     kef_stream* handle = nullptr;
-    EXPECT_EQ(__vtsiNewAbstractStream(&handle, 0, buffer, counting_refill), VTS_STATUS_BAD_ARGUMENT);
-    EXPECT_EQ(__vtsiNewAbstractStream(&handle, 5, nullptr, counting_refill), VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(__vtsiNewAbstractStream(&handle, 0, buffer, counting_refill),
+              VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(__vtsiNewAbstractStream(&handle, 5, nullptr, counting_refill),
+              VTS_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(__vtsiNewAbstractStream(&handle, 5, buffer, nullptr), VTS_STATUS_BAD_ARGUMENT);
     ASSERT_EQ(__vtsiNewAbstractStream(&handle, 5, buffer, counting_refill), VTS_STATUS_OK);
     const Stream stream(handle);
@@ -239,7 +248,8 @@ TEST(RngGenerators, AbstractBounds) {
     ASSERT_EQ(_vtssRngUniform(0, single.get(), 2, r, 0, 4), VTS_STATUS_OK);
     EXPECT_EQ(r[0], 1.0f);
     EXPECT_EQ(r[1], 2.0f);
-    EXPECT_EQ(reinterpret_cast<void*>(__vtsdBRngiAbstract), reinterpret_cast<void*>(__vtssBRngdAbstract));
+    EXPECT_EQ(reinterpret_cast<void*>(__vtsdBRngiAbstract),
+              reinterpret_cast<void*>(__vtssBRngdAbstract));
 }
 
 }  // namespace

@@ -16,9 +16,15 @@ struct Jumper {
     std::vector<std::uint32_t> seed;
 };
 const Jumper skipping[] = {
-    {VTS_BRNG_MCG31M1, {777}},    {VTS_BRNG_MCG59, {1, 2}},        {VTS_BRNG_MRG32K3A, {1, 2, 3, 4, 5, 6}},
-    {VTS_BRNG_WH + 7, {3, 4}},    {VTS_BRNG_SOBOL, {40}},          {VTS_BRNG_SOBOL, {3}},
-    {VTS_BRNG_NIEDERR, {5}},      {VTS_BRNG_MT19937, {1, 2, 3}},   {VTS_BRNG_SFMT19937, {9}},
+    {VTS_BRNG_MCG31M1, {777}},
+    {VTS_BRNG_MCG59, {1, 2}},
+    {VTS_BRNG_MRG32K3A, {1, 2, 3, 4, 5, 6}},
+    {VTS_BRNG_WH + 7, {3, 4}},
+    {VTS_BRNG_SOBOL, {40}},
+    {VTS_BRNG_SOBOL, {3}},
+    {VTS_BRNG_NIEDERR, {5}},
+    {VTS_BRNG_MT19937, {1, 2, 3}},
+    {VTS_BRNG_SFMT19937, {9}},
 };
 
 // From several positions inside a block of the generator.
@@ -90,8 +96,8 @@ TEST(RngJumps, LeapfrogTilesTheParent) {
                 ASSERT_EQ(__vtsSkipAheadStream(part.get(), 10), VTS_STATUS_OK);
                 const auto words = draw_raw(part, 400);
                 for (int i = 0; i < 400; ++i)
-                    ASSERT_EQ(0, std::memcmp(&words[i * width], &whole[(k + (i + 10) * streams) * width],
-                                             width * 4));
+                    ASSERT_EQ(0, std::memcmp(&words[i * width],
+                                             &whole[(k + (i + 10) * streams) * width], width * 4));
             }
     }
 }
@@ -144,7 +150,8 @@ TEST(RngJumps, ModularPowers) {
     EXPECT_EQ(__vtsiPowMod(4294967290u, UINT64_C(0xFFFFFFFFFFFFFFFF), 4294967291u),
               4294967290u);  // (-1)^odd modulo the largest 32-bit prime
     EXPECT_EQ(__vtsiPowMod(5, 0, 1), 0u);
-    // A three-term recurrence by hand: (1, 1, 1) modulo a large m, and k across 32 bits against its parts.
+    // A three-term recurrence by hand: (1, 1, 1) modulo a large m, and k across 32 bits against its
+    // parts.
     const std::uint32_t ones[3] = {1, 1, 1}, m = 4294944443u;
     std::uint32_t v[3] = {1, 0, 0}, w[3] = {123, 456, 789}, u[3] = {123, 456, 789};
     __vtsiVect3PowMod(v, ones, m, 5, 0);

@@ -1,10 +1,10 @@
 // Streams for tests: created, checked and deleted.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "kef_dist.h"
 #include "kef_rng.h"
@@ -32,7 +32,8 @@ inline Stream copy_of(const Stream& source) {
 inline std::vector<std::uint32_t> draw_raw(const Stream& stream, int n) {
     kef_brng brng;
     EXPECT_EQ(__vtsGetBrngProperties(__vtsGetStreamStateBrng(stream.get()), &brng), VTS_STATUS_OK);
-    std::vector<std::uint32_t> words(static_cast<std::size_t>(n) * brng.word_size / 4 + 1, 0xC0FFEE);
+    std::vector<std::uint32_t> words(static_cast<std::size_t>(n) * brng.word_size / 4 + 1,
+                                     0xC0FFEE);
     EXPECT_EQ(brng.generate_bits(stream.get(), n, words.data()), VTS_STATUS_OK);
     EXPECT_EQ(words.back(), 0xC0FFEEu) << "written past the end";
     words.pop_back();
@@ -48,7 +49,21 @@ inline std::vector<double> draw_doubles(const Stream& stream, int n, double a = 
 }
 
 // One id of every generator that makes numbers by itself and repeatably.
-inline const std::vector<std::int32_t> repeatable_generators = {
-    VTS_BRNG_MCG31M1, VTS_BRNG_R250,    VTS_BRNG_MRG32K3A, VTS_BRNG_MCG59,
-    VTS_BRNG_WH + 5,  VTS_BRNG_SOBOL,   VTS_BRNG_NIEDERR,  VTS_BRNG_MT19937,
-    VTS_BRNG_MT2203 + 9, VTS_BRNG_SFMT19937, 0, 1, 2, 3, 4, 276, 277, 278};
+inline const std::vector<std::int32_t> repeatable_generators = {VTS_BRNG_MCG31M1,
+                                                                VTS_BRNG_R250,
+                                                                VTS_BRNG_MRG32K3A,
+                                                                VTS_BRNG_MCG59,
+                                                                VTS_BRNG_WH + 5,
+                                                                VTS_BRNG_SOBOL,
+                                                                VTS_BRNG_NIEDERR,
+                                                                VTS_BRNG_MT19937,
+                                                                VTS_BRNG_MT2203 + 9,
+                                                                VTS_BRNG_SFMT19937,
+                                                                0,
+                                                                1,
+                                                                2,
+                                                                3,
+                                                                4,
+                                                                276,
+                                                                277,
+                                                                278};

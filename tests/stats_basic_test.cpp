@@ -336,6 +336,18 @@ TEST(StatsBasic, IndicesAndLayouts) {
                                 some.covariance[i * p + j], 1e-12);
             }
         }
+    // The same with 64-bit integers.
+    const std::int64_t wide_p = p, wide_n = n, wide_storage = VTS_SS_STORAGE_COLUMNS;
+    const std::int64_t wide_indices[p] = {0, std::int64_t(1) << 32, 1, 0, 1, 1, 0};
+    std::vector<double> mean(p, untouched);
+    kef_ss_task* task;
+    ASSERT_EQ(VTS_SS_STATUS_OK, __vtsdSSNewTask(&task, &wide_p, &wide_n, &wide_storage, data.data(),
+                                                nullptr, wide_indices, 1));
+    __vtsdSSEditTask(task, VTS_SS_ID_MEAN, mean.data());
+    ASSERT_EQ(VTS_SS_STATUS_OK, _vtsdSSBasic(task, VTS_SS_ESTIMATE_MEAN, VTS_SS_METHOD_TILED));
+    for (int i = 0; i < p; ++i) EXPECT_EQ(wide_indices[i] != 0, mean[i] != untouched) << i;
+    __vtsSSDeleteTask(&task);
+
     Problem<double> full(p, n, data), lower(p, n, data), upper(p, n, data);
     lower.layout = VTS_SS_LAYOUT_LOWER, upper.layout = VTS_SS_LAYOUT_UPPER;
     for (auto* problem : {&full, &lower, &upper})
@@ -355,13 +367,18 @@ TEST(StatsBasic, IndicesAndLayouts) {
 TEST(StatsBasic, SpecialData) {
     for (int method : data_methods) {
         SCOPED_TRACE(method);
-        // One observation: variance 0, not NaN; then the second one.
-        Problem<double> one(1, 1, {5.25}, {0.3});
-        ASSERT_EQ(VTS_SS_STATUS_OK,
-                  one.basic(mean_and_variance | VTS_SS_ESTIMATE_COVARIANCE, method));
-        EXPECT_EQ(0, one.central2[0] * (method != VTS_SS_METHOD_RAW));
-        EXPECT_EQ(0, one.covariance[0]);
-        EXPECT_NEAR(5.25, one.mean[0], 1e-15);
+        // One observation: variance 0, not NaN.
+        for (int p : {1, 2, 3, 10, 51})
+            for (int storage : {VTS_SS_STORAGE_ROWS, VTS_SS_STORAGE_COLUMNS}) {
+                const auto data = normal_data<double>(p, 1, 1);
+                Problem<double> one(p, 1, data, {0.5}, storage);
+                ASSERT_EQ(VTS_SS_STATUS_OK, one.basic(everything, method));
+                for (int i = 0; i < p; ++i) {
+                    EXPECT_EQ(data[i], one.mean[i]);
+                    EXPECT_NEAR(0, one.central2[i], method == VTS_SS_METHOD_RAW ? 1e-12 : 0);
+                    for (int j = 0; j < p; ++j) EXPECT_EQ(0, one.covariance[i * p + j]);
+                }
+            }
         // Constant data give 0 and NaN, not noise.
         for (bool weighted : {false, true}) {
             Problem<double> constant(2, 500, std::vector<double>(1000, 0.1),
@@ -465,7 +482,7 @@ TEST(StatsBasic, FromSums) {
             KEF_VECTOR_RESULTS(KEF_REGISTER)
             KEF_MATRIX_RESULTS(KEF_REGISTER)
 #undef KEF_REGISTER
-                __vtsiSSEditTask(derive.task, VTS_SS_ID_COVARIANCE_STORAGE, &derive.layout);
+            __vtsiSSEditTask(derive.task, VTS_SS_ID_COVARIANCE_STORAGE, &derive.layout);
             __vtsiSSEditTask(derive.task, VTS_SS_ID_CORRELATION_STORAGE, &derive.layout);
             EXPECT_EQ(VTS_SS_STATUS_NULL_STORAGE, derive.basic(derived, method));
             __vtsiSSEditTask(derive.task, VTS_SS_ID_CROSS_PRODUCT_STORAGE, &derive.layout);

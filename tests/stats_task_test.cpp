@@ -1,6 +1,9 @@
 // The statistics task: creation, editors, deletion, validation of Basic and Minmax.
 #include <cstring>
+#include <fstream>
+#include <map>
 #include <set>
+#include <sstream>
 
 #include "stats/task.h"
 #include "tests/stats_support.h"
@@ -10,99 +13,28 @@ namespace {
 
 #define S(name) VTS_SS_STATUS_##name
 
-// Written down apart from task.def: by identifier, the editor and the status of null.
+// The parameters as tests/data/stats_parameters.txt has them, written down apart from
+// task.def.
 struct Expected {
-    char editor;
-    int status;
-};
-constexpr Expected expected[78] = {
-    {},
-    {'i', S(BAD_DIMENSION)},
-    {'i', S(BAD_COUNT)},
-    {'d', S(NULL_X)},
-    {'i', S(NULL_STORAGE)},
-    {'i', S(NULL_INDICES)},
-    {'d', S(NULL_WEIGHTS)},
-    {'d', S(NULL_MEAN)},
-    {'d', S(NULL_RAW_MOMENT_2)},
-    {'d', S(NULL_RAW_MOMENT_3)},
-    {'d', S(NULL_RAW_MOMENT_4)},
-    {'d', S(NULL_CENTRAL_MOMENT_2)},
-    {'d', S(NULL_CENTRAL_MOMENT_3)},
-    {'d', S(NULL_CENTRAL_MOMENT_4)},
-    {'d', S(NULL_KURTOSIS)},
-    {'d', S(NULL_SKEWNESS)},
-    {'d', S(NULL_MINIMUM)},
-    {'d', S(NULL_MAXIMUM)},
-    {'d', S(NULL_VARIATION)},
-    {'d', S(NULL_COVARIANCE)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_CORRELATION)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_ACCUMULATED_WEIGHTS)},
-    {'i', S(NULL_QUANTILE_ORDER_COUNT)},
-    {'d', S(NULL_QUANTILE_ORDERS)},
-    {'d', S(NULL_QUANTILES)},
-    {'d', S(NULL_ORDER_STATISTICS)},
-    {'i', S(NULL_GROUP_INDICES)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_POOLED_MEAN)},
-    {'d', S(NULL_POOLED_COVARIANCE)},
-    {'i', S(NULL_GROUP_INDICES)},
-    {'d', S(NULL_GROUP_MEANS)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_GROUP_COVARIANCES)},
-    {'i', S(NULL_STORAGE)},
-    {'i', S(NULL_ROBUST_PARAMETER_COUNT)},
-    {'d', S(NULL_ROBUST_PARAMETERS)},
-    {'d', S(NULL_ROBUST_MEAN)},
-    {'d', S(NULL_ROBUST_COVARIANCE)},
-    {'i', S(NULL_OUTLIER_PARAMETER_COUNT)},
-    {'d', S(NULL_OUTLIER_PARAMETERS)},
-    {'d', S(NULL_OUTLIER_WEIGHTS)},
-    {'i', S(NULL_STORAGE)},
-    {'i', S(NULL_PARTIAL_INDICES)},
-    {'d', S(NULL_PARTIAL_COVARIANCE)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_PARTIAL_CORRELATION)},
-    {'i', S(NULL_STORAGE)},
-    {'i', S(NULL_MISSING_A_COUNT)},
-    {'d', S(NULL_MISSING_A)},
-    {'i', S(NULL_MISSING_B_COUNT)},
-    {'d', S(NULL_MISSING_B)},
-    {'i', S(NULL_MISSING_D_COUNT)},
-    {'d', S(NULL_MISSING_D)},
-    {'i', S(NULL_MISSING_E_COUNT)},
-    {'d', S(NULL_MISSING_E)},
-    {'i', S(NULL_MISSING_C_COUNT)},
-    {'d', S(NULL_MISSING_C)},
-    {'d', S(NULL_PARAMETRIZED_MATRIX)},
-    {'i', S(NULL_STORAGE)},
-    {'i', S(NULL_STREAM_QUANTILE_PARAMETER_COUNT)},
-    {'d', S(NULL_STREAM_QUANTILE_PARAMETERS)},
-    {'i', S(NULL_STREAM_QUANTILE_ORDER_COUNT)},
-    {'d', S(NULL_STREAM_QUANTILE_ORDERS)},
-    {'d', S(NULL_STREAM_QUANTILES)},
-    {'d', S(NULL_MEAN)},
-    {'d', S(NULL_RAW_SUM_2)},
-    {'d', S(NULL_RAW_SUM_3)},
-    {'d', S(NULL_RAW_SUM_4)},
-    {'d', S(NULL_CENTRAL_SUM_2)},
-    {'d', S(NULL_CENTRAL_SUM_3)},
-    {'d', S(NULL_CENTRAL_SUM_4)},
-    {'d', S(NULL_CROSS_PRODUCT)},
-    {'i', S(NULL_STORAGE)},
-    {'d', S(NULL_MEDIAN_ABSOLUTE_DEVIATION)},
-    {'d', S(NULL_MAHALANOBIS_DISTANCE)},
+    int word = 0;
+    char editor = 0;
+    int status = 0;
 };
 
-// The order of the task's words, by identifier.
-constexpr int word_order[] = {1,  2,  5,  3,  6,  23, 4,  60, 61, 7,  8,  9,  10, 11, 12, 13,
-                              67, 68, 69, 70, 71, 72, 73, 14, 15, 18, 16, 17, 20, 19, 22, 21,
-                              75, 74, 28, 32, 33, 35, 34, 30, 31, 29, 24, 25, 26, 27, 44, 64,
-                              65, 66, 62, 63, 77, 76, 37, 38, 39, 40, 36, 41, 42, 43, 45, 46,
-                              47, 48, 49, 50, 51, 52, 53, 58, 59, 54, 55, 56, 57};
-static_assert(std::size(word_order) == 77);
+std::map<int, Expected> read_parameters() {
+    std::ifstream file(KEF_SOURCE_DIR "/tests/data/stats_parameters.txt");
+    std::map<int, Expected> parameters;
+    std::string text;
+    while (std::getline(file, text)) {
+        if (text[0] == '#') continue;
+        int id;
+        Expected e;
+        e.word = 3 + static_cast<int>(parameters.size());
+        std::istringstream(text) >> id >> e.editor >> e.status;
+        parameters[id] = e;
+    }
+    return parameters;
+}
 
 class StatsTask : public testing::Test {
 protected:
@@ -118,11 +50,8 @@ protected:
         const auto* first = reinterpret_cast<const void* const*>(task);
         return std::vector<const void*>(first, first + word_count);
     }
-    static int word_of(int id) {
-        for (int k = 0; k < 77; ++k)
-            if (word_order[k] == id) return 3 + k;
-        return -1;
-    }
+    const std::map<int, Expected> expected = read_parameters();
+    int word_of(int id) const { return expected.at(id).word; }
     std::int32_t edit(char editor, std::int64_t id, const void* address) {
         if (editor == 'i') return __vtsiSSEditTask(task, id, address);
         if (editor == 'd') return __vtsdSSEditTask(task, id, static_cast<const double*>(address));
@@ -131,6 +60,7 @@ protected:
 };
 
 TEST_F(StatsTask, HoldsTheWordsInTheirOrder) {
+    ASSERT_EQ(77u, expected.size());
     const auto w = words();
     EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(task) % 128);
     EXPECT_EQ(nullptr, w[0]);
@@ -150,9 +80,10 @@ TEST_F(StatsTask, EditorsTakeTheirOwnIdentifiers) {
     for (char editor : {'i', 'd', 's'})
         for (int id = -2; id <= 80; ++id) {
             const bool known =
-                id >= 1 && id <= 77 && expected[id].editor == (editor == 'i' ? 'i' : 'd');
+                expected.count(id) && expected.at(id).editor == (editor == 'i' ? 'i' : 'd');
             const auto before = words();
-            EXPECT_EQ(known ? expected[id].status : VTS_SS_STATUS_BAD_ID, edit(editor, id, nullptr))
+            EXPECT_EQ(known ? expected.at(id).status : VTS_SS_STATUS_BAD_ID,
+                      edit(editor, id, nullptr))
                 << editor << id;
             EXPECT_EQ(before, words()) << editor << id;
             EXPECT_EQ(known ? VTS_SS_STATUS_OK : VTS_SS_STATUS_BAD_ID, edit(editor, id, &value));

@@ -74,7 +74,8 @@ int main(int argc, char** argv) {
             for (int i = 0; i < 4; ++i) w = w << 32 | random();
         auto each = [](u128 v, auto f) {
             u128 r = 0;
-            for (int i = 0; i < 4; ++i) r |= static_cast<u128>(f(static_cast<u32>(v >> 32 * i))) << 32 * i;
+            for (int i = 0; i < 4; ++i)
+                r |= static_cast<u128>(f(static_cast<u32>(v >> 32 * i))) << 32 * i;
             return r;
         };
         const u128 mask = static_cast<u128>(0xBFFFFFF6BFFAFFFFull) << 64 | 0xDDFECB7FDFFFFFEFull;
@@ -88,7 +89,8 @@ int main(int argc, char** argv) {
         }
     }
     const std::vector<int> exponents = berlekamp_massey(bits);
-    std::printf("// Made by tools/jump_polynomials.cpp %s: exponents of the polynomial, falling.\n", argv[1]);
+    std::printf("// Made by tools/jump_polynomials.cpp %s: exponents of the polynomial, falling.\n",
+                argv[1]);
     for (std::size_t i = 0; i < exponents.size(); ++i)
         std::printf("%d,%c", exponents[i], i % 16 == 15 || i + 1 == exponents.size() ? '\n' : ' ');
 }

@@ -1,35 +1,61 @@
-from mpmath import mp, mpf, tan, cos, sin, pi, matrix, lu_solve, qr_solve, sqrt
-mp.prec=300
-def fit(np_, nq, edge, iters=12):
-    n=np_+nq; M=6*n+40
-    ys=[edge**2*(1-cos(pi*(mpf(i)+mpf(1)/2)/M))/2 for i in range(M)]
-    w=[mpf(1)]*M; lw=[mpf(1)]*M
-    co=None
-    for it in range(iters):
-        A=matrix(M,n); b=matrix(M,1)
-        for i,y in enumerate(ys):
-            r=sqrt(y); f=tan(r)/r  # P/Q=f ; (P - f Q)=0 -> 1+sum p y^j - f - f sum q y^j
-            den=f*( (1+sum(co[np_+j]*y**(j+1) for j in range(nq))) if co else 1)
-            s=lw[i]/den
-            for j in range(np_): A[i,j]=y**(j+1)*s
-            for j in range(nq): A[i,np_+j]=-f*y**(j+1)*s
-            b[i]=(f-1)*s
-        x,res=qr_solve(A,b)
-        co=[x[i] for i in range(n)]
-        errs=[]
-        for y in ys:
-            r=sqrt(y); P=1+sum(co[j]*y**(j+1) for j in range(np_)); Q=1+sum(co[np_+j]*y**(j+1) for j in range(nq))
-            errs.append(abs(r*P/Q/tan(r)-1))
-        m=max(errs)
-        lw=[sqrt(l*l*(e/m+mpf(1)/1000)) for l,e in zip(lw,errs)]
-        t=max(lw); lw=[l/t for l in lw]
-    return co,m
-def fitdbl(np_,nq,edge):
-    co,m=fit(np_,nq,edge)
-    return co,m
+#!/usr/bin/python3
+"""Quotients of polynomials for the tangent (vm/core/trig_plain.h): tools/tangent.py
+
+tan r ~ r (1 + p1 y + ...) / (1 + q1 y + ...), y = r^2, |r| <= pi/4: the linearised
+fit P - f Q, weighted by 1/(f Q) of the last turn and, after C. L. Lawson, by the error
+itself until it is level. Prints the relative error and the coefficients' bits.
+"""
 import struct
-def bits(x): return "0x%016X"%struct.unpack("<Q",struct.pack("<d",float(x)))[0]
-def fbits(x): return "0x%08X"%struct.unpack("<I",struct.pack("<f",float(x)))[0]
-for a,b in ((0,1),(1,1),(0,2),(1,2),(2,2),(1,3),(2,3),(3,3)):
-    co,m=fit(a,b,pi/4*(1+mpf(2)**-20))
-    print(a,b,"2^%.2f"%float(mp.log(m,2)), "P",[bits(c) for c in co[:a]],"Q",[bits(c) for c in co[a:]], [fbits(c) for c in co] if a+b<=3 else "")
+
+from mpmath import cos, log, matrix, mp, mpf, pi, qr_solve, sqrt, tan
+
+mp.prec = 300
+
+
+def quotient(c, top, y):
+    numerator = 1 + sum(c[j] * y ** (j + 1) for j in range(top))
+    denominator = 1 + sum(c[top + j] * y ** (j + 1) for j in range(len(c) - top))
+    return numerator, denominator
+
+
+def fit(top, bottom, edge, turns=12):
+    unknowns = top + bottom
+    points = 6 * unknowns + 40
+    ys = [edge**2 * (1 - cos(pi * (mpf(i) + mpf(1) / 2) / points)) / 2 for i in range(points)]
+    fs = [tan(sqrt(y)) / sqrt(y) for y in ys]
+    weights, c = [mpf(1)] * points, [mpf(0)] * unknowns
+    for _ in range(turns):
+        a, b = matrix(points, unknowns), matrix(points, 1)
+        for i, (y, f) in enumerate(zip(ys, fs)):
+            scale = weights[i] / (f * quotient(c, top, y)[1])
+            for j in range(top):
+                a[i, j] = y ** (j + 1) * scale
+            for j in range(bottom):
+                a[i, top + j] = -f * y ** (j + 1) * scale
+            b[i] = (f - 1) * scale
+        solution, _ = qr_solve(a, b)
+        c = [solution[i] for i in range(unknowns)]
+        errors = []
+        for y, f in zip(ys, fs):
+            p, q = quotient(c, top, y)
+            errors.append(abs(p / q / f - 1))
+        worst = max(errors)
+        weights = [sqrt(w * w * (e / worst + mpf(1) / 1000)) for w, e in zip(weights, errors)]
+        largest = max(weights)
+        weights = [w / largest for w in weights]
+    return c, worst
+
+
+def show(name, top, bottom, single):
+    c, worst = fit(top, bottom, pi / 4 * (1 + mpf(2) ** -20))
+    pack = (lambda x: f"0x{struct.unpack('<I', struct.pack('<f', float(x)))[0]:08X}") if single else (
+        lambda x: f"0x{struct.unpack('<Q', struct.pack('<d', float(x)))[0]:016X}")
+    print(f"{name}: error 2^{float(log(worst, 2)):.2f}, p {' '.join(map(pack, c[:top]))}, "
+          f"q {' '.join(map(pack, c[top:]))}")
+
+
+if __name__ == "__main__":
+    show("double LA, single HA", 3, 3, False)
+    show("double EP", 2, 2, False)
+    show("single LA", 1, 2, True)
+    show("single EP", 1, 1, True)

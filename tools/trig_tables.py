@@ -38,12 +38,14 @@ def parts(value, width, count, last_width=53):
 
 
 def constants():
-    for name, value, width in (("pi/256, 35 bits", pi / 256, 35), ("pi, 36 bits", +pi, 36),
-                               ("pi/2, 35 bits", pi / 2, 35), ("2 pi, 53 bits", 2 * pi, 53),
-                               ("pi, 40 bits", +pi, 40)):
-        print(name, *(f"0x{bits(p):016X}" for p in parts(value, width, 2)))
-    for name, value, count in (("pi, 12 bits", +pi, 3), ("pi, 12 bits", +pi, 2), ("pi/2, 12 bits", pi / 2, 3)):
-        print("single", name, *(f"{float(p).hex()}f" for p in parts(value, 12, count, 24)))
+    for name, value, width, count in (
+            ("pi/256, near", pi / 256, 35, 2), ("pi/256, far", pi / 256, 26, 3),
+            ("pi, LA", +pi, 36, 2), ("pi, single HA", +pi, 36, 1), ("pi, EP", +pi, 40, 1),
+            ("2 pi", 2 * pi, 53, 1)):
+        print(name, *(f"0x{bits(p):016X}" for p in parts(value, width, count)))
+    for name, value, width, count in (("pi, LA", +pi, 16, 2), ("pi, EP", +pi, 17, 1),
+                                      ("pi/2, LA", pi / 2, 16, 2), ("pi/2, EP", pi / 2, 17, 1)):
+        print("single", name, *(f"{float(p).hex()}f" for p in parts(value, width, count, 24)))
     for name, value in (("256/pi", 256 / pi), ("1/pi", 1 / pi), ("2/pi", 2 / pi)):
         print(name, f"0x{bits(value):016X}")
 

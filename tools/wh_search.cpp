@@ -5,8 +5,8 @@
 //
 // Moduli: the 1092 largest safe primes below 2^24 (m and (m-1)/2 prime); set i takes numbers i,
 // i + 273, i + 546 and i + 819 of the falling list. Multipliers: four different primitive roots
-// in 112..127, chosen so that the smallest normalised spectral value (Fincke and Pohst; D. E. Knuth,
-// TAOCP 2, 3.3.4) over dimensions 2 to 8 of the equivalent generator modulo the product is
+// in 112..127, chosen so that the smallest normalised spectral value (Fincke and Pohst; D. E.
+// Knuth, TAOCP 2, 3.3.4) over dimensions 2 to 8 of the equivalent generator modulo the product is
 // largest; normalised by the largest possible, sqrt(Hermite constant) M^(1/t).
 #include <algorithm>
 #include <cmath>
@@ -114,9 +114,15 @@ struct Lattice {  // a basis of n vectors in n dimensions, LLL-reduced step by s
 
 // Smallest normalised spectral value, given up as soon as it is not above `floor`.
 static real spectral(i128 A, i128 M, real floor) {
-    const real hermite[dims + 1] = {0, 0, std::sqrt(4.0L / 3), std::cbrt(2.0L), std::sqrt(2.0L),
-                                    std::pow(8.0L, 0.2L), std::pow(64.0L / 3, 1.0L / 6),
-                                    std::pow(64.0L, 1.0L / 7), 2};
+    const real hermite[dims + 1] = {0,
+                                    0,
+                                    std::sqrt(4.0L / 3),
+                                    std::cbrt(2.0L),
+                                    std::sqrt(2.0L),
+                                    std::pow(8.0L, 0.2L),
+                                    std::pow(64.0L / 3, 1.0L / 6),
+                                    std::pow(64.0L, 1.0L / 7),
+                                    2};
     const real m = static_cast<real>(M);
     Lattice l;
     l.n = 1;
@@ -164,7 +170,8 @@ int main() {
         i128 unit[4];  // 1 modulo m[j], 0 modulo the others
         for (int j = 0; j < 4; ++j) {
             const i128 rest = M / m[j];
-            unit[j] = rest * static_cast<i128>(power(static_cast<u64>(rest % m[j]), m[j] - 2, m[j])) % M;
+            unit[j] =
+                rest * static_cast<i128>(power(static_cast<u64>(rest % m[j]), m[j] - 2, m[j])) % M;
         }
         real best = 0;
         u64 chosen[4] = {};

@@ -12,7 +12,10 @@
 //                          formulas that are harmless everywhere: lanes that need
 //                          the edge; a vector more than the kernel has results is
 //                          for this gate alone
-//   k.edge(x..., r...)     one element that a gate holds back; the special cases in
+//   k.beyond(h...), k.far(x...)
+//                          optional second gate and formula: far gives the lanes that
+//                          `outside` holds back and `beyond` does not
+//   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
 //   K::arithmetic          optional: one arithmetic operation, whose flags are raised;
 //                          all other kernels raise none (vm/control.h)
@@ -20,8 +23,8 @@
 // The loop owns the count test, the control register, groups of four, the gates,
 // the rest of fewer than four (computed as a group padded with one of its own
 // elements, so that no lane raises a flag of its own) and the reports. Where a gate
-// holds a group back, each element of it goes through the gates alone, and only
-// those that are held back then come to the edge. So an element's result does not
+// holds a group back, the group tries the second formula for its lanes outside; then
+// each element of it goes through the gates alone, and only those that are held back then come to the edge. So an element's result does not
 // depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
@@ -66,6 +69,12 @@ template <> struct Group<double> {
     void store_at(double* p) const { store(p, low), store(p + 2, high); }
     i4 head() const { return heads(low, high); }
     double first() const { return low[0]; }
+    // The lanes whose verdict is set from `other`.
+    Group replaced(i4 verdict, Group other) const {
+        const i4 mask = verdict >> 31;
+        return {select((l2)__builtin_shufflevector(mask, mask, 0, 0, 1, 1), other.low, low),
+                select((l2)__builtin_shufflevector(mask, mask, 2, 2, 3, 3), other.high, high)};
+    }
 };
 template <> struct Group<float> {
     f4 all_four;
@@ -73,18 +82,22 @@ template <> struct Group<float> {
     void store_at(float* p) const { store(p, all_four); }
     i4 head() const { return heads(all_four); }
     float first() const { return all_four[0]; }
+    Group replaced(i4 verdict, Group other) const {
+        return {select(verdict >> 31, other.all_four, all_four)};
+    }
 };
 
-template <class K, class T, std::size_t I, std::size_t... N>
-inline auto formula(const K& k, const std::array<Group<T>, I>& x, std::index_sequence<N...>) {
+// A formula on the vectors of each group.
+template <class Formula, class T, std::size_t I, std::size_t... N>
+inline auto apply(Formula f, const std::array<Group<T>, I>& x, std::index_sequence<N...>) {
     if constexpr (std::is_same_v<T, double>) {
-        const auto low = as_array(k.fast(x[N].low...));
-        const auto high = as_array(k.fast(x[N].high...));
+        const auto low = as_array(f(x[N].low...));
+        const auto high = as_array(f(x[N].high...));
         std::array<Group<T>, low.size()> y;
         for (std::size_t i = 0; i < y.size(); ++i) y[i] = {low[i], high[i]};
         return y;
     } else {
-        const auto four = as_array(k.fast(x[N].all_four...));
+        const auto four = as_array(f(x[N].all_four...));
         std::array<Group<T>, four.size()> y;
         for (std::size_t i = 0; i < y.size(); ++i) y[i] = {four[i]};
         return y;
@@ -118,10 +131,37 @@ template <class K, class T, std::size_t I, class Store>
 inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
     constexpr auto indices = std::make_index_sequence<I>();
     if (is_outside(k, x, indices)) [[unlikely]] return false;
-    const auto y = formula(k, x, indices);
+    const auto y = apply([&](auto... v) { return k.fast(v...); }, x, indices);
     if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]] return false;
     store_results(y);
     return true;
+}
+
+// Whether the kernel of I arguments has a second formula.
+template <class K, std::size_t I>
+inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) {
+    return requires(const K& k, i4 h) { k.beyond((static_cast<void>(N), h)...); };
+}(std::make_index_sequence<I>());
+
+// The same for a group that the first gate holds back, where there is a second formula.
+template <class K, class T, std::size_t I, class Store>
+inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
+    if constexpr (has_far<K, I>) {
+        constexpr auto indices = std::make_index_sequence<I>();
+        const auto [outside, beyond] = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return std::array<i4, 2>{k.outside(x[N].head()...), k.beyond(x[N].head()...)};
+        }(indices);
+        if (any_lane(beyond)) return false;
+        auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
+        if (!all_lanes(outside)) {
+            const auto near = apply([&](auto... v) { return k.fast(v...); }, x, indices);
+            for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
+        }
+        if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
+        store_results(y);
+        return true;
+    }
+    return false;
 }
 
 // Elements one at a time, with their special results and reports. The kernel comes
@@ -138,10 +178,10 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
             const T four[group] = {x[j], x[j], x[j], x[j]};
             same[j] = Group<T>::at(four);
         }
-        const bool done = try_group(k, same, [&](const auto& y) {
+        const auto store_first = [&](const auto& y) {
             for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
-        });
-        if (done) continue;
+        };
+        if (try_group(k, same, store_first) || try_far(k, same, store_first)) continue;
         std::array<T, O> r;
         const int status = edge(k, x, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
@@ -151,6 +191,23 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
                                              &out[0][i], &out[O - 1][i]});
             });
     }
+}
+
+// A group that the gates of the fast formula hold back.
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline]] void again(K k, int first, int count, Guard& guard,
+                             const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+    if constexpr (has_far<K, I>) {
+        if (count == group) {
+            std::array<Group<T>, I> x;
+            for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + first);
+            const bool done = try_far(k, x, [&](const auto& y) {
+                for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + first);
+            });
+            if (done) return;
+        }
+    }
+    one_by_one(k, first, count, guard, in, out);
 }
 
 template <class K, class T, std::size_t I, std::size_t O>
@@ -168,7 +225,7 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
             for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
         });
         if constexpr (has_edge)
-            if (!done) [[unlikely]] one_by_one(k, i, group, guard, in, out);
+            if (!done) [[unlikely]] again(k, i, group, guard, in, out);
     }
 
     const int rest = n - i;
@@ -186,7 +243,7 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
         }
     });
     if constexpr (has_edge)
-        if (!done) [[unlikely]] one_by_one(k, i, rest, guard, in, out);
+        if (!done) [[unlikely]] again(k, i, rest, guard, in, out);
 }
 
 }  // namespace frame

@@ -46,6 +46,7 @@ inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x))
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
+inline bool all_lanes(i4 mask) { return _mm_movemask_ps((__m128)mask) == 15; }
 
 // |x| in the bit pattern's order.
 inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }

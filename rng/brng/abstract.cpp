@@ -1,9 +1,9 @@
 // The abstract generators: numbers that the caller makes, handed over in the caller's buffer.
 // kef_rng.h tells the refill protocol.
+#include <x86intrin.h>
+
 #include <algorithm>
 #include <bit>
-
-#include <x86intrin.h>
 
 #include "rng/registry.h"
 #include "rng/stream.h"
@@ -84,9 +84,12 @@ std::int32_t initialise_abstract(std::int32_t method, kef_stream* stream,
             s.tag = tag_of(s);
             return VTS_STATUS_OK;
         }
-        case VTS_INIT_LEAPFROG: return VTS_STATUS_NO_LEAPFROG;
-        case VTS_INIT_SKIPAHEAD: return VTS_STATUS_NO_SKIPAHEAD;
-        default: return VTS_STATUS_BAD_METHOD;
+        case VTS_INIT_LEAPFROG:
+            return VTS_STATUS_NO_LEAPFROG;
+        case VTS_INIT_SKIPAHEAD:
+            return VTS_STATUS_NO_SKIPAHEAD;
+        default:
+            return VTS_STATUS_BAD_METHOD;
     }
 }
 
@@ -182,7 +185,8 @@ std::int32_t __vtsiBRngiAbstract(kef_stream* stream, std::int32_t n, void* r) {
                     std::copy_n(x, count, out);
                 });
 }
-std::int32_t __vtsdBRngdAbstract(kef_stream* stream, std::int32_t n, double* r, double a, double b) {
+std::int32_t __vtsdBRngdAbstract(kef_stream* stream, std::int32_t n, double* r, double a,
+                                 double b) {
     return draw_reals(stream, n, r, a, b);
 }
 std::int32_t __vtssBRngsAbstract(kef_stream* stream, std::int32_t n, float* r, float a, float b) {
@@ -190,10 +194,10 @@ std::int32_t __vtssBRngsAbstract(kef_stream* stream, std::int32_t n, float* r, f
 }
 
 // One routine for all wrong types; it looks at none of its arguments.
-static std::int32_t refuse() { return VTS_STATUS_WRONG_ABSTRACT_TYPE; }
+std::int32_t kef_rng_refuse_type() { return VTS_STATUS_WRONG_ABSTRACT_TYPE; }
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wattribute-alias"
-#define KEF_REFUSAL __attribute__((alias("refuse")))
+#define KEF_REFUSAL __attribute__((alias("kef_rng_refuse_type")))
 std::int32_t __vtsdBRngiAbstract(kef_stream*, std::int32_t, double*, double, double) KEF_REFUSAL;
 std::int32_t __vtssBRngiAbstract(kef_stream*, std::int32_t, float*, float, float) KEF_REFUSAL;
 std::int32_t __vtsiBRngdAbstract(kef_stream*, std::int32_t, void*) KEF_REFUSAL;

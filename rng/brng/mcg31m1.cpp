@@ -39,7 +39,8 @@ struct Mcg31m1 {
     // x y mod 2^31 - 1 in the low half of both 64-bit lanes.
     static __m128i multiply(__m128i x, __m128i y) {
         const __m128i m = _mm_set_epi32(0, m31, 0, m31), p = _mm_mul_epu32(x, y);
-        const __m128i t = _mm_sub_epi32(_mm_add_epi32(_mm_and_si128(p, m), _mm_srli_epi64(p, 31)), m);
+        const __m128i t =
+            _mm_sub_epi32(_mm_add_epi32(_mm_and_si128(p, m), _mm_srli_epi64(p, 31)), m);
         return _mm_add_epi32(t, _mm_and_si128(_mm_srai_epi32(t, 31), m));
     }
 
@@ -54,7 +55,8 @@ struct Mcg31m1 {
             const std::uint32_t a2 = multiply31(a, a), a4 = multiply31(a2, a2);
             const __m128i a8 = _mm_set1_epi32(static_cast<int>(multiply31(a4, a4)));
             const auto pair = [&start](int i) {
-                return _mm_set_epi32(0, static_cast<int>(start[i + 2]), 0, static_cast<int>(start[i]));
+                return _mm_set_epi32(0, static_cast<int>(start[i + 2]), 0,
+                                     static_cast<int>(start[i]));
             };
             __m128i x0 = pair(0), x1 = pair(1), x4 = pair(4), x5 = pair(5);
             for (; n >= 8; n -= 8, r += 8) {
@@ -77,9 +79,9 @@ struct Mcg31m1 {
     }
 
     template <class Real>
-    class Map : public DoubleScale<unit> {
+    class Map : public DoubleScale {
     public:
-        Map(std::int32_t, double a, double b) : DoubleScale(a, b) {}
+        Map(std::int32_t, double a, double b) : DoubleScale(unit, a, b) {}
     };
 
     static bool valid(const State& s, std::int32_t) {

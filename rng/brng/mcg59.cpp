@@ -82,10 +82,11 @@ struct Mcg59 {
     static __m128d as_doubles(__m128i x) {
         const __m128i low = _mm_or_si128(_mm_and_si128(x, _mm_set_epi32(0, -1, 0, -1)),
                                          _mm_set_epi32(0x43300000, 0, 0x43300000, 0));
-        const __m128i high = _mm_or_si128(_mm_srli_epi64(x, 32),
-                                          _mm_set_epi32(0x45300000, 0, 0x45300000, 0));
-        const __m128d sum = _mm_add_pd(
-            _mm_sub_pd(_mm_castsi128_pd(high), _mm_set1_pd(0x1p84 + 0x1p52)), _mm_castsi128_pd(low));
+        const __m128i high =
+            _mm_or_si128(_mm_srli_epi64(x, 32), _mm_set_epi32(0x45300000, 0, 0x45300000, 0));
+        const __m128d sum =
+            _mm_add_pd(_mm_sub_pd(_mm_castsi128_pd(high), _mm_set1_pd(0x1p84 + 0x1p52)),
+                       _mm_castsi128_pd(low));
         return _mm_min_pd(sum, _mm_set1_pd(0x1p59 - 0x1p6));
     }
 

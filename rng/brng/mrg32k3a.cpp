@@ -15,8 +15,7 @@ namespace {
 
 constexpr std::uint32_t m[2] = {4294967087, 4294944443};
 constexpr std::uint32_t complement[2] = {209, 22853};  // 2^32 - m
-constexpr std::uint32_t row[2][3] = {{0, 1403580, m[0] - 810728},
-                                            {527612, 0, m[1] - 1370589}};
+constexpr std::uint32_t row[2][3] = {{0, 1403580, m[0] - 810728}, {527612, 0, m[1] - 1370589}};
 constexpr double unit = 0x1.000000d10000bp-32;  // 0x3DF000000D10000B
 constexpr std::int32_t pass = 16;
 
@@ -32,8 +31,10 @@ constexpr Coefficients make_coefficients() {
         std::uint64_t x[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
         for (int k = 0; k < pass; ++k)
             for (int i = 0; i < 3; ++i) {
-                const std::uint64_t next = (row[c][0] * x[0][i] % m[c] + row[c][1] * x[1][i] % m[c] +
-                                            row[c][2] * x[2][i] % m[c]) % m[c];
+                const std::uint64_t next =
+                    (row[c][0] * x[0][i] % m[c] + row[c][1] * x[1][i] % m[c] +
+                     row[c][2] * x[2][i] % m[c]) %
+                    m[c];
                 x[2][i] = x[1][i];
                 x[1][i] = x[0][i];
                 x[0][i] = next;
@@ -115,8 +116,9 @@ struct Mrg32k3a {
                     _mm_shuffle_epi32(_mm_srai_epi32(d, 31), _MM_SHUFFLE(3, 3, 1, 1));
                 _mm_store_si128(
                     reinterpret_cast<__m128i*>(z + k),
-                    _mm_and_si128(low, _mm_add_epi64(d, _mm_and_si128(
-                                                            negative, _mm_set_epi32(0, m1, 0, m1)))));
+                    _mm_and_si128(
+                        low,
+                        _mm_add_epi64(d, _mm_and_si128(negative, _mm_set_epi32(0, m1, 0, m1)))));
             }
             const std::int32_t taken = std::min(n, pass);
             for (std::int32_t k = 0; k < taken; ++k) r[k] = static_cast<Word>(z[k]);
@@ -132,9 +134,9 @@ struct Mrg32k3a {
     }
 
     template <class Real>
-    class Map : public DoubleScale<unit> {
+    class Map : public DoubleScale {
     public:
-        Map(std::int32_t, double a, double b) : DoubleScale(a, b) {}
+        Map(std::int32_t, double a, double b) : DoubleScale(unit, a, b) {}
     };
 
     static bool valid(const State& s, std::int32_t) {

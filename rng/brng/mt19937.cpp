@@ -1,6 +1,6 @@
-// MT19937: M. Matsumoto, T. Nishimura, Mersenne twister: a 623-dimensionally equidistributed uniform
-// pseudorandom number generator, ACM Trans. Model. Comput. Simul. 8 (1998) 3-30; every seed is a key
-// array. Map: 32 bits of a word in a double, the top 24 in a float.
+// MT19937: M. Matsumoto, T. Nishimura, Mersenne twister: a 623-dimensionally equidistributed
+// uniform pseudorandom number generator, ACM Trans. Model. Comput. Simul. 8 (1998) 3-30; every seed
+// is a key array. Map: 32 bits of a word in a double, the top 24 in a float.
 #include "rng/brng_frame.h"
 #include "rng/gf2_jump.h"
 #include "rng/key_array.h"
@@ -34,14 +34,14 @@ struct Mt19937 {
     }
 
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
-        draw_from_block(s.x, s.position, r, count, [&s] { Recurrence::regenerate(s.x, matrix); },
-                        temper);
+        draw_from_block(
+            s.x, s.position, r, count, [&s] { Recurrence::regenerate(s.x, matrix); }, temper);
         return VTS_STATUS_OK;
     }
 
     // The block is a window over the sequence of words; the jump moves it and leaves the
-    // position. At position 0 all bits of x[0] are still to come, but the recurrence holds only for its
-    // top bit: that number is passed first.
+    // position. At position 0 all bits of x[0] are still to come, but the recurrence holds only for
+    // its top bit: that number is passed first.
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
         if (k == 0) return VTS_STATUS_OK;
         if (s.position == 0) {
@@ -52,11 +52,10 @@ struct Mt19937 {
             s.position += static_cast<std::int32_t>(k);
             return VTS_STATUS_OK;
         }
-        return jump<Window<n, 1, step>>(stream, k, degree, sizeof(State) + sizeof(Header), polynomial);
+        return jump<Window<n, 1, step>>(stream, k, degree, sizeof(State) + sizeof(Header),
+                                        polynomial);
     }
-    static void step(std::uint32_t* x) {
-        x[n] = Recurrence::step(x[0], x[1], x[397], matrix);
-    }
+    static void step(std::uint32_t* x) { x[n] = Recurrence::step(x[0], x[1], x[397], matrix); }
 
     template <class Real>
     using Map = FullWordMap<Real>;

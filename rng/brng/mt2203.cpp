@@ -1,7 +1,7 @@
 // MT2203: 6024 Mersenne twisters of period 2^2203 - 1 (n = 69, m = 34, r = 5), each with a twist
-// matrix and tempering masks of its own: M. Matsumoto, T. Nishimura, Dynamic creation of pseudorandom
-// number generators, Monte Carlo and Quasi-Monte Carlo Methods 1998, Springer 2000, 56-69.
-// tools/mt2203_search.cpp tells how the sets were found. Map as in MT19937.
+// matrix and tempering masks of its own: M. Matsumoto, T. Nishimura, Dynamic creation of
+// pseudorandom number generators, Monte Carlo and Quasi-Monte Carlo Methods 1998, Springer 2000,
+// 56-69. tools/mt2203_search.cpp tells how the sets were found. Map as in MT19937.
 #include "rng/brng_frame.h"
 #include "rng/key_array.h"
 #include "rng/twister.h"
@@ -39,8 +39,8 @@ struct Mt2203 {
 
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
         const Tempering<12> temper = {s.set.b, s.set.c};
-        draw_from_block(s.x, s.position, r, count,
-                        [&s] { Recurrence::regenerate(s.x, s.set.matrix); }, temper);
+        draw_from_block(
+            s.x, s.position, r, count, [&s] { Recurrence::regenerate(s.x, s.set.matrix); }, temper);
         return VTS_STATUS_OK;
     }
 

@@ -1,6 +1,6 @@
-// NIEDERR: H. Niederreiter, Low-discrepancy and low-dispersion sequences, J. Number Theory 30 (1988)
-// 51-70, in base 2: coordinate c belongs to the irreducible polynomial number c in numeric order
-// (t, t + 1, t^2 + t + 1, ...); the 318th is 0xBE7.
+// NIEDERR: H. Niederreiter, Low-discrepancy and low-dispersion sequences, J. Number Theory 30
+// (1988) 51-70, in base 2: coordinate c belongs to the irreducible polynomial number c in numeric
+// order (t, t + 1, t^2 + t + 1, ...); the 318th is 0xBE7.
 //
 // Parameters, order, leapfrog and map as in SOBOL; up to 318 coordinates, up to 327 with the
 // caller's direction numbers. The sequence starts at index 1.
@@ -23,13 +23,14 @@ std::uint32_t next_irreducible(std::uint32_t p) {
     for (;;) {
         ++p;
         bool irreducible = true;
-        for (std::uint32_t f = 2; 2 * std::bit_width(f) <= std::bit_width(p) + 1 && irreducible; ++f)
+        for (std::uint32_t f = 2; 2 * std::bit_width(f) <= std::bit_width(p) + 1 && irreducible;
+             ++f)
             irreducible = remainder(p, f) != 0;
         if (irreducible) return p;
     }
 }
 
-struct Niederr : DigitalNet<state_bytes_Niederr / 4 - 4, false> {
+struct Niederr : DigitalNet<state_bytes_Niederr / 4 - 4> {
     static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* words, std::int32_t) {
         return DigitalNet::seed(s, n, words, dimensions, 1, [](State& state) {
             std::uint32_t p = 1;
@@ -40,8 +41,8 @@ struct Niederr : DigitalNet<state_bytes_Niederr / 4 - 4, false> {
         });
     }
 
-    // Row j = q e + u of matrix C, e the degree of p: the linear sequence of p^(q+1) that starts with
-    // e q zeros and then ones, from place u on. Direction number r has C[j][r] in bit 31 - j.
+    // Row j = q e + u of matrix C, e the degree of p: the linear sequence of p^(q+1) that starts
+    // with e q zeros and then ones, from place u on. Direction number r has C[j][r] in bit 31 - j.
     static void fill_column(State& s, std::uint32_t c, std::uint32_t p) {
         const std::int32_t e = std::bit_width(p) - 1;
         std::uint64_t power = 1;  // p^(q+1), of degree below 32 + 2 e

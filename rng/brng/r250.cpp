@@ -3,7 +3,8 @@
 //
 // Seeds: 250 words or more are the state itself (an all-zero one gets a single bit). Fewer are
 // spread over it as a key array, and words 7 i + 3 get zeros above bit 31 - i and a one in it, so
-// that the 32 bit columns are linearly independent. Map: 32 bits of a word in a double, the top 24 in a float.
+// that the 32 bit columns are linearly independent. Map: 32 bits of a word in a double, the top 24
+// in a float.
 #include <cstring>
 
 #include "rng/brng_frame.h"
@@ -42,7 +43,8 @@ struct R250 {
         run(x, 0, lag, n - lag);
         run(x, lag, n, -lag);
     }
-    static void run(std::uint32_t* x, std::int32_t first, std::int32_t last, std::int32_t distance) {
+    static void run(std::uint32_t* x, std::int32_t first, std::int32_t last,
+                    std::int32_t distance) {
         std::int32_t k = first;
         for (; k + 4 <= last; k += 4) {
             auto* p = reinterpret_cast<__m128i*>(x + k);
@@ -53,10 +55,11 @@ struct R250 {
     }
 
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
-        draw_from_block(s.x, s.position, r, count, [&s] { regenerate(s.x); },
-                        [](const std::uint32_t* x, std::int32_t taken, Word* out) {
-                            std::copy_n(x, taken, out);
-                        });
+        draw_from_block(
+            s.x, s.position, r, count, [&s] { regenerate(s.x); },
+            [](const std::uint32_t* x, std::int32_t taken, Word* out) {
+                std::copy_n(x, taken, out);
+            });
         return VTS_STATUS_OK;
     }
 

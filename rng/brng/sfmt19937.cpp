@@ -1,6 +1,6 @@
 // SFMT19937: M. Saito, M. Matsumoto, SIMD-oriented fast Mersenne twister: a 128-bit pseudorandom
-// number generator, Monte Carlo and Quasi-Monte Carlo Methods 2006, Springer 2008, 607-622; every seed
-// is a key array. Map: 32 bits of a word in a double, the top 24 in a float.
+// number generator, Monte Carlo and Quasi-Monte Carlo Methods 2006, Springer 2008, 607-622; every
+// seed is a key array. Map: 32 bits of a word in a double, the top 24 in a float.
 #include <bit>
 #include <cstring>
 
@@ -44,7 +44,9 @@ struct Sfmt19937 {
     static void fill(std::uint32_t* x, const std::uint32_t* key, std::int32_t length) {
         constexpr std::int32_t lag = 11, middle = (n32 - lag) / 2;
         const auto at = [](std::int32_t i) { return i < n32 ? i : i - n32; };
-        const auto mix = [](std::uint32_t w, std::uint32_t factor) { return (w ^ w >> 27) * factor; };
+        const auto mix = [](std::uint32_t w, std::uint32_t factor) {
+            return (w ^ w >> 27) * factor;
+        };
         std::memset(x, 0x8B, n32 * sizeof *x);
         // Step j adds `extra`: the length first, then key words and index, then the index alone.
         std::int32_t i = 0;
@@ -111,10 +113,11 @@ struct Sfmt19937 {
 
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
         std::int32_t position = n32 - s.left;
-        draw_from_block(s.x, position, r, count, [&s] { regenerate(s.x); },
-                        [](const std::uint32_t* x, std::int32_t taken, Word* out) {
-                            std::memcpy(out, x, static_cast<std::size_t>(taken) * sizeof *out);
-                        });
+        draw_from_block(
+            s.x, position, r, count, [&s] { regenerate(s.x); },
+            [](const std::uint32_t* x, std::int32_t taken, Word* out) {
+                std::memcpy(out, x, static_cast<std::size_t>(taken) * sizeof *out);
+            });
         s.left = n32 - position;
         return VTS_STATUS_OK;
     }

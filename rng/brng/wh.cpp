@@ -1,5 +1,5 @@
-// WH: 273 combined multiplicative generators of Wichmann-Hill type (B. A. Wichmann, I. D. Hill, Appl.
-// Stat. 31 (1982) 188-190), four components each:
+// WH: 273 combined multiplicative generators of Wichmann-Hill type (B. A. Wichmann, I. D. Hill,
+// Appl. Stat. 31 (1982) 188-190), four components each:
 //   x_j <- a_j x_j mod m_j, u = frac(sum x_j / m_j).
 // tools/wh_search.cpp tells how moduli and multipliers were found. Raw word: the four x_j.
 // Seeds: x_j = word j mod m_j; 1 where that is 0 or absent. The first number belongs to the state
@@ -41,7 +41,8 @@ struct WichmannHill {
 
     // The first number of the state is a x: the parent goes k - (count - 1) steps on, so that a
     // step of `count` then leads to its number k.
-    static std::int32_t leapfrog(kef_stream* stream, State& s, std::uint32_t k, std::int32_t count) {
+    static std::int32_t leapfrog(kef_stream* stream, State& s, std::uint32_t k,
+                                 std::int32_t count) {
         const std::uint32_t* m = moduli(stream);
         for (int j = 0; j < 4; ++j) {
             const std::uint64_t order = m[j] - 1;
@@ -77,23 +78,37 @@ struct WichmannHill {
         }
     };
 
+    // Numbers of odd and of even place, each with the square of the multiplier, so that their
+    // steps need not wait for each other.
     static std::int32_t words(State& s, Word* r, std::int32_t n, std::int32_t sub) {
-        Component component[2];
-        __m128d x[2];
+        Component one[2], two[2];
+        __m128d x[2], y[2];
         for (int c = 0; c < 2; ++c) {
-            const double m0 = parameters[sub].m[2 * c], m1 = parameters[sub].m[2 * c + 1];
-            component[c] = {_mm_set_pd(s.a[2 * c + 1], s.a[2 * c]), _mm_set_pd(m1, m0),
-                            _mm_set_pd(1 / m1, 1 / m0)};
-            x[c] = _mm_set_pd(s.x[2 * c + 1], s.x[2 * c]);
+            const std::uint32_t *a = s.a + 2 * c, *m = parameters[sub].m + 2 * c;
+            const auto square = [&](int i) { return __vtsiPowMod(a[i], 2, m[i]); };
+            const __m128d modulus = _mm_set_pd(m[1], m[0]);
+            const __m128d inverse = _mm_set_pd(1.0 / m[1], 1.0 / m[0]);
+            one[c] = {_mm_set_pd(a[1], a[0]), modulus, inverse};
+            two[c] = {_mm_set_pd(square(1), square(0)), modulus, inverse};
+            x[c] = one[c].step(_mm_set_pd(s.x[2 * c + 1], s.x[2 * c]));
+            y[c] = one[c].step(x[c]);
         }
-        const auto as_words = [&x] {
-            return _mm_unpacklo_epi64(_mm_cvttpd_epi32(x[0]), _mm_cvttpd_epi32(x[1]));
+        const auto put = [](const __m128d* from, std::uint32_t* to) {
+            _mm_storeu_si128(
+                reinterpret_cast<__m128i*>(to),
+                _mm_unpacklo_epi64(_mm_cvttpd_epi32(from[0]), _mm_cvttpd_epi32(from[1])));
         };
-        for (std::int32_t i = 0; i < n; ++i) {
-            for (int c = 0; c < 2; ++c) x[c] = component[c].step(x[c]);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i), as_words());
+        std::int32_t i = 0;
+        for (; i + 2 <= n; i += 2) {
+            put(x, r[i].x);
+            put(y, r[i + 1].x);
+            for (int c = 0; c < 2; ++c) {
+                x[c] = two[c].step(x[c]);
+                y[c] = two[c].step(y[c]);
+            }
         }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(s.x), as_words());
+        if (i < n) put(x, r[i].x);
+        std::copy_n(r[n - 1].x, 4, s.x);
         return VTS_STATUS_OK;
     }
 
@@ -102,14 +117,16 @@ struct WichmannHill {
     public:
         Map(std::int32_t sub, Real a, Real b) : a_(a), scale_(b - a) {
             const std::uint32_t* m = parameters[sub].m;
-            for (int c = 0; c < 2; ++c) inverse_[c] = _mm_set_pd(1.0 / m[2 * c + 1], 1.0 / m[2 * c]);
+            for (int c = 0; c < 2; ++c)
+                inverse_[c] = _mm_set_pd(1.0 / m[2 * c + 1], 1.0 / m[2 * c]);
         }
         void operator()(const Word* w, std::int32_t n, Real* r) const {
             for (std::int32_t i = 0; i < n; ++i) {
                 const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(w + i));
                 const __m128d t = _mm_add_pd(
                     _mm_mul_pd(_mm_cvtepi32_pd(x), inverse_[0]),
-                    _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 2, 3, 2))), inverse_[1]));
+                    _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(x, _MM_SHUFFLE(3, 2, 3, 2))),
+                               inverse_[1]));
                 const double sum = _mm_cvtsd_f64(_mm_add_sd(t, _mm_unpackhi_pd(t, t)));
                 const double u = sum - static_cast<std::int32_t>(sum);  // sum in [0, 4): exact
                 r[i] = unit(u) * scale_ + a_;

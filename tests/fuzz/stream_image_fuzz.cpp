@@ -1,11 +1,15 @@
-// Fuzz target: any file as a stream image. Loading gives a status; a stream that loads can be drawn from,
-// moved, saved and deleted.
+// Fuzz target: any file as a stream image. Loading gives a status; a stream that loads can be drawn
+// from, moved, saved and deleted.
 //
 // With libFuzzer:
-//   clang++ -std=c++20 -g -fsanitize=fuzzer,address -DKEF_LIBFUZZER -Iinclude -I. -msse3
-//     tests/fuzz/stream_image_fuzz.cpp rng/*.cpp rng/brng/*.cpp service/*.cpp vm/*.cpp ... -o fuzz
+//   clang++ -std=c++20 -O1 -g -msse3 -fsanitize=fuzzer,address -DKEF_LIBFUZZER -Iinclude -I.
+//     tests/fuzz/stream_image_fuzz.cpp rng/*.cpp rng/brng/*.cpp service/alloc.cpp service/cpu.cpp
+//     -o build/stream_image_fuzzer
 // Otherwise a program of its own: it changes saved streams of all generators at random places, the
 // given number of times (default 20000), always the same ones.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -14,9 +18,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include "kef_rng.h"
 
@@ -67,8 +68,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case VTS_STATUS_FILE_READ:
         case VTS_STATUS_BAD_FILE:
         case VTS_STATUS_NO_MEMORY:
-        case VTS_STATUS_NO_RDRAND: break;
-        default: fail("load", status);
+        case VTS_STATUS_NO_RDRAND:
+            break;
+        default:
+            fail("load", status);
     }
     return 0;
 }
@@ -94,22 +97,28 @@ int main(int argc, char** argv) {
     // Places that matter: the header, the counters at both ends of the state, the chunk records.
     const auto place = [&](const std::vector<std::uint8_t>& image) -> std::size_t {
         switch (below(4)) {
-            case 0: return below(20);
-            case 1: return std::min(image.size() - 1, 20 + below(32));
-            case 2: return image.size() - 1 - below(std::min<std::size_t>(image.size(), 100));
-            default: return below(image.size());
+            case 0:
+                return below(20);
+            case 1:
+                return std::min(image.size() - 1, 20 + below(32));
+            case 2:
+                return image.size() - 1 - below(std::min<std::size_t>(image.size(), 100));
+            default:
+                return below(image.size());
         }
     };
     for (int round = 0; round < rounds; ++round) {
         std::vector<std::uint8_t> image = corpus[below(corpus.size())];
         for (std::size_t changes = below(4); changes > 0; --changes) {
-            const std::uint8_t values[] = {0, 1, 0x7F, 0x80, 0xFF, static_cast<std::uint8_t>(random())};
+            const std::uint8_t values[] = {0,    1,    0x7F,
+                                           0x80, 0xFF, static_cast<std::uint8_t>(random())};
             image[place(image)] = values[below(6)];
         }
         if (below(4) == 0) image.resize(below(image.size() + 1));
         if (below(8) == 0) {  // the head of one on the body of another
             const auto& other = corpus[below(corpus.size())];
-            std::copy_n(other.begin(), std::min({other.size(), image.size(), below(64)}), image.begin());
+            std::copy_n(other.begin(), std::min({other.size(), image.size(), below(64)}),
+                        image.begin());
         }
         LLVMFuzzerTestOneInput(image.data(), image.size());
     }

@@ -29,8 +29,9 @@ protected:
 #endif
 
     void write(const Bytes& image) {
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()),
-                                                    static_cast<std::streamsize>(image.size()));
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(image.data()),
+                   static_cast<std::streamsize>(image.size()));
     }
     std::int32_t load_file(Stream& stream, const Bytes& image) {
         write(image);
@@ -65,8 +66,9 @@ Bytes file_bytes(const std::string& path) {
 void add_chunk(const Stream& stream, std::int32_t key, const std::string& text) {
     void* data = kef::allocate_aligned(text.size());
     std::memcpy(data, text.data(), text.size());
-    EXPECT_EQ(__vtsAddChunk(stream.get(), key, nullptr, data, static_cast<std::int32_t>(text.size())),
-              VTS_STATUS_OK);
+    EXPECT_EQ(
+        __vtsAddChunk(stream.get(), key, nullptr, data, static_cast<std::int32_t>(text.size())),
+        VTS_STATUS_OK);
 }
 
 // Draws a little of everything; whatever the state is, nothing may go out of bounds.
@@ -87,7 +89,8 @@ TEST_F(RngImage, EveryGeneratorContinues) {
         draw_raw(stream, 333);
         add_chunk(stream, 5, "five");
         add_chunk(stream, -6, "minus six");
-        ASSERT_EQ(__vtsSaveStreamF(stream.get(), (path + "junk").c_str(), static_cast<std::int32_t>(path.size())),
+        ASSERT_EQ(__vtsSaveStreamF(stream.get(), (path + "junk").c_str(),
+                                   static_cast<std::int32_t>(path.size())),
                   VTS_STATUS_OK);
         const Bytes image = image_of(stream);
         EXPECT_EQ(file_bytes(path), image);
@@ -105,15 +108,17 @@ TEST_F(RngImage, EveryGeneratorContinues) {
 
 TEST_F(RngImage, LayoutIsFixed) {
     const Stream stream = make_stream(VTS_BRNG_MCG31M1, {0x11223344});
-    EXPECT_EQ(image_of(stream), (Bytes{1, 0, 0, 0, 'R', 'N', 'G', 0, 20, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0,
-                                       0x44, 0x33, 0x22, 0x11, 0x20, 0x6C, 0x80, 0x43}));
+    EXPECT_EQ(image_of(stream),
+              (Bytes{1, 0, 0, 0, 'R',  'N', 'G',  0,    20,   0,    8,    0,    0,    0,
+                     0, 0, 0, 0, 0x10, 0,   0x44, 0x33, 0x22, 0x11, 0x20, 0x6C, 0x80, 0x43}));
     EXPECT_EQ(__vtsGetStreamSize(stream.get()), 28);
     add_chunk(stream, 0x01020304, "xyz");
     const Bytes image = image_of(stream);
     ASSERT_EQ(image.size(), 28u + 24 + 3);
     EXPECT_EQ(image[12], 1);
     EXPECT_EQ(Bytes(image.begin() + 28, image.end()),
-              (Bytes{4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 'x', 'y', 'z'}));
+              (Bytes{4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0,   0,   0,  0,
+                     0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 'x', 'y', 'z'}));
 }
 
 TEST_F(RngImage, HeaderChecks) {
@@ -125,7 +130,8 @@ TEST_F(RngImage, HeaderChecks) {
         Stream loaded;
         EXPECT_EQ(load_file(loaded, image), file_status);
         EXPECT_EQ(load_memory(loaded, image), memory_status);
-        if (memory_status == VTS_STATUS_OK) EXPECT_EQ(draw_raw(loaded, 9), draw_raw(copy_of(stream), 9));
+        if (memory_status == VTS_STATUS_OK)
+            EXPECT_EQ(draw_raw(loaded, 9), draw_raw(copy_of(stream), 9));
     };
     const auto fine = [&](auto change) { both(change, VTS_STATUS_OK, VTS_STATUS_OK); };
     const auto bad = [&](auto change) { both(change, VTS_STATUS_BAD_FILE, VTS_STATUS_BAD_IMAGE); };
@@ -150,8 +156,10 @@ TEST_F(RngImage, FailedSaveIsReported) {
         std::fclose(full);
     else
         GTEST_SKIP() << "no /dev/full";
-    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_MCG59).get(), "/dev/full", -1), VTS_STATUS_FILE_CLOSE);
-    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_NIEDERR).get(), "/dev/full", -1), VTS_STATUS_FILE_WRITE);
+    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_MCG59).get(), "/dev/full", -1),
+              VTS_STATUS_FILE_CLOSE);
+    EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_NIEDERR).get(), "/dev/full", -1),
+              VTS_STATUS_FILE_WRITE);
 }
 
 TEST_F(RngImage, HardwareStreams) {
@@ -165,7 +173,8 @@ TEST_F(RngImage, HardwareStreams) {
 
 // Every truncation of a file, and every change of one byte, of a stream with chunks.
 TEST_F(RngImage, HostileFiles) {
-    for (const std::int32_t brng : {VTS_BRNG_MCG59, VTS_BRNG_MRG32K3A, VTS_BRNG_WH, VTS_BRNG_MT2203}) {
+    for (const std::int32_t brng :
+         {VTS_BRNG_MCG59, VTS_BRNG_MRG32K3A, VTS_BRNG_WH, VTS_BRNG_MT2203}) {
         const Stream stream = make_stream(brng);
         draw_raw(stream, 5);
         add_chunk(stream, 1, "0123456789");
@@ -195,10 +204,16 @@ TEST_F(RngImage, ImpossibleStates) {
         std::int32_t brng;
         std::vector<int> words;  // of the state; each is made huge
     };
-    for (const auto& [brng, words] :
-         {Case{VTS_BRNG_R250, {250}}, {VTS_BRNG_SOBOL, {0, 2, 3}}, {VTS_BRNG_NIEDERR, {0, 2, 3}},
-          {VTS_BRNG_MT19937, {624}}, {VTS_BRNG_MT2203 + 8, {69}}, {VTS_BRNG_SFMT19937, {624}},
-          {VTS_BRNG_WH, {0, 5}}, {VTS_BRNG_MRG32K3A, {4}}, {1, {250}}, {4, {0}}})
+    for (const auto& [brng, words] : {Case{VTS_BRNG_R250, {250}},
+                                      {VTS_BRNG_SOBOL, {0, 2, 3}},
+                                      {VTS_BRNG_NIEDERR, {0, 2, 3}},
+                                      {VTS_BRNG_MT19937, {624}},
+                                      {VTS_BRNG_MT2203 + 8, {69}},
+                                      {VTS_BRNG_SFMT19937, {624}},
+                                      {VTS_BRNG_WH, {0, 5}},
+                                      {VTS_BRNG_MRG32K3A, {4}},
+                                      {1, {250}},
+                                      {4, {0}}})
         for (const int word : words)
             for (const std::uint32_t value : {0x7FFFFFFFu, 0xFFFFFFFFu, 0x80000000u, 700u}) {
                 const Stream stream = make_stream(brng, {7});
@@ -211,7 +226,8 @@ TEST_F(RngImage, ImpossibleStates) {
                 else
                     EXPECT_EQ(status, VTS_STATUS_BAD_IMAGE);
                 EXPECT_TRUE(value == 700 || (value == 0x7FFFFFFF && brng == VTS_BRNG_MRG32K3A) ||
-                            (value == 0x80000000 && brng == VTS_BRNG_MRG32K3A) || status != VTS_STATUS_OK)
+                            (value == 0x80000000 && brng == VTS_BRNG_MRG32K3A) ||
+                            status != VTS_STATUS_OK)
                     << brng << " " << word << " " << value;
             }
 }
@@ -299,14 +315,16 @@ TEST_F(RngImage, AbstractStreams) {
         const std::int32_t status = load_memory(loaded, image);
         if (status != VTS_STATUS_OK) continue;
         const std::size_t padding[] = {sizeof(void*) == 4 ? SIZE_MAX : 20 + 12};
-        EXPECT_TRUE(sizeof(void*) == 8 && ((i >= padding[0] && i < padding[0] + 4) || i >= 20 + 36)) << i;
+        EXPECT_TRUE(sizeof(void*) == 8 && ((i >= padding[0] && i < padding[0] + 4) || i >= 20 + 36))
+            << i;
     }
 }
 
 // 65535 is the most that the chunk count holds.
 TEST_F(RngImage, TooManyChunks) {
     const Stream stream = make_stream(VTS_BRNG_MCG59);
-    for (int i = 0; i < 65536; ++i) ASSERT_EQ(__vtsAddChunk(stream.get(), i, nullptr, nullptr, 0), VTS_STATUS_OK);
+    for (int i = 0; i < 65536; ++i)
+        ASSERT_EQ(__vtsAddChunk(stream.get(), i, nullptr, nullptr, 0), VTS_STATUS_OK);
     EXPECT_EQ(__vtsSaveStreamF(stream.get(), path.c_str(), -1), VTS_STATUS_TOO_LARGE);
 }
 

@@ -1,9 +1,10 @@
 // The stream object: registry, life, chunks, shared data.
+#include "tests/rng_streams.h"
+
 #include <cstring>
 #include <iterator>
 
 #include "service/alloc.h"
-#include "tests/rng_streams.h"
 
 namespace {
 
@@ -12,16 +13,31 @@ TEST(RngStreams, Ids) {
         std::int32_t id;
         bool valid;
     };
-    for (const auto& [id, good] :
-         {Case{0, true}, {276, true}, {277, true}, {278, true}, {279, false}, {-1, false}, {INT32_MIN, false},
-          {0xFFFFF, false}, {0x100000, true}, {0x100001, false}, {0x500000 + 272, true},
-          {0x500000 + 273, false}, {0x900000 + 6023, true}, {0x900000 + 6024, false}, {0xA00001, false},
-          {0xB00001, false}, {0x7FF00000, false}, {0x7FFFFFFF, false}}) {
+    for (const auto& [id, good] : {Case{0, true},
+                                   {276, true},
+                                   {277, true},
+                                   {278, true},
+                                   {279, false},
+                                   {-1, false},
+                                   {INT32_MIN, false},
+                                   {0xFFFFF, false},
+                                   {0x100000, true},
+                                   {0x100001, false},
+                                   {0x500000 + 272, true},
+                                   {0x500000 + 273, false},
+                                   {0x900000 + 6023, true},
+                                   {0x900000 + 6024, false},
+                                   {0xA00001, false},
+                                   {0xB00001, false},
+                                   {0x7FF00000, false},
+                                   {0x7FFFFFFF, false}}) {
         kef_stream* stream = nullptr;
-        EXPECT_EQ(__vtsNewStreamEx(&stream, id, 0, nullptr), good ? VTS_STATUS_OK : VTS_STATUS_BAD_BRNG)
+        EXPECT_EQ(__vtsNewStreamEx(&stream, id, 0, nullptr),
+                  good ? VTS_STATUS_OK : VTS_STATUS_BAD_BRNG)
             << id;
         kef_brng row;
-        EXPECT_EQ(__vtsGetBrngProperties(id, &row), good ? VTS_STATUS_OK : VTS_STATUS_BAD_BRNG) << id;
+        EXPECT_EQ(__vtsGetBrngProperties(id, &row), good ? VTS_STATUS_OK : VTS_STATUS_BAD_BRNG)
+            << id;
         if (good) EXPECT_EQ(__vtsGetStreamStateBrng(stream), id);
         EXPECT_EQ(stream != nullptr, good);
         __vtsDeleteStream(&stream);
@@ -64,10 +80,12 @@ TEST(RngStreams, Registration) {
         change(brng);
         EXPECT_EQ(__vtsRegisterBrng(&brng), status);
     };
-    refused([](kef_brng& b) { b.stream_state_size = -1, b.word_size = 5; }, VTS_STATUS_BAD_STATE_SIZE);
+    refused([](kef_brng& b) { b.stream_state_size = -1, b.word_size = 5; },
+            VTS_STATUS_BAD_STATE_SIZE);
     refused([](kef_brng& b) { b.word_size = 5, b.seed_count = 0; }, VTS_STATUS_BAD_WORD_SIZE);
     refused([](kef_brng& b) { b.seed_count = 0, b.bit_count = 0; }, VTS_STATUS_BAD_SEED_COUNT);
-    refused([](kef_brng& b) { b.bit_count = 0, b.init_stream = nullptr; }, VTS_STATUS_BAD_BIT_COUNT);
+    refused([](kef_brng& b) { b.bit_count = 0, b.init_stream = nullptr; },
+            VTS_STATUS_BAD_BIT_COUNT);
     refused([](kef_brng& b) { b.init_stream = nullptr; }, VTS_STATUS_NULL_ENTRY);
     refused([](kef_brng& b) { b.generate_double = nullptr; }, VTS_STATUS_NULL_ENTRY);
     refused([](kef_brng& b) { b.generate_float = nullptr; }, VTS_STATUS_NULL_ENTRY);
@@ -96,6 +114,17 @@ TEST(RngStreams, Registration) {
     __vtsDeleteStream(&copy);
 }
 
+// In a process of its own: the rows stay.
+TEST(RngStreams, RegistryHolds512Rows) {
+    const auto fill = [] {
+        const kef_brng row = {64, 1, 0, 4, 32, user_init, user_float, user_double, user_bits};
+        for (std::int32_t rows = __vtsGetNumRegBrngs(); rows < 512; ++rows)
+            if (__vtsRegisterBrng(&row) != (rows + 1) << 20) std::exit(1);
+        std::exit(__vtsRegisterBrng(&row) == VTS_STATUS_REGISTRY_FULL ? 0 : 2);
+    };
+    EXPECT_EXIT(fill(), testing::ExitedWithCode(0), "");
+}
+
 TEST(RngStreams, BlocksAndHeader) {
     const Stream stream = make_stream(VTS_BRNG_MCG31M1);
     const auto* header = reinterpret_cast<const kef_stream_header*>(stream.get());
@@ -116,7 +145,8 @@ TEST(RngStreams, CopiesContinueAlike) {
         EXPECT_EQ(__vtsCopyStreamState(other.get(), stream.get()), VTS_STATUS_OK);
         EXPECT_EQ(draw_raw(other, 1500), next) << brng;
     }
-    EXPECT_EQ(__vtsCopyStreamState(make_stream(VTS_BRNG_MT2203).get(), make_stream(VTS_BRNG_MT2203 + 1).get()),
+    EXPECT_EQ(__vtsCopyStreamState(make_stream(VTS_BRNG_MT2203).get(),
+                                   make_stream(VTS_BRNG_MT2203 + 1).get()),
               VTS_STATUS_BAD_BRNG);
 }
 
@@ -231,7 +261,8 @@ TEST(RngStreams, QuasiRandomParameters) {
         }
         return status;
     };
-    for (const int d : {1, 3, 40, 44, 45, 88}) EXPECT_EQ(create(VTS_BRNG_SOBOL, d, 1 + 32 * d), VTS_STATUS_OK) << d;
+    for (const int d : {1, 3, 40, 44, 45, 88})
+        EXPECT_EQ(create(VTS_BRNG_SOBOL, d, 1 + 32 * d), VTS_STATUS_OK) << d;
     numbers.resize(1 + 32 * 328);
     EXPECT_EQ(create(VTS_BRNG_SOBOL, 89, 1 + 32 * 89), VTS_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(create(VTS_BRNG_SOBOL, 3, 1 + 32 * 3 - 1), VTS_STATUS_BAD_ARGUMENT);

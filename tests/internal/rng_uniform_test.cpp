@@ -11,7 +11,9 @@ namespace {
 std::vector<double> script;
 std::vector<int> calls;
 std::int32_t script_status = VTS_STATUS_OK;
-std::int32_t scripted_init(std::int32_t, kef_stream*, std::int32_t, const std::uint32_t*) { return 0; }
+std::int32_t scripted_init(std::int32_t, kef_stream*, std::int32_t, const std::uint32_t*) {
+    return 0;
+}
 template <class Real>
 std::int32_t scripted(kef_stream*, std::int32_t n, Real* r, Real, Real) {
     calls.push_back(n);
@@ -22,8 +24,15 @@ std::int32_t scripted_bits(kef_stream*, std::int32_t, void*) { return 0; }
 
 std::int32_t scripted_brng() {
     static const std::int32_t id = [] {
-        const kef_brng brng = {sizeof(kef_stream_header), 1, 1, 4, 32, scripted_init,
-                               scripted<float>, scripted<double>, scripted_bits};
+        const kef_brng brng = {sizeof(kef_stream_header),
+                               1,
+                               1,
+                               4,
+                               32,
+                               scripted_init,
+                               scripted<float>,
+                               scripted<double>,
+                               scripted_bits};
         return __vtsRegisterBrng(&brng);
     }();
     return id;
@@ -85,7 +94,8 @@ TEST(RngUniform, IntegersStayInRange) {
 }
 
 TEST(RngUniform, Bits) {
-    for (const std::int32_t brng : {VTS_BRNG_MT19937 + 0, VTS_BRNG_MT2203 + 17, VTS_BRNG_SFMT19937 + 0}) {
+    for (const std::int32_t brng :
+         {VTS_BRNG_MT19937 + 0, VTS_BRNG_MT2203 + 17, VTS_BRNG_SFMT19937 + 0}) {
         const Stream stream = make_stream(brng);
         const auto words = draw_raw(copy_of(stream), 12);
         std::uint32_t narrow[6];
@@ -94,7 +104,8 @@ TEST(RngUniform, Bits) {
         ASSERT_EQ(_vtsiRngUniformBits64(0, stream.get(), 3, wide), VTS_STATUS_OK);
         for (int i = 0; i < 6; ++i) EXPECT_EQ(narrow[i], words[i]);
         for (int i = 0; i < 3; ++i)
-            EXPECT_EQ(wide[i], words[6 + 2 * i] | static_cast<std::uint64_t>(words[7 + 2 * i]) << 32);
+            EXPECT_EQ(wide[i], words[6 + 2 * i] | static_cast<std::uint64_t>(words[7 + 2 * i])
+                                                      << 32);
     }
     const Stream mcg59 = make_stream(VTS_BRNG_MCG59);
     const auto words = draw_raw(copy_of(mcg59), 2049 + 4);
@@ -124,8 +135,10 @@ int callback_of_bracket(kef_vtm_error_record*) { return 1; }
 // Mode word and callback come back bit for bit, a zero field and a zero word included.
 TEST(RngUniform, BracketRestores) {
     const std::uint32_t saved = kef_vtm_kernel_GetMode();
-    for (const std::uint32_t mode : {0x1A02u, 0x3u, 0x403u, 0x280032u, 0x0u, 0x100u, 0x1001u, 0xFF3Fu})
-        for (const auto callback : {&callback_of_caller, static_cast<decltype(&callback_of_caller)>(nullptr)}) {
+    for (const std::uint32_t mode :
+         {0x1A02u, 0x3u, 0x403u, 0x280032u, 0x0u, 0x100u, 0x1001u, 0xFF3Fu})
+        for (const auto callback :
+             {&callback_of_caller, static_cast<decltype(&callback_of_caller)>(nullptr)}) {
             kef_vtm_kernel_SetErrorCallBack(callback);
             kef::vm::store_mode(mode);
             {

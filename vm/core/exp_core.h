@@ -142,7 +142,7 @@ inline double exp_subnormal(double x) {
     return round_to_subnormal((e.high * e.power)[0], (e.low * e.power)[0]);
 }
 
-// exp(x)/2 for 0 < x < 711.
+// exp(x)/2 for 0 < x < 711, where m may be 1025.
 inline double exp_half(double x) {
     const auto e = exp_parts<-2>(all(x));
     return ((e.high + e.low) * e.power)[0] * 2.0;

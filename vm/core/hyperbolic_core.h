@@ -1,10 +1,13 @@
 // Hyperbolic functions of x >= 0, from E = e^x - 1:
 //
-//   sinh x = (E + E/(E + 1))/2    cosh x = (e^x + 1/e^x)/2    tanh(x/2) = E/(E + 2)
+//   sinh x = (E + E/(E + 1))/2 = E - E^2/(2(E + 1))
+//   cosh x = (e^x + 1/e^x)/2
+//   tanh(x/2) = E/(E + 2)
 //
 // HA carries high and low parts throughout; all terms are positive, so that nothing
-// cancels. Valid where E + 2 and its inverse are ordinary numbers: x < 650 in double,
-// x < 86 in single precision.
+// cancels. The second form of sinh, for the other accuracies, has the smaller error
+// where E is small. Valid where E + 2 and its inverse are ordinary numbers: x < 650 in
+// double, x < 86 in single precision.
 #pragma once
 
 #include "vm/core/expm1_core.h"
@@ -48,7 +51,7 @@ inline d2 sinh_core(d2 x) {
         return 0.5 * (high.high + (high.low + (e.low + q.low)));
     } else {
         const d2 e = expm1_core<Accuracy>(x);
-        return 0.5 * (e + e / (e + 1.0));
+        return e - e * (e * (0.5 / (e + 1.0)));
     }
 }
 
@@ -84,7 +87,7 @@ inline d2 half_tanh_core(d2 x) {
 template <class Accuracy>
 inline f4 sinh_single(f4 x) {
     const f4 e = expm1_single<Accuracy>(x);
-    return 0.5f * (e + e / (e + 1.0f));
+    return e - e * (e * (0.5f / (e + 1.0f)));
 }
 template <class Accuracy>
 inline f4 cosh_single(f4 x) {

@@ -61,10 +61,10 @@ inline d2 sine_of(l2 k, const TrigPowers& p) {
     return (d2)((l2)(parts.high + parts.low) ^ sine_sign(k));
 }
 
-// Sine (bias 128) or cosine (bias 256) for |x| < 3072.
-template <int bias>
+// Sine (bias 128) or cosine (bias 256).
+template <int bias, TrigReach reach>
 inline d2 sine_core(d2 x) {
-    const TrigReduced reduced = trig_reduce<bias>(x);
+    const TrigReduced reduced = trig_reduce<bias, reach>(x);
     return sine_of(reduced.k, trig_powers(reduced));
 }
 
@@ -94,9 +94,9 @@ inline DoubleDouble<d2> tangent_parts(const TrigReduced& x) {
     return {(d2)((l2)q ^ sign), (d2)((l2)(rest * inverse) ^ sign)};
 }
 
-// The tangent for |x| < 3072.
+template <TrigReach reach>
 inline d2 tangent_core(d2 x) {
-    const DoubleDouble<d2> parts = tangent_parts(trig_reduce<sine_bias>(x));
+    const DoubleDouble<d2> parts = tangent_parts(trig_reduce<sine_bias, reach>(x));
     return parts.high + parts.low;
 }
 

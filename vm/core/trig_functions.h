@@ -15,29 +15,59 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy> inline constexpr TrigRange trig_range = {};
-template <> inline constexpr TrigRange trig_range<double, HA> = {0x2D300000, 0x40A80000};  // 2^-300, 3072
-template <> inline constexpr TrigRange trig_range<double, LA> = {0x2D300000, 0x41000000};  // 2^-300, 2^17
-template <> inline constexpr TrigRange trig_range<double, EP> = {0x2D300000, 0x40B00000};  // 2^-300, 2^12
-template <> inline constexpr TrigRange trig_range<float, HA> = {0x00800000, 0x48000000};   // 2^-126, 2^17
-template <> inline constexpr TrigRange trig_range<float, LA> = {0x21800000, 0x45C00000};   // 2^-60, 6144
-template <> inline constexpr TrigRange trig_range<float, EP> = trig_range<float, LA>;
+// The gates: from the smallest normal number, which leaves zeros and underflow to the
+// edge, to where the reductions end.
+inline constexpr std::uint32_t head_of(double x) {
+    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(x) >> 32);
+}
+inline constexpr std::uint32_t head_of(float x) { return std::bit_cast<std::uint32_t>(x); }
 
-template <class T, class Accuracy, Phase phase>
+template <class T, class Accuracy> struct TrigLast;
+template <> struct TrigLast<double, HA> { static constexpr double near = 3072, far = 0x1p20; };
+template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = near; };
+template <> struct TrigLast<double, EP> { static constexpr double near = 0x1p12, far = 0x1p17; };
+template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17, far = near; };
+template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = 0x1p17; };
+template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = 0x1p17; };
+
+// The formulas of a kernel: near(x) and, where there is one, far(x).
+template <class T, class Accuracy, TrigReach reach, Phase phase>
 inline Vector<T> sine_fast(Vector<T> x) {
-    constexpr bool accurate = std::is_same_v<Accuracy, HA>;
-    if constexpr (!accurate) return sine_plain<phase, Accuracy>(x);
-    else if constexpr (std::is_same_v<T, float>) return in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
-    else return sine_core<phase == Phase::sine ? sine_bias : cosine_bias>(x);
+    constexpr bool is_far = reach == TrigReach::far;
+    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>))
+        return in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
+    else if constexpr (std::is_same_v<Accuracy, HA>)
+        return sine_core<phase == Phase::sine ? sine_bias : cosine_bias, reach>(x);
+    else
+        return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
 }
 
-template <class T, class Accuracy>
+template <class T, class Accuracy, TrigReach reach>
 inline Vector<T> tangent_fast(Vector<T> x) {
-    constexpr bool accurate = std::is_same_v<Accuracy, HA>;
-    if constexpr (!accurate) return tangent_plain<Accuracy>(x);
-    else if constexpr (std::is_same_v<T, float>) return in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
-    else return tangent_core(x);
+    constexpr bool is_far = reach == TrigReach::far;
+    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>))
+        return in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
+    else if constexpr (std::is_same_v<Accuracy, HA>)
+        return tangent_core<reach>(x);
+    else
+        return tangent_plain<std::conditional_t<is_far, LA, Accuracy>>(x);
 }
+
+// Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x).
+template <class Function, class T, class Accuracy, bool zeros = false>
+struct TrigKernel {
+    using V = Vector<T>;
+    using Last = TrigLast<T, Accuracy>;
+    static constexpr std::uint32_t first = zeros ? 0 : Format<T>::normal_head;
+    static i4 outside(i4 h) { return not_between(magnitude(h), first, head_of(Last::near)); }
+    static i4 beyond(i4 h)
+        requires(Last::far > Last::near)
+    {
+        return not_between(magnitude(h), first, head_of(Last::far));
+    }
+    static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
+    static auto far(V x) { return Function::template compute<TrigReach::far>(x); }
+};
 
 // NaN and infinity; true where the results are settled.
 template <class T>
@@ -54,8 +84,7 @@ inline bool trig_tiny(T x, T& r, int& status) {
     constexpr T bound = std::is_same_v<T, double> ? T(0x1p-300) : T(0x1p-60);
     if (x == 0) return r = x * T(0), true;  // also subnormals that count as zero
     if (x >= bound || x <= -bound) return false;
-    if (x < Format<T>::smallest_normal && x > -Format<T>::smallest_normal) status = VTM_STATUS_UNDERFLOW;
-    return r = x, true;
+    return status = tiny_result(x, r), true;
 }
 
 // The sum, rounded once to T.

@@ -72,27 +72,29 @@ inline d2 sine_plain(d2 x) {
     const d2 r = PiParts<Accuracy>::rest(x, turns.k), y = r * r;
     d2 s;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        // relative error 2^-27.5
-        constexpr double s1 = from_bits(UINT64_C(0x3FEFFFFFFD25A4A8));
-        constexpr double s3 = from_bits(UINT64_C(0xBFC555547EF4A70D));
-        constexpr double s5 = from_bits(UINT64_C(0x3F8110E7B386FC2D));
-        constexpr double s7 = from_bits(UINT64_C(0xBF29F6444D467F73));
-        constexpr double s9 = from_bits(UINT64_C(0x3EC5D38B2D849FA4));
+        // relative error 2^-27.3; 1 at pi/2, nowhere above
+        constexpr double s1 = from_bits(UINT64_C(0x3FEFFFFFFCC55EE9));
+        constexpr double s3 = from_bits(UINT64_C(0xBFC5555468E20B45));
+        constexpr double s5 = from_bits(UINT64_C(0x3F8110E493111EDD));
+        constexpr double s7 = from_bits(UINT64_C(0xBF29F5B4D90F16B5));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC5CB9795601A65));
         s = r * (s1 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        // relative error 2^-52.5
-        constexpr double s3 = from_bits(UINT64_C(0xBFC55555555554A8));
-        constexpr double s5 = from_bits(UINT64_C(0x3F8111111110A558));
-        constexpr double s7 = from_bits(UINT64_C(0xBF2A01A019A64B51));
-        constexpr double s9 = from_bits(UINT64_C(0x3EC71DE380670C8F));
-        constexpr double s11 = from_bits(UINT64_C(0xBE5AE635599EB014));
-        constexpr double s13 = from_bits(UINT64_C(0x3DE60E6BC91E289B));
-        constexpr double s15 = from_bits(UINT64_C(0xBD69F14D742BA6B4));
+        // relative error 2^-52.4; 1 at pi/2
+        constexpr double s3 = from_bits(UINT64_C(0xBFC555555555549B));
+        constexpr double s5 = from_bits(UINT64_C(0x3F81111111109E82));
+        constexpr double s7 = from_bits(UINT64_C(0xBF2A01A019A183E5));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC71DE37EDF0144));
+        constexpr double s11 = from_bits(UINT64_C(0xBE5AE634DB0007D1));
+        constexpr double s13 = from_bits(UINT64_C(0x3DE60E57BB7C22D0));
+        constexpr double s15 = from_bits(UINT64_C(0xBD69EED38C9FAF1F));
         s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
     } else {
-        // relative error 2^-61.6
-        constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555555));
-        constexpr double s5 = from_bits(UINT64_C(0x3F811111111110C9));
+        // relative error 2^-61.6; for sine s3 and s5 are moved by some units: the sine of
+        // 0x46199998 is 2^-54 from a midpoint of floats
+        constexpr bool sine = phase == Phase::sine;
+        constexpr double s3 = from_bits(UINT64_C(0xBFC5555555555555) + (sine ? 7 : 0));
+        constexpr double s5 = from_bits(UINT64_C(0x3F811111111110C9) - (sine ? 46 : 0));
         constexpr double s7 = from_bits(UINT64_C(0xBF2A01A01A014EB7));
         constexpr double s9 = from_bits(UINT64_C(0x3EC71DE3A52AAC68));
         constexpr double s11 = from_bits(UINT64_C(0xBE5AE6454D968E1A));
@@ -104,23 +106,49 @@ inline d2 sine_plain(d2 x) {
     return (d2)((l2)s ^ turns.parity);
 }
 
-// |x| < 6144: k has 12 bits with the half. pi in parts of 12 bits.
+// Single HA, both at once: x = k pi/2 + r, |r| <= pi/4. |x| < 2^17.
+inline Two<d2> sine_cosine_plain(d2 x) {
+    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
+    // sine: relative error 2^-57.9; cosine: absolute 2^-54.1
+    constexpr double s3 = from_bits(UINT64_C(0xBFC555555555554E));
+    constexpr double s5 = from_bits(UINT64_C(0x3F8111111110F760));
+    constexpr double s7 = from_bits(UINT64_C(0xBF2A01A019BF2B7E));
+    constexpr double s9 = from_bits(UINT64_C(0x3EC71DE355FA4E3D));
+    constexpr double s11 = from_bits(UINT64_C(0xBE5AE5E55005A3C8));
+    constexpr double s13 = from_bits(UINT64_C(0x3DE5D8E625BC8FD2));
+    constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFFFFA3));
+    constexpr double c4 = from_bits(UINT64_C(0x3FA555555554F98A));
+    constexpr double c6 = from_bits(UINT64_C(0xBF56C16C1648D6B2));
+    constexpr double c8 = from_bits(UINT64_C(0x3EFA019F8862B75B));
+    constexpr double c10 = from_bits(UINT64_C(0xBE927DF6CBB42E2C));
+    constexpr double c12 = from_bits(UINT64_C(0x3E21B962D41EE4A1));
+    const d2 sum = x * inverse + 0x1.8p52;
+    const d2 r = PiParts<SingleHA>::rest(x, (sum - 0x1.8p52) * 0.5), y = r * r;
+    const d2 s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * s13))))));
+    const d2 c = 1.0 + y * (c2 + y * (c4 + y * (c6 + y * (c8 + y * (c10 + y * c12)))));
+    const l2 k = (l2)sum;
+    const i4 odd = (i4)(k << 63) >> 31;
+    const l2 swap = ((l2)s ^ (l2)c) & (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3);
+    const l2 sine_sign = (k << 62) & INT64_MIN, cosine_sign = ((k + INT64_C(1)) << 62) & INT64_MIN;
+    return {(d2)((l2)s ^ swap ^ sine_sign), (d2)((l2)c ^ swap ^ cosine_sign)};
+}
+
+// pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits.
 template <Phase phase, class Accuracy>
 inline f4 sine_plain(f4 x) {
-    constexpr float P1 = 0x1.92p+1f, P2 = 0x1.fb4p-11f;
     const auto turns = whole_turns<f4, phase>(x, from_bits(0x3EA2F983u));  // 1/pi
     const f4 k = turns.k;
-    f4 r = (x - k * P1) - k * P2, s;
+    f4 s;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        constexpr float P3 = 0x1.4442d2p-23f;
-        r = r - k * P3;
-        // relative error 2^-13.1
-        constexpr float s1 = from_bits(0x3F7FF8E9u), s3 = from_bits(0xBE29F172u), s5 = from_bits(0x3BF921BBu);
+        constexpr float P1 = 0x1.921fp+1f, P2 = 0x1.6a8886p-16f;  // 17 bits and the rest
+        const f4 r = (x - k * P1) - k * P2;
+        // relative error 2^-12.8; 1 at pi/2, nowhere above
+        constexpr float s1 = from_bits(0x3F7FF758u), s3 = from_bits(0xBE29D7F7u), s5 = from_bits(0x3BF794B2u);
         const f4 y = r * r;
         s = r * (s1 + y * (s3 + y * s5));
     } else {
-        constexpr float P3 = 0x1.444p-23f, P4 = 0x1.68c234p-38f;
-        r = (r - k * P3) - k * P4;
+        constexpr float P1 = 0x1.921ep+1f, P2 = 0x1.b544p-15f, P3 = 0x1.0b4612p-33f;  // 16 bits
+        const f4 r = ((x - k * P1) - k * P2) - k * P3;
         // relative error 2^-27.2
         constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Du),
                         s7 = from_bits(0xB94FB879u), s9 = from_bits(0x362EE4A0u);
@@ -167,27 +195,24 @@ inline d2 tangent_plain(d2 x) {
     return quotient_by_parity(p, q, (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3), turns.parity);
 }
 
-// |x| < 6144.
+// pi/2 in parts. LA: |x| < 252, k has 8 bits; EP: |x| < 124, k has 7 bits.
 template <class Accuracy>
 inline f4 tangent_plain(f4 x) {
-    constexpr float P1 = 0x1.92p+0f, P2 = 0x1.fb4p-12f;
     const auto turns = whole_turns<f4, Phase::sine>(x, from_bits(0x3F22F983u));  // 2/pi
     const f4 k = turns.k;
-    f4 r = (x - k * P1) - k * P2, p, q;
+    f4 p, q;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        constexpr float P3 = 0x1.4442d2p-24f;
-        r = r - k * P3;
+        constexpr float P1 = 0x1.921fp+0f, P2 = 0x1.6a8886p-17f;  // 17 bits and the rest
+        const f4 r = (x - k * P1) - k * P2, y = r * r;
         // relative error 2^-17
         constexpr float p1 = from_bits(0xBD8C0848u), q1 = from_bits(0xBECD9D84u);
-        const f4 y = r * r;
         p = r * (1.0f + y * p1);
         q = 1.0f + y * q1;
     } else {
-        constexpr float P3 = 0x1.444p-24f, P4 = 0x1.68c234p-39f;
-        r = (r - k * P3) - k * P4;
+        constexpr float P1 = 0x1.921ep+0f, P2 = 0x1.b544p-16f, P3 = 0x1.0b4612p-34f;  // 16 bits
+        const f4 r = ((x - k * P1) - k * P2) - k * P3, y = r * r;
         // relative error 2^-25.8
         constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u), q2 = from_bits(0x3C1F12DCu);
-        const f4 y = r * r;
         p = r + r * (y * p1);
         q = 1.0f + y * (q1 + y * q2);
     }

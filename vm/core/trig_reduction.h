@@ -1,10 +1,10 @@
 // Reduction of arguments for the trigonometric functions, in three regimes:
 //
-//   vector, |x| below a gate   x - k P by Cody and Waite: P in parts so short that
-//                              k times all but the last is exact
+//   near and far, vectors      x - k P by Cody and Waite: P in parts so short that k times
+//                              all but the last is exact; a part more for the far
 //   one element, any finite x  k and r = x - k pi/256 from the fraction of x/(2 pi) as a
-//                              192-bit number: only the words of 1/(2 pi) that
-//                              matter for x's exponent are multiplied
+//                              192-bit number: only the words of 1/(2 pi) that matter for
+//                              x's exponent are multiplied
 //
 // W. J. Cody, W. Waite, Software Manual for the Elementary Functions (1980);
 // M. H. Payne, R. N. Hanek, Radian reduction for trigonometric functions,
@@ -25,27 +25,31 @@ struct TrigReduced {
 // Any finite x, the same in both lanes; relative error of r below 2^-64.
 TrigReduced trig_reduce_one(double x);
 
-// A gate of the vector path: lanes outside first <= |x| < last, as leading bits. Below
-// `first` a square or a cube would underflow.
-struct TrigRange {
-    std::uint32_t first, last;
-    i4 outside(i4 h) const { return not_between(magnitude(h), first, last); }
-};
+// pi/256 in parts for the vector path, the last rounded, and |x| below which the
+// products with the others are exact. k includes `bias`.
+enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k has 27 bits
 
-// For |x| < 3072, where k has 18 bits: P1 and P2 have at most 35. k includes `bias`.
-template <int bias>
+template <int bias, TrigReach reach>
 inline TrigReduced trig_reduce(d2 x) {
     constexpr double inverse = from_bits(UINT64_C(0x40545F306DC9C883));  // 256/pi
-    constexpr double P1 = from_bits(UINT64_C(0x3F8921FB54440000));
-    constexpr double P2 = from_bits(UINT64_C(0x3D168C234C4C0000));
-    constexpr double P3 = from_bits(UINT64_C(0x3AB98A2E03707345));
     constexpr double shifter = 0x1.8p52 + bias;
     const d2 sum = x * inverse + shifter;
     const d2 k = sum - shifter;
-    const d2 r1 = x - k * P1;  // exact
-    const d2 w = k * P2;       // exact
-    const d2 r = r1 - w;
-    return {(l2)sum, r, ((r1 - r) - w) - k * P3};
+    if constexpr (reach == TrigReach::near) {
+        constexpr double P1 = from_bits(UINT64_C(0x3F8921FB54440000));
+        constexpr double P2 = from_bits(UINT64_C(0x3D168C234C4C0000));
+        constexpr double P3 = from_bits(UINT64_C(0x3AB98A2E03707345));
+        const d2 r1 = x - k * P1, w = k * P2, r = r1 - w;
+        return {(l2)sum, r, ((r1 - r) - w) - k * P3};
+    } else {
+        constexpr double P1 = from_bits(UINT64_C(0x3F8921FB50000000));
+        constexpr double P2 = from_bits(UINT64_C(0x3DE110B460000000));
+        constexpr double P3 = from_bits(UINT64_C(0x3C21A62630000000));
+        constexpr double P4 = from_bits(UINT64_C(0x3A78A2E03707344A));
+        const d2 r1 = x - k * P1, w2 = k * P2, r2 = r1 - w2;
+        const d2 w3 = k * P3, r = r2 - w3;
+        return {(l2)sum, r, ((r1 - r2) - w2) + (((r2 - r) - w3) - k * P4)};
+    }
 }
 
 }  // namespace kef::vm

@@ -1,16 +1,23 @@
 // Cos: r = cos x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Cos {
+struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy, !std::is_same_v<Accuracy, EP>> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Cos);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return sine_fast<T, Accuracy, Phase::cosine>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return sine_fast<T, Accuracy, reach, Phase::cosine>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;

@@ -1,16 +1,25 @@
 // Sin: r = sin x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//   x = +-0               x
+//   x subnormal           x, underflow
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Sin {
+struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Sin);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return sine_fast<T, Accuracy, Phase::sine>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return sine_fast<T, Accuracy, reach, Phase::sine>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;

@@ -1,22 +1,35 @@
-// SinCos: y = sin x, z = cos x, the same bits as Sin and Cos.
+// SinCos: y = sin x, z = cos x, the same bits as Sin and Cos of the same slot.
+//
+//   x NaN                 NaN twice, the payload kept
+//   x = +-infinity        invalid NaN twice, domain error
+//   x = +-0               x and 1
+//   x subnormal           x and 1, underflow
+//
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct SinCos {
+struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(SinCos);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static Two<V> fast(V x) {
+    template <TrigReach reach>
+    static Two<V> compute(V x) {
         if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>) {
-            const TrigReduced reduced = trig_reduce<sine_bias>(x);
+            const TrigReduced reduced = trig_reduce<sine_bias, reach>(x);
             const TrigPowers p = trig_powers(reduced);
             return {sine_of(reduced.k, p), sine_of(reduced.k + INT64_C(128), p)};
+        } else if constexpr (std::is_same_v<T, float> &&
+                             (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
+            const d2x2 wide = widen(x);
+            const Two<d2> low = sine_cosine_plain(wide.low), high = sine_cosine_plain(wide.high);
+            return {narrow(low.first, high.first), narrow(low.second, high.second)};
         } else {
-            return {sine_fast<T, Accuracy, Phase::sine>(x), sine_fast<T, Accuracy, Phase::cosine>(x)};
+            return {sine_fast<T, Accuracy, reach, Phase::sine>(x),
+                    sine_fast<T, Accuracy, reach, Phase::cosine>(x)};
         }
     }
 

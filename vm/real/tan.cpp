@@ -1,16 +1,26 @@
 // Tan: r = tan x.
+//
+//   x NaN                 NaN, the payload kept
+//   x = +-infinity        invalid NaN, domain error
+//   x = +-0               x
+//   x subnormal           x, underflow
+//
+// No double or float is so near an odd multiple of pi/2 that the result overflows.
+// Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
 #include "vm/shapes.h"
 
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Tan {
+struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Tan);
 
-    static i4 outside(i4 h) { return trig_range<T, Accuracy>.outside(h); }
-    static V fast(V x) { return tangent_fast<T, Accuracy>(x); }
+    template <TrigReach reach>
+    static V compute(V x) {
+        return tangent_fast<T, Accuracy, reach>(x);
+    }
 
     static int edge(T x, T& r) {
         int status;

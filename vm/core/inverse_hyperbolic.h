@@ -1,0 +1,70 @@
+// What Asinh, Acosh and Atanh share: each is ln(1 + w) of a w that keeps its relative
+// accuracy where the result is small.
+#pragma once
+
+#include "vm/core/log1p_core.h"
+#include "vm/double_double.h"
+#include "vm/frame.h"
+
+namespace kef::vm {
+
+// sqrt(a), relative error about 2^-100; a = 0 gives 0.
+inline DoubleDouble<d2> root(DoubleDouble<d2> a) {
+    const d2 s = square_root(a.high);
+    const DoubleDouble<d2> back = two_square(s);
+    const d2 rest = ((a.high - back.high) - back.low) + a.low;
+    return {s, rest * (0.5 / maximum(s, all(0x1p-500)))};
+}
+
+// w = y + y^2 / (1 + sqrt(1 + y^2)): asinh y = ln(1 + w), 0 <= y < 2^500.
+inline DoubleDouble<d2> asinh_argument(d2 y) {
+    const DoubleDouble<d2> square = two_square(y);
+    const DoubleDouble<d2> sum = two_sum(square.high, all(1.0));
+    const DoubleDouble<d2> h = root({sum.high, sum.low + square.low});
+    const DoubleDouble<d2> divisor = two_sum(h.high, all(1.0));
+    const DoubleDouble<d2> q = divide(square, fast_two_sum(divisor.high, divisor.low + h.low));
+    const DoubleDouble<d2> w = fast_two_sum(y, q.high);
+    return fast_two_sum(w.high, w.low + q.low);
+}
+template <class V>
+inline V asinh_argument_rounded(V y) {
+    using T = std::remove_reference_t<decltype(y[0])>;
+    const V square = y * y;
+    return y + square / (T(1) + square_root(T(1) + square));
+}
+
+// w = t + sqrt(2 t + t^2), t = x - 1 exactly: acosh x = ln(1 + w), 1 <= x < 2^500.
+inline DoubleDouble<d2> acosh_argument(d2 x) {
+    const DoubleDouble<d2> t = two_sum(x, all(-1.0));
+    const DoubleDouble<d2> square = two_square(t.high);
+    const DoubleDouble<d2> sum = two_sum(square.high, 2.0 * t.high);
+    // d/dt (2 t + t^2) = 2 + 2 t = 2 x for the low part of t, of large x alone.
+    const DoubleDouble<d2> h = root({sum.high, (sum.low + square.low) + 2.0 * (x * t.low)});
+    const DoubleDouble<d2> w = fast_two_sum(h.high, t.high);
+    return fast_two_sum(w.high, w.low + (h.low + t.low));
+}
+template <class V>
+inline V acosh_argument_rounded(V x) {
+    using T = std::remove_reference_t<decltype(x[0])>;
+    const V t = x - T(1);
+    return t + square_root(t * (x + T(1)));
+}
+
+// w = 2 y / (1 - y): atanh y = ln(1 + w) / 2, 0 <= y < 1.
+inline DoubleDouble<d2> atanh_argument(d2 y) {
+    const DoubleDouble<d2> w = divide({2.0 * y, d2{}}, fast_two_sum(all(1.0), -y));
+    return fast_two_sum(w.high, w.low);
+}
+template <class V>
+inline V atanh_argument_rounded(V y) {
+    using T = std::remove_reference_t<decltype(y[0])>;
+    return (y + y) / (T(1) - y);
+}
+
+// ln(1 + w) from either form; single HA in double, with the midpoints marked.
+inline d2 log1p_of(DoubleDouble<d2> w) {
+    const DoubleDouble<d2> sum = log1p_parts(w.high, w.low);
+    return sum.high + sum.low;
+}
+
+}  // namespace kef::vm

@@ -1,0 +1,57 @@
+// Asinh: r = asinh x.
+//
+//   x NaN                       NaN
+//   x = +-infinity              x
+//   |x| >= 2^500                +-ln 2|x|; single precision from 2^60
+//
+// No error conditions. Double HA: the argument of the logarithm in two parts, 0.51 ulp.
+// Single HA is the double formula of LA, rounded once; LA and EP compute in single
+// precision.
+#include "vm/core/inverse_hyperbolic.h"
+#include "vm/core/rounding.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+template <class T, class Accuracy>
+struct Asinh {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Asinh);
+
+    static i4 outside(i4 h) {
+        constexpr std::int32_t large = std::is_same_v<T, double> ? 0x5F300000 : 0x5D800000;
+        return large - 1 - magnitude(h);
+    }
+
+    static V fast(V x) {
+        const V y = absolute(x);
+        if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>)
+            return with_sign(log1p_of(asinh_argument(y)), x);
+        else if constexpr (std::is_same_v<T, double>)
+            return with_sign(log1p_core<Accuracy>(asinh_argument_rounded(y)), x);
+        else if constexpr (std::is_same_v<Accuracy, HA>)
+            return in_double(x, Asinh<double, LA>::fast);
+        else
+            return with_sign(log1p_single<Accuracy>(asinh_argument_rounded(y)), x);
+    }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (is_infinite(x)) return r = x, VTM_STATUS_OK;
+        const double y = x < 0 ? -x : x;
+        const DoubleDouble<d2> log = log_parts(all(y), 1);
+        r = static_cast<T>(with_sign(log.high + log.low, all(double(x)))[0]);
+        return VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Asinh, LA)
+KEF_MAP1(s, Asinh, HA)
+KEF_MAP1(s, Asinh, EP)
+KEF_MAP1(d, Asinh, LA)
+KEF_MAP1(d, Asinh, HA)
+KEF_MAP1(d, Asinh, EP)
+
+}  // namespace kef::vm
