@@ -1,10 +1,10 @@
 // Worst and mean error of every real function, by slot and interval.
 //
-//   accuracy [function...] [--quick] [--count N] [--peers] [--markdown]
-//   accuracy [function...] --exhaustive [--state DIR]
+//   accuracy [function...] [--quick | --count N] [--peers] [--summary] [--markdown]
+//   accuracy [function...] --exhaustive [--state DIR] [--markdown]
 //
-// A function is named with or without its type: Exp, dExp. Ends with status 1
-// where a kernel misses its bound or the 80-bit screen is worse than its row says.
+// A function is named with or without its type: Exp, dExp. --summary takes all
+// intervals together, with the mean of the first. Ends with status 1 where a kernel misses its bound or the 80-bit screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"
@@ -20,7 +20,7 @@ namespace {
 
 struct Options {
     Selection selection;
-    bool exhaustive = false, markdown = false, peers = false;
+    bool exhaustive = false, markdown = false, peers = false, summary = false;
     std::uint64_t count = 1 << 22;  // arguments of an interval
     std::string state = ".";
 };
@@ -138,7 +138,7 @@ public:
 private:
     template <class T>
     void real(const kef_test::Row& row, const reference::Reference& reference) {
-        Table table({"function", "slot", "arguments", "worst ulp", "at", "mean ulp", "bits",
+        Table table({"function", "kernel", "arguments", "worst ulp", "at", "mean ulp", "bits",
                      "misrounded", "bound"});
         if (!options_.exhaustive)
             sample<T>(table, row, reference);
@@ -158,13 +158,17 @@ private:
             for (const Peer<T>& peer : peers<T>())
                 if (row.function == std::string_view(peer.function)) all.push_back({peer.name, peer.run});
         Meter<T> meter(reference);
+        typename Meter<T>::Tallies total(all.size());
         for (const reference::Interval& interval : intervals) {
             typename Meter<T>::Tallies tallies(all.size());
             measure(meter, row, all, interval, options_.count, tallies);
-            report<T>(table, row, reference, text(interval, row), all, tallies);
+            if (!options_.summary) report<T>(table, row, reference, text(interval, row), all, tallies);
+            const bool with_mean = &interval == &intervals[0];
+            for (std::size_t k = 0; k < all.size(); ++k)
+                for (int j = 0; j < row.results; ++j) total[k][j].merge(tallies[k][j], with_mean);
         }
-        table.print(options_.markdown);
-        std::puts("");
+        if (options_.summary) report<T>(table, row, reference, "all intervals", all, total);
+        print(table);
         check_screen(row, reference, meter.screen_error());
     }
 
@@ -172,7 +176,8 @@ private:
         const auto total = every_float(reference, row, options_.state);
         const std::vector<Kernel<float>> all = kernels<float>(row);
         report<float>(table, row, reference, "every float", all, total->tallies);
-        table.print(options_.markdown);
+        print(table);
+        if (options_.markdown) return check_screen(row, reference, total->screen_error);
         for (int j = 0; j < row.results; ++j) {
             const Tally<float>& tally = total->tallies[0][j];
             std::printf("%s HA, result %d: %llu of %llu misrounded", row.name().c_str(), j + 1,
@@ -211,6 +216,14 @@ private:
             }
     }
 
+    // Tables of one line a kernel go on under one head.
+    void print(const Table& table) {
+        const bool one = options_.summary || options_.exhaustive;
+        table.print(options_.markdown, head_);
+        if (!one) std::puts("");
+        head_ = !one;
+    }
+
     void check_screen(const kef_test::Row& row, const reference::Reference& reference, double error) {
         if (error <= reference.screen_error) return;
         std::fprintf(stderr, "%s: the 80-bit reference is off by %.3g units of 2^-63, its row says %g\n",
@@ -219,7 +232,7 @@ private:
     }
 
     const Options& options_;
-    bool failed_ = false;
+    bool head_ = true, failed_ = false;
 };
 
 int main(int argc, char** argv) {
@@ -228,6 +241,7 @@ int main(int argc, char** argv) {
         const std::string_view word = argv[i];
         if (word == "--exhaustive") options.exhaustive = true;
         else if (word == "--markdown") options.markdown = true;
+        else if (word == "--summary") options.summary = true;
         else if (word == "--peers") options.peers = true;
         else if (word == "--quick") options.count = 1 << 16;
         else if (word == "--count" && i + 1 < argc) options.count = std::strtoull(argv[++i], nullptr, 0);

@@ -25,13 +25,15 @@ struct Tally {
 
     double mean() const { return sum / static_cast<double>(mean_count); }
 
-    void merge(const Tally& other) {
+    void merge(const Tally& other, bool with_mean = true) {
         for (std::size_t i = 0; i < std::min<std::uint64_t>(other.misrounded, max_failing); ++i)
             if (misrounded + i < max_failing) failing[misrounded + i] = other.failing[i];
         count += other.count;
         misrounded += other.misrounded;
-        mean_count += other.mean_count;
-        sum += other.sum;
+        if (with_mean) {
+            mean_count += other.mean_count;
+            sum += other.sum;
+        }
         if (other.ulps.error > ulps.error) ulps = other.ulps;
         if (other.relative.error > relative.error) relative = other.relative;
     }
