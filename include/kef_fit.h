@@ -86,7 +86,7 @@ enum {
     DF_DEFAULT_HINT = 0,  /* DF_NON_UNIFORM for x, DF_ANY_ORDER for sites, DF_BY_ROWS for storage */
     DF_NON_UNIFORM = 1,
     DF_QUASI_UNIFORM = 2, /* the spacing varies little */
-    DF_UNIFORM = 4,       /* x: all spacings equal; sites: two values, both ends of a uniform grid */
+    DF_UNIFORM = 4,       /* x: equal spacings; sites: two values, the ends of a grid */
     DF_ANY_ORDER = 1,     /* sites in any order */
     DF_SORTED = 64        /* sites ascend */
 };
@@ -106,7 +106,7 @@ enum {
     DF_CUBIC = 4,
 
     DF_TYPE_DEFAULT = 0,
-    DF_TYPE_SUBBOTIN = 1, /* quadratic with knots between the breakpoints: nx cells instead of nx-1 */
+    DF_TYPE_SUBBOTIN = 1, /* quadratic with knots between the breakpoints: nx cells */
     DF_TYPE_NATURAL = 2,
     DF_TYPE_HERMITE = 3,
     DF_TYPE_BESSEL = 4,
@@ -128,14 +128,14 @@ enum {
     DF_RIGHT_SECOND = 32,
     DF_FIRST_SECOND = 36,     /* s' left, s'' right */
     DF_SECOND_SECOND = 48,    /* s'' left, s'' right */
-    DF_PERIODIC = 64          /* s', s'' equal at both ends; values: types DEFAULT and HERMITE, one */
+    DF_PERIODIC = 64          /* s', s'' equal at both ends; DEFAULT and HERMITE: one value */
 };
 
 /* Internal conditions, the same for all functions. */
 enum {
     DF_INTERNAL_FIRST = 1,  /* s' at x_1 .. x_{nx-2} */
     DF_INTERNAL_SECOND = 2, /* s'' at x_1 .. x_{nx-2} */
-    DF_INTERNAL_KNOTS = 8   /* the nx-1 inner knots of DF_TYPE_SUBBOTIN, one in each (x_i, x_{i+1}) */
+    DF_INTERNAL_KNOTS = 8   /* the nx-1 inner knots of DF_TYPE_SUBBOTIN, one a gap */
 };
 
 /* ---- the task ------------------------------------------------------------- */
@@ -234,17 +234,20 @@ KEF_API int32_t kef_df_kernel_iQueryVal(const kef_df_task *task, int64_t id, voi
  * flag), _NO_MEMORY. Without the check flag, equal breakpoints give infinite or NaN
  * coefficients, in the twice differentiable splines in all cells, in the others in the
  * cells nearby; descending ones give coefficients without a meaning. */
-#define KEF_DF_CONSTRUCTOR(name)                                                           \
-    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t method);        \
-    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t method);
-KEF_DF_CONSTRUCTOR(DFLinearSpline1D)
-KEF_DF_CONSTRUCTOR(DFQuadraticSpline1D)
-KEF_DF_CONSTRUCTOR(DFNaturalCubicSpline1D)
-KEF_DF_CONSTRUCTOR(DFHermiteCubicSpline1D)
-KEF_DF_CONSTRUCTOR(DFBesselCubicSpline1D)
-KEF_DF_CONSTRUCTOR(DFAkimaCubicSpline1D)
-KEF_DF_CONSTRUCTOR(DFDefaultCubicSpline1D)
-#undef KEF_DF_CONSTRUCTOR
+KEF_API int32_t kef_df_kernel_dDFLinearSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFLinearSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFQuadraticSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFQuadraticSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFNaturalCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFNaturalCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFHermiteCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFHermiteCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFBesselCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFBesselCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFAkimaCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFAkimaCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_dDFDefaultCubicSpline1D(const kef_df_task *task, int64_t method);
+KEF_API int32_t kef_df_kernel_sDFDefaultCubicSpline1D(const kef_df_task *task, int64_t method);
 
 /* ---- values, derivatives, integrals --------------------------------------- */
 
@@ -322,26 +325,76 @@ KEF_API int32_t kef_df_kernel_sDFIntegrate1D(const kef_df_task *task, int64_t me
  *   PeakSearch1D          breakpoints crowded in few places: as Hybrid, with an
  *                         interpolation step in crowded bins
  * Statuses: DF_STATUS_NULL_TASK, _SITE_COUNT, _SITE_HINT, _SITES, _RESULTS, _X. */
-#define KEF_DF_SEARCH(name)                                                               \
-    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t nsite,         \
-                                          const double *site, int64_t site_hint,          \
-                                          int64_t *cell);                                 \
-    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t nsite,         \
-                                          const float *site, int64_t site_hint,           \
-                                          int64_t *cell);                                 \
-    KEF_API int32_t kef_df_kernel_d##name##32(const kef_df_task *task, int64_t nsite,     \
-                                              const double *site, int64_t site_hint,      \
-                                              int32_t *cell);                             \
-    KEF_API int32_t kef_df_kernel_s##name##32(const kef_df_task *task, int64_t nsite,     \
-                                              const float *site, int64_t site_hint,       \
-                                              int32_t *cell);
-KEF_DF_SEARCH(DFSearch1D)
-KEF_DF_SEARCH(DFSortedSearch1D)
-KEF_DF_SEARCH(DFUniformSearch1D)
-KEF_DF_SEARCH(DFQuasiUniformSearch1D)
-KEF_DF_SEARCH(DFHybridSearch1D)
-KEF_DF_SEARCH(DFPeakSearch1D)
-#undef KEF_DF_SEARCH
+KEF_API int32_t kef_df_kernel_dDFSearch1D(const kef_df_task *task, int64_t nsite,
+                                          const double *site, int64_t site_hint, int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFSearch1D32(const kef_df_task *task, int64_t nsite,
+                                            const double *site, int64_t site_hint,
+                                            int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFSearch1D(const kef_df_task *task, int64_t nsite,
+                                          const float *site, int64_t site_hint, int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFSearch1D32(const kef_df_task *task, int64_t nsite,
+                                            const float *site, int64_t site_hint,
+                                            int32_t *cell);
+KEF_API int32_t kef_df_kernel_dDFSortedSearch1D(const kef_df_task *task, int64_t nsite,
+                                                const double *site, int64_t site_hint,
+                                                int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFSortedSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                  const double *site, int64_t site_hint,
+                                                  int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFSortedSearch1D(const kef_df_task *task, int64_t nsite,
+                                                const float *site, int64_t site_hint,
+                                                int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFSortedSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                  const float *site, int64_t site_hint,
+                                                  int32_t *cell);
+KEF_API int32_t kef_df_kernel_dDFUniformSearch1D(const kef_df_task *task, int64_t nsite,
+                                                 const double *site, int64_t site_hint,
+                                                 int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFUniformSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                   const double *site, int64_t site_hint,
+                                                   int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFUniformSearch1D(const kef_df_task *task, int64_t nsite,
+                                                 const float *site, int64_t site_hint,
+                                                 int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFUniformSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                   const float *site, int64_t site_hint,
+                                                   int32_t *cell);
+KEF_API int32_t kef_df_kernel_dDFQuasiUniformSearch1D(const kef_df_task *task, int64_t nsite,
+                                                      const double *site, int64_t site_hint,
+                                                      int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFQuasiUniformSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                        const double *site, int64_t site_hint,
+                                                        int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFQuasiUniformSearch1D(const kef_df_task *task, int64_t nsite,
+                                                      const float *site, int64_t site_hint,
+                                                      int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFQuasiUniformSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                        const float *site, int64_t site_hint,
+                                                        int32_t *cell);
+KEF_API int32_t kef_df_kernel_dDFHybridSearch1D(const kef_df_task *task, int64_t nsite,
+                                                const double *site, int64_t site_hint,
+                                                int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFHybridSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                  const double *site, int64_t site_hint,
+                                                  int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFHybridSearch1D(const kef_df_task *task, int64_t nsite,
+                                                const float *site, int64_t site_hint,
+                                                int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFHybridSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                  const float *site, int64_t site_hint,
+                                                  int32_t *cell);
+KEF_API int32_t kef_df_kernel_dDFPeakSearch1D(const kef_df_task *task, int64_t nsite,
+                                              const double *site, int64_t site_hint,
+                                              int64_t *cell);
+KEF_API int32_t kef_df_kernel_dDFPeakSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                const double *site, int64_t site_hint,
+                                                int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFPeakSearch1D(const kef_df_task *task, int64_t nsite,
+                                              const float *site, int64_t site_hint,
+                                              int64_t *cell);
+KEF_API int32_t kef_df_kernel_sDFPeakSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                const float *site, int64_t site_hint,
+                                                int32_t *cell);
 
 /* A caller's search function proposes cells: for each of nsite sites the number that
  * the searches above give, in cell (zero where it writes nothing). A negative result
@@ -355,26 +408,38 @@ typedef int32_t (*kef_df_ssearch)(const kef_df_task *task, int64_t nsite, const 
  * proposal is checked against x; where it does not hold, bisection (UserDef) or the
  * arithmetic of UniformSearch1D (UniUserDef) finds the cell. Further status:
  * DF_STATUS_SEARCH_FUNCTION. */
-#define KEF_DF_USER_SEARCH(name)                                                          \
-    KEF_API int32_t kef_df_kernel_d##name(const kef_df_task *task, int64_t nsite,         \
-                                          const double *site, int64_t site_hint,          \
-                                          int64_t *cell, kef_df_dsearch function,         \
-                                          void *user);                                    \
-    KEF_API int32_t kef_df_kernel_s##name(const kef_df_task *task, int64_t nsite,         \
-                                          const float *site, int64_t site_hint,           \
-                                          int64_t *cell, kef_df_ssearch function,         \
-                                          void *user);                                    \
-    KEF_API int32_t kef_df_kernel_d##name##32(const kef_df_task *task, int64_t nsite,     \
-                                              const double *site, int64_t site_hint,      \
-                                              int32_t *cell, kef_df_dsearch function,     \
-                                              void *user);                                \
-    KEF_API int32_t kef_df_kernel_s##name##32(const kef_df_task *task, int64_t nsite,     \
-                                              const float *site, int64_t site_hint,       \
-                                              int32_t *cell, kef_df_ssearch function,     \
-                                              void *user);
-KEF_DF_USER_SEARCH(DFUserDefSearch1D)
-KEF_DF_USER_SEARCH(DFUniUserDefSearch1D)
-#undef KEF_DF_USER_SEARCH
+KEF_API int32_t kef_df_kernel_dDFUserDefSearch1D(const kef_df_task *task, int64_t nsite,
+                                                 const double *site, int64_t site_hint,
+                                                 int64_t *cell, kef_df_dsearch function,
+                                                 void *user);
+KEF_API int32_t kef_df_kernel_dDFUserDefSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                   const double *site, int64_t site_hint,
+                                                   int32_t *cell, kef_df_dsearch function,
+                                                   void *user);
+KEF_API int32_t kef_df_kernel_sDFUserDefSearch1D(const kef_df_task *task, int64_t nsite,
+                                                 const float *site, int64_t site_hint,
+                                                 int64_t *cell, kef_df_ssearch function,
+                                                 void *user);
+KEF_API int32_t kef_df_kernel_sDFUserDefSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                   const float *site, int64_t site_hint,
+                                                   int32_t *cell, kef_df_ssearch function,
+                                                   void *user);
+KEF_API int32_t kef_df_kernel_dDFUniUserDefSearch1D(const kef_df_task *task, int64_t nsite,
+                                                    const double *site, int64_t site_hint,
+                                                    int64_t *cell, kef_df_dsearch function,
+                                                    void *user);
+KEF_API int32_t kef_df_kernel_dDFUniUserDefSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                      const double *site, int64_t site_hint,
+                                                      int32_t *cell, kef_df_dsearch function,
+                                                      void *user);
+KEF_API int32_t kef_df_kernel_sDFUniUserDefSearch1D(const kef_df_task *task, int64_t nsite,
+                                                    const float *site, int64_t site_hint,
+                                                    int64_t *cell, kef_df_ssearch function,
+                                                    void *user);
+KEF_API int32_t kef_df_kernel_sDFUniUserDefSearch1D32(const kef_df_task *task, int64_t nsite,
+                                                      const float *site, int64_t site_hint,
+                                                      int32_t *cell, kef_df_ssearch function,
+                                                      void *user);
 
 KEF_END_DECLS
 
