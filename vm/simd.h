@@ -106,10 +106,11 @@ inline f4 narrow(d2 low, d2 high) {
 
 inline f4 narrow(d2x2 x) { return narrow(x.low, x.high); }
 
-// Lanes where a double lies exactly half-way between two floats of the normal range.
+// Lanes where a double lies half-way between two floats of the normal range, or so near
+// that its last two bits decide: from two places below to one above.
 inline i4 midpoints(d2 low, d2 high) {
-    const i4 tails = __builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) & 0x1FFFFFFF;
-    return tails == 0x10000000;
+    const u4 tails = (u4)__builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) + 2u;
+    return (i4)(tails & 0x1FFFFFFCu) == 0x10000000;
 }
 
 // high + low rounded to single precision, where high is the sum rounded to double:
