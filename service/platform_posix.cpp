@@ -63,8 +63,17 @@ void delete_key() {
 
 // exit() runs atexit handlers before the destructors of shared objects, dlclose
 // after them: this is how process_detach tells the two apart.
+// A library that is linked to the program is constructed before the program's start
+// registers those destructors, and its handler would come after them: so the handler
+// is registered again for the first block of a further thread.
 bool exiting = false;
 void mark_exiting() { exiting = true; }
+bool attached = false;
+bool registered_late = false;
+void watch_exit() {
+    if (attached && !__atomic_exchange_n(&registered_late, true, __ATOMIC_RELAXED))
+        std::atexit(mark_exiting);
+}
 
 [[gnu::constructor]] void process_attach() {
     if (pthread_key_create(&key, on_thread_detach) == 0) key_state = Key::live;
@@ -73,6 +82,7 @@ void mark_exiting() { exiting = true; }
     if (key_state == Key::live) on_process_attach();
     std::atexit(mark_exiting);
     pthread_atfork(lock_heap, unlock_heap, unlock_heap);
+    attached = true;
 }
 
 [[gnu::destructor]] void process_detach() {
@@ -101,6 +111,7 @@ bool thread_slot_set(void* value) {
 }
 
 void* heap_allocate(std::size_t size) {
+    watch_exit();
     auto* link = static_cast<Link*>(std::malloc(link_size + size));
     if (link == nullptr) return nullptr;
     link->owner = pthread_self();

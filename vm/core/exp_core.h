@@ -171,7 +171,7 @@ inline f4 exp_single(f4 x) {
         constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
         p = 1.0f + r * (1.0f + r * (c2 + r * c3));
     }
-    return (f4)((i4)p + ((i4)sum << 23));
+    return (f4)((u4)p + ((u4)sum << 23));  // wraps
 }
 
 }  // namespace kef::vm
