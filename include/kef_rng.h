@@ -185,8 +185,8 @@ KEF_API int32_t __vtssNewAbstractStream(kef_stream **stream, int32_t n, float *b
  * *stream is null, except after VTS_STATUS_BAD_BRNG. */
 KEF_API int32_t __vtsCopyStream(kef_stream **stream, const kef_stream *source);
 
-/* Copies the generator's state; both streams must have the same id
- * (VTS_STATUS_BAD_BRNG). Chunks stay as they are. */
+/* Copies the generator's state; both streams must be of the same generator, by its small id
+ * or its family id (else VTS_STATUS_BAD_BRNG). Chunks stay as they are. */
 KEF_API int32_t __vtsCopyStreamState(kef_stream *destination, const kef_stream *source);
 
 /* Releases chunks and block, and sets *stream to null. Null is allowed. */
