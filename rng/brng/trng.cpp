@@ -19,6 +19,18 @@ bool hardware_word(std::uint32_t& word) {
     return false;
 }
 
+// Whether the processor has the instruction. Asked once: CPUID is slow in virtual machines.
+bool has_rdrand() {
+    enum Answer : std::uint32_t { unknown, no, yes };
+    static std::uint32_t answer = unknown;
+    std::uint32_t known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    if (known == unknown) {
+        known = cpu_features().rdrand ? yes : no;
+        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    }
+    return known == yes;
+}
+
 struct Trng {
     struct State {
         std::uint32_t spare[2];
@@ -30,7 +42,9 @@ struct Trng {
         return rdrand_works() ? VTS_STATUS_OK : VTS_STATUS_NO_RDRAND;
     }
 
+    // A stream whose creation was refused is still in the caller's hands.
     static std::int32_t words(State&, Word* r, std::int32_t n, std::int32_t) {
+        if (!has_rdrand()) return VTS_STATUS_NO_RDRAND;
         for (std::int32_t i = 0; i < n; ++i)
             if (!hardware_word(r[i])) return VTS_STATUS_RDRAND_FAILED;
         return VTS_STATUS_OK;
@@ -46,7 +60,7 @@ struct Trng {
 
 // Some processors report success and give all ones for ever.
 bool rdrand_works() {
-    if (!cpu_features().rdrand) return false;
+    if (!has_rdrand()) return false;
     for (int i = 0; i < 4; ++i) {
         std::uint32_t word;
         if (!hardware_word(word)) return false;
