@@ -3,8 +3,8 @@
 //   x1[n] = (1403580 x1[n-2] - 810728 x1[n-3]) mod m1,   m1 = 2^32 - 209
 //   x2[n] = (527612 x2[n-1] - 1370589 x2[n-3]) mod m2,   m2 = 2^32 - 22853
 //   z = (x1 - x2) mod m1 in [0, m1).
-// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k of a pass is row 0 of
-// A^k times the state, so that they do not wait for each other.
+// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k = 0, 1, ... of a pass
+// is row 0 of A^(k+1) times the state, so that they do not wait for each other.
 #include <array>
 
 #include "rng/brng_frame.h"

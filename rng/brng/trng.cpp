@@ -9,7 +9,7 @@ namespace kef::rng {
 
 namespace {
 
-// Ten tries (Intel, Digital random number generator software implementation guide, section 5.2.1).
+// The unit may be drained for a moment by other cores; after ten tries it does not work.
 bool hardware_word(std::uint32_t& word) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         unsigned char good = 0;
