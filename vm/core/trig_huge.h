@@ -26,7 +26,7 @@ inline constexpr auto inverse_2pi_bytes = [] {
 
 // Turns of the elements 0, 1 and 2, 3, in units of 2^-64.
 struct Turns {
-    l2 low, high;
+    u2 low, high;
 };
 
 // For 2^16 <= |x| < infinity.
@@ -45,11 +45,11 @@ inline Turns turns_of(f4 x) {
     const auto product = [](__m128i a, __m128i b, i4 factor) {
         const __m128i rest = _mm_unpacklo_epi64(a, b), top = _mm_unpackhi_epi64(a, b);
         const __m128i w = (__m128i)factor;
-        return (l2)_mm_slli_epi64(_mm_mul_epu32(top, w), 32) +
-               (l2)_mm_mul_epu32(_mm_srli_epi64(rest, 32), w) +
-               (l2)_mm_srli_epi64(_mm_mul_epu32(rest, w), 32);
+        return (u2)_mm_slli_epi64(_mm_mul_epu32(top, w), 32) +
+               (u2)_mm_mul_epu32(_mm_srli_epi64(rest, 32), w) +
+               (u2)_mm_srli_epi64(_mm_mul_epu32(rest, w), 32);
     };
-    const auto with_sign_of = [](l2 turns, i4 sign) { return (turns ^ (l2)sign) - (l2)sign; };
+    const auto with_sign_of = [](u2 turns, i4 sign) { return (turns ^ (u2)sign) - (u2)sign; };
     const i4 sign = bits >> 31;
     const __m128i b = (__m128i)byte;
     return {with_sign_of(product(window(_mm_extract_epi16(b, 0)), window(_mm_extract_epi16(b, 2)),
@@ -71,18 +71,19 @@ inline d2 angle_of(l2 turns) {
 
 // x = k pi + r, |r| <= pi/2.
 template <Phase phase>
-inline d2 sine_of_turns(l2 turns) {
+inline d2 sine_of_turns(u2 turns) {
     constexpr std::int64_t quarter = INT64_C(1) << 62;
-    const l2 t = (l2)((u2)turns + (std::uint64_t)(phase == Phase::cosine ? 2 * quarter : quarter));
+    constexpr int quarters = phase == Phase::cosine ? 2 : 1;
+    const l2 t = (l2)(turns + quarters * static_cast<std::uint64_t>(quarter));
     const d2 s = sine_polynomial<phase, EP>(angle_of((t & INT64_MAX) - quarter));
     return (d2)((l2)s ^ (t & INT64_MIN));
 }
 
 // x = k pi/2 + r, |r| <= pi/4.
-inline d2 tangent_of_turns(l2 turns) {
+inline d2 tangent_of_turns(u2 turns) {
     constexpr std::int64_t eighth = INT64_C(1) << 61;
-    const l2 t = (l2)((u2)turns + (std::uint64_t)eighth);
-    const l2 odd = sign_mask(t << 1);
+    const u2 sum = turns + static_cast<std::uint64_t>(eighth);
+    const l2 t = (l2)sum, odd = sign_mask((l2)(sum << 1));
     const Two<d2> f = tangent_fraction<EP>(angle_of((t & (2 * eighth - 1)) - eighth));
     return quotient_by_parity(f.first, f.second, odd, odd & INT64_MIN);
 }
