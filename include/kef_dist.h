@@ -41,6 +41,12 @@ KEF_API int32_t _vtsiRngUniformBits(int32_t method, kef_stream *stream, int32_t 
 KEF_API int32_t _vtsiRngUniformBits32(int32_t method, kef_stream *stream, int32_t n, uint32_t *r);
 KEF_API int32_t _vtsiRngUniformBits64(int32_t method, kef_stream *stream, int32_t n, uint64_t *r);
 
+/* --- normal, lognormal, multivariate normal ----------------------------------- */
+
+/* --- other continuous laws ------------------------------------------------------ */
+
+/* --- discrete laws -------------------------------------------------------------- */
+
 KEF_END_DECLS
 
 #endif
