@@ -82,6 +82,16 @@ inline std::int32_t draw(kef_stream* stream, std::int32_t n, float* r, float a, 
     return _vtssRngUniform(VTS_METHOD_STANDARD, stream, n, r, a, b);
 }
 
+// Normal numbers.
+inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t n, double* r,
+                           double a, double sigma) {
+    return _vtsdRngGaussian(method, stream, n, r, a, sigma);
+}
+inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t n, float* r,
+                           float a, float sigma) {
+    return _vtssRngGaussian(method, stream, n, r, a, sigma);
+}
+
 // r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one. The formula takes
 // vectors as well as numbers and gives both the same bits.
 template <class T, class Formula, class... X>
