@@ -98,6 +98,49 @@ KEF_API int32_t _vtssRngGaussianMV(int32_t method, kef_stream *stream, int32_t n
 
 /* --- discrete laws -------------------------------------------------------------- */
 
+/* Integers into r. Single-precision uniforms and, where it says so, normal numbers are the source;
+ * tails are resolved to a probability of 2^-48. Results above INT32_MAX become INT32_MAX. With
+ * constant parameters the time a number falls with n: tables are made anew in every call.
+ * docs/distributions.md tells methods and speed. */
+
+/* 1 with probability p, which is rounded to single precision, or 0. One uniform each, made in r
+ * itself. */
+KEF_API int32_t _vtsiRngBernoulli(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                  double p);
+
+/* Failures before the first success of probability p, 0 < p <= 1:
+ * floor(ln u / ln(1 - p)) in single precision, one uniform each. */
+KEF_API int32_t _vtsiRngGeometric(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                  double p);
+
+/* Successes in `trials` >= 0 independent trials of probability p, 0 <= p <= 1. */
+KEF_API int32_t _vtsiRngBinomial(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                 int32_t trials, double p);
+
+/* Marked elements in a sample drawn without replacement from a population of which `marked` are
+ * marked; 0 <= sample, marked <= population. */
+KEF_API int32_t _vtsiRngHypergeometric(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                       int32_t population, int32_t sample, int32_t marked);
+
+enum {
+    VTS_METHOD_POISSON_UNIFORM = 0, /* from uniforms alone */
+    VTS_METHOD_POISSON_NORMAL = 1   /* from normal numbers where the mean is 100 or more */
+};
+
+/* Poisson numbers of mean lambda >= 0. */
+KEF_API int32_t _vtsiRngPoisson(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                double lambda);
+
+/* The same, r[i] of mean lambda[i], from a normal number where that is 10 or more and from a
+ * uniform below. */
+KEF_API int32_t _vtsiRngPoissonV(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                 const double *lambda);
+
+/* Failures before the a-th success of probability p, 0 < p <= 1; a > 0 need not be whole: a Poisson
+ * law whose mean is gamma of shape a and scale (1 - p)/p. */
+KEF_API int32_t _vtsiRngNegbinomial(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
+                                    double a, double p);
+
 KEF_END_DECLS
 
 #endif

@@ -1,0 +1,35 @@
+// Numbers of a law with constant parameters, by the table or the strips, whichever is faster.
+#pragma once
+
+#include "dist/guide_table.h"
+#include "dist/strips.h"
+
+namespace kef::dist {
+
+// Each apart, so that the stack holds one of them.
+template <class Law>
+[[gnu::noinline]] bool by_table(Uniforms& uniforms, std::int32_t n, std::int32_t* r,
+                                const Law& law) {
+    GuideTable table;
+    if (!table.build(law)) return false;
+    table.fill(uniforms, n, r);
+    return true;
+}
+template <class Law>
+[[gnu::noinline]] void by_strips(Uniforms& uniforms, std::int32_t n, std::int32_t* r,
+                                 const Law& law) {
+    // Narrow strips waste much of their hats.
+    const double widest = std::clamp(law.deviation * 0.25, 8.0, 128.0);
+    const Strips<Law> strips(law, std::clamp(n / 12, 8, static_cast<std::int32_t>(widest)));
+    strips.fill(uniforms, n, r);
+}
+
+// A log-concave law. A table of a deviation up to 4 is short; above, it must be paid by n.
+template <class Law>
+void sample(Uniforms& uniforms, std::int32_t n, std::int32_t* r, const Law& law) {
+    if (n <= 0) return;
+    const bool table = law.deviation <= 4 || (law.deviation < 120 && n > 10 * law.deviation);
+    if (!(table && by_table(uniforms, n, r, law))) by_strips(uniforms, n, r, law);
+}
+
+}  // namespace kef::dist
