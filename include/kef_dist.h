@@ -96,6 +96,71 @@ KEF_API int32_t _vtssRngGaussianMV(int32_t method, kef_stream *stream, int32_t n
 
 /* --- other continuous laws ------------------------------------------------------ */
 
+/* Every law here takes a displacement a and a scale beta > 0, and a standard number X of the law: the
+ * result is a + beta X. The method is not looked at. u is a uniform on [0, 1); a logarithm of u = 0
+ * is -744.4400719213812 (that of the smallest subnormal double), so every number is finite.
+ * Elementary functions have 26 good bits in double and 11 in single precision. The laws up to
+ * Gumbel use one uniform a number (Laplace two) in the order of the numbers: calls that sum to n
+ * give the numbers of one call for n. */
+
+/* Exponential: X = -ln u, density e^-x on x >= 0. Results are not below a. */
+KEF_API int32_t _vtsdRngExponential(int32_t method, kef_stream *stream, int32_t n, double *r,
+                                    double a, double beta);
+KEF_API int32_t _vtssRngExponential(int32_t method, kef_stream *stream, int32_t n, float *r,
+                                    float a, float beta);
+
+/* Laplace: X = -ln u or ln u with equal chances, density e^-|x| / 2. Variance 2 beta^2. */
+KEF_API int32_t _vtsdRngLaplace(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
+                                double beta);
+KEF_API int32_t _vtssRngLaplace(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
+                                float beta);
+
+/* Weibull of shape alpha > 0: X = (-ln u)^(1 / alpha), P(X > x) = e^-(x^alpha). Results are not
+ * below a; alpha = 1 gives the exponential numbers. */
+KEF_API int32_t _vtsdRngWeibull(int32_t method, kef_stream *stream, int32_t n, double *r,
+                                double alpha, double a, double beta);
+KEF_API int32_t _vtssRngWeibull(int32_t method, kef_stream *stream, int32_t n, float *r,
+                                float alpha, float a, float beta);
+
+/* Cauchy: X = tan v, v uniform on [-pi/2, pi/2), density 1 / (pi (1 + x^2)). */
+KEF_API int32_t _vtsdRngCauchy(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
+                               double beta);
+KEF_API int32_t _vtssRngCauchy(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
+                               float beta);
+
+/* Rayleigh: X = sqrt(-ln u), P(X > x) = e^-(x^2): the length of a plane normal vector of standard
+ * deviation sigma has beta = sqrt(2) sigma. Results are not below a. */
+KEF_API int32_t _vtsdRngRayleigh(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
+                                 double beta);
+KEF_API int32_t _vtssRngRayleigh(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
+                                 float beta);
+
+/* Gumbel, of minima: X = ln(-ln u), P(X > x) = e^-(e^x). -X is the law of maxima. */
+KEF_API int32_t _vtsdRngGumbel(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
+                               double beta);
+KEF_API int32_t _vtssRngGumbel(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
+                               float beta);
+
+/* Gamma of shape alpha > 0: density x^(alpha - 1) e^-x / Gamma(alpha) on x >= 0; mean and variance
+ * alpha. Results are not below a. By rejection: how many uniforms a call uses varies, and calls
+ * that sum to n do not give the numbers of one call. Exponential numbers where alpha = 1. Marsaglia
+ * and Tsang (2000) above, Vaduva (1977) down to 0.6, Ahrens and Dieter (1974) below. A stream that
+ * repeats one number may never pass a rejection test: where a hundred rounds bring nothing, the
+ * rest of the numbers is one value near the mean. */
+KEF_API int32_t _vtsdRngGamma(int32_t method, kef_stream *stream, int32_t n, double *r,
+                              double alpha, double a, double beta);
+KEF_API int32_t _vtssRngGamma(int32_t method, kef_stream *stream, int32_t n, float *r, float alpha,
+                              float a, float beta);
+
+/* Beta of shapes p, q > 0: density x^(p - 1) (1 - x)^(q - 1) / B(p, q) on 0 <= x <= 1; mean
+ * p / (p + q). Results lie between a and a + beta. By rejection, like gamma: Cheng (1978) BB where
+ * both shapes are above 1, BC where one is, Johnk (1964) where none is; the ratio of gamma numbers
+ * where both are above 16384. Inversion, one uniform a number, where a shape is 1. */
+KEF_API int32_t _vtsdRngBeta(int32_t method, kef_stream *stream, int32_t n, double *r, double p,
+                             double q, double a, double beta);
+KEF_API int32_t _vtssRngBeta(int32_t method, kef_stream *stream, int32_t n, float *r, float p,
+                             float q, float a, float beta);
+
 /* --- discrete laws -------------------------------------------------------------- */
 
 /* Integers into r. Single-precision uniforms and, where it says so, normal numbers are the source;
