@@ -71,7 +71,7 @@ public:
 
 private:
     static constexpr double tail_from = 4;
-    static constexpr int patience = 400;  // a trial is accepted half the time
+    static constexpr int patience = 200;  // a trial is accepted half the time
 
     static __m128 two(const float* x) {
         return _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x)));

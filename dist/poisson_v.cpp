@@ -59,7 +59,9 @@ std::int32_t _vtsiRngPoissonV(std::int32_t, kef_stream* stream, std::int32_t n, 
             if (is_large(mean[i])) {
                 const PoissonFromNormal law(mean[i]);
                 const float finer = law.coarse() ? uniforms.next() : 0;
-                out[i] = as_count(law(uniforms, *normal++, u[i], finer));
+                out[i] =
+                    mean[i] < huge_mean ? as_count(law(uniforms, *normal, u[i], finer)) : INT32_MAX;
+                ++normal;
             } else {
                 out[i] = invert(uniforms, u[i], mean[i]);
             }

@@ -68,6 +68,17 @@ Case hypergeometric(int population, int sample, int marked) {
             }};
 }
 
+Case negbinomial(double a, double p) {
+    return {
+        "Negbinomial " + std::to_string(a) + ' ' + std::to_string(p),
+        tabulated(
+            [=](double k) { return std::lgamma(k + a) - std::lgamma(k + 1) + k * std::log1p(-p); },
+            0, INT32_MAX, a > 1 ? std::floor((a - 1) * (1 - p) / p) : 0),
+        [=](kef_stream* s, std::int32_t n, std::int32_t* r) {
+            return _vtsiRngNegbinomial(0, s, n, r, a, p);
+        }};
+}
+
 Case geometric(double p) {
     return {
         "Geometric " + std::to_string(p),
@@ -131,6 +142,16 @@ TEST(Discrete, Hypergeometric) {
                  in_short_calls(hypergeometric(1000000, 999000, 900000), 30)});
 }
 
+// Tables, strips and the mixture.
+TEST(Discrete, Negbinomial) {
+    expect_laws({negbinomial(10, 0.5), negbinomial(0.3, 0.5), negbinomial(1, 0.2),
+                 negbinomial(2.5, 0.9999), negbinomial(1, 1e-3), negbinomial(1.01, 1e-4),
+                 negbinomial(10, 1e-3), negbinomial(1e5, 0.3), negbinomial(1e9, 1 - 1e-6),
+                 negbinomial(0.3, 0.005), negbinomial(0.9, 1e-4), negbinomial(1e-3, 1e-3)});
+    expect_laws({in_short_calls(negbinomial(1, 0.05), 1), in_short_calls(negbinomial(7.7, 0.1), 60),
+                 in_short_calls(negbinomial(0.5, 0.01), 3)});
+}
+
 TEST(Discrete, Geometric) {
     // Single precision: floor(x) of 24 bits, so no larger numbers than this has.
     expect_laws({geometric(0.001), geometric(0.3), geometric(0.99)});
@@ -150,7 +171,8 @@ TEST(Discrete, Contract) {
     for (const Case& c :
          {poisson(0, 3), poisson(0, 1e5), poisson(1, 3), poisson(1, 1e6), poisson_v(3, 1e6),
           binomial(100, 0.4), binomial(1000000000, 0.4), hypergeometric(1000, 500, 500),
-          hypergeometric(1000000, 300000, 500000), geometric(0.3)}) {
+          hypergeometric(1000000, 300000, 500000), negbinomial(10, 0.5), negbinomial(10, 1e-3),
+          negbinomial(0.5, 1e-3), geometric(0.3)}) {
         SCOPED_TRACE(c.name);
         expect_contract(c.draw, 2501);
         expect_contract(c.draw, 3);
@@ -249,20 +271,21 @@ Stream constant_stream() {
 // the support.
 TEST(Discrete, EndsInTheSupport) {
     const auto expect = [](const char* what, const Integers& draw, double low, double high) {
-        std::vector<Stream> streams;
-        streams.push_back(make_stream(VTS_BRNG_MT19937));
-        streams.push_back(make_stream(VTS_BRNG_MCG31M1));
-        streams.push_back(constant_stream());
-        for (const double value : {0.0, 0x1p-24, 0.3, 0.5, 0.999, 1 - 0x1p-24, 1.0})
-            for (const Stream& stream : streams)
-                for (const int n : {1, 30, 1100}) {
-                    constant = value;
-                    std::vector<std::int32_t> r(n);
-                    ASSERT_EQ(draw(stream.get(), n, r.data()), VTS_STATUS_OK);
-                    const auto [least, most] = std::minmax_element(r.begin(), r.end());
-                    EXPECT_GE(*least, low) << what << ' ' << value << ' ' << n;
-                    EXPECT_LE(*most, high) << what << ' ' << value << ' ' << n;
-                }
+        const auto judge = [&](const Stream& stream) {
+            for (const int n : {1, 30, 1100}) {
+                std::vector<std::int32_t> r(n);
+                ASSERT_EQ(draw(stream.get(), n, r.data()), VTS_STATUS_OK);
+                const auto [least, most] = std::minmax_element(r.begin(), r.end());
+                EXPECT_GE(*least, low) << what << ' ' << constant << ' ' << n;
+                EXPECT_LE(*most, high) << what << ' ' << constant << ' ' << n;
+            }
+        };
+        judge(make_stream(VTS_BRNG_MT19937));
+        judge(make_stream(VTS_BRNG_MCG31M1));
+        for (const double value : {0.0, 0x1p-24, 0.5, 0.999, 1 - 0x1p-24, 1.0}) {
+            constant = value;
+            judge(constant_stream());
+        }
     };
     for (const int method : {0, 1})
         for (const double mean :
@@ -289,6 +312,14 @@ TEST(Discrete, EndsInTheSupport) {
                     return _vtsiRngBinomial(0, s, n, r, trials, p);
                 },
                 p == 1 ? trials : 0, p == 0 ? 0 : trials);
+    for (const double a : {1e-300, 1e-9, 0.5, 1.0, 40.0, 1e9, 1e300})
+        for (const double p : {1e-310, 1e-300, 1e-17, 1e-10, 1e-5, 0.5, 1 - 0x1p-53, 1.0})
+            expect(
+                "Negbinomial",
+                [=](kef_stream* s, std::int32_t n, std::int32_t* r) {
+                    return _vtsiRngNegbinomial(0, s, n, r, a, p);
+                },
+                a == 1e300 && p < 1 ? INT32_MAX : 0, p == 1 ? 0 : INT32_MAX);
     const std::pair<int, std::vector<int>> populations[] = {
         {1, {0, 1}}, {5, {0, 1, 2, 3, 4, 5}}, {INT32_MAX, {0, 1, 1 << 20, 1 << 30, INT32_MAX - 3}}};
     for (const auto& [population, counts] : populations)
