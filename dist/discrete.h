@@ -24,12 +24,16 @@ template <class Law>
     strips.fill(uniforms, n, r);
 }
 
-// A log-concave law. A table of a deviation up to 4 is short; above, it must be paid by n.
+// Whether n numbers pay for a table of this standard deviation, which may still be too long.
+inline bool table_pays(std::int32_t n, double deviation) {
+    return deviation <= 8 || (deviation < 116 && n > 3 * deviation);
+}
+
+// A log-concave law.
 template <class Law>
 void sample(Uniforms& uniforms, std::int32_t n, std::int32_t* r, const Law& law) {
-    if (n <= 0) return;
-    const bool table = law.deviation <= 4 || (law.deviation < 120 && n > 10 * law.deviation);
-    if (!(table && by_table(uniforms, n, r, law))) by_strips(uniforms, n, r, law);
+    if (n <= 0 || (table_pays(n, law.deviation) && by_table(uniforms, n, r, law))) return;
+    by_strips(uniforms, n, r, law);
 }
 
 }  // namespace kef::dist

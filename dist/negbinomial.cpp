@@ -50,7 +50,7 @@ std::int32_t _vtsiRngNegbinomial(std::int32_t, kef_stream* stream, std::int32_t 
     const double mean = a * law.q / p;
     if (a >= 1 && mean < 0x1p40)
         sample(uniforms, n, r, law);
-    else if (n > 0 && !(law.deviation < 120 && by_table(uniforms, n, r, law)))
+    else if (n > 0 && !(table_pays(n, law.deviation) && by_table(uniforms, n, r, law)))
         return mixture(stream, n, r, a, law.q / p);
     return uniforms.status();
 }

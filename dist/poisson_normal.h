@@ -69,6 +69,16 @@ public:
         }
     }
 
+    // ln f(K): the normal density in the middle of [K, K + 1), corrected; error below 10^-9 up to 4
+    // deviations.
+    double log_f(double K) const {
+        const double b1 = 1 / (24 * mu_), b2 = 0.3 * b1 * b1, c3 = b1 * b2 / 7, c2 = b2 - 15 * c3,
+                     c1 = b1 - 6 * b2 + 45 * c3, c0 = 1 - b1 + 3 * b2 - 15 * c3;
+        const double X = (0.5 - (mu_ - K)) / s_, X2 = X * X;
+        const double omega = 0x1.9884533d43651p-2 / s_;  // 1/sqrt(2 pi)
+        return log_of(omega * (((c3 * X2 + c2) * X2 + c1) * X2 + c0)) - 0.5 * X2;
+    }
+
 private:
     static constexpr double tail_from = 4;
     static constexpr int patience = 200;  // a trial is accepted half the time
@@ -92,14 +102,6 @@ private:
     }
 
     double log_p(double K) const { return log_poisson(all(K), all(mu_))[0]; }
-    // ln f(K): the normal density in the middle of [K, K + 1), corrected.
-    double log_f(double K) const {
-        const double b1 = 1 / (24 * mu_), b2 = 0.3 * b1 * b1, c3 = b1 * b2 / 7, c2 = b2 - 15 * c3,
-                     c1 = b1 - 6 * b2 + 45 * c3, c0 = 1 - b1 + 3 * b2 - 15 * c3;
-        const double X = (0.5 - (mu_ - K)) / s_, X2 = X * X;
-        const double omega = 0x1.9884533d43651p-2 / s_;  // 1/sqrt(2 pi)
-        return log_of(omega * (((c3 * X2 + c2) * X2 + c1) * X2 + c0)) - 0.5 * X2;
-    }
 
     [[gnu::noinline]] bool quotient(double K, double U) const {
         return (1 - U) <= exp_of(log_p(K) - log_f(K));
