@@ -17,11 +17,21 @@ constexpr auto inverse = [] {
     return table;
 }();
 
-// Inversion from 0 upwards by one uniform, mean < 10. A step inside the uniform's cell of 2^-24
-// is decided by a further one.
-std::int32_t invert(Uniforms& uniforms, float u, double mean) {
+// e^-mean of the means below 10, and a number for the others.
+void probabilities_of_0(std::int32_t m, const double* mean, double* r) {
+    const auto pair = [](d2 x) {
+        return vm::exp_core<vm::LA>(-vm::minimum(vm::maximum(x, d2{}), all(10.0)));
+    };
+    std::int32_t i = 0;
+    for (; i + 2 <= m; i += 2) vm::store(r + i, pair(vm::load(mean + i)));
+    if (i < m) r[i] = pair(all(mean[i]))[0];
+}
+
+// Inversion from 0 upwards by one uniform, mean < 10, p = e^-mean. A step inside the uniform's cell
+// of 2^-24 is decided by a further one.
+std::int32_t invert(Uniforms& uniforms, float u, double mean, double p) {
     if (!(mean > 0)) return 0;
-    double p = exp_of(-mean), sum = p;
+    double sum = p;
     std::int32_t k = 0;
     const auto pass = [&](double limit) {
         while (sum <= limit && k < most) {
@@ -45,6 +55,7 @@ using namespace kef::dist;
 std::int32_t _vtsiRngPoissonV(std::int32_t, kef_stream* stream, std::int32_t n, std::int32_t* r,
                               const double* lambda) {
     float u[block], normals[block];
+    double zeros[block];
     return in_blocks(n, r, [&](std::int32_t* out, std::int32_t m) {
         const double* const mean = lambda;
         lambda += m;
@@ -54,6 +65,7 @@ std::int32_t _vtsiRngPoissonV(std::int32_t, kef_stream* stream, std::int32_t n, 
         if (large > 0)
             uniforms.note(
                 _vtssRngGaussian(VTS_METHOD_GAUSSIAN_BOX_MULLER, stream, large, normals, 0, 1));
+        if (large < m) probabilities_of_0(m, mean, zeros);
         const float* normal = normals;
         for (std::int32_t i = 0; i < m && !uniforms.failed(); ++i)
             if (is_large(mean[i])) {
@@ -63,7 +75,7 @@ std::int32_t _vtsiRngPoissonV(std::int32_t, kef_stream* stream, std::int32_t n, 
                     mean[i] < huge_mean ? as_count(law(uniforms, *normal, u[i], finer)) : INT32_MAX;
                 ++normal;
             } else {
-                out[i] = invert(uniforms, u[i], mean[i]);
+                out[i] = invert(uniforms, u[i], mean[i], zeros[i]);
             }
         return uniforms.status();
     });
