@@ -23,20 +23,20 @@ inline constexpr std::uint32_t bracket_mode = VTM_ERRMODE_CALLBACK, kernel_mode 
 // was zero.
 class ModeScope {
 public:
-    explicit ModeScope(std::uint32_t mode) {
-        vm::mode();  // a first use on the thread reads the environment
-        const vm::ThreadState& state = vm::thread_state();
-        mode_ = state.mode;
-        zero_mode_ = state.zero_mode;
-        kef_vtm_kernel_SetMode(mode);
+    explicit ModeScope(std::uint32_t requested)
+        : state_(vm::state_with_mode()), mode_(state_.mode), zero_mode_(state_.zero_mode) {
+        state_.mode = vm::merged_mode(mode_, requested);
+        state_.zero_mode = false;
     }
     ~ModeScope() {
-        vm::ThreadState& state = vm::thread_state();
-        state.mode = mode_;
-        state.zero_mode = zero_mode_;
+        state_.mode = mode_;
+        state_.zero_mode = zero_mode_;
     }
     ModeScope(const ModeScope&) = delete;
     ModeScope& operator=(const ModeScope&) = delete;
+
+protected:
+    vm::ThreadState& state_;
 
 private:
     std::uint32_t mode_;
@@ -45,16 +45,15 @@ private:
 
 // The distribution's own error callback for the time of a call; callback and mode word are the
 // caller's again on every way out.
-class Bracket {
+class Bracket : ModeScope {
 public:
     explicit Bracket(kef_vtm_error_callback callback)
-        : mode_(bracket_mode), callback_(kef_vtm_kernel_SetErrorCallBack(callback)) {}
-    ~Bracket() { kef_vtm_kernel_SetErrorCallBack(callback_); }
-    Bracket(const Bracket&) = delete;
-    Bracket& operator=(const Bracket&) = delete;
+        : ModeScope(bracket_mode), callback_(state_.callback) {
+        state_.callback = callback;  // the mode is that of a set callback already
+    }
+    ~Bracket() { state_.callback = callback_; }
 
 private:
-    ModeScope mode_;  // first in, last out
     kef_vtm_error_callback callback_;
 };
 

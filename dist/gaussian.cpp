@@ -163,7 +163,7 @@ std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T s
 
 template <class T>
 std::int32_t gaussian(std::int32_t method, kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
-    constexpr std::int32_t (*methods[])(kef_stream*, std::int32_t, T*, T, T) = {
+    static constexpr std::int32_t (*methods[])(kef_stream*, std::int32_t, T*, T, T) = {
         box_muller<T>, box_muller_pairs<T>};
     const Bracket bracket(make_finite);
     return methods[method](stream, n, r, a, sigma);
