@@ -111,9 +111,12 @@ std::vector<Case> gammas() {
 std::vector<Case> betas() {
     std::vector<Case> cases;
     const std::pair<double, double> shapes[] = {
-        {0.3, 0.5}, {0.95, 0.9}, {0.5, 2},     {3, 0.4},    {0.1, 30}, {1, 1},
-        {1, 3},     {2.5, 1},    {1.01, 1.02}, {2, 3},      {50, 1.1}, {300, 200},
-        {4, 20000}, {0.7, 5e4},  {9e3, 16e3},  {17e3, 90e3}};
+        {0.3, 0.5},   {0.95, 0.9}, {0.5, 2},
+        {3, 0.4},     {0.1, 30},   {1, 1},
+        {1, 3},       {2.5, 1},    {1 + 0x1p-52, 1 + 0x1p-51},
+        {1.01, 1.02}, {2, 3},      {50, 1.1},
+        {300, 200},   {4, 20000},  {0.7, 5e4},
+        {9e3, 16e3},  {17e3, 90e3}};
     for (const auto& [p, q] : shapes)
         cases.push_back({"beta " + std::to_string(p) + ", " + std::to_string(q),
                          affine(beta_law(p, q), 0, 4), DRAWS(Beta, p, q, 0, 4)});
@@ -258,7 +261,8 @@ TEST(DistLaws, HugeShapes) {
     EXPECT_EQ(from_listed(DRAWS(Beta, 1e300, 3e300, 0, 1).d, 9, {}), std::vector(9, 0.25));
 }
 
-// A stream that repeats one number: the call ends, with numbers of the support: a hundred rounds of at most 1536 uniforms.
+// A stream that repeats one number: the call ends, with numbers of the support: a hundred rounds of
+// at most 1536 uniforms.
 TEST(DistLaws, RepeatedNumberEnds) {
     int exhausted = 0;
     const auto check = [&exhausted](const std::string& name, const auto& draw, double most) {
