@@ -210,7 +210,7 @@ std::int32_t by_inversion(kef_stream* stream, std::int32_t n, T* r, double p, do
         } else {
             exp_of_negative(m, x, finite_inverse(p));
         }
-        std::copy_n(x, m, out);
+        convert(m, x, out);
         return status;
     });
 }
