@@ -1,4 +1,4 @@
-// Rows of the other continuous laws.
+// Rows of the other continuous laws, at displacement 0 and scale 1.
 #include <cmath>
 
 #include "bench/dist_bench.h"
@@ -7,12 +7,27 @@ namespace kef::bench {
 
 namespace {
 
-// Both precisions of a law at displacement 0 and scale 1, beside the same peers.
+// Peers of both result types; GSL has doubles alone.
+struct Peers {
+    Call standard[2], boost[2], gsl;
+};
+template <template <class> class D, class... P>
+void add_standard(Peers& peers, P... p) {
+    peers.standard[0] = standard(D<double>(p...));
+    peers.standard[1] = standard(D<float>(static_cast<float>(p)...));
+}
+template <template <class> class D, class... P>
+void add_boost(Peers& peers, P... p) {
+    peers.boost[0] = boosted(D<double>(p...));
+    peers.boost[1] = boosted(D<float>(static_cast<float>(p)...));
+}
+
 template <class Double, class Single>
 void add(Section& section, const std::string& law, Double in_double, Single in_single,
-         const Call& standard, const Call& boost, const Call& gsl) {
-    section.push_back({law, kef(in_double), standard, boost, gsl});
-    section.push_back({law + ", single", kef(in_single), standard, boost, gsl});
+         const Peers& peers) {
+    section.push_back({law, kef(in_double), peers.standard[0], peers.boost[0], peers.gsl});
+    section.push_back(
+        {law + ", single", kef(in_single), peers.standard[1], peers.boost[1], peers.gsl});
 }
 
 #define KEF_LAW(name, ...)                                                            \
@@ -25,38 +40,51 @@ void add(Section& section, const std::string& law, Double in_double, Single in_s
 Section continuous_laws() {
     Section all;
     namespace br = boost::random;
-    add(all, "exponential", KEF_LAW(Exponential), standard(std::exponential_distribution<>()),
-        boosted(br::exponential_distribution<>()), KEF_GSL(exponential, 1));
-    add(all, "laplace", KEF_LAW(Laplace), {}, boosted(br::laplace_distribution<>()),
-        KEF_GSL(laplace, 1));
-    for (const double alpha : {1.0, 2.5})
-        add(all, alpha == 1 ? "weibull 1" : "weibull 2.5", KEF_LAW(Weibull, alpha, ),
-            standard(std::weibull_distribution<>(alpha)),
-            boosted(br::weibull_distribution<>(alpha)), KEF_GSL(weibull, 1, alpha));
-    add(all, "cauchy", KEF_LAW(Cauchy), standard(std::cauchy_distribution<>()),
-        boosted(br::cauchy_distribution<>()), KEF_GSL(cauchy, 1));
-    add(all, "rayleigh", KEF_LAW(Rayleigh), {}, {}, KEF_GSL(rayleigh, 1 / std::sqrt(2)));
-    add(all, "gumbel", KEF_LAW(Gumbel), standard(std::extreme_value_distribution<>()),
-        boosted(br::extreme_value_distribution<>()), KEF_GSL(gumbel1, 1, 1));
+    Peers exponential{{}, {}, KEF_GSL(exponential, 1)};
+    add_standard<std::exponential_distribution>(exponential);
+    add_boost<br::exponential_distribution>(exponential);
+    add(all, "exponential", KEF_LAW(Exponential), exponential);
+
+    Peers laplace{{}, {}, KEF_GSL(laplace, 1)};
+    add_boost<br::laplace_distribution>(laplace);
+    add(all, "laplace", KEF_LAW(Laplace), laplace);
+
+    for (const double alpha : {1.0, 2.5}) {
+        Peers weibull{{}, {}, KEF_GSL(weibull, 1, alpha)};
+        add_standard<std::weibull_distribution>(weibull, alpha);
+        add_boost<br::weibull_distribution>(weibull, alpha);
+        add(all, alpha == 1 ? "weibull 1" : "weibull 2.5", KEF_LAW(Weibull, alpha, ), weibull);
+    }
+
+    Peers cauchy{{}, {}, KEF_GSL(cauchy, 1)};
+    add_standard<std::cauchy_distribution>(cauchy);
+    add_boost<br::cauchy_distribution>(cauchy);
+    add(all, "cauchy", KEF_LAW(Cauchy), cauchy);
+
+    add(all, "rayleigh", KEF_LAW(Rayleigh), {{}, {}, KEF_GSL(rayleigh, 1 / std::sqrt(2))});
+
+    Peers gumbel{{}, {}, KEF_GSL(gumbel1, 1, 1)};
+    add_standard<std::extreme_value_distribution>(gumbel);
+    add_boost<br::extreme_value_distribution>(gumbel);
+    add(all, "gumbel", KEF_LAW(Gumbel), gumbel);
+
     for (const char* shape : {"0.01", "0.3", "0.6", "0.8", "1", "1.5", "2.5", "100"}) {
         const double alpha = std::stod(shape);
-        add(all, std::string("gamma ") + shape, KEF_LAW(Gamma, alpha, ),
-            standard(std::gamma_distribution<>(alpha)), boosted(br::gamma_distribution<>(alpha)),
-            KEF_GSL(gamma, alpha, 1));
+        Peers gamma{{}, {}, KEF_GSL(gamma, alpha, 1)};
+        add_standard<std::gamma_distribution>(gamma, alpha);
+        add_boost<br::gamma_distribution>(gamma, alpha);
+        add(all, std::string("gamma ") + shape, KEF_LAW(Gamma, alpha, ), gamma);
     }
-    const struct {
-        const char* name;
-        double p, q;
-    } shapes[] = {{"0.3, 0.5", 0.3, 0.5}, {"0.01, 0.02", 0.01, 0.02},
-                  {"0.9, 0.9", 0.9, 0.9}, {"0.5, 2", 0.5, 2},
-                  {"0.01, 2", 0.01, 2},   {"0.9, 30", 0.9, 30},
-                  {"1, 3", 1, 3},         {"2, 3", 2, 3},
-                  {"1.1, 50", 1.1, 50},   {"300, 200", 300, 200},
-                  {"5e4, 1e5", 5e4, 1e5}};
-    for (const auto& s : shapes) {
-        const double p = s.p, q = s.q;
-        add(all, std::string("beta ") + s.name, KEF_LAW(Beta, p, q, ), {},
-            boosted(br::beta_distribution<>(p, q)), KEF_GSL(beta, p, q));
+
+    const std::pair<const char*, const char*> shapes[] = {
+        {"0.3", "0.5"}, {"0.01", "0.02"}, {"0.9", "0.9"}, {"0.5", "2"},
+        {"0.01", "2"},  {"0.9", "30"},    {"1", "3"},     {"2", "3"},
+        {"1.1", "50"},  {"300", "200"},   {"5e4", "1e5"}};
+    for (const auto& [p, q] : shapes) {
+        const double first = std::stod(p), second = std::stod(q);
+        Peers beta{{}, {}, KEF_GSL(beta, first, second)};
+        add_boost<br::beta_distribution>(beta, first, second);
+        add(all, std::string("beta ") + p + ", " + q, KEF_LAW(Beta, first, second, ), beta);
     }
     return all;
 }

@@ -24,7 +24,8 @@ constexpr double ln4 = 1.3862943611198906;
 // v = beta ln(u / (1 - u)), as w / (b + w) for the shapes a, b, by z = u^2 u'. With
 // A = a / (a + b), B = b / (a + b):
 
-// Both shapes above 1: BB, a the smaller one. Accepted where
+// Both shapes above 1: BB, a the smaller one, beta^-2 = (2 a b - (a + b)) / (a + b - 2), written
+// without differences of near numbers. Accepted where
 //   ln z <= v / beta - ln 4 + a v - (a + b) ln(1 + A (e^v - 1));
 // quick, by tangents of the logarithms at 1 and 1/5:
 //   5 z - 1 - ln 5 <= v / beta - ln 4 + a (v - (e^v - 1)).
@@ -44,7 +45,7 @@ struct BothLarge {
           sum(p + q),
           A(a / sum),
           B(std::max(p, q) / sum),
-          beta(__builtin_sqrt((1 - 2 / sum) / (2 * a * B - 1))) {}
+          beta(1 / __builtin_sqrt(1 + 2 * (a - 1) / (1 + (a - 1) / (std::max(p, q) - 1)))) {}
     double center() const { return swapped ? B : A; }
 
     std::int32_t propose(std::int32_t n, double* x) const {
@@ -209,7 +210,7 @@ std::int32_t by_inversion(kef_stream* stream, std::int32_t n, T* r, double p, do
         } else {
             exp_of_negative(m, x, finite_inverse(p));
         }
-        std::copy_n(x, m, out);
+        convert(m, x, out);
         return status;
     });
 }

@@ -27,15 +27,32 @@ inline Lanes less_equal(vm::d2 x, vm::d2 y) { return {_mm_cmple_pd((__m128d)x, (
 inline constexpr std::int32_t most_candidates = 512;  // of one round; rounds are even
 using Candidates [[gnu::aligned(16)]] = double[most_candidates];
 
+// x of one element type to the other.
+inline void convert(std::int32_t n, const float* x, double* r) {
+    std::int32_t i = 0;
+    for (; i <= n - 4; i += 4) {
+        const vm::d2x2 wide = vm::widen(vm::load(x + i));
+        vm::store(r + i, wide.low);
+        vm::store(r + i + 2, wide.high);
+    }
+    for (; i < n; ++i) r[i] = x[i];
+}
+inline void convert(std::int32_t n, const double* x, float* r) {
+    std::int32_t i = 0;
+    for (; i <= n - 4; i += 4) vm::store(r + i, vm::narrow(vm::load(x + i), vm::load(x + i + 2)));
+    for (; i < n; ++i) r[i] = static_cast<float>(x[i]);
+}
+inline void convert(std::int32_t n, const double* x, double* r) { std::copy_n(x, n, r); }
+
 // make(r) for n <= 2 * most_candidates numbers of type T, as doubles.
 template <class T, class Make>
 std::int32_t widened(std::int32_t n, double* x, Make make) {
     if constexpr (std::is_same_v<T, double>) {
         return make(x);
     } else {
-        T r[2 * most_candidates];
+        alignas(16) T r[2 * most_candidates];
         const std::int32_t status = make(r);
-        if (status >= 0) std::copy_n(r, n, x);
+        if (status >= 0) convert(n, r, x);
         return status;
     }
 }
@@ -133,7 +150,7 @@ std::int32_t by_rejection(std::int32_t n, T* r, const Law& law) {
         status = law.propose(k, x);
         if (status < 0) return status;
         const std::int32_t kept = std::min(keep_accepted(k, x), n);
-        for (std::int32_t i = 0; i < kept; ++i) r[i] = static_cast<T>(x[i]);
+        convert(kept, x, r);
         r += kept;
         n -= kept;
         barren = kept > 0 ? 0 : barren + 1;
