@@ -8,16 +8,16 @@ namespace {
 
 std::string name(const char* law, std::initializer_list<double> parameters) {
     std::string text = law;
-    char separator = '(';
+    const char* separator = " ";
     for (const double x : parameters) {
         text += separator + format("%g", x);
-        separator = ',';
+        separator = ", ";
     }
-    return text + ')';
+    return text;
 }
 
 Row poisson(int method, double mean) {
-    return {name(method == 0 ? "Poisson" : "Poisson of normals", {mean}),
+    return {name("poisson", {mean}) + (method == 0 ? "" : ", method 1"),
             kef([=](kef_stream* s) { _vtsiRngPoisson(method, s, numbers, integers, mean); }),
             standard(std::poisson_distribution<int>(mean)),
             boosted(boost::random::poisson_distribution<int>(mean)),
@@ -34,7 +34,7 @@ Row poisson_v(double low) {
         };
     };
     const std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
-    return {name("PoissonV", {low}),
+    return {name("poisson_v", {low}) + format(" to %g", 2 * low),
             kef([=](kef_stream* s) { _vtsiRngPoissonV(0, s, numbers, integers, means.data()); }),
             each([e = std::mt19937()](double mean) mutable {
                 return std::poisson_distribution<int>(mean)(e);
@@ -46,7 +46,7 @@ Row poisson_v(double low) {
 }
 
 Row binomial(int trials, double p) {
-    return {name("Binomial", {double(trials), p}),
+    return {name("binomial", {double(trials), p}),
             kef([=](kef_stream* s) { _vtsiRngBinomial(0, s, numbers, integers, trials, p); }),
             standard(std::binomial_distribution<int>(trials, p)),
             boosted(boost::random::binomial_distribution<int>(trials, p)),
@@ -54,7 +54,7 @@ Row binomial(int trials, double p) {
 }
 
 Row hypergeometric(int population, int sample, int marked) {
-    return {name("Hypergeometric", {double(population), double(sample), double(marked)}),
+    return {name("hypergeometric", {double(population), double(sample), double(marked)}),
             kef([=](kef_stream* s) {
                 _vtsiRngHypergeometric(0, s, numbers, integers, population, sample, marked);
             }),
@@ -67,7 +67,7 @@ Row negbinomial(double a, double p) {
     const int whole = static_cast<int>(a);
     const bool is_whole = whole == a;
     return {
-        name("Negbinomial", {a, p}),
+        name("negbinomial", {a, p}),
         kef([=](kef_stream* s) { _vtsiRngNegbinomial(0, s, numbers, integers, a, p); }),
         is_whole ? standard(std::negative_binomial_distribution<int>(whole, p)) : nullptr,
         is_whole ? boosted(boost::random::negative_binomial_distribution<int>(whole, p)) : nullptr,
@@ -78,12 +78,12 @@ Row negbinomial(double a, double p) {
 
 Section discrete_laws() {
     return {
-        {"Bernoulli(0.3)",
+        {"bernoulli 0.3",
          kef([](kef_stream* s) { _vtsiRngBernoulli(0, s, numbers, integers, 0.3); }),
          filled<std::mt19937>(std::bernoulli_distribution(0.3)),
          filled<boost::random::mt19937>(boost::random::bernoulli_distribution<>(0.3)),
          gsl([](gsl_rng* g) { return gsl_ran_bernoulli(g, 0.3); })},
-        {"Geometric(0.3)",
+        {"geometric 0.3",
          kef([](kef_stream* s) { _vtsiRngGeometric(0, s, numbers, integers, 0.3); }),
          standard(std::geometric_distribution<int>(0.3)),
          boosted(boost::random::geometric_distribution<int>(0.3)),

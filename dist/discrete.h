@@ -18,9 +18,10 @@ template <class Law>
 template <class Law>
 [[gnu::noinline]] void by_strips(Uniforms& uniforms, std::int32_t n, std::int32_t* r,
                                  const Law& law) {
-    // Narrow strips waste much of their hats.
+    // More of them cost set-up, fewer trials; narrow ones waste much of their hats.
     const double widest = std::clamp(law.deviation * 0.25, 8.0, 128.0);
-    const Strips<Law> strips(law, std::clamp(n / 12, 8, static_cast<std::int32_t>(widest)));
+    const double wanted = std::clamp(__builtin_sqrt(2.0 * n), 8.0, widest);
+    const Strips<Law> strips(law, static_cast<std::int32_t>(wanted));
     strips.fill(uniforms, n, r);
 }
 

@@ -4,7 +4,7 @@
 //
 // D the deviance x ln(x/m) + m - x, S the error of Stirling's formula (C. Loader, Fast and accurate
 // computation of binomial probabilities, 2000). Nothing cancels at huge parameters: absolute error
-// below 2^-48 (1 + |result|), and 2^-42 where x < 16. x need not be an integer.
+// below 2^-48 (1 + |result|), and 2^-42 more where x < 16. x need not be an integer.
 #pragma once
 
 #include "vm/core/exp_core.h"

@@ -254,12 +254,13 @@ TEST(Discrete, TailOfNormals) {
     }
 }
 
-// A generator that gives one number for ever.
+// A generator that gives one number for ever, in single precision alone if so wanted.
 double constant;
+bool single_alone;
 template <class Real>
 std::int32_t constant_numbers(kef_stream*, std::int32_t n, Real* r, Real a, Real b) {
     for (std::int32_t i = 0; i < n; ++i) r[i] = static_cast<Real>(a + (b - a) * constant);
-    return VTS_STATUS_OK;
+    return single_alone && sizeof(Real) == 8 ? VTS_STATUS_WRONG_ABSTRACT_TYPE : VTS_STATUS_OK;
 }
 Stream constant_stream() {
     static const std::int32_t id = [] {
@@ -276,6 +277,18 @@ Stream constant_stream() {
         return __vtsRegisterBrng(&brng);
     }();
     return make_stream(id);
+}
+
+TEST(Discrete, SinglePrecisionIsEnough) {
+    constant = 0.3;
+    single_alone = true;
+    for (const Case& c : {poisson(0, 3), poisson(0, 1e5), poisson(1, 1e5), poisson_v(3, 1e5),
+                          binomial(100, 0.4), hypergeometric(1000, 500, 500), negbinomial(10, 0.5),
+                          negbinomial(10, 1e-3), geometric(0.3)}) {
+        std::int32_t r[100];
+        EXPECT_EQ(c.draw(constant_stream().get(), 100, r), VTS_STATUS_OK) << c.name;
+    }
+    single_alone = false;
 }
 
 // Extreme parameters, and generators that give no random numbers: every call ends, with numbers of
