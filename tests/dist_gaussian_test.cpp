@@ -208,7 +208,7 @@ TYPED_TEST(MultivariateNormal, AgainstFactor) {
 
 TYPED_TEST(MultivariateNormal, Status) {
     using T = TypeParam;
-    const T a[3] = {1, 2, 3}, t[6] = {1, 1, 1, 1, 1, 1};
+    const T a[3] = {1, 2, 3}, t[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1};
     for (const int method : methods)
         for (const int storage : {0, 1, 2, 3})
             expect_contract(Draw<T>([&](kef_stream* s, std::int32_t n, T* r) {
