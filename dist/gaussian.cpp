@@ -11,6 +11,7 @@ KEF_IN_PLACE(ln, Ln)
 KEF_IN_PLACE(sin, Sin)
 KEF_IN_PLACE(cos, Cos)
 KEF_IN_PLACE(sqrt, Sqrt)
+KEF_IN_PLACE(erf_inv, ErfInv)
 void sin_cos(std::int32_t n, double* x, double* cosine) {
     evaluate(kef_vtm_kernel_dSinCos_ttab[2], n, x, x, cosine);
 }
@@ -161,10 +162,24 @@ std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T s
     return status;
 }
 
+// sqrt2 erf^-1(u) of one uniform on [-1, 1).
+template <class T>
+std::int32_t inversion(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
+    const T scale = static_cast<T>(0x1.6A09E667F3BCDp0) * sigma;
+    return in_blocks(n, r, [=](T* out, std::int32_t m) {
+        const std::int32_t status = draw(stream, m, out, T(-1), T(1));
+        if (status < 0) return status;
+        erf_inv(m, out);
+        transform(
+            m, out, [=](auto x) { return scale * x + a; }, out);
+        return status;
+    });
+}
+
 template <class T>
 std::int32_t gaussian(std::int32_t method, kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
     static constexpr std::int32_t (*methods[])(kef_stream*, std::int32_t, T*, T, T) = {
-        box_muller<T>, box_muller_pairs<T>};
+        box_muller<T>, box_muller_pairs<T>, inversion<T>};
     const Bracket bracket(make_finite);
     return methods[method](stream, n, r, a, sigma);
 }

@@ -71,7 +71,7 @@ static bool add(struct simulation *s, int32_t n, double price[ASSETS * BLOCK]) {
     const double root = sqrt(years), *v = volatility;
     const double factor[] = {v[0] * root, v[1] * correlation * root,
                              v[1] * sqrt(1 - correlation * correlation) * root};
-    if (_vtsdRngGaussianMV(VTS_METHOD_GAUSSIAN_BOX_MULLER_PAIRS, s->stream, n, price, ASSETS,
+    if (_vtsdRngGaussianMV(VTS_METHOD_GAUSSIAN_INVERSION, s->stream, n, price, ASSETS,
                            VTS_MATRIX_PACKED, mean, factor) < 0)
         return false;
     _vtmdExp_HA(ASSETS * n, price, price);

@@ -36,7 +36,8 @@ Draw<T> normal(int method, double a = 0, double sigma = 1) {
 double below(double x) { return std::erfc(-x * M_SQRT1_2) / 2; }
 const Law standard_normal = {below, [](double x) { return below(-x); }, 0, 1, 3};
 
-constexpr int methods[] = {VTS_METHOD_GAUSSIAN_BOX_MULLER, VTS_METHOD_GAUSSIAN_BOX_MULLER_PAIRS};
+constexpr int methods[] = {VTS_METHOD_GAUSSIAN_BOX_MULLER, VTS_METHOD_GAUSSIAN_BOX_MULLER_PAIRS,
+                           VTS_METHOD_GAUSSIAN_INVERSION};
 
 template <class T>
 class Normal : public testing::Test {};
@@ -65,6 +66,7 @@ TYPED_TEST(Normal, StreamAndState) {
     for (const int n : {1, 2, 1023, 1024, 1025, 5000}) {
         EXPECT_EQ(consumption(normal<T>(0), n), 2 * n);
         EXPECT_EQ(consumption(normal<T>(1), n), n + n % 2);
+        EXPECT_EQ(consumption(normal<T>(2), n), n);
     }
 }
 
@@ -86,6 +88,12 @@ TYPED_TEST(Normal, Formulas) {
         if (i < 3) EXPECT_NEAR(both[2 * i + 1], 5 + 2 * radius * std::cos(angle), tolerance);
     }
     EXPECT_NEAR(both[3], 5 + 2 * 38.586 * std::cos(1.75 * M_PI), 80 * error + 1e-3);
+
+    // Phi(1), Phi(-2), the middle and the two ends of [-1, 1).
+    const std::vector<T> inverted =
+        from_listed(normal<T>(2, 5, 2), 4, {0.8413447460685429, 0.02275013194817921, 0.5, 0.0});
+    const double expected[] = {7, 1, 5, 5 - 2 * M_SQRT2 * 0.7670519064056041};
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(inverted[i], expected[i], 10 * error) << i;
 }
 
 // The saved pair stands in a chunk of its own precision and goes where the stream goes.
@@ -129,7 +137,8 @@ TYPED_TEST_SUITE(Lognormal, Types);
 
 TYPED_TEST(Lognormal, LawAndState) {
     using T = TypeParam;
-    for (const int method : {0}) {
+    for (const int method :
+         {VTS_METHOD_LOGNORMAL_BOX_MULLER_PAIRS + 0, VTS_METHOD_LOGNORMAL_INVERSION + 0, 77}) {
         SCOPED_TRACE(method);
         for (const auto& p :
              {std::array{0.0, 1.0, 0.0, 1.0}, {1.0, 0.5, -3.0, 2.0}, {-2.0, 3.0, 1.0, 1.0}}) {
