@@ -13,7 +13,7 @@ using vm::load;
 using vm::store;
 
 // The fastest of the methods without memory.
-constexpr std::int32_t normal_method = 0;
+constexpr std::int32_t normal_method = VTS_METHOD_GAUSSIAN_INVERSION;
 
 // alpha > 1: G. Marsaglia, W. W. Tsang, ACM Trans. Math. Softw. 26 (2000) 363-372. With z normal,
 // d = alpha - 1/3, y = z / (3 sqrt d), d (1 + y)^3 is accepted where ln u <= h,
