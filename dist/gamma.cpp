@@ -12,8 +12,11 @@ using vm::d2;
 using vm::load;
 using vm::store;
 
-// The fastest of the methods without memory.
-constexpr std::int32_t normal_method = 0;
+// The fastest method without memory; in single precision the fastest whose numbers are better than
+// 11 bits: Box and Muller's product of two, where inversion leaves ripples of 1 % in the density.
+template <class T>
+constexpr std::int32_t normal_method =
+    std::is_same_v<T, double> ? VTS_METHOD_GAUSSIAN_INVERSION : VTS_METHOD_GAUSSIAN_BOX_MULLER;
 
 // alpha > 1: G. Marsaglia, W. W. Tsang, ACM Trans. Math. Softw. 26 (2000) 363-372. With z normal,
 // d = alpha - 1/3, y = z / (3 sqrt d), d (1 + y)^3 is accepted where ln u <= h,
@@ -35,7 +38,7 @@ struct LargeShape {
     std::int32_t propose(std::int32_t n, double* x) const {
         Candidates z, u;
         std::int32_t status = widened<T>(
-            n, z, [=, this](T* r) { return normal(normal_method, stream, n, r, T(0), T(1)); });
+            n, z, [=, this](T* r) { return normal(normal_method<T>, stream, n, r, T(0), T(1)); });
         if (status < 0) return status;
         status = uniforms<T>(stream, n, u);
         if (status < 0) return status;
