@@ -256,6 +256,8 @@ void expect_tails(const Law& law, const Draw<T>& draw, int n = 20'000'000) {
 struct Probe {
     Stream source;
     std::vector<double> listed;  // on [0, 1); a request on [a, b) gets their image
+    bool repeats = false;        // the list, again and again
+    std::int32_t double_status = VTS_STATUS_OK;  // of a request in double precision
     std::int64_t consumed = 0;
     int calls = 0, fails_at = 0;  // the number of the call that fails, from 1
     std::int32_t status = VTS_STATUS_OK, failing_status = -4321;
@@ -265,13 +267,16 @@ inline Probe probe;
 template <class Real>
 std::int32_t probe_numbers(kef_stream*, std::int32_t n, Real* r, Real a, Real b) {
     if (++probe.calls == probe.fails_at) return probe.failing_status;
+    if (sizeof(Real) == sizeof(double) && probe.double_status < 0) return probe.double_status;
     if constexpr (std::is_same_v<Real, double>)
         _vtsdRngUniform(0, probe.source.get(), n, r, a, b);
     else
         _vtssRngUniform(0, probe.source.get(), n, r, a, b);
-    for (std::int32_t i = 0; i < n; ++i, ++probe.consumed)
-        if (probe.consumed < static_cast<std::int64_t>(probe.listed.size()))
-            r[i] = static_cast<Real>(a + (b - a) * probe.listed[probe.consumed]);
+    for (std::int32_t i = 0; i < n; ++i, ++probe.consumed) {
+        const auto size = static_cast<std::int64_t>(probe.listed.size());
+        const std::int64_t j = probe.repeats ? probe.consumed % size : probe.consumed;
+        if (j < size) r[i] = static_cast<Real>(a + (b - a) * probe.listed[j]);
+    }
     return probe.status;
 }
 
