@@ -2,8 +2,7 @@
 //
 //   x NaN                 NaN twice, the payload kept
 //   x = +-infinity        invalid NaN twice, domain error
-//   x = +-0               x and 1
-//   x subnormal           x and 1, underflow
+//   x = +-0, subnormal    x and 1
 //
 // Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
@@ -26,7 +25,10 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
                              (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
             const d2x2 wide = widen(x);
             const Two<d2> low = sine_cosine_plain(wide.low), high = sine_cosine_plain(wide.high);
-            return {narrow(low.first, high.first), narrow(low.second, high.second)};
+            const Two<V> plain = {narrow(low.first, high.first), narrow(low.second, high.second)};
+            if constexpr (reach == TrigReach::near) return plain;
+            return {with_huge(x, plain.first, sine_of_turns<Phase::sine>),
+                    with_huge(x, plain.second, sine_of_turns<Phase::cosine>)};
         } else {
             return {sine_fast<T, Accuracy, reach, Phase::sine>(x),
                     sine_fast<T, Accuracy, reach, Phase::cosine>(x)};
@@ -38,7 +40,7 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
         if (trig_special(x, y, status)) return z = y, status;
         const TrigReduced reduced = trig_reduce_one(x);
         z = rounded_sum<T>(sine_one(reduced, cosine_bias));
-        if (!trig_tiny(x, y, status)) y = rounded_sum<T>(sine_one(reduced, sine_bias));
+        if (!trig_tiny(x, y)) y = rounded_sum<T>(sine_one(reduced, sine_bias));
         return status;
     }
 };
