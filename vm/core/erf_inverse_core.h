@@ -28,10 +28,8 @@ inline constexpr int erf_inverse_near_entries = 161, erf_inverse_tail_entries = 
 extern const ErfInverseEntry erf_inverse_near_table[erf_inverse_near_entries];
 extern const ErfInverseEntry erf_inverse_tail_table[erf_inverse_tail_entries];
 extern const f4 erf_inverse_single_table[erf_inverse_single_entries];
-struct alignas(8) ErfInverseLine {
-    float start, slope;
-};
-extern const ErfInverseLine erf_inverse_lines[erf_inverse_single_entries];
+// Start and slope of a line as the two halves of a double.
+extern const double erf_inverse_line_table[erf_inverse_single_entries];
 
 // What r is multiplied by: r solves erf(r) = x, sqrt2 r is the quantile of the normal
 // distribution.
@@ -114,7 +112,7 @@ inline auto erf_inverse_near(d2 x, d2 q) {
     }
 }
 
-// The same for 0 < q < 2^-9.7 times 2^-shift, finite up to 1.
+// The same for q 2^-shift below 2^-9.7; finite up to 1.
 template <ErfInverseScale scale>
 inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
     constexpr double first = 6.75;
@@ -128,7 +126,7 @@ inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
 }
 
 // r in single precision, for q >= 2^-24; finite for 0 < q < 2^-24. F is of degree 3 (LA) or 1
-// (EP) in intervals of an eighth of an octave; relative error 2^-23.1 (LA), 2^-11.9 (EP).
+// (EP) by 8 intervals of an octave; relative error 2^-23.1 (LA), 2^-11.9 (EP).
 template <class Accuracy>
 inline f4 erf_inverse_single(f4 x, f4 q) {
     constexpr float first = 0x1p-24f;
@@ -145,9 +143,9 @@ inline f4 erf_inverse_single(f4 x, f4 q) {
         _MM_TRANSPOSE4_PS(c0, c1, c2, c3);
         return x * ((f4)c0 + y * ((f4)c1 + y * ((f4)c2 + y * (f4)c3)));
     } else {
-        const auto pair = [](int i, int j) {
-            const auto entry = [](int i) { return (const double*)&erf_inverse_lines[i]; };
-            return (f4)_mm_loadh_pd(_mm_load_sd(entry(i)), entry(j));
+        const double* const table = erf_inverse_line_table;
+        const auto pair = [&](int i, int j) {
+            return (f4)_mm_loadh_pd(_mm_load_sd(&table[i]), &table[j]);
         };
         const f4 lower = pair(j0, j1), upper = pair(j2, j3);
         return x * (__builtin_shufflevector(lower, upper, 0, 2, 4, 6) +
@@ -187,11 +185,11 @@ struct ErfInverseKernel {
     // Single HA: the second vector marks the midpoints.
     static i4 refuse(i4, i4 midpoint) requires(single && !in_floats) { return midpoint; }
 
-    // An argument of single precision that the gates hold back; the result has the sum's sign.
-    static int rounded(float v, float& r) {
+    // One argument of single precision, rounded once.
+    static void rounded(float v, float& r) {
         const ErfInverseArgument<d2> a = Function::argument(all(double(v)));
         const float size = rounded_once(a.q[0] < 0x1p-10 ? tail(a) : near<HA>(a));
-        return r = a.sign[0] < 0 ? -size : size, VTM_STATUS_OK;
+        r = a.sign[0] < 0 ? -size : size;
     }
 
     template <class Formula>

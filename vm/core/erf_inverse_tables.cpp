@@ -22,8 +22,9 @@ constinit const f4 erf_inverse_single_table[erf_inverse_single_entries] = {
 #include "vm/tables/erf_inverse_single.inc"
 #undef KEF_ERF_INVERSE
 };
-constinit const ErfInverseLine erf_inverse_lines[erf_inverse_single_entries] = {
-#define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) {from_bits(start##u), from_bits(slope##u)},
+constinit const double erf_inverse_line_table[erf_inverse_single_entries] = {
+#define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) \
+    from_bits(UINT64_C(slope) << 32 | UINT64_C(start)),
 #include "vm/tables/erf_inverse_single.inc"
 };
 
