@@ -1,7 +1,7 @@
 // Worst and mean error of every real function, by slot and interval.
 //
 //   accuracy [function...] [--quick | --count N] [--peers] [--summary] [--markdown]
-//   accuracy [function...] --exhaustive [--state DIR] [--markdown]
+//   accuracy [function...] --exhaustive | --rounding [--state DIR] [--markdown]
 //
 // A function is named with or without its type: Exp, dExp. --summary takes all
 // intervals together, with the mean of the first. Ends with status 1 where a kernel misses its bound or the 80-bit screen is worse than its row says.
@@ -20,7 +20,7 @@ namespace {
 
 struct Options {
     Selection selection;
-    bool exhaustive = false, markdown = false, peers = false, summary = false;
+    bool exhaustive = false, rounding = false, markdown = false, peers = false, summary = false;
     std::uint64_t count = 1 << 22;  // arguments of an interval
     std::string state = ".";
 };
@@ -173,10 +173,11 @@ private:
     }
 
     void exhaust(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
-        const auto total = every_float(reference, row, options_.state);
-        const std::vector<Kernel<float>> all = kernels<float>(row);
-        report<float>(table, row, reference, "every float", all, total->tallies);
-        print(table);
+        const auto total = every_float(reference, row, options_.state, options_.rounding);
+        if (!options_.rounding) {
+            report<float>(table, row, reference, "every float", kernels<float>(row), total->tallies);
+            print(table);
+        }
         if (options_.markdown) return check_screen(row, reference, total->screen_error);
         for (int j = 0; j < row.results; ++j) {
             const Tally<float>& tally = total->tallies[0][j];
@@ -188,8 +189,9 @@ private:
             std::sort(failing.begin(), failing.end());
             for (const float x : failing) std::printf(" %s", hex(x).c_str());
             std::puts("");
+            if (options_.rounding) failed_ |= tally.misrounded > 0;
         }
-        std::puts("");
+        if (!options_.rounding) std::puts("");
         check_screen(row, reference, total->screen_error);
     }
 
@@ -240,6 +242,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view word = argv[i];
         if (word == "--exhaustive") options.exhaustive = true;
+        else if (word == "--rounding") options.exhaustive = options.rounding = true;
         else if (word == "--markdown") options.markdown = true;
         else if (word == "--summary") options.summary = true;
         else if (word == "--peers") options.peers = true;

@@ -40,10 +40,14 @@ inline std::uint64_t file_hash(kef_test::Code code) {
     return hash;
 }
 
+// With `rounding_only` the HA kernel alone, and no more than whether its results are
+// correctly rounded: several times as fast.
 inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& reference,
                                                const kef_test::Row& row,
-                                               const std::string& directory) {
-    const std::string path = directory + "/" + row.name() + ".exhaustive", draft = path + ".new";
+                                               const std::string& directory, bool rounding_only) {
+    const std::string path =
+        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive");
+    const std::string draft = path + ".new";
     const std::uint64_t build = file_hash(row.slots[0]);
     auto total = std::make_unique<Exhaustive>();
     if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
@@ -62,7 +66,8 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
         }
     };
 
-    const std::vector<Kernel<float>> all = kernels<float>(row);
+    std::vector<Kernel<float>> all = kernels<float>(row);
+    if (rounding_only) all.resize(1);
     std::mutex lock;
     std::uint32_t next = 0;
     const auto work = [&] {
@@ -78,11 +83,11 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
                 chunk = next++;
             }
             Meter<float>::Tallies tallies(all.size());
-            Meter<float> meter(reference, 1 << 14);
+            Meter<float> meter(reference, 1 << 14, rounding_only);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
-                meter.take(all, batch, true, tallies);
+                meter.take(all, batch, !rounding_only, tallies);
             }
             const std::lock_guard guard(lock);
             for (std::size_t k = 0; k < all.size(); ++k)

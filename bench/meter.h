@@ -49,9 +49,12 @@ public:
     using quad = reference::quad;
     using wide = reference::wide;
 
-    explicit Meter(const reference::Reference& row, unsigned check_every = 512)
+    // `rounding_only`: errors of elements that are correctly rounded are not counted.
+    explicit Meter(const reference::Reference& row, unsigned check_every = 512,
+                   bool rounding_only = false)
         : row_(row),
           check_every_(check_every),
+          rounding_only_(rounding_only),
           margin_(row.screen_error * 0x1p-63 + (std::is_same_v<T, float> ? 0x1p-52 : 0)),
           margin_ulps_(std::ldexp(margin_, std::numeric_limits<T>::digits)) {}
 
@@ -125,6 +128,7 @@ private:
             ++tally.misrounded;
         }
         ++tally.count;
+        if (same && rounding_only_) return;
         auto e = value.screened ? error(got, static_cast<Screen>(value.about), value.least)
                                 : error(got, value.exact(), value.least);
         // Errors below a quarter of an ulp are of no interest to more digits.
@@ -157,6 +161,7 @@ private:
 
     const reference::Reference& row_;
     const unsigned check_every_;
+    const bool rounding_only_;
     const double margin_, margin_ulps_;  // of the screened error of a result
     unsigned elements_ = 0;
     std::vector<std::array<std::vector<T>, 2>> got_;

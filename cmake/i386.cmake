@@ -4,4 +4,7 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 # -march alone would tune for that processor, with unaligned loads in halves.
 set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
 set(CMAKE_CXX_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
+# Where the i386 packages of Debian put libraries; a compiler that was probed before
+# the first of them was installed does not tell.
+set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 set(CMAKE_CROSSCOMPILING_EMULATOR "")

@@ -7,16 +7,16 @@
 #include "frontend.h"
 #include "kef_fit.h"
 
-/* Inhabitants of the United States by its census, every ten years from 1790. */
-static const double census[] = {
-    3929214,   5308483,   7239881,   9638453,   12866020,  17069453,  23191876,  31443321,
-    38558371,  50189209,  62979766,  76212168,  92228496,  106021537, 123202624, 132164569,
-    151325798, 179323175, 203211926, 226545805, 248709873, 281421906, 308745538, 331449281};
+/* Inhabitants of the United States in millions, by the census every ten years from
+ * 1790: the table `uspop` of R's package datasets (McNeil 1977). */
+static const double census[] = {3.93,   5.31,   7.24,   9.64,   12.90, 17.10, 23.20,
+                                31.40,  39.80,  50.20,  62.90,  76.00, 92.00, 105.70,
+                                122.80, 131.70, 151.30, 179.30, 203.20};
 enum {
     DECADES = sizeof census / sizeof census[0],
     FIRST_YEAR = 1790,
     LAST_YEAR = FIRST_YEAR + 10 * (DECADES - 1),
-    CURVE = 301,      /* sites of a drawn curve */
+    CURVE = 301, /* sites of a drawn curve */
     MOST_CLASSES = 24
 };
 
@@ -108,40 +108,42 @@ static bool print_census(FILE *picture) {
     struct spline s = make_spline(DECADES, years, census, DF_TYPE_NATURAL, DF_NOT_A_KNOT, NULL,
                                   kef_df_kernel_dDFNaturalCubicSpline1D);
 
-    static const double asked[] = {1795, 1845, 1863, 1905, 1935, 1955, 2005, 2017};
+    static const double asked[] = {1795, 1815, 1845, 1863, 1905, 1935, 1955, 1967};
     enum { ASKED = sizeof asked / sizeof asked[0] };
     double value[ASKED], slope[ASKED];
     evaluate(&s, 0, ASKED, asked, DF_SORTED, value);
     evaluate(&s, 1, ASKED, asked, DF_SORTED, slope);
-    printf("   Inhabitants of the United States, %d censuses from %d to %d, as a twice\n"
-           "   differentiable cubic (not-a-knot):\n\n"
-           "   year     inhabitants   growth a year\n",
-           DECADES, FIRST_YEAR, LAST_YEAR);
+    printf(
+        "   Inhabitants of the United States in millions, %d censuses from %d to %d, as a\n"
+        "   twice differentiable cubic (not-a-knot):\n\n"
+        "   year   inhabitants   growth a year\n",
+        DECADES, FIRST_YEAR, LAST_YEAR);
     for (int i = 0; i < ASKED; ++i)
-        printf("   %4.0f   %13.0f   %13.0f\n", asked[i], value[i], slope[i]);
+        printf("   %4.0f   %11.2f   %13.3f\n", asked[i], value[i], slope[i]);
 
     /* Years lived: in parts, and all at once. */
-    static const double from[] = {1790, 1800, 1900, 2000, 1790}, to[] = {1800, 1900, 2000, 2020, 2020};
+    static const double from[] = {1790, 1800, 1850, 1900, 1790},
+                        to[] = {1800, 1850, 1900, 1970, 1970};
     double integral[5];
     kef_df_kernel_dDFIntegrate1D(s.task, 0, 5, from, DF_ANY_ORDER, to, DF_ANY_ORDER, integral,
                                  DF_BY_ROWS);
     printf("\n   years lived (integral of the spline):\n");
     for (int i = 0; i < 5; ++i)
-        printf("   %4.0f to %4.0f   %6.3f thousand million\n", from[i], to[i], integral[i] * 1e-9);
+        printf("   %4.0f to %4.0f   %6.3f thousand million\n", from[i], to[i], integral[i] * 1e-3);
 
     /* The table comes back, and the parts make the whole. */
     evaluate(&s, 0, DECADES, years, DF_SORTED, back);
     bool fine = true;
-    for (int i = 0; i < DECADES; ++i) fine &= fabs(back[i] - census[i]) <= 1e-6;
+    for (int i = 0; i < DECADES; ++i) fine &= fabs(back[i] - census[i]) <= 1e-13 * census[i];
     const double parts = integral[0] + integral[1] + integral[2] + integral[3];
     fine &= fabs(parts - integral[4]) <= 1e-14 * parts;
 
     if (picture != NULL) {
-        const struct panel p = {picture, 60, FIRST_YEAR - 10, LAST_YEAR, 4e8};
+        const struct panel p = {picture, 60, FIRST_YEAR - 10, LAST_YEAR, 240};
         const double ends[] = {FIRST_YEAR, LAST_YEAR};
         double curve[CURVE];
         evaluate(&s, 0, CURVE, ends, DF_UNIFORM, curve);
-        draw_axes(&p, "Inhabitants of the United States (millions)", "%.0f", "%.0f", 1e6);
+        draw_axes(&p, "Inhabitants of the United States (millions)", "%.0f", "%.0f", 1);
         draw_curve(&p, ends, curve);
         for (int i = 0; i < DECADES; ++i)
             fprintf(picture, "<circle cx='%.1f' cy='%.1f' r='3.5' fill='#204080'/>\n",
@@ -173,7 +175,8 @@ static bool print_histogram(const struct session *session, FILE *picture) {
 
     kef_df_task *search;
     int32_t *cell = allocate((size_t)n, sizeof *cell);
-    int32_t status = kef_df_kernel_dNewTask1D(&search, classes + 3, limit, DF_UNIFORM, 0, NULL, 0, 0);
+    int32_t status =
+        kef_df_kernel_dNewTask1D(&search, classes + 3, limit, DF_UNIFORM, 0, NULL, 0, 0);
     if (status == DF_STATUS_OK)
         status = kef_df_kernel_dDFSearch1D32(search, n, x, DF_ANY_ORDER, cell);
     if (status != DF_STATUS_OK) {
@@ -190,10 +193,11 @@ static bool print_histogram(const struct session *session, FILE *picture) {
     static const double flat[] = {0, 0};
     struct spline s = make_spline(classes + 3, limit, below, DF_TYPE_NATURAL, DF_FIRST_FIRST, flat,
                                   kef_df_kernel_dDFNaturalCubicSpline1D);
-    printf("\n   The measurements in %d classes, with the slope of a spline through the counts\n"
-           "   below each limit: a smooth density with the same area over each class.\n\n"
-           "   from             found   density (measurements a class) at the middle\n",
-           classes);
+    printf(
+        "\n   The measurements in %d classes, with the slope of a spline through the counts\n"
+        "   below each limit: a smooth density with the same area over each class.\n\n"
+        "   from             found   density (measurements a class) at the middle\n",
+        classes);
     double largest = 1;
     for (int k = 2; k < classes + 2; ++k) {
         const double middle = limit[k - 1] + width / 2;
@@ -203,7 +207,8 @@ static bool print_histogram(const struct session *session, FILE *picture) {
         largest = fmax(largest, found[k]);
     }
     if (picture != NULL) {
-        const struct panel p = {picture, 530, limit[0], limit[classes + 2], ceil(largest / 4 * 1.2) * 4};
+        const struct panel p = {picture, 530, limit[0], limit[classes + 2],
+                                ceil(largest / 4 * 1.2) * 4};
         const double ends[] = {limit[0], limit[classes + 2]};
         double curve[CURVE];
         evaluate(&s, 1, CURVE, ends, DF_UNIFORM, curve);

@@ -33,7 +33,7 @@ expect 0 "index 50." "$data" --chapter errors
 expect 0 "the same bits" "$data" --chapter accuracy
 expect 0 "agree" "$data" --elements 54321 --chapter statistics
 expect 0 "dExp" "$data" --elements 1
-expect 0 "1790 to 2020" "$data" --chapter fitting
+expect 0 "1790 to 1970" "$data" --chapter fitting
 expect 0 "The picture is in" "$data" --chapter fitting --picture "$directory/picture.svg"
 grep -q '</svg>' "$directory/picture.svg" || { echo "no picture"; failures=$((failures + 1)); }
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"

@@ -98,25 +98,36 @@ struct Coefficients {
     }
 };
 
-// How many arrays a method takes: those that are read while cells are written, and
-// transient ones that are not.
+// How many arrays a method takes: lasting ones, which are read while cells are
+// written; transient ones, which are not; and `nodal` (at most one), n numbers that are
+// read at i and i + 1 when cell i is written, in ascending order.
 struct ArrayCount {
-    std::size_t lasting, transient;
+    std::size_t lasting = 0, transient = 0, nodal = 0;
     ArrayCount operator+(ArrayCount other) const {
-        return {lasting + other.lasting, transient + other.transient};
+        return {lasting + other.lasting, transient + other.transient, nodal + other.nodal};
     }
 };
 
-// The arrays of a construction: one allocation, and for transient ones, as far as
-// they fit, the room where the coefficients will stand. Fresh memory costs more than
-// the arithmetic on it when the arrays are long.
+// The arrays of a construction: one allocation, and where it can be the room where the
+// coefficients will stand: its end for the nodal array, of which a cubic's cells
+// overwrite only what has been read, and what fits before that for transient ones.
+// Fresh memory costs more than the arithmetic on it when the arrays are long.
 class Scratch {
 public:
-    Scratch(ArrayCount arrays, std::size_t length, double* lent, std::size_t lent_size)
-        : length_((length + 3) & ~std::size_t(1)), lent_(lent), lent_left_(lent_size / length_) {
-        const std::size_t own = arrays.transient - std::min(arrays.transient, lent_left_);
-        block_ = static_cast<double*>(
-            allocate_aligned((arrays.lasting + own) * length_ * sizeof(double)));
+    // For n breakpoints and the padding; `lent` are lent_size >= 4(n - 1) numbers, or 0.
+    Scratch(ArrayCount arrays, std::size_t n, std::size_t padding, double* lent,
+            std::size_t lent_size)
+        : length_((n + padding + 3) & ~std::size_t(1)), lent_(lent) {
+        std::size_t own = arrays.lasting;
+        if (arrays.nodal != 0 && lent_size >= n) {
+            lent_size -= n;
+            nodal_ = lent + lent_size;
+        } else {
+            own += arrays.nodal;
+        }
+        lent_left_ = lent_size / length_;
+        own += arrays.transient - std::min(arrays.transient, lent_left_);
+        block_ = static_cast<double*>(allocate_aligned(own * length_ * sizeof(double)));
         next_ = block_;
     }
     ~Scratch() { free_aligned(block_); }
@@ -125,6 +136,7 @@ public:
 
     bool failed() const { return block_ == nullptr; }
     double* take() { return step(next_); }
+    double* take_nodal() { return nodal_ != nullptr ? nodal_ : take(); }
     double* take_transient() {
         if (lent_left_ == 0) return take();
         --lent_left_;
@@ -141,6 +153,7 @@ private:
     double* block_;
     double* next_;
     double* lent_;
+    double* nodal_ = nullptr;
     std::size_t lent_left_;
 };
 
@@ -202,8 +215,8 @@ std::int32_t construct(const Task& task, std::size_t order, Method method) {
         lent = Coefficients<T>(task, 0, order).first;
         lent_size = task.ny == 1 ? order * (n - 1) : 0;
     }
-    Scratch scratch(ArrayCount{copies ? 3 : 2, 0} + method.arrays(), n + 2 * padding, lent,
-                    lent_size);
+    const ArrayCount arrays = ArrayCount{.lasting = copies ? 3 : 2} + method.arrays();
+    Scratch scratch(arrays, n, 2 * padding, lent, lent_size);
     if (scratch.failed()) return DF_STATUS_NO_MEMORY;
     const Mesh mesh = make_mesh<uniform>(static_cast<const T*>(task.x), n, scratch.take());
     double* d = scratch.take() + padding;
@@ -272,9 +285,9 @@ struct HermiteMethod {
     Slopes slopes;
     double* s = nullptr;
 
-    ArrayCount arrays() const { return ArrayCount{1, 0} + slopes.arrays(); }
+    ArrayCount arrays() const { return ArrayCount{.nodal = 1} + slopes.arrays(); }
     void prepare(const Mesh& mesh, Scratch& scratch) {
-        s = scratch.take();
+        s = scratch.take_nodal();
         slopes.prepare(mesh, scratch);
     }
     template <class T>

@@ -27,9 +27,9 @@ struct SecondDerivatives {
     Boundary boundary;
     double* m = nullptr;
 
-    ArrayCount arrays() const { return {1, 0}; }
+    ArrayCount arrays() const { return {.nodal = 1}; }
     void prepare(const Mesh& mesh, Scratch& scratch) {
-        m = scratch.take();
+        m = scratch.take_nodal();
         for (std::size_t i = 1; i + 1 < mesh.n; ++i) m[i] = ic[i - 1];
     }
     void fit(const Mesh& mesh, const double* y, const double* d, const Coefficients<T>& c) {

@@ -6,7 +6,7 @@ namespace kef::fit {
 namespace {
 
 struct Linear {
-    ArrayCount arrays() const { return {0, 0}; }
+    ArrayCount arrays() const { return {}; }
     void prepare(const Mesh&, Scratch&) {}
     template <class T>
     void fit(const Mesh& mesh, const double* y, const double* d, const Coefficients<T>& c) {

@@ -56,7 +56,7 @@ struct LocalSlopes {
     Inner inner;
     Boundary boundary;
 
-    ArrayCount arrays() const { return {0, 0}; }
+    ArrayCount arrays() const { return {}; }
     void prepare(const Mesh&, Scratch&) {}
     void find(const Mesh& mesh, double* d, double* s) const {
         if (mesh.n == 2) return two_point_slopes(boundary, mesh.h[0], d[0], s);

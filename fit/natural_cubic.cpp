@@ -44,7 +44,7 @@ struct SmoothSlopes {
 
     bool periodic() const { return boundary.left == End::periodic; }
     ArrayCount arrays() const {
-        return ArrayCount{0, periodic() ? 2u : 1u} + TwoEnded<SlopeRows>::arrays;
+        return ArrayCount{.transient = periodic() ? 2u : 1u} + TwoEnded<SlopeRows>::arrays;
     }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         parabola = boundary.left == End::not_a_knot && mesh.n == 3;

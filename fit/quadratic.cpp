@@ -35,7 +35,7 @@ struct AtBreakpoints {
     Boundary boundary;
     double* s = nullptr;
 
-    ArrayCount arrays() const { return {1, 0}; }
+    ArrayCount arrays() const { return {.lasting = 1}; }
     void prepare(const Mesh&, Scratch& scratch) { s = scratch.take(); }
 
     template <class T>
@@ -109,7 +109,7 @@ struct BetweenBreakpoints {
     double *p = nullptr, *r = nullptr, *q = nullptr, *v = nullptr, *u = nullptr;
     double wrap_pivot = 1;
 
-    ArrayCount arrays() const { return ArrayCount{3, 2} + TwoEnded<KnotRows>::arrays; }
+    ArrayCount arrays() const { return ArrayCount{.lasting = 3, .transient = 2} + TwoEnded<KnotRows>::arrays; }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         const std::size_t n = mesh.n;
         const double* h = mesh.h;

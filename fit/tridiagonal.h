@@ -28,7 +28,7 @@ inline d2 both_ends(const double* p, std::size_t left, std::size_t right) {
 template <class Rows>
 class TwoEnded {
 public:
-    static constexpr ArrayCount arrays = {0, 3};
+    static constexpr ArrayCount arrays = {.transient = 2};
 
     // Factors the matrix; g0 holds the left and the right end coefficient. `constant`:
     // all rows are equal, so that the factors may be copied once they have settled.
@@ -36,7 +36,7 @@ public:
         rows_ = rows;
         n_ = n;
         middle_ = n / 2;
-        g_ = scratch.take_transient(), w_ = scratch.take_transient(), z_ = scratch.take_transient();
+        g_ = scratch.take_transient(), w_ = scratch.take_transient();
         d2 g = g0;
         vm::store(g_, g);
         std::size_t i = 1;
@@ -53,45 +53,44 @@ public:
             vm::store(g_ + 2 * i, g);
         }
         const Row<double> row = rows.single(middle_);
-        middle_pivot_ = row.diagonal - row.outer * last_left(g_) - row.inner * last_right(g_);
+        // Beside it stand the last rows that were eliminated, of the right side the one
+        // before for even n.
+        const double left = g_[2 * middle_ - 2],
+                     right = g_[2 * (n % 2 == 0 ? middle_ - 2 : middle_ - 1) + 1];
+        middle_pivot_ = row.diagonal - row.outer * left - row.inner * right;
     }
 
     // Solves for the right-hand sides r[1 .. n-2] and the end constants z0; the
     // unknowns replace r[0 .. n-1].
     void solve(d2 z0, double* r) const {
+        const auto put = [&](std::size_t i, d2 ends) { r[i] = ends[0], r[n_ - 1 - i] = ends[1]; };
+        const double known = r[middle_];  // for even n the last pair ends there
         d2 z = z0;
-        vm::store(z_, z);
+        put(0, z);
         for (std::size_t i = 1; i < middle_; ++i) {
             z = (both_ends(r, i, n_ - 1 - i) - rows_.pair(i).outer * z) * vm::load(w_ + 2 * i);
-            vm::store(z_ + 2 * i, z);
+            put(i, z);
         }
         const Row<double> row = rows_.single(middle_);
         const double v =
-            (r[middle_] - row.outer * last_left(z_) - row.inner * last_right(z_)) / middle_pivot_;
+            (known - row.outer * r[middle_ - 1] - row.inner * r[middle_ + 1]) / middle_pivot_;
         d2 next = {v, v};
         r[middle_] = v;
         std::size_t i = middle_;
         if (n_ % 2 == 0) {  // the middle row is the last one of the right side
             --i;
-            next[0] = r[i] = z_[2 * i] - g_[2 * i] * v;
+            next[0] = r[i] -= g_[2 * i] * v;
         }
         while (i-- > 0) {
-            next = vm::load(z_ + 2 * i) - vm::load(g_ + 2 * i) * next;
-            r[i] = next[0];
-            r[n_ - 1 - i] = next[1];
+            next = both_ends(r, i, n_ - 1 - i) - vm::load(g_ + 2 * i) * next;
+            put(i, next);
         }
     }
 
 private:
-    // The last eliminated rows beside the middle one.
-    double last_left(const double* lanes) const { return lanes[2 * middle_ - 2]; }
-    double last_right(const double* lanes) const {
-        return lanes[2 * (n_ % 2 == 0 ? middle_ - 2 : middle_ - 1) + 1];
-    }
-
     Rows rows_{};
     std::size_t n_ = 0, middle_ = 0;
-    double *g_ = nullptr, *w_ = nullptr, *z_ = nullptr;  // lanes by turns
+    double *g_ = nullptr, *w_ = nullptr;  // lanes by turns
     double middle_pivot_ = 1;
 };
 

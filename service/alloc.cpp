@@ -13,7 +13,7 @@ constexpr std::size_t alignment = 128;
 
 void* allocate_aligned(std::size_t size) {
     constexpr std::size_t slack = alignment + 2 * sizeof(void*);
-    if (size > SIZE_MAX - slack) return nullptr;
+    if (size > PTRDIFF_MAX - slack) return nullptr;  // no object is larger, whatever malloc thinks
     void* raw = std::malloc(size + slack);
     if (raw == nullptr) return nullptr;
     const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(raw) + 2 * sizeof(void*);

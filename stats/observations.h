@@ -15,7 +15,7 @@ using vm::d2;
 using vm::l2;
 
 // The most observations that one pass over a pair of variables covers.
-inline constexpr int tile = 1024;
+inline constexpr int tile = 4096;
 // The same where coefficients or deviations of the observations are kept: what a
 // pass reads stays in the first-level cache.
 inline constexpr int short_tile = 256;

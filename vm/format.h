@@ -46,14 +46,6 @@ template <class T> inline bool is_finite(T x) {
 // A NaN argument as result: the same payload, quiet.
 template <class T> inline T quiet(T nan) { return nan + nan; }
 
-// The result x of a function that is x(1 + o(1)) at 0, for |x| far below an ulp of 1:
-// underflow where it is subnormal.
-template <class T> inline int tiny_result(T x, T& r) {
-    r = x;
-    return x < Format<T>::smallest_normal && -x < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW
-                                                                             : VTM_STATUS_OK;
-}
-
 // Lanes that are infinite or NaN.
 template <class T> inline i4 not_finite(i4 heads) {
     return magnitude(heads) >= static_cast<std::int32_t>(Format<T>::infinity_head);

@@ -16,17 +16,17 @@
 
 namespace kef::vm {
 
-// The gates: tiny <= |x| < large.
+// The gates: |x| < large, the bits of which are last + 1.
 template <class T> struct HyperbolicRange;
 template <> struct HyperbolicRange<double> {
-    static constexpr std::uint32_t tiny = 0x3C300000, large = 0x40845000;
-    static constexpr double tiny_value = 0x1p-60, large_value = 650;
+    static constexpr std::int32_t last = 0x40844FFF;
+    static constexpr double large_value = 650;
     static constexpr double half_infinite_above = 711;  // beyond ln 2^1025
     static constexpr double one_from = 22;              // tanh x rounds to 1
 };
 template <> struct HyperbolicRange<float> {
-    static constexpr std::uint32_t tiny = 0x30800000, large = 0x42AC0000;
-    static constexpr float tiny_value = 0x1p-30f, large_value = 86;
+    static constexpr std::int32_t last = 0x42ABFFFF;
+    static constexpr float large_value = 86;
     static constexpr float half_infinite_above = 90;
     static constexpr float one_from = 10;
 };
@@ -39,22 +39,22 @@ inline int half_exp(T x, T& r) {
     return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
 }
 
-// sinh x = high + low.
-inline DoubleDouble<d2> sinh_parts(d2 x) {
+// 2 sinh x = high + low; not halved, so that subnormal numbers stay exact.
+inline DoubleDouble<d2> twice_sinh_parts(d2 x) {
     const auto parts = expm1_parts(x);
     const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
     const DoubleDouble<d2> sum = two_sum(e.high, all(1.0));
     const DoubleDouble<d2> q = divide(e, {sum.high, sum.low + e.low});
     const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
-    return {0.5 * high.high, 0.5 * (high.low + (e.low + q.low))};
+    return {high.high, high.low + (e.low + q.low)};
 }
 
 // HA within 0.53 ulp, LA below 2^-50.6, EP below 2^-28.
 template <class Accuracy>
 inline d2 sinh_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> sinh = sinh_parts(x);
-        return sinh.high + sinh.low;
+        const DoubleDouble<d2> twice = twice_sinh_parts(x);
+        return 0.5 * (twice.high + twice.low);
     } else {
         const d2 e = expm1_core<Accuracy>(x);
         return e - e * (e * (0.5 / (e + 1.0)));

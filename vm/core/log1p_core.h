@@ -8,28 +8,33 @@
 
 namespace kef::vm {
 
-// s + rest/scale = 1 + x exactly; s reduced, scale = 2^-k.
-struct Log1pReduced {
-    LogReduced log;
-    d2 rest, scale, inverse;
+// s + rest = 1 + x exactly.
+struct OnePlus {
+    d2 s, rest;
 };
-inline Log1pReduced log1p_reduce(d2 x) {
-    const d2 larger = maximum(x, all(1.0)), smaller = minimum(x, all(1.0));
-    const d2 s = larger + smaller;
-    const LogReduced reduced = log_reduce(s);
-    const d2 scale = (d2)((l2)all(1.0) - ((l2)s - (l2)reduced.z));
-    return {reduced, (smaller - (s - larger)) * scale, scale,
-            log_field(reduced, &LogEntry::inverse)};
+inline OnePlus one_plus(d2 x) {
+    const d2 larger = maximum(x, all(1.0)), smaller = minimum(x, all(1.0)), s = larger + smaller;
+    return {s, smaller - (s - larger)};
+}
+
+// 2^-k/c for the reduced s: what a rest is worth in z/c - 1. (A structure around the
+// reduced s would be copied through memory, where its loads stall.)
+inline d2 log_rest_factor(d2 s, const LogReduced& reduced, d2 inverse) {
+    return (d2)((l2)all(1.0) - ((l2)s - (l2)reduced.z)) * inverse;
 }
 
 // ln(1 + x + x_low) as an unevaluated sum, |x_low| <= ulp(x)/2; relative error below
-// 0.01 ulp.
-inline DoubleDouble<d2> log1p_parts(d2 x, d2 x_low) {
-    const Log1pReduced a = log1p_reduce(x);
-    const DoubleDouble<d2> u = log_argument(a.log.z, a.inverse);
+// 0.01 ulp. Without x_low: ln(1 + x).
+template <class... Low>
+inline DoubleDouble<d2> log1p_parts(d2 x, Low... x_low) {
+    const OnePlus sum = one_plus(x);
+    const LogReduced reduced = log_reduce(sum.s);
+    const d2 inverse = log_field(reduced, &LogEntry::inverse);
+    const d2 factor = log_rest_factor(sum.s, reduced, inverse);
+    const DoubleDouble<d2> u = log_argument(reduced.z, inverse);
     const DoubleDouble<d2> v = fast_two_sum(u.high, u.low);
-    const DoubleDouble<d2> r = fast_two_sum(v.high, a.rest * a.inverse);
-    return log_sum(a.log, {r.high, (r.low + v.low) + x_low * (a.scale * a.inverse)});
+    const DoubleDouble<d2> r = fast_two_sum(v.high, sum.rest * factor);
+    return log_sum(reduced, {r.high, ((r.low + v.low) + ... + (x_low * factor))});
 }
 
 // ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-51; EP: below 2^-27.
@@ -43,12 +48,15 @@ inline d2 log1p_core(d2 x) {
                            (reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0) + rest);
     }
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> sum = log1p_parts(x, d2{});
+        const DoubleDouble<d2> sum = log1p_parts(x);
         return sum.high + sum.low;
     } else {
-        const Log1pReduced a = log1p_reduce(x);
-        const DoubleDouble<d2> u = log_argument(a.log.z, a.inverse);
-        return log_sum<LA>(a.log, (u.high + u.low) + a.rest * a.inverse);
+        const OnePlus sum = one_plus(x);
+        const LogReduced reduced = log_reduce(sum.s);
+        const d2 inverse = log_field(reduced, &LogEntry::inverse);
+        const DoubleDouble<d2> u = log_argument(reduced.z, inverse);
+        const d2 rest = sum.rest * log_rest_factor(sum.s, reduced, inverse);
+        return log_sum<LA>(reduced, (u.high + u.low) + rest);
     }
 }
 

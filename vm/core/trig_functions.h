@@ -15,7 +15,7 @@
 
 namespace kef::vm {
 
-// The gates: from the smallest normal number, which leaves zeros and underflow to the
+// The gates: from the smallest normal number, which leaves the sign of zero to the
 // edge, to where the reductions end.
 inline constexpr std::uint32_t head_of(double x) {
     return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(x) >> 32);
@@ -78,13 +78,12 @@ inline bool trig_special(T x, T& r, int& status) {
     return false;
 }
 
-// Where sine and tangent equal their argument.
+// Where sine and tangent equal their argument; a subnormal one may count as zero.
 template <class T>
-inline bool trig_tiny(T x, T& r, int& status) {
+inline bool trig_tiny(T x, T& r) {
     constexpr T bound = std::is_same_v<T, double> ? T(0x1p-300) : T(0x1p-60);
-    if (x == 0) return r = x * T(0), true;  // also subnormals that count as zero
     if (x >= bound || x <= -bound) return false;
-    return status = tiny_result(x, r), true;
+    return r = x == 0 ? x * T(0) : x, true;
 }
 
 // The sum, rounded once to T.

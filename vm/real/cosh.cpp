@@ -2,7 +2,6 @@
 //
 //   x NaN                    NaN
 //   x = +-inf                +infinity
-//   |x| < tiny               1
 //   |x| > 710.47 (89.41)     +infinity, overflow
 //
 // Single HA is the double formula of LA, rounded once, which is correct for every
@@ -20,7 +19,7 @@ struct Cosh {
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Cosh);
 
-    static i4 outside(i4 h) { return not_between(magnitude(h), Range::tiny, Range::large); }
+    static i4 outside(i4 h) { return Range::last - magnitude(h); }
 
     static V fast(V x) {
         const V a = absolute(x);
@@ -33,7 +32,6 @@ struct Cosh {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         const T a = x < 0 ? -x : x;
         if (is_infinite(x)) return r = a, VTM_STATUS_OK;
-        if (a < 1) return r = 1, VTM_STATUS_OK;
         return half_exp(a, r);
     }
 };

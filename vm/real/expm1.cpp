@@ -1,14 +1,13 @@
 // Expm1: r = e^x - 1.
 //
 //   x NaN                  NaN
-//   x = +-0                x
 //   x = +inf, -inf         +infinity, -1
 //   x >= infinite_above    +infinity, overflow
-//   |x| < tiny             x; underflow where x is subnormal
 //
 // Single HA is the double formula of LA, rounded once, which is correct for every
 // argument (docs/accuracy.md); LA and EP compute in single precision.
 #include "vm/core/expm1_core.h"
+#include "vm/core/rounding.h"
 #include "vm/format.h"
 #include "vm/frame.h"
 #include "vm/shapes.h"
@@ -17,16 +16,14 @@ namespace kef::vm {
 
 namespace {
 
-// The formula holds for tiny <= |x| and x < large; below -1_from the result is -1.
+// The formula holds for x < large; below minus_one_from the result is -1.
 template <class T> struct Expm1Range;
 template <> struct Expm1Range<double> {
-    static constexpr std::uint32_t tiny = 0x3C300000;   // 2^-60
     static constexpr std::uint32_t large = 0x40862E37;  // 709.776
     static constexpr double minus_one_from = -40.0;
     static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));  // ln 2^1024
 };
 template <> struct Expm1Range<float> {
-    static constexpr std::uint32_t tiny = 0x30800000;   // 2^-30
     static constexpr std::uint32_t large = 0x42B0C000;  // 88.375
     static constexpr float minus_one_from = -20.0f;
     static constexpr float infinite_above = from_bits(0x42B17218u);  // ln 2^128
@@ -42,23 +39,23 @@ struct Expm1 {
 
     static i4 outside(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, Range::tiny, Range::large) &
-               not_between(h, negative + Range::tiny, negative + Format<T>::infinity_head);
+        return not_between(h, 0, Range::large) &
+               not_between(h, negative, negative + Format<T>::infinity_head);
     }
 
     static V fast(V x) {
-        x = maximum(x, all(Range::minus_one_from));
-        if constexpr (std::is_same_v<T, double>) return expm1_core<Accuracy>(x);
-        else if constexpr (std::is_same_v<Accuracy, HA>) return in_double(x, expm1_core<LA>);
-        else return expm1_single<Accuracy>(x);
+        const V y = maximum(x, all(Range::minus_one_from));
+        V r;
+        if constexpr (std::is_same_v<T, double>) r = expm1_core<Accuracy>(y);
+        else if constexpr (std::is_same_v<Accuracy, HA>) r = in_double(y, expm1_core<LA>);
+        else r = expm1_single<Accuracy>(y);
+        return with_sign(r, x);  // of -0
     }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        if (x == 0) return r = x + x, VTM_STATUS_OK;
         if (is_infinite(x)) return r = x > 0 ? x : -1, VTM_STATUS_OK;
         if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
-        if (x < 1) return tiny_result(x, r);
         if constexpr (std::is_same_v<T, double>) r = exp_large(x);
         else r = static_cast<float>(expm1_core<LA>(all(double(x)))[0]);
         return VTM_STATUS_OK;

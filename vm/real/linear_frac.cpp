@@ -7,9 +7,11 @@
 //
 // Numerator and denominator may cancel; the bounds hold all the same:
 //   double HA   both in double-double, one division, one rounding: 0.501 ulp
-//   double LA   both sums rounded once, 2.2 ulp
-//   single      in double: the products are exact, 0.5 ulp + 2^-28. No slower than
-//               single arithmetic with its check, so it stands in every slot
+//   double LA   products in two parts; where a sum is below 2^-23 of its shift, as HA:
+//               relative error below 6.6 2^-53
+//   double EP   plain arithmetic with the same check: below 2^-27
+//   single      in double: the products are exact, 0.5 ulp + 2^-28. Little slower than
+//               single arithmetic with such a check, so it stands in every slot
 #include <initializer_list>
 
 #include "vm/core/scaling.h"
@@ -22,9 +24,10 @@ namespace kef::vm {
 
 namespace {
 
-// Magnitudes below 2^490 (arguments and scalars) and above 2^-900 (sums, quotients)
-// keep clear of overflow and underflow in the double formulas.
-constexpr double large = 0x1p490;
+// Magnitudes below `large` (arguments and scalars) and above `small` (sums, and HA's
+// quotients) keep clear of overflow and underflow in the double formulas; `cancelled`:
+// the part of the shift below which a sum is not trusted.
+constexpr double large = 0x1p490, small = 0x1p-900, cancelled = 0x1p-23;
 constexpr std::int32_t large_head = 0x5E900000, small_head = 0x07B00000;
 
 // (numerator / denominator) with one rounding, as high and low part.
@@ -45,12 +48,12 @@ inline DoubleDouble<V> linear(V scale, DoubleDouble<V> scale_halves, V x, V shif
     return two_sum(sum.high, sum.low + product.low);
 }
 
-// The same rounded once.
-template <class V>
-inline V linear_rounded(V scale, DoubleDouble<V> scale_halves, V x, V shift) {
-    const DoubleDouble<V> product = two_product(scale, scale_halves, x, split(x));
-    const DoubleDouble<V> sum = two_sum(product.high, shift);
-    return sum.high + (sum.low + product.low);
+// The same in one number. The leading product is exact, and so is its sum with the shift
+// where these cancel; what the correction loses, 2^-76 of the product, is below 2^-53 of
+// a sum that is above 2^-23 of the shift.
+inline d2 linear_in_parts(d2 scale, d2 x, d2 shift) {
+    const d2 s = leading(scale), u = leading(x);
+    return (s * u + shift) + (s * (x - u) + (scale - s) * x);
 }
 
 // The same for any numbers: the sum is `value` times 2^`exponent`, with |value| in
@@ -86,12 +89,20 @@ public:
     using V = Vector<T>;
     KEF_REPORT_NAME(LinearFrac);
     static constexpr bool is_single = std::is_same_v<T, float>;
+    static constexpr bool is_exact = std::is_same_v<Accuracy, HA>;
 
     LinearFrac(T scalea, T shifta, T scaleb, T shiftb)
         : scalea_(scalea), shifta_(shifta), scaleb_(scaleb), shiftb_(shiftb) {
-        const auto small = [](T x) { return -large < x && x < large; };
-        const bool ordinary_scalars = small(scalea) && small(shifta) && small(scaleb) && small(shiftb);
-        last_ = ordinary_scalars ? large_head - 1 : -1;
+        const auto ordinary = [](double x) { return -large < x && x < large; };
+        const auto least = [](double shift) {
+            const double part = (shift < 0 ? -shift : shift) * cancelled;
+            return std::bit_cast<std::int64_t>(part > small ? part : small);
+        };
+        last_ = -1;
+        if (!(ordinary(scalea) && ordinary(shifta) && ordinary(scaleb) && ordinary(shiftb))) return;
+        last_ = large_head - 1;
+        least_numerator_ = least(shifta);
+        least_denominator_ = least(shiftb);
     }
 
     i4 outside(i4 a, i4 b) const {
@@ -99,13 +110,18 @@ public:
         else return (last_ - magnitude(a)) | (last_ - magnitude(b));
     }
 
-    // The second vector is for the gate: below `small` where the element must be
-    // computed by the edge.
+    // The second vector is for the gate: HA's is below `small`, the others' is negative
+    // where the element must be computed by the edge.
     Two<V> fast(V a, V b) const {
-        if constexpr (std::is_same_v<Accuracy, LA>) {
-            const V numerator = linear_rounded(all(scalea_), split(all(scalea_)), a, all(shifta_));
-            const V denominator = linear_rounded(all(scaleb_), split(all(scaleb_)), b, all(shiftb_));
-            return {numerator / denominator, minimum(absolute(numerator), absolute(denominator))};
+        if constexpr (!is_exact) {
+            const auto linear = [](T scale, V x, T shift) {
+                if constexpr (std::is_same_v<Accuracy, LA>) return linear_in_parts(all(scale), x, all(shift));
+                else return scale * x + shift;
+            };
+            const V numerator = linear(scalea_, a, shifta_), denominator = linear(scaleb_, b, shiftb_);
+            const auto room = [](V sum, std::int64_t least) { return (l2)absolute(sum) - least; };
+            return {numerator / denominator,
+                    (V)(room(numerator, least_numerator_) | room(denominator, least_denominator_))};
         } else if constexpr (!is_single) {
             const DoubleDouble<V> numerator = linear(all(scalea_), split(all(scalea_)), a, all(shifta_));
             const DoubleDouble<V> denominator = linear(all(scaleb_), split(all(scaleb_)), b, all(shiftb_));
@@ -122,7 +138,9 @@ public:
         }
     }
 
-    i4 refuse(i4 r, i4 guard) const { return not_finite<T>(r) | (guard - small_head); }
+    i4 refuse(i4 r, i4 guard) const {
+        return not_finite<T>(r) | (is_exact ? guard - small_head : guard);
+    }
 
     int edge(T a, T b, T& r) const {
         const ScaledLinear numerator = linear_scaled(scalea_, a, shifta_);
@@ -145,6 +163,7 @@ public:
 
 private:
     T scalea_, shifta_, scaleb_, shiftb_;
+    std::int64_t least_numerator_ = 0, least_denominator_ = 0;
     std::int32_t last_;  // largest head of ordinary arguments; -1: the scalars are not ordinary
 };
 
@@ -158,5 +177,6 @@ private:
 KEF_LINEAR_FRAC(s, HA)
 KEF_LINEAR_FRAC(d, LA)
 KEF_LINEAR_FRAC(d, HA)
+KEF_LINEAR_FRAC(d, EP)
 
 }  // namespace kef::vm

@@ -1,14 +1,13 @@
 // Log1p: r = ln(1 + x).
 //
 //   x NaN            NaN
-//   x = +-0          x
 //   x = +infinity    +infinity
 //   x = -1           -infinity, singularity
 //   x < -1           invalid NaN, domain error
-//   |x| < tiny       x; underflow where x is subnormal
 //
 // Single HA is a double formula, rounded once; LA and EP compute in single precision.
 #include "vm/core/log1p_core.h"
+#include "vm/core/rounding.h"
 #include "vm/format.h"
 #include "vm/frame.h"
 #include "vm/shapes.h"
@@ -19,14 +18,10 @@ namespace {
 
 template <class T> struct Log1pRange;
 template <> struct Log1pRange<double> {
-    static constexpr double tiny_value = 0x1p-60;
-    static constexpr std::uint32_t tiny = 0x3C300000;
     static constexpr std::uint32_t large = 0x7E700000;  // 2^1000
     static constexpr std::uint32_t one = 0x3FF00000;
 };
 template <> struct Log1pRange<float> {
-    static constexpr float tiny_value = 0x1p-29f;
-    static constexpr std::uint32_t tiny = 0x31000000;
     static constexpr std::uint32_t large = 0x7E800000;  // 2^126
     static constexpr std::uint32_t one = 0x3F800000;
 };
@@ -41,17 +36,17 @@ struct Log1p {
 
     static i4 outside(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, Range::tiny, Range::large) &
-               not_between(h, negative + Range::tiny, negative + Range::one);
+        return not_between(h, 0, Range::large) & not_between(h, negative, negative + Range::one);
     }
 
     static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) {
-            return log1p_core<Accuracy>(x);
+            return with_sign(log1p_core<Accuracy>(x), x);  // of -0
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            return with_midpoints(log1p_in_double(x));
+            const Two<f4> r = with_midpoints(log1p_in_double(x));
+            return Two<f4>{with_sign(r.first, x), r.second};
         } else {
-            return log1p_single<Accuracy>(x);
+            return with_sign(log1p_single<Accuracy>(x), x);
         }
     }
 
@@ -60,10 +55,9 @@ struct Log1p {
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        if (x == 0 || x == Format<T>::infinity) return r = x + x, VTM_STATUS_OK;
+        if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
         if (x == -1) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < -1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
-        if (x < Range::tiny_value && -x < Range::tiny_value) return tiny_result(x, r);
         const DoubleDouble<d2> parts = log_parts(all(1.0 + double(x)));
         if constexpr (std::is_same_v<T, double>) r = parts.high[0] + parts.low[0];
         else r = rounded_once(parts);

@@ -2,8 +2,7 @@
 //
 //   x NaN                 NaN, the payload kept
 //   x = +-infinity        invalid NaN, domain error
-//   x = +-0               x
-//   x subnormal           x, underflow
+//   x = +-0, subnormal    x
 //
 // Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
@@ -23,7 +22,7 @@ struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy> {
 
     static int edge(T x, T& r) {
         int status;
-        if (trig_special(x, r, status) || trig_tiny(x, r, status)) return status;
+        if (trig_special(x, r, status) || trig_tiny(x, r)) return status;
         r = rounded_sum<T>(sine_one(trig_reduce_one(x), sine_bias));
         return status;
     }

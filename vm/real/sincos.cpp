@@ -2,8 +2,7 @@
 //
 //   x NaN                 NaN twice, the payload kept
 //   x = +-infinity        invalid NaN twice, domain error
-//   x = +-0               x and 1
-//   x subnormal           x and 1, underflow
+//   x = +-0, subnormal    x and 1
 //
 // Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
@@ -38,7 +37,7 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
         if (trig_special(x, y, status)) return z = y, status;
         const TrigReduced reduced = trig_reduce_one(x);
         z = rounded_sum<T>(sine_one(reduced, cosine_bias));
-        if (!trig_tiny(x, y, status)) y = rounded_sum<T>(sine_one(reduced, sine_bias));
+        if (!trig_tiny(x, y)) y = rounded_sum<T>(sine_one(reduced, sine_bias));
         return status;
     }
 };

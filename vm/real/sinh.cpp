@@ -1,8 +1,7 @@
 // Sinh: r = (e^x - e^-x)/2.
 //
 //   x NaN                    NaN
-//   x = +-0, x = +-inf       x
-//   |x| < tiny               x; underflow where x is subnormal
+//   x = +-inf                x
 //   |x| > 710.47 (89.41)     +-infinity, overflow
 //
 // Single HA is the double formula of LA, rounded once, which is correct for every
@@ -21,7 +20,7 @@ struct Sinh {
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Sinh);
 
-    static i4 outside(i4 h) { return not_between(magnitude(h), Range::tiny, Range::large); }
+    static i4 outside(i4 h) { return Range::last - magnitude(h); }
 
     static auto fast(V x) {
         const V a = absolute(x);
@@ -41,11 +40,10 @@ struct Sinh {
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        if (x == 0 || is_infinite(x)) return r = x + x, VTM_STATUS_OK;
+        if (is_infinite(x)) return r = x, VTM_STATUS_OK;
         const T a = x < 0 ? -x : x;
-        if (a < Range::tiny_value) return tiny_result(x, r);
         int status = VTM_STATUS_OK;
-        if (a < Range::large_value) r = static_cast<T>(rounded_once(sinh_parts(all(double(a)))));
+        if (a < Range::large_value) r = static_cast<T>(0.5f * rounded_once(twice_sinh_parts(all(double(a)))));
         else status = half_exp(a, r);
         if (x < 0) r = -r;
         return status;

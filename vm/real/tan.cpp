@@ -2,8 +2,7 @@
 //
 //   x NaN                 NaN, the payload kept
 //   x = +-infinity        invalid NaN, domain error
-//   x = +-0               x
-//   x subnormal           x, underflow
+//   x = +-0, subnormal    x
 //
 // No double or float is so near an odd multiple of pi/2 that the result overflows.
 // Formulas and ranges of the slots: vm/core/trig_functions.h.
@@ -24,7 +23,7 @@ struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
 
     static int edge(T x, T& r) {
         int status;
-        if (trig_special(x, r, status) || trig_tiny(x, r, status)) return status;
+        if (trig_special(x, r, status) || trig_tiny(x, r)) return status;
         r = rounded_sum<T>(tangent_one(trig_reduce_one(x)));
         return status;
     }

@@ -1,9 +1,7 @@
 // Tanh: r = sinh x / cosh x.
 //
 //   x NaN           NaN
-//   x = +-0         x
 //   x = +-inf       +-1
-//   |x| < tiny      x; underflow where x is subnormal
 //
 // Single HA is the double formula of LA, rounded once, which is correct for every
 // argument (docs/accuracy.md); LA computes in single precision, and EP is a
@@ -37,7 +35,9 @@ struct Tanh {
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Tanh);
 
-    static i4 outside(i4 h) { return not_between(magnitude(h), Range::tiny, Format<T>::infinity_head); }
+    static i4 outside(i4 h) {
+        return static_cast<std::int32_t>(Format<T>::infinity_head - 1) - magnitude(h);
+    }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, EP>)
@@ -52,9 +52,7 @@ struct Tanh {
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        if (x == 0) return r = x + x, VTM_STATUS_OK;
-        if (is_infinite(x)) return r = x > 0 ? 1 : -1, VTM_STATUS_OK;
-        return tiny_result(x, r);
+        return r = x > 0 ? 1 : -1, VTM_STATUS_OK;
     }
 };
 
