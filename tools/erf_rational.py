@@ -4,7 +4,7 @@
 
   erf x ~ x P(x^2) / Q(x^2)      0 <= x <= 3.92 (LA; then P times 1 + 2^-24, so that the
                                  quotient reaches 1 at the end), 0 <= x <= 2.6 (EP)
-  exp(u^2) erfc u ~ P(u) / Q(u)  0 <= u <= 9.3
+  exp(u^2) erfc u ~ P(u) / Q(u)  0 <= u <= 9.3; then P(0) = 1
 """
 from mpmath import erf, erfc, exp, log, mpf, nstr
 
@@ -27,7 +27,8 @@ def main():
         print("at the end", nstr(end * polynomial(P, end**2) / polynomial(Q, end**2), 10))
     xs = chebyshev(mpf("9.3"))
     for name, p, q in (("erfc LA", 4, 5), ("erfc EP", 2, 3)):
-        report(name, *fit(xs, [exp(x * x) * erfc(x) for x in xs], p, q))
+        worst, P, Q = fit(xs, [exp(x * x) * erfc(x) for x in xs], p, q)
+        report(name, worst, [mpf(1), *P[1:]], Q)
 
 
 if __name__ == "__main__":

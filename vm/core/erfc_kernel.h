@@ -118,7 +118,8 @@ struct ErfcKernel {
         if (y >= T(limits.zero_from)) return r = 0, VTM_STATUS_UNDERFLOW;
         if constexpr (single) {
             const bool is_near = y < T(Scale::table_end);
-            r = rounded_once(is_near ? near<HA>(all(double(x))) : Scale::template tail<0>(all(double(y))));
+            r = rounded_once(is_near ? near<HA>(all(double(x)))
+                                     : Scale::template tail<0>(all(double(y))));
         } else {
             const DoubleDouble<d2> sum = Scale::template tail<1022>(all(y));
             const bool subnormal = sum.high[0] < 1.0;

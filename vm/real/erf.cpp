@@ -3,7 +3,8 @@
 //   x NaN              NaN
 //   x = +-0            x
 //   x = +-infinity     +-1
-//   |x| < first        2/sqrt(pi) x, rounded once; underflow where that is subnormal
+//   |x| < first        2/sqrt(pi) x, rounded once; underflow where that is subnormal and
+//                      not x
 //
 // Single HA is the double formula of LA, rounded once. Where the double falls exactly between
 // two floats the edge decides with the low part of HA. LA and EP compute in single precision.
@@ -34,8 +35,12 @@ struct Erf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Erf);
 
+    // Zeros of single precision take the fast way; those of double have tiny numbers beside
+    // them that the leading bits do not tell apart.
     static i4 outside(i4 h) {
-        return not_between(magnitude(h), erf_first<T>, Format<T>::infinity_head);
+        const i4 size = magnitude(h);
+        const i4 gate = not_between(size, erf_first<T>, Format<T>::infinity_head);
+        return std::is_same_v<T, float> ? gate & (size != 0) : gate;
     }
 
     static auto fast(V x) {
@@ -59,17 +64,18 @@ struct Erf {
         if (is_infinite(x)) return r = x > 0 ? 1 : -1, VTM_STATUS_OK;
         const T size = x < 0 ? -x : x;
         if constexpr (std::is_same_v<T, float>) {
-            if (size >= Format<T>::smallest_normal) r = rounded_once(erf_table_sum<HA>(all(double(size))));
-            else r = static_cast<float>(size * slope_high);
+            const bool normal = size >= Format<T>::smallest_normal;
+            r = normal ? rounded_once(erf_table_sum<HA>(all(double(size))))
+                       : static_cast<float>(size * slope_high);
         } else {
             const int e = exponent_of(size);
             const double m = scaled(size, -e);
             const DoubleDouble<double> product = two_product(m, slope_high);
             r = round_scaled(product.high, product.low + m * slope_low, e);
         }
-        const int status = r < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+        const bool underflow = r < Format<T>::smallest_normal && r != size;
         if (x < 0) r = -r;
-        return status;
+        return underflow ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };
 
