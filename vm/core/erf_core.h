@@ -2,7 +2,7 @@
 // time. With c the multiple of 1/16 next to u >= 0, and d = u - c,
 //
 //   W(u) = erf u for c < 1/2, erfc u from there on
-//        = a0 + a1 d + ... + a11 d^11
+//        = a0 + a1 d + a2 d^2 + ...
 //
 // from a table, and every result is B + W or B - W with B = 0, 1 or 2. Beyond the table
 //
@@ -24,24 +24,40 @@ struct alignas(128) ErfEntry {
     double a[12];
     double low, slope, slope_low;
 };
+// The same for EP: 2^-26.3 for c < 1/2, 2^-28 from there on.
+struct alignas(64) ErfShortEntry {
+    double a[7];
+};
 extern const ErfEntry erf_table[97];
+extern const ErfShortEntry erf_short_table[97];
 
-// How many coefficients count: for erf, and for erfc, which needs more where it is small.
-template <class Accuracy> struct ErfDegree;
-template <> struct ErfDegree<HA> { static constexpr int erf = 10, erfc = 11; };  // 2^-60.3
-template <> struct ErfDegree<LA> { static constexpr int erf = 9, erfc = 11; };   // 2^-56.6
-template <> struct ErfDegree<EP> { static constexpr int erf = 5, erfc = 7; };    // 2^-32.2, 2^-26.5
+// The table of an accuracy, and how many coefficients count: for erf, and for erfc, which
+// needs more where it is small.
+template <class Accuracy> struct ErfTable;
+template <> struct ErfTable<HA> {
+    static constexpr const ErfEntry* table = erf_table;
+    static constexpr int erf = 10, erfc = 11;  // 2^-60.3
+};
+template <> struct ErfTable<LA> {
+    static constexpr const ErfEntry* table = erf_table;
+    static constexpr int erf = 9, erfc = 11;  // 2^-56.6
+};
+template <> struct ErfTable<EP> {
+    static constexpr const ErfShortEntry* table = erf_short_table;
+    static constexpr int erf = 4, erfc = 6;
+};
 
 // u reduced: d, the lanes of c < 1/2, and the entries of the two lanes.
+template <class Entry>
 struct ErfReduced {
     d2 d;
     l2 near;
-    const ErfEntry *entry0, *entry1;
-    d2 field(double ErfEntry::* member) const {
+    const Entry *entry0, *entry1;
+    d2 field(double Entry::* member) const {
         return (d2)_mm_loadh_pd(_mm_load_sd(&(entry0->*member)), &(entry1->*member));
     }
     d2 a(int i) const { return (d2)_mm_loadh_pd(_mm_load_sd(&entry0->a[i]), &entry1->a[i]); }
-    // a_i and a_(i+1) for even i
+    // a_i and a_(i+1) for even i; their line
     Two<d2> pair(int i) const {
         const d2 p0 = (d2)_mm_load_pd(&entry0->a[i]), p1 = (d2)_mm_load_pd(&entry1->a[i]);
         return {__builtin_shufflevector(p0, p1, 0, 2), __builtin_shufflevector(p0, p1, 1, 3)};
@@ -52,24 +68,25 @@ struct ErfReduced {
     }
 };
 
-// 0 <= u < 6 + 1/32. d is exact.
-inline ErfReduced erf_reduce(d2 u) {
-    constexpr double shifter = 0x1.8p48;  // leaves 16 c in the low bits of the sum
-    const d2 sum = u + shifter, c = sum - shifter;
-    return {u - c, c < 0.5, &erf_table[_mm_extract_epi16((__m128i)sum, 0)],
-            &erf_table[_mm_extract_epi16((__m128i)sum, 4)]};
-}
-
-// Keeps x where it stands: else the compiler loads all coefficients before it uses one,
-// and has no room for them.
+// Keeps x where it stands: else the compiler loads all coefficients before it uses one, and
+// has no room for them.
 inline d2 settled(d2 x) {
     asm("" : "+x"(x));
     return x;
 }
 
+// 0 <= u < 6 + 1/32. d is exact.
+template <class Entry>
+inline ErfReduced<Entry> erf_reduce(d2 u, const Entry* table) {
+    constexpr double shifter = 0x1.8p48;  // leaves 16 c in the low bits of the sum
+    const d2 sum = u + shifter, c = sum - shifter;
+    return {u - c, c < 0.5, &table[_mm_extract_epi16((__m128i)sum, 0)],
+            &table[_mm_extract_epi16((__m128i)sum, 4)]};
+}
+
 // a2 + a3 d + ... + a_degree d^(degree - 2), in powers of d^2.
 template <int degree>
-inline d2 erf_curvature(const ErfReduced& x, d2 d) {
+inline d2 erf_curvature(const auto& x, d2 d) {
     const d2 square = settled(d * d);
     constexpr int top = degree / 2 * 2;
     d2 sum = degree > top ? x.line(top, d) : x.a(top);
@@ -81,7 +98,7 @@ inline d2 erf_curvature(const ErfReduced& x, d2 d) {
 // W for d = x.d + low, or x.d where low is not given; with a low part below 0.07 |W| (HA),
 // or rounded.
 template <class Accuracy, int degree>
-inline auto erf_polynomial(const ErfReduced& x, auto... low) {
+inline auto erf_polynomial(const auto& x, auto... low) {
     const d2 d = (x.d + ... + low), q = erf_curvature<degree>(x, d);
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const d2 d_high = leading(x.d), d_low = ((x.d - d_high) + ... + low);
@@ -109,18 +126,19 @@ inline d2 rounded(DoubleDouble<d2> x) { return x.high + x.low; }
 // erf u, 0 <= u <= 6.
 template <class Accuracy>
 inline auto erf_table_sum(d2 u) {
-    const ErfReduced x = erf_reduce(u);
+    const auto x = erf_reduce(u, ErfTable<Accuracy>::table);
     return erf_sum((d2)(~x.near & (l2)all(1.0)), ~x.near & INT64_MIN,
-                   erf_polynomial<Accuracy, ErfDegree<Accuracy>::erf>(x));
+                   erf_polynomial<Accuracy, ErfTable<Accuracy>::erf>(x));
 }
 
-// erfc u, or erfc -u in lanes of the mask `negative`; 0 <= u <= 6.
+// erfc u, or erfc -u in lanes where `sign` has the sign bit; 0 <= u <= 6. For c < 1/2 the base
+// is 1, from there on 1 - 1 or 1 + 1.
 template <class Accuracy>
-inline auto erfc_table_sum(l2 negative, d2 u, auto... low) {
-    const ErfReduced x = erf_reduce(u);
-    const l2 base = (x.near & (l2)all(1.0)) | (~x.near & negative & (l2)all(2.0));
-    return erf_sum((d2)base, (x.near ^ negative) & INT64_MIN,
-                   erf_polynomial<Accuracy, ErfDegree<Accuracy>::erfc>(x, low...));
+inline auto erfc_table_sum(l2 sign, d2 u, auto... low) {
+    const auto x = erf_reduce(u, ErfTable<Accuracy>::table);
+    const d2 one = (d2)(~x.near & ((l2)all(-1.0) ^ sign));
+    return erf_sum(1.0 + one, (x.near & INT64_MIN) ^ sign,
+                   erf_polynomial<Accuracy, ErfTable<Accuracy>::erfc>(x, low...));
 }
 
 // 2^shift erfc(u + u_low) for 5.87 <= u <= 28, |u_low| < 2^-25 u, as an unevaluated sum,

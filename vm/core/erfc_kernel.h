@@ -29,8 +29,8 @@ struct ErfcScale {
     static constexpr ErfcLimits of_double = {26.375, 28}, of_single = {9.1875, 10.25};
 
     template <class T, class Accuracy>
-    static auto near(l2 negative, d2 y) {
-        return erfc_table_sum<Accuracy>(negative, y);
+    static auto near(l2 sign, d2 y) {
+        return erfc_table_sum<Accuracy>(sign, y);
     }
     template <int shift>
     static DoubleDouble<d2> tail(d2 y) {
@@ -60,12 +60,12 @@ struct CdfNormScale {
     }
 
     template <class T, class Accuracy>
-    static auto near(l2 negative, d2 y) {
+    static auto near(l2 sign, d2 y) {
         if constexpr (std::is_same_v<Accuracy, EP>) {
-            return 0.5 * erfc_table_sum<EP>(negative, y * root);
+            return 0.5 * erfc_table_sum<EP>(sign, y * root);
         } else {
             const DoubleDouble<d2> u = argument<T>(y);
-            const auto r = erfc_table_sum<Accuracy>(negative, u.high, u.low);
+            const auto r = erfc_table_sum<Accuracy>(sign, u.high, u.low);
             if constexpr (std::is_same_v<Accuracy, LA>) return 0.5 * r;
             else return DoubleDouble<d2>{0.5 * r.high, 0.5 * r.low};
         }
@@ -141,10 +141,10 @@ private:
 
     template <class A>
     static auto near(d2 x) {
-        const l2 negative = Scale::reversed ? x > 0.0 : x < 0.0;
+        const l2 sign = sign_bit(x) ^ (Scale::reversed ? INT64_MIN : 0);  // of y
         // Subnormal intermediate results would take long.
         const d2 y = maximum(minimum(absolute(x), all(Scale::last)), all(0x1p-100));
-        return Scale::template near<T, A>(negative, y);
+        return Scale::template near<T, A>(sign, y);
     }
 
     static f4 near_in_single(f4 x) {
