@@ -121,9 +121,10 @@ struct ErfcKernel {
             r = rounded_once(is_near ? near<HA>(all(double(x)))
                                      : Scale::template tail<0>(all(double(y))));
         } else {
-            const DoubleDouble<d2> sum = Scale::template tail<1022>(all(y));
-            const bool subnormal = sum.high[0] < 1.0;
-            r = subnormal ? round_to_subnormal(sum.high[0], sum.low[0]) : rounded(sum)[0] * 0x1p-1022;
+            const DoubleDouble<d2> parts = Scale::template tail<1022>(all(y));
+            const DoubleDouble<d2> sum = fast_two_sum(parts.high, parts.low);
+            const double high = sum.high[0];
+            r = high < 1 ? round_to_subnormal(high, sum.low[0]) : high * 0x1p-1022;
         }
         return r < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
