@@ -37,11 +37,11 @@ static bool tile(const char *name, int32_t brng, uint32_t seed, bool leapfrog) {
                (leapfrog ? __vtsLeapfrogStream(part, k, PIECES)
                          : __vtsSkipAheadStream(part, (uint64_t)k * EACH)) == VTS_STATUS_OK &&
                draw(part, EACH, piece);
-        for (int32_t i = 0; i < EACH; ++i) pieces[leapfrog ? k + i * PIECES : k * EACH + i] = piece[i];
+        for (int32_t i = 0; i < EACH; ++i)
+            pieces[leapfrog ? k + i * PIECES : k * EACH + i] = piece[i];
         if (part != NULL) __vtsDeleteStream(&part);
     }
-    good = good && draw(whole, PIECES * EACH, parent) &&
-           memcmp(parent, pieces, sizeof parent) == 0;
+    good = good && draw(whole, PIECES * EACH, parent) && memcmp(parent, pieces, sizeof parent) == 0;
     __vtsDeleteStream(&whole);
     printf("   %-10s %-10s", name, leapfrog ? "leapfrog" : "skip-ahead");
     for (int i = 0; i < SHOWN; ++i) printf(" %.6f", parent[i]);
@@ -97,13 +97,13 @@ static bool save_and_continue(void) {
                        __vtsSaveStreamF(stream, name, -1) == VTS_STATUS_OK;
     const int32_t bytes = __vtsGetStreamSize(stream);
     const bool good = saved && __vtsLoadStreamF(&loaded, name, -1) == VTS_STATUS_OK &&
-                      draw(loaded, EACH, halves + EACH) &&
-                      memcmp(whole, halves, sizeof whole) == 0;
+                      draw(loaded, EACH, halves + EACH) && memcmp(whole, halves, sizeof whole) == 0;
     remove(name);
     if (copy != NULL) __vtsDeleteStream(&copy);
     if (loaded != NULL) __vtsDeleteStream(&loaded);
     __vtsDeleteStream(&stream);
-    printf("\n   SFMT19937 saved after %d numbers (%d bytes) and loaded again: %s\n", EACH, (int)bytes,
+    printf("\n   SFMT19937 saved after %d numbers (%d bytes) and loaded again: %s\n", EACH,
+           (int)bytes,
            good ? "the next ones are those of the unbroken stream" : "IT DOES NOT CONTINUE");
     return good;
 }

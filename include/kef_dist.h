@@ -28,7 +28,8 @@ KEF_API int32_t _vtsdRngUniform(int32_t method, kef_stream *stream, int32_t n, d
 KEF_API int32_t _vtssRngUniform(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
                                 float b);
 
-/* Integers uniform on [a, b): the floor of one double-precision uniform each. */
+/* Integers uniform on [a, b): the floor of one double-precision uniform each, which
+ * rounds to b now and then: once in 2^23 (b - a) numbers at most. */
 KEF_API int32_t _vtsiRngUniform(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
                                 int32_t a, int32_t b);
 

@@ -20,7 +20,7 @@ enum {
     VTS_STATUS_NO_MEMORY = -4,      /* an allocation failed */
     VTS_STATUS_NULL_ENTRY = -5,     /* registration with a null routine */
     VTS_STATUS_BAD_BRNG = -1000,    /* unknown, out-of-range, refused or differing generator id */
-    VTS_STATUS_NO_LEAPFROG = -1002, /* the generator cannot leapfrog (so) */
+    VTS_STATUS_NO_LEAPFROG = -1002, /* the generator cannot leapfrog, or not by this count */
     VTS_STATUS_NO_SKIPAHEAD = -1003,        /* the generator cannot skip ahead */
     VTS_STATUS_BAD_STATE_SIZE = -1008,      /* registration: negative state size */
     VTS_STATUS_BAD_WORD_SIZE = -1009,       /* registration: word size not 4, 8 or 16 */
@@ -185,8 +185,8 @@ KEF_API int32_t __vtssNewAbstractStream(kef_stream **stream, int32_t n, float *b
  * *stream is null, except after VTS_STATUS_BAD_BRNG. */
 KEF_API int32_t __vtsCopyStream(kef_stream **stream, const kef_stream *source);
 
-/* Copies the generator's state; both streams must have the same id
- * (VTS_STATUS_BAD_BRNG). Chunks stay as they are. */
+/* Copies the generator's state; both streams must be of the same generator, by its small id
+ * or its family id (else VTS_STATUS_BAD_BRNG). Chunks stay as they are. */
 KEF_API int32_t __vtsCopyStreamState(kef_stream *destination, const kef_stream *source);
 
 /* Releases chunks and block, and sets *stream to null. Null is allowed. */
@@ -393,8 +393,7 @@ typedef void (*kef_jump_two)(kef_jump_window *to, const kef_jump_window *from);
 KEF_API int32_t __vts_SkipAheadHorner(kef_stream *stream, kef_jump_load load, kef_jump_store store,
                                       kef_jump_one clear, kef_jump_two copy, kef_jump_one step,
                                       kef_jump_two add, uint64_t k, int32_t words, int32_t degree,
-                                      int32_t state_size, int32_t count,
-                                      const uint16_t *exponents);
+                                      int32_t state_size, int32_t count, const uint16_t *exponents);
 KEF_API int32_t __vts_SkipAheadSWin(kef_stream *stream, kef_jump_load load, kef_jump_store store,
                                     kef_jump_one clear, kef_jump_two copy, kef_jump_one step,
                                     kef_jump_two add, uint64_t k, int32_t words, int32_t degree,

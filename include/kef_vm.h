@@ -61,6 +61,10 @@ enum {
     VTM_FTZDAZ_MASK = 0x3C0000
 };
 
+/* Slots of a dispatch table, and what a cost table holds for functions that only move
+ * data. */
+enum { VTM_SLOT_LA = 0, VTM_SLOT_HA = 1, VTM_SLOT_EP = 2, VTM_COST_DATA_MOVEMENT = 1111 };
+
 /* One element error, as handed to an error callback; 144 bytes.
  * Single-precision values are widened. The imaginary parts have a meaning for
  * complex functions only. For VTM_STATUS_BADSIZE and VTM_STATUS_BADMEM only

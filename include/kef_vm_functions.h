@@ -5,19 +5,28 @@
  *   _vtmtF, _vtmtF_HA     the most accurate kernel (slot 1)
  *   _vtmtF_21, _vtmtF_50  21 bits in single, 50 in double precision (slot 0)
  *   _vtmtF_11, _vtmtF_26  11 bits in single, 26 in double precision (slot 2)
- *   kef_vtm_kernel_tF_ttab  the kernels of slots 0, 1, 2; an entry point reads
+ *   kef_vtm_kernel_tF_ttab  the kernels by slot (VTM_SLOT_...); an entry point reads
  *                           its slot at every call
- *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot
+ *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot;
+ *                           VTM_COST_DATA_MOVEMENT for Pack and Unpack
  *
  * r[i] = F(a[i]), or F(a[i], b[i]), for 0 <= i < n; n <= 0 does nothing. A
  * result vector may be an argument vector itself, or must not overlap it.
  * Nothing need be aligned. Bounds, special results and error conditions of each
  * function: docs/accuracy.md and docs/errors.md.
  *
- * Pack gathers, Unpack scatters: y[i] = a[i*inca], y[i] = a[ia[i]], the elements of
- * a whose mask ia[i] is not zero, in order; and back. Their entry points use
- * the low 32 bits of counts and strides. A slot called directly takes one more
- * argument: 1 does the same; with any other value counts and strides are 64-bit
+ * Pack gathers elements of a into the first places of y, Unpack scatters the first
+ * elements of a over y; the vector that describes the places stands beside the one
+ * that it describes:
+ *
+ *   PackI(n, a, inca, y)     y[i] = a[i*inca]       UnpackI(n, a, y, incy)   y[i*incy] = a[i]
+ *   PackV(n, a, ia, y)       y[i] = a[ia[i]]        UnpackV(n, a, y, iy)     y[iy[i]] = a[i]
+ *   PackM(n, a, mask, y)     y gets the a[i] whose mask[i] is not zero, in order
+ *   UnpackM(n, a, y, mask)   the y[i] whose mask[i] is not zero get a's elements in order
+ *
+ * For instance _vtmdPackM_HA(4, {1, 2, 3, 4}, {0, 1, 0, 1}, y) gives y = {2, 4}. Their
+ * entry points use the low 32 bits of counts and strides. A slot called directly takes
+ * one more argument: 1 does the same; with any other value counts and strides are 64-bit
  * and index and mask vectors hold 64-bit integers. */
 #ifndef KEF_VM_FUNCTIONS_H
 #define KEF_VM_FUNCTIONS_H
@@ -755,31 +764,31 @@ KEF_API void _vtmzPackV_26(int64_t n, const kef_complex16 *a, const int32_t *ia,
 extern KEF_API kef_vtm_z_pack_v kef_vtm_kernel_zPackV_ttab[3];
 extern KEF_API const float kef_vtm_kernel_zPackV_ctab[3];
 
-KEF_API void _vtmsPackM(int64_t n, const float *a, const int32_t *ia, float *y);
-KEF_API void _vtmsPackM_HA(int64_t n, const float *a, const int32_t *ia, float *y);
-KEF_API void _vtmsPackM_21(int64_t n, const float *a, const int32_t *ia, float *y);
-KEF_API void _vtmsPackM_11(int64_t n, const float *a, const int32_t *ia, float *y);
+KEF_API void _vtmsPackM(int64_t n, const float *a, const int32_t *mask, float *y);
+KEF_API void _vtmsPackM_HA(int64_t n, const float *a, const int32_t *mask, float *y);
+KEF_API void _vtmsPackM_21(int64_t n, const float *a, const int32_t *mask, float *y);
+KEF_API void _vtmsPackM_11(int64_t n, const float *a, const int32_t *mask, float *y);
 extern KEF_API kef_vtm_s_pack_v kef_vtm_kernel_sPackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_sPackM_ctab[3];
 
-KEF_API void _vtmdPackM(int64_t n, const double *a, const int32_t *ia, double *y);
-KEF_API void _vtmdPackM_HA(int64_t n, const double *a, const int32_t *ia, double *y);
-KEF_API void _vtmdPackM_50(int64_t n, const double *a, const int32_t *ia, double *y);
-KEF_API void _vtmdPackM_26(int64_t n, const double *a, const int32_t *ia, double *y);
+KEF_API void _vtmdPackM(int64_t n, const double *a, const int32_t *mask, double *y);
+KEF_API void _vtmdPackM_HA(int64_t n, const double *a, const int32_t *mask, double *y);
+KEF_API void _vtmdPackM_50(int64_t n, const double *a, const int32_t *mask, double *y);
+KEF_API void _vtmdPackM_26(int64_t n, const double *a, const int32_t *mask, double *y);
 extern KEF_API kef_vtm_d_pack_v kef_vtm_kernel_dPackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dPackM_ctab[3];
 
-KEF_API void _vtmcPackM(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
-KEF_API void _vtmcPackM_HA(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
-KEF_API void _vtmcPackM_21(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
-KEF_API void _vtmcPackM_11(int64_t n, const kef_complex8 *a, const int32_t *ia, kef_complex8 *y);
+KEF_API void _vtmcPackM(int64_t n, const kef_complex8 *a, const int32_t *mask, kef_complex8 *y);
+KEF_API void _vtmcPackM_HA(int64_t n, const kef_complex8 *a, const int32_t *mask, kef_complex8 *y);
+KEF_API void _vtmcPackM_21(int64_t n, const kef_complex8 *a, const int32_t *mask, kef_complex8 *y);
+KEF_API void _vtmcPackM_11(int64_t n, const kef_complex8 *a, const int32_t *mask, kef_complex8 *y);
 extern KEF_API kef_vtm_c_pack_v kef_vtm_kernel_cPackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_cPackM_ctab[3];
 
-KEF_API void _vtmzPackM(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
-KEF_API void _vtmzPackM_HA(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
-KEF_API void _vtmzPackM_50(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
-KEF_API void _vtmzPackM_26(int64_t n, const kef_complex16 *a, const int32_t *ia, kef_complex16 *y);
+KEF_API void _vtmzPackM(int64_t n, const kef_complex16 *a, const int32_t *mask, kef_complex16 *y);
+KEF_API void _vtmzPackM_HA(int64_t n, const kef_complex16 *a, const int32_t *mask, kef_complex16 *y);
+KEF_API void _vtmzPackM_50(int64_t n, const kef_complex16 *a, const int32_t *mask, kef_complex16 *y);
+KEF_API void _vtmzPackM_26(int64_t n, const kef_complex16 *a, const int32_t *mask, kef_complex16 *y);
 extern KEF_API kef_vtm_z_pack_v kef_vtm_kernel_zPackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_zPackM_ctab[3];
 
@@ -839,31 +848,31 @@ KEF_API void _vtmzUnpackV_26(int64_t n, const kef_complex16 *a, kef_complex16 *y
 extern KEF_API kef_vtm_z_unpack_v kef_vtm_kernel_zUnpackV_ttab[3];
 extern KEF_API const float kef_vtm_kernel_zUnpackV_ctab[3];
 
-KEF_API void _vtmsUnpackM(int64_t n, const float *a, float *y, const int32_t *iy);
-KEF_API void _vtmsUnpackM_HA(int64_t n, const float *a, float *y, const int32_t *iy);
-KEF_API void _vtmsUnpackM_21(int64_t n, const float *a, float *y, const int32_t *iy);
-KEF_API void _vtmsUnpackM_11(int64_t n, const float *a, float *y, const int32_t *iy);
+KEF_API void _vtmsUnpackM(int64_t n, const float *a, float *y, const int32_t *mask);
+KEF_API void _vtmsUnpackM_HA(int64_t n, const float *a, float *y, const int32_t *mask);
+KEF_API void _vtmsUnpackM_21(int64_t n, const float *a, float *y, const int32_t *mask);
+KEF_API void _vtmsUnpackM_11(int64_t n, const float *a, float *y, const int32_t *mask);
 extern KEF_API kef_vtm_s_unpack_v kef_vtm_kernel_sUnpackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_sUnpackM_ctab[3];
 
-KEF_API void _vtmdUnpackM(int64_t n, const double *a, double *y, const int32_t *iy);
-KEF_API void _vtmdUnpackM_HA(int64_t n, const double *a, double *y, const int32_t *iy);
-KEF_API void _vtmdUnpackM_50(int64_t n, const double *a, double *y, const int32_t *iy);
-KEF_API void _vtmdUnpackM_26(int64_t n, const double *a, double *y, const int32_t *iy);
+KEF_API void _vtmdUnpackM(int64_t n, const double *a, double *y, const int32_t *mask);
+KEF_API void _vtmdUnpackM_HA(int64_t n, const double *a, double *y, const int32_t *mask);
+KEF_API void _vtmdUnpackM_50(int64_t n, const double *a, double *y, const int32_t *mask);
+KEF_API void _vtmdUnpackM_26(int64_t n, const double *a, double *y, const int32_t *mask);
 extern KEF_API kef_vtm_d_unpack_v kef_vtm_kernel_dUnpackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dUnpackM_ctab[3];
 
-KEF_API void _vtmcUnpackM(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
-KEF_API void _vtmcUnpackM_HA(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
-KEF_API void _vtmcUnpackM_21(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
-KEF_API void _vtmcUnpackM_11(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *iy);
+KEF_API void _vtmcUnpackM(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *mask);
+KEF_API void _vtmcUnpackM_HA(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *mask);
+KEF_API void _vtmcUnpackM_21(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *mask);
+KEF_API void _vtmcUnpackM_11(int64_t n, const kef_complex8 *a, kef_complex8 *y, const int32_t *mask);
 extern KEF_API kef_vtm_c_unpack_v kef_vtm_kernel_cUnpackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_cUnpackM_ctab[3];
 
-KEF_API void _vtmzUnpackM(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
-KEF_API void _vtmzUnpackM_HA(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
-KEF_API void _vtmzUnpackM_50(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
-KEF_API void _vtmzUnpackM_26(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *iy);
+KEF_API void _vtmzUnpackM(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *mask);
+KEF_API void _vtmzUnpackM_HA(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *mask);
+KEF_API void _vtmzUnpackM_50(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *mask);
+KEF_API void _vtmzUnpackM_26(int64_t n, const kef_complex16 *a, kef_complex16 *y, const int32_t *mask);
 extern KEF_API kef_vtm_z_unpack_v kef_vtm_kernel_zUnpackM_ttab[3];
 extern KEF_API const float kef_vtm_kernel_zUnpackM_ctab[3];
 

@@ -50,14 +50,15 @@ struct Window {
     }
 };
 
-// k steps: below the degree one coefficient, by Horner's rule; else by groups of coefficients.
+// `steps` steps, for a skip of k numbers: below the degree t^steps is one coefficient, by Horner's
+// rule; else by groups of coefficients.
 template <class W, std::size_t count>
-std::int32_t jump(kef_stream* stream, std::uint64_t k, std::int32_t degree, std::int32_t state_size,
-                  const std::uint16_t (&exponents)[count]) {
+std::int32_t jump(kef_stream* stream, std::uint64_t k, std::uint64_t steps, std::int32_t degree,
+                  std::int32_t state_size, const std::uint16_t (&exponents)[count]) {
     const auto way =
         static_cast<std::int64_t>(k) < degree ? __vts_SkipAheadHorner : __vts_SkipAheadSWin;
-    return way(stream, W::load, W::store, W::clear, W::copy, W::step, W::add, k, W::size, degree,
-               state_size, static_cast<std::int32_t>(count), exponents);
+    return way(stream, W::load, W::store, W::clear, W::copy, W::step, W::add, steps, W::size,
+               degree, state_size, static_cast<std::int32_t>(count), exponents);
 }
 
 }  // namespace kef::rng

@@ -56,10 +56,10 @@ std::int32_t __vtsCopyStream(kef_stream** stream, const kef_stream* source) {
 }
 
 std::int32_t __vtsCopyStreamState(kef_stream* destination, const kef_stream* source) {
-    const Place place = resolve(source->header.brng);
-    if (!valid(place) || destination->header.brng != source->header.brng)
+    const Place from = resolve(source->header.brng), to = resolve(destination->header.brng);
+    if (!valid(from) || !valid(to) || family_row(from) != family_row(to) || from.sub != to.sub)
         return VTS_STATUS_BAD_BRNG;
-    const std::int32_t size = place.brng().stream_state_size - std::int32_t{sizeof(Header)};
+    const std::int32_t size = from.brng().stream_state_size - std::int32_t{sizeof(Header)};
     if (size > 0) std::memmove(destination + 1, source + 1, static_cast<std::size_t>(size));
     return VTS_STATUS_OK;
 }

@@ -165,7 +165,6 @@ TEST(RngJumps, ModularPowers) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(w[i], u[i]);
 }
 
-// Both evaluations of the jump polynomial agree where either may be used.
 TEST(RngJumps, PolynomialRemainder) {
     // t^21 + t^120 modulo t^131 + t^8 + t^3 + t^2 + 1 stays; t^131 becomes the lower terms.
     const std::uint16_t exponents[] = {131, 8, 3, 2, 0};

@@ -1,4 +1,7 @@
 // The exported surface: names, tables, entry points, and what the file needs.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -8,9 +11,6 @@
 #include <regex>
 #include <set>
 #include <sstream>
-
-#include <dlfcn.h>
-#include <gtest/gtest.h>
 
 #include "tests/process.h"
 #include "tests/rows.h"
@@ -45,6 +45,27 @@ std::set<std::string> declared_names() {
     return names;
 }
 
+// A function that is switched on has its special results documented, its figures measured
+// and, as a real function, its line in the example.
+TEST(Surface, EveryFunctionIsDocumented) {
+    const auto text_of = [](const char* path) {
+        std::ifstream file(std::string(KEF_SOURCE_DIR) + path);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    const std::string errors = text_of("/docs/errors.md"),
+                      lines = text_of("/examples/functions.def");
+    const std::string accuracy = text_of("/docs/accuracy.md"),
+                      speed = text_of("/docs/performance.md");
+    for (const Row& row : rows()) {
+        const std::string name = row.function, figures = "| " + row.name() + " ";
+        EXPECT_NE(errors.find("`" + name + "`"), errors.npos) << name;
+        if (name.find("ack") != name.npos) continue;
+        EXPECT_NE(lines.find("(" + name + ", "), lines.npos) << name;
+        EXPECT_NE(accuracy.find(figures), accuracy.npos) << row.name();
+        EXPECT_NE(speed.find(figures), speed.npos) << row.name();
+    }
+}
+
 TEST(Surface, ListsEveryFunctionOfEveryType) {
     EXPECT_EQ(rows_of_type('s'), 57);
     EXPECT_EQ(rows_of_type('d'), 57);
@@ -74,28 +95,36 @@ TEST(Surface, CostsStandBehindTheSlots) {
     for (const Row& row : rows()) {
         SCOPED_TRACE(row.name());
         EXPECT_EQ(static_cast<const void*>(row.costs), row.slots + 3);
-        EXPECT_EQ(row.slots, dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ttab").c_str()));
-        EXPECT_EQ(row.costs, dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ctab").c_str()));
-        for (int slot : {0, 1, 2}) EXPECT_TRUE(row.element_wise() ? row.costs[slot] > 0
-                                                                 : row.costs[slot] == 1111.0f);
+        EXPECT_EQ(row.slots,
+                  dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ttab").c_str()));
+        EXPECT_EQ(row.costs,
+                  dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ctab").c_str()));
+        for (int slot : {0, 1, 2})
+            EXPECT_TRUE(row.element_wise() ? row.costs[slot] > 0 : row.costs[slot] == 1111.0f);
     }
 }
 
 TEST(Surface, PublishedCosts) {
     const std::map<std::string, std::array<std::uint32_t, 3>> published = {
         {"dExp", {0x41A9EB85, 0x41F3EB85, 0x4188E148}},
-        {"sExp", {std::bit_cast<std::uint32_t>(11.05f), std::bit_cast<std::uint32_t>(11.93f),
-                  std::bit_cast<std::uint32_t>(7.8f)}},
-        {"dLn", {std::bit_cast<std::uint32_t>(30.88f), std::bit_cast<std::uint32_t>(30.88f),
-                 std::bit_cast<std::uint32_t>(20.03f)}},
-        {"dPow", {std::bit_cast<std::uint32_t>(92.8f), std::bit_cast<std::uint32_t>(102.9f),
-                  std::bit_cast<std::uint32_t>(92.56f)}},
-        {"dAdd", {std::bit_cast<std::uint32_t>(4.4f), std::bit_cast<std::uint32_t>(4.4f),
-                  std::bit_cast<std::uint32_t>(4.4f)}},
-        {"cExp", {std::bit_cast<std::uint32_t>(37.05f), std::bit_cast<std::uint32_t>(130.9f),
-                  std::bit_cast<std::uint32_t>(37.05f)}},
-        {"zExp", {std::bit_cast<std::uint32_t>(166.3f), std::bit_cast<std::uint32_t>(166.3f),
-                  std::bit_cast<std::uint32_t>(166.3f)}},
+        {"sExp",
+         {std::bit_cast<std::uint32_t>(11.05f), std::bit_cast<std::uint32_t>(11.93f),
+          std::bit_cast<std::uint32_t>(7.8f)}},
+        {"dLn",
+         {std::bit_cast<std::uint32_t>(30.88f), std::bit_cast<std::uint32_t>(30.88f),
+          std::bit_cast<std::uint32_t>(20.03f)}},
+        {"dPow",
+         {std::bit_cast<std::uint32_t>(92.8f), std::bit_cast<std::uint32_t>(102.9f),
+          std::bit_cast<std::uint32_t>(92.56f)}},
+        {"dAdd",
+         {std::bit_cast<std::uint32_t>(4.4f), std::bit_cast<std::uint32_t>(4.4f),
+          std::bit_cast<std::uint32_t>(4.4f)}},
+        {"cExp",
+         {std::bit_cast<std::uint32_t>(37.05f), std::bit_cast<std::uint32_t>(130.9f),
+          std::bit_cast<std::uint32_t>(37.05f)}},
+        {"zExp",
+         {std::bit_cast<std::uint32_t>(166.3f), std::bit_cast<std::uint32_t>(166.3f),
+          std::bit_cast<std::uint32_t>(166.3f)}},
     };
     for (const auto& [name, costs] : published)
         if (const Row* row = find_row(name))
@@ -106,7 +135,7 @@ TEST(Surface, PublishedCosts) {
 TEST(Surface, SharedSlots) {
     // Functions for which it is settled which slots share a kernel.
     const std::map<std::string, std::string> settled = {
-        {"dLn", "001"}, {"cExp", "010"}, {"zExp", "000"}, {"sAdd", "000"}, {"dAdd", "000"},
+        {"dLn", "001"},  {"cExp", "010"}, {"zExp", "000"}, {"sAdd", "000"}, {"dAdd", "000"},
         {"sSub", "000"}, {"dSub", "000"}, {"sMul", "000"}, {"dMul", "000"}, {"dExp", "012"}};
     for (const auto& [name, pattern] : settled)
         if (const Row* row = find_row(name))

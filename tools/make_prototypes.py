@@ -41,19 +41,28 @@ HEAD = """\
  *   _vtmtF, _vtmtF_HA     the most accurate kernel (slot 1)
  *   _vtmtF_21, _vtmtF_50  21 bits in single, 50 in double precision (slot 0)
  *   _vtmtF_11, _vtmtF_26  11 bits in single, 26 in double precision (slot 2)
- *   kef_vtm_kernel_tF_ttab  the kernels of slots 0, 1, 2; an entry point reads
+ *   kef_vtm_kernel_tF_ttab  the kernels by slot (VTM_SLOT_...); an entry point reads
  *                           its slot at every call
- *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot
+ *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot;
+ *                           VTM_COST_DATA_MOVEMENT for Pack and Unpack
  *
  * r[i] = F(a[i]), or F(a[i], b[i]), for 0 <= i < n; n <= 0 does nothing. A
  * result vector may be an argument vector itself, or must not overlap it.
  * Nothing need be aligned. Bounds, special results and error conditions of each
  * function: docs/accuracy.md and docs/errors.md.
  *
- * Pack gathers, Unpack scatters: y[i] = a[i*inca], y[i] = a[ia[i]], the elements of
- * a whose mask ia[i] is not zero, in order; and back. Their entry points use
- * the low 32 bits of counts and strides. A slot called directly takes one more
- * argument: 1 does the same; with any other value counts and strides are 64-bit
+ * Pack gathers elements of a into the first places of y, Unpack scatters the first
+ * elements of a over y; the vector that describes the places stands beside the one
+ * that it describes:
+ *
+ *   PackI(n, a, inca, y)     y[i] = a[i*inca]       UnpackI(n, a, y, incy)   y[i*incy] = a[i]
+ *   PackV(n, a, ia, y)       y[i] = a[ia[i]]        UnpackV(n, a, y, iy)     y[iy[i]] = a[i]
+ *   PackM(n, a, mask, y)     y gets the a[i] whose mask[i] is not zero, in order
+ *   UnpackM(n, a, y, mask)   the y[i] whose mask[i] is not zero get a's elements in order
+ *
+ * For instance _vtmdPackM_HA(4, {1, 2, 3, 4}, {0, 1, 0, 1}, y) gives y = {2, 4}. Their
+ * entry points use the low 32 bits of counts and strides. A slot called directly takes
+ * one more argument: 1 does the same; with any other value counts and strides are 64-bit
  * and index and mask vectors hold 64-bit integers. */
 #ifndef KEF_VM_FUNCTIONS_H
 #define KEF_VM_FUNCTIONS_H
@@ -91,6 +100,8 @@ def header():
     for letter, name, shape in rows():
         arguments = SHAPES[shape].format(T=ELEMENT[letter], R=REAL[letter])
         function = f"{letter}{name}"
+        if name in ("PackM", "UnpackM"):
+            arguments = re.sub(r"\*i[ay]\b", "*mask", arguments)
         lines.append("")
         for suffix in ("", "_HA", *SUFFIXES[letter]):
             lines.append(f"KEF_API void _vtm{function}{suffix}({arguments});")

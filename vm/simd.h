@@ -15,6 +15,7 @@ using f4 = float __attribute__((vector_size(16)));
 using i4 = std::int32_t __attribute__((vector_size(16)));
 using u4 = std::uint32_t __attribute__((vector_size(16)));  // for sums that wrap
 using l2 = std::int64_t __attribute__((vector_size(16)));
+using u2 = std::uint64_t __attribute__((vector_size(16)));
 
 // The vector of an element type, and its lane count.
 template <class T> struct VectorOf;

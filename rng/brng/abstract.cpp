@@ -3,7 +3,6 @@
 #include <x86intrin.h>
 
 #include <algorithm>
-#include <bit>
 
 #include "rng/registry.h"
 #include "rng/stream.h"

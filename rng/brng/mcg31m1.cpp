@@ -49,7 +49,7 @@ struct Mcg31m1 {
         std::uint32_t x = s.x;
         const std::uint32_t a = s.a;
         if (n >= 8) {
-            std::uint32_t start[9];
+            std::uint32_t start[8];
             start[0] = x;
             for (int i = 1; i < 8; ++i) start[i] = multiply31(start[i - 1], a);
             const std::uint32_t a2 = multiply31(a, a), a4 = multiply31(a2, a2);

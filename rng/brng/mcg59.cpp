@@ -1,5 +1,5 @@
-// MCG59: x <- 13^13 x mod 2^59. The
-// first number is the seed itself. Map: u = x 2^-59, x rounded to double but never up to 2^59.
+// MCG59: x <- 13^13 x mod 2^59. The first number is the seed itself.
+// Map: u = x 2^-59, x rounded to double but never up to 2^59.
 #include "rng/brng_frame.h"
 #include "rng/powmod.h"
 

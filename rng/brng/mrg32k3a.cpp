@@ -3,8 +3,8 @@
 //   x1[n] = (1403580 x1[n-2] - 810728 x1[n-3]) mod m1,   m1 = 2^32 - 209
 //   x2[n] = (527612 x2[n-1] - 1370589 x2[n-3]) mod m2,   m2 = 2^32 - 22853
 //   z = (x1 - x2) mod m1 in [0, m1).
-// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k of a pass is row 0 of
-// A^k times the state, so that they do not wait for each other.
+// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k = 0, 1, ... of a pass
+// is row 0 of A^(k+1) times the state, so that they do not wait for each other.
 #include <array>
 
 #include "rng/brng_frame.h"
@@ -74,11 +74,14 @@ struct Mrg32k3a {
         return _mm_add_epi64(_mm_mul_epu32(_mm_srli_epi64(p, 32), complement),
                              _mm_and_si128(p, _mm_set_epi32(0, -1, 0, -1)));
     }
-    // t mod m for t < 2 m: all-ones where t - m is negative.
-    static __m128i reduce_once(__m128i t, __m128i m) {
-        const __m128i u = _mm_sub_epi64(t, m);
-        const __m128i negative = _mm_shuffle_epi32(_mm_srai_epi32(u, 31), _MM_SHUFFLE(3, 3, 1, 1));
-        return _mm_add_epi64(u, _mm_and_si128(negative, m));
+    // (x - y) mod m for x - y in [-m, m).
+    static __m128i subtract(__m128i x, __m128i y, __m128i m) {
+        const __m128i d = _mm_sub_epi64(x, y);
+        const __m128i negative = _mm_shuffle_epi32(_mm_srai_epi32(d, 31), _MM_SHUFFLE(3, 3, 1, 1));
+        return _mm_add_epi64(d, _mm_and_si128(negative, m));
+    }
+    static __m128i modulus(int c) {
+        return _mm_set_epi32(0, static_cast<int>(m[c]), 0, static_cast<int>(m[c]));
     }
 
     // Numbers k and k + 1 of component c of a pass from the state.
@@ -91,12 +94,10 @@ struct Mrg32k3a {
             sum = _mm_add_epi64(sum, fold(_mm_mul_epu32(a, x[i]), d));
         }
         // The sum is below 3 * 2^32 (d + 1) < 2^49; folded again it is below 2^32 + 2^31 < 2 m.
-        const auto modulus = static_cast<int>(m[c]);
-        return reduce_once(fold(sum, d), _mm_set_epi32(0, modulus, 0, modulus));
+        return subtract(fold(sum, d), modulus(c), modulus(c));
     }
 
     static std::int32_t words(State& s, Word* r, std::int32_t n, std::int32_t) {
-        const __m128i low = _mm_set_epi32(0, -1, 0, -1);
         while (n > 0) {
             __m128i x[2][3];
             for (int c = 0; c < 2; ++c)
@@ -110,15 +111,8 @@ struct Mrg32k3a {
                     y[c] = component(x[c], c, k);
                     _mm_store_si128(reinterpret_cast<__m128i*>(sequence[c] + 4 + k), y[c]);
                 }
-                const auto m1 = static_cast<int>(m[0]);
-                const __m128i d = _mm_sub_epi64(y[0], y[1]);
-                const __m128i negative =
-                    _mm_shuffle_epi32(_mm_srai_epi32(d, 31), _MM_SHUFFLE(3, 3, 1, 1));
-                _mm_store_si128(
-                    reinterpret_cast<__m128i*>(z + k),
-                    _mm_and_si128(
-                        low,
-                        _mm_add_epi64(d, _mm_and_si128(negative, _mm_set_epi32(0, m1, 0, m1)))));
+                _mm_store_si128(reinterpret_cast<__m128i*>(z + k),
+                                subtract(y[0], y[1], modulus(0)));
             }
             const std::int32_t taken = std::min(n, pass);
             for (std::int32_t k = 0; k < taken; ++k) r[k] = static_cast<Word>(z[k]);

@@ -43,17 +43,16 @@ struct Mt19937 {
     // position. At position 0 all bits of x[0] are still to come, but the recurrence holds only for
     // its top bit: that number is passed first.
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
-        if (k == 0) return VTS_STATUS_OK;
-        if (s.position == 0) {
-            s.position = 1;
-            --k;
-        }
         if (k <= static_cast<std::uint64_t>(n - s.position)) {
             s.position += static_cast<std::int32_t>(k);
             return VTS_STATUS_OK;
         }
-        return jump<Window<n, 1, step>>(stream, k, degree, sizeof(State) + sizeof(Header),
-                                        polynomial);
+        const std::int32_t position = std::max(s.position, 1);
+        const std::uint64_t steps = k - static_cast<std::uint64_t>(position - s.position);
+        const std::int32_t status = jump<Window<n, 1, step>>(
+            stream, k, steps, degree, sizeof(State) + sizeof(Header), polynomial);
+        if (status == VTS_STATUS_OK) s.position = position;
+        return status;
     }
     static void step(std::uint32_t* x) { x[n] = Recurrence::step(x[0], x[1], x[397], matrix); }
 

@@ -126,7 +126,7 @@ struct Sfmt19937 {
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
         if (k > static_cast<std::uint64_t>(s.left)) {
             const std::int32_t status = jump<Window<n32, 4, step>>(
-                stream, k / 4, degree, sizeof(State) + sizeof(Header), polynomial);
+                stream, k, k / 4, degree, sizeof(State) + sizeof(Header), polynomial);
             if (status < 0) return status;
             k %= 4;
         }

@@ -9,7 +9,7 @@ namespace kef::rng {
 
 namespace {
 
-// Ten tries (Intel, Digital random number generator software implementation guide, section 5.2.1).
+// The unit may be drained for a moment by other cores; after ten tries it does not work.
 bool hardware_word(std::uint32_t& word) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         unsigned char good = 0;
@@ -17,6 +17,18 @@ bool hardware_word(std::uint32_t& word) {
         if (good != 0) return true;
     }
     return false;
+}
+
+// Whether the processor has the instruction. Asked once: CPUID is slow in virtual machines.
+bool has_rdrand() {
+    enum Answer : std::uint32_t { unknown, no, yes };
+    static std::uint32_t answer = unknown;
+    std::uint32_t known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    if (known == unknown) {
+        known = cpu_features().rdrand ? yes : no;
+        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    }
+    return known == yes;
 }
 
 struct Trng {
@@ -30,7 +42,9 @@ struct Trng {
         return rdrand_works() ? VTS_STATUS_OK : VTS_STATUS_NO_RDRAND;
     }
 
+    // A stream whose creation was refused is still in the caller's hands.
     static std::int32_t words(State&, Word* r, std::int32_t n, std::int32_t) {
+        if (!has_rdrand()) return VTS_STATUS_NO_RDRAND;
         for (std::int32_t i = 0; i < n; ++i)
             if (!hardware_word(r[i])) return VTS_STATUS_RDRAND_FAILED;
         return VTS_STATUS_OK;
@@ -46,7 +60,7 @@ struct Trng {
 
 // Some processors report success and give all ones for ever.
 bool rdrand_works() {
-    if (!cpu_features().rdrand) return false;
+    if (!has_rdrand()) return false;
     for (int i = 0; i < 4; ++i) {
         std::uint32_t word;
         if (!hardware_word(word)) return false;

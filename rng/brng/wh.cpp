@@ -4,8 +4,6 @@
 // tools/wh_search.cpp tells how moduli and multipliers were found. Raw word: the four x_j.
 // Seeds: x_j = word j mod m_j; 1 where that is 0 or absent. The first number belongs to the state
 // after one step. Map: u in double; in float the top 24 bits of u, so never 1.
-#include <cmath>
-
 #include "rng/brng_frame.h"
 #include "rng/powmod.h"
 

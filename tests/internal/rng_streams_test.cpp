@@ -145,9 +145,17 @@ TEST(RngStreams, CopiesContinueAlike) {
         EXPECT_EQ(__vtsCopyStreamState(other.get(), stream.get()), VTS_STATUS_OK);
         EXPECT_EQ(draw_raw(other, 1500), next) << brng;
     }
-    EXPECT_EQ(__vtsCopyStreamState(make_stream(VTS_BRNG_MT2203).get(),
-                                   make_stream(VTS_BRNG_MT2203 + 1).get()),
-              VTS_STATUS_BAD_BRNG);
+    const auto copy_state = [](std::int32_t to, std::int32_t from) {
+        const Stream destination = make_stream(to), source = make_stream(from, {5});
+        const std::int32_t status = __vtsCopyStreamState(destination.get(), source.get());
+        if (status == VTS_STATUS_OK) EXPECT_EQ(draw_raw(destination, 9), draw_raw(source, 9));
+        return status;
+    };
+    EXPECT_EQ(copy_state(VTS_BRNG_MT2203, VTS_BRNG_MT2203 + 1), VTS_STATUS_BAD_BRNG);
+    EXPECT_EQ(copy_state(VTS_BRNG_WH + 3, 8), VTS_STATUS_BAD_BRNG);
+    // A small id and a family id of one generator.
+    EXPECT_EQ(copy_state(VTS_BRNG_WH + 3, 7), VTS_STATUS_OK);
+    EXPECT_EQ(copy_state(278, VTS_BRNG_NIEDERR), VTS_STATUS_OK);
 }
 
 void* block_of(std::initializer_list<char> bytes) {

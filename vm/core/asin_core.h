@@ -8,6 +8,7 @@
 #pragma once
 
 #include "vm/core/rounding.h"
+#include "vm/double_double.h"
 #include "vm/frame.h"
 #include "vm/simd.h"
 
@@ -109,14 +110,14 @@ inline AsinParts<V> asin_parts(V y) {
     }
 }
 
-// base + (high + low); |base| >= |high| or base = 0.
+// base + (high + low) in two parts; |base| >= |high| or base = 0.
 template <class Accuracy, class V>
-inline V added_angle(V base, V base_low, V high, V low) {
+inline DoubleDouble<V> added_angle(V base, V base_low, V high, V low) {
     const V sum = base + high;
     if constexpr (std::is_same_v<Accuracy, HA>)
-        return sum + (((base - sum) + high) + (base_low + low));
+        return {sum, ((base - sum) + high) + (base_low + low)};
     else
-        return sum + low;
+        return {sum, low};
 }
 
 }  // namespace kef::vm

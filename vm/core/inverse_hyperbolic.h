@@ -61,10 +61,22 @@ inline V atanh_argument_rounded(V y) {
     return (y + y) / (T(1) - y);
 }
 
-// ln(1 + w) from either form; single HA in double, with the midpoints marked.
+// ln(1 + w) of the arguments in two parts.
+inline DoubleDouble<d2> log1p_parts_of(DoubleDouble<d2> w) { return log1p_parts(w.high, w.low); }
 inline d2 log1p_of(DoubleDouble<d2> w) {
-    const DoubleDouble<d2> sum = log1p_parts(w.high, w.low);
+    const DoubleDouble<d2> sum = log1p_parts_of(w);
     return sum.high + sum.low;
 }
+
+// ln 2x or the function's own formula, rounded once to T: for arguments beyond `large`, and
+// for floats next to whose results there is a midpoint.
+template <class T, class Argument>
+inline T log_or_log1p(T x, T large, Argument argument) {
+    const d2 y = all(double(x));
+    const DoubleDouble<d2> log = x >= large ? log_parts(y, 1) : log1p_parts_of(argument(y));
+    if constexpr (std::is_same_v<T, double>) return log.high[0] + log.low[0];
+    else return rounded_once(log);
+}
+template <class T> inline constexpr T log_twice_from = std::is_same_v<T, double> ? T(0x1p500) : T(0x1p60);
 
 }  // namespace kef::vm

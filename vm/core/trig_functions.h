@@ -4,13 +4,15 @@
 //   double HA   table and Cody-Waite with a low part (trig_core.h)
 //   double LA   one polynomial in plain double arithmetic (trig_plain.h); EP: a shorter one
 //   single HA   one polynomial in double, rounded once
-//   single LA   one polynomial in single precision; EP: a shorter one
+//   single LA   one polynomial in single precision; EP: a shorter one; beyond their
+//               reductions those of double, up to the largest number (trig_huge.h)
 //
 // What the gates hold back comes to the formula of double HA with the reduction for
 // arguments of any size.
 #pragma once
 
 #include "vm/core/trig_core.h"
+#include "vm/core/trig_huge.h"
 #include "vm/core/trig_plain.h"
 
 namespace kef::vm {
@@ -27,16 +29,17 @@ template <> struct TrigLast<double, HA> { static constexpr double near = 3072, f
 template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = near; };
 template <> struct TrigLast<double, EP> { static constexpr double near = 0x1p12, far = 0x1p17; };
 template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17, far = near; };
-template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = 0x1p17; };
-template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = 0x1p17; };
+template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = Format<float>::infinity; };
+template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = Format<float>::infinity; };
 
 // The formulas of a kernel: near(x) and, where there is one, far(x).
 template <class T, class Accuracy, TrigReach reach, Phase phase>
 inline Vector<T> sine_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far;
-    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>))
-        return in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
-    else if constexpr (std::is_same_v<Accuracy, HA>)
+    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
+        const f4 s = in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
+        return is_far ? with_huge(x, s, sine_of_turns<phase>) : s;
+    } else if constexpr (std::is_same_v<Accuracy, HA>)
         return sine_core<phase == Phase::sine ? sine_bias : cosine_bias, reach>(x);
     else
         return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
@@ -45,9 +48,10 @@ inline Vector<T> sine_fast(Vector<T> x) {
 template <class T, class Accuracy, TrigReach reach>
 inline Vector<T> tangent_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far;
-    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>))
-        return in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
-    else if constexpr (std::is_same_v<Accuracy, HA>)
+    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
+        const f4 t = in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
+        return is_far ? with_huge(x, t, tangent_of_turns) : t;
+    } else if constexpr (std::is_same_v<Accuracy, HA>)
         return tangent_core<reach>(x);
     else
         return tangent_plain<std::conditional_t<is_far, LA, Accuracy>>(x);

@@ -65,12 +65,10 @@ template <> struct PiParts<EP> {
     static d2 rest(d2 x, d2 k) { return (x - k * P1) - k * P2; }
 };
 
+// sin r, |r| <= pi/2; for cosine too.
 template <Phase phase, class Accuracy>
-inline d2 sine_plain(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x3FD45F306DC9C883));  // 1/pi
-    const auto turns = whole_turns<d2, phase>(x, inverse);
-    const d2 r = PiParts<Accuracy>::rest(x, turns.k), y = r * r;
-    d2 s;
+inline d2 sine_polynomial(d2 r) {
+    const d2 y = r * r;
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // relative error 2^-27.3; 1 at pi/2, nowhere above
         constexpr double s1 = from_bits(UINT64_C(0x3FEFFFFFFCC55EE9));
@@ -78,7 +76,7 @@ inline d2 sine_plain(d2 x) {
         constexpr double s5 = from_bits(UINT64_C(0x3F8110E493111EDD));
         constexpr double s7 = from_bits(UINT64_C(0xBF29F5B4D90F16B5));
         constexpr double s9 = from_bits(UINT64_C(0x3EC5CB9795601A65));
-        s = r * (s1 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
+        return r * (s1 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
         // relative error 2^-52.4; 1 at pi/2
         constexpr double s3 = from_bits(UINT64_C(0xBFC555555555549B));
@@ -88,7 +86,7 @@ inline d2 sine_plain(d2 x) {
         constexpr double s11 = from_bits(UINT64_C(0xBE5AE634DB0007D1));
         constexpr double s13 = from_bits(UINT64_C(0x3DE60E57BB7C22D0));
         constexpr double s15 = from_bits(UINT64_C(0xBD69EED38C9FAF1F));
-        s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
+        return r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
     } else {
         // relative error 2^-61.6; for sine s3 and s5 are moved by some units: the sine of
         // 0x46199998 is 2^-54 from a midpoint of floats
@@ -101,8 +99,15 @@ inline d2 sine_plain(d2 x) {
         constexpr double s13 = from_bits(UINT64_C(0x3DE6123CE53B2D5E));
         constexpr double s15 = from_bits(UINT64_C(0xBD6AE43DD53D1001));
         constexpr double s17 = from_bits(UINT64_C(0x3CE883C312E8FD16));
-        s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * (s15 + y * s17))))))));
+        return r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * (s15 + y * s17))))))));
     }
+}
+
+template <Phase phase, class Accuracy>
+inline d2 sine_plain(d2 x) {
+    constexpr double inverse = from_bits(UINT64_C(0x3FD45F306DC9C883));  // 1/pi
+    const auto turns = whole_turns<d2, phase>(x, inverse);
+    const d2 s = sine_polynomial<phase, Accuracy>(PiParts<Accuracy>::rest(x, turns.k));
     return (d2)((l2)s ^ turns.parity);
 }
 
@@ -165,22 +170,17 @@ inline V quotient_by_parity(V numerator, V denominator, Bits odd, Bits parity) {
     return (V)((Bits)((V)((Bits)numerator ^ swap) / (V)((Bits)denominator ^ swap)) ^ parity);
 }
 
-// LA, single HA: |x| < 2^17; EP: |x| < 2^12.
+// tan r = first / second, |r| <= pi/4.
 template <class Accuracy>
-inline d2 tangent_plain(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
-    const auto turns = whole_turns<d2, Phase::sine>(x, inverse);
-    const d2 r = PiParts<Accuracy>::rest(x, turns.k * 0.5), y = r * r;
-    const i4 odd = (i4)turns.parity >> 31;
-    d2 p, q;
+inline Two<d2> tangent_fraction(d2 r) {
+    const d2 y = r * r;
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // relative error 2^-35.2
         constexpr double p1 = from_bits(UINT64_C(0xBFBC81C663DF9444));
         constexpr double p2 = from_bits(UINT64_C(0x3F519BB67896CEAD));
         constexpr double q1 = from_bits(UINT64_C(0xBFDC75C6ED05C432));
         constexpr double q2 = from_bits(UINT64_C(0x3F905AABF9BEDED4));
-        p = r * (1.0 + y * (p1 + y * p2));
-        q = 1.0 + y * (q1 + y * q2);
+        return {r * (1.0 + y * (p1 + y * p2)), 1.0 + y * (q1 + y * q2)};
     } else {
         // relative error 2^-55.4
         constexpr double p1 = from_bits(UINT64_C(0xBFC06B8F64B39920));
@@ -189,10 +189,17 @@ inline d2 tangent_plain(d2 x) {
         constexpr double q1 = from_bits(UINT64_C(0xBFDD8B1D07AF21C2));
         constexpr double q2 = from_bits(UINT64_C(0x3F97E798D53C10C4));
         constexpr double q3 = from_bits(UINT64_C(0xBF2B51D233284546));
-        p = r + r * (y * (p1 + y * (p2 + y * p3)));
-        q = 1.0 + y * (q1 + y * (q2 + y * q3));
+        return {r + r * (y * (p1 + y * (p2 + y * p3))), 1.0 + y * (q1 + y * (q2 + y * q3))};
     }
-    return quotient_by_parity(p, q, (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3), turns.parity);
+}
+
+// LA, single HA: |x| < 2^17; EP: |x| < 2^12.
+template <class Accuracy>
+inline d2 tangent_plain(d2 x) {
+    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
+    const auto turns = whole_turns<d2, Phase::sine>(x, inverse);
+    const Two<d2> f = tangent_fraction<Accuracy>(PiParts<Accuracy>::rest(x, turns.k * 0.5));
+    return quotient_by_parity(f.first, f.second, sign_mask(turns.parity), turns.parity);
 }
 
 // pi/2 in parts. LA: |x| < 252, k has 8 bits; EP: |x| < 124, k has 7 bits.

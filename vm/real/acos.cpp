@@ -5,6 +5,8 @@
 //   |x| > 1                     invalid NaN, domain error
 //
 // As Asin: acos x = pi/2 - asin x; 2 asin u for x > 1/2 and pi - 2 asin u for x < -1/2.
+// Single HA is the double formula of LA, rounded once; next to a midpoint of floats, as
+// for two of all arguments, the edge decides with both parts of HA.
 #include "vm/core/asin_core.h"
 #include "vm/format.h"
 #include "vm/frame.h"
@@ -16,30 +18,44 @@ template <class T, class Accuracy>
 struct Acos {
     using V = Vector<T>;
     KEF_REPORT_NAME(Acos);
+    static constexpr bool is_single_ha = std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>;
 
     static i4 outside(i4 h) { return magnitude(h) >= Format<T>::one_head; }
 
-    static V fast(V x) {
-        if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>) {
-            return in_double(x, Acos<double, LA>::fast);
+    static DoubleDouble<V> parts(V x) {
+        const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
+        const auto sign = sign_bit(x);
+        // x > 1/2: +2; x < -1/2: -2; else -1 with the sign of x.
+        const V size = where(part.halved, all(T(3))) - all(T(1));
+        const V factor = (V)((decltype(sign))size ^ sign);
+        // pi/2, or where halved pi/2 - pi/2 and pi/2 + pi/2: exact.
+        const auto base = [&](double pi) {
+            const V quarter_turn = all(T(pi / 2));
+            return quarter_turn - where(part.halved, (V)((decltype(sign))quarter_turn | sign));
+        };
+        return added_angle<Accuracy>(base(pi_high), base(pi_low), factor * part.high,
+                                     factor * part.low);
+    }
+
+    static auto fast(V x) {
+        if constexpr (is_single_ha) {
+            const d2x2 wide = widen(x);
+            return with_midpoints({Acos<double, LA>::fast(wide.low), Acos<double, LA>::fast(wide.high)});
         } else {
-            const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
-            const auto sign = sign_bit(x);
-            // x > 1/2: +2; x < -1/2: -2; else -1 with the sign of x.
-            const V size = where(part.halved, all(T(3))) - all(T(1));
-            const V factor = (V)((decltype(sign))size ^ sign);
-            // pi/2, or where halved pi/2 - pi/2 and pi/2 + pi/2: exact.
-            const auto base = [&](double pi) {
-                const V quarter_turn = all(T(pi / 2));
-                return quarter_turn - where(part.halved, (V)((decltype(sign))quarter_turn | sign));
-            };
-            return added_angle<Accuracy>(base(pi_high), base(pi_low), factor * part.high,
-                                         factor * part.low);
+            const DoubleDouble<V> sum = parts(x);
+            return sum.high + sum.low;
         }
     }
 
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
+
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if constexpr (is_single_ha) {
+            if (x < 1 && x > -1)
+                return r = rounded_once(Acos<double, HA>::parts(all(double(x)))), VTM_STATUS_OK;
+        }
         if (x == 1) return r = 0, VTM_STATUS_OK;
         if (x == -1) return r = T(pi_high), VTM_STATUS_OK;
         return r = Format<T>::invalid, VTM_STATUS_ERRDOM;

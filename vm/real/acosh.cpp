@@ -6,7 +6,8 @@
 //   x >= 2^500                  ln 2x; single precision from 2^60
 //
 // Double HA: the argument of the logarithm in two parts, 0.51 ulp. Single HA is the
-// double formula of LA, rounded once; LA and EP compute in single precision.
+// double formula of LA, rounded once; next to a midpoint of floats both parts of HA
+// decide. LA and EP compute in single precision.
 #include "vm/core/inverse_hyperbolic.h"
 #include "vm/format.h"
 #include "vm/frame.h"
@@ -24,23 +25,26 @@ struct Acosh {
         return not_between(h, Format<T>::one_head, large);
     }
 
-    static V fast(V x) {
+    static auto fast(V x) {
         if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>)
             return log1p_of(acosh_argument(x));
         else if constexpr (std::is_same_v<T, double>)
             return log1p_core<Accuracy>(acosh_argument_rounded(x));
         else if constexpr (std::is_same_v<Accuracy, HA>)
-            return in_double(x, Acosh<double, LA>::fast);
+            return with_midpoints(
+                {Acosh<double, LA>::fast(widen(x).low), Acosh<double, LA>::fast(widen(x).high)});
         else
             return log1p_single<Accuracy>(acosh_argument_rounded(x));
     }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (x < 1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if (is_infinite(x)) return r = x, VTM_STATUS_OK;
-        const DoubleDouble<d2> log = log_parts(all(double(x)), 1);
-        return r = static_cast<T>((log.high + log.low)[0]), VTM_STATUS_OK;
+        return r = log_or_log1p(x, log_twice_from<T>, acosh_argument), VTM_STATUS_OK;
     }
 };
 

@@ -28,8 +28,9 @@ struct Asin {
             // pi/2 - 2 asin u, or asin u.
             const V factor = all(T(1)) - where(part.halved, all(T(3)));
             const auto half_pi = [&](double pi) { return where(part.halved, all(T(pi / 2))); };
-            return with_sign(added_angle<Accuracy>(half_pi(pi_high), half_pi(pi_low),
-                                                   factor * part.high, factor * part.low), x);
+            const DoubleDouble<V> sum = added_angle<Accuracy>(half_pi(pi_high), half_pi(pi_low),
+                                                              factor * part.high, factor * part.low);
+            return with_sign(sum.high + sum.low, x);
         }
     }
 

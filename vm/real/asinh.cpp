@@ -5,8 +5,8 @@
 //   |x| >= 2^500                +-ln 2|x|; single precision from 2^60
 //
 // No error conditions. Double HA: the argument of the logarithm in two parts, 0.51 ulp.
-// Single HA is the double formula of LA, rounded once; LA and EP compute in single
-// precision.
+// Single HA is the double formula of LA, rounded once; next to a midpoint of floats both
+// parts of HA decide. LA and EP compute in single precision.
 #include "vm/core/inverse_hyperbolic.h"
 #include "vm/core/rounding.h"
 #include "vm/format.h"
@@ -25,24 +25,28 @@ struct Asinh {
         return large - 1 - magnitude(h);
     }
 
-    static V fast(V x) {
+    static auto fast(V x) {
         const V y = absolute(x);
-        if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>)
+        if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>) {
             return with_sign(log1p_of(asinh_argument(y)), x);
-        else if constexpr (std::is_same_v<T, double>)
+        } else if constexpr (std::is_same_v<T, double>) {
             return with_sign(log1p_core<Accuracy>(asinh_argument_rounded(y)), x);
-        else if constexpr (std::is_same_v<Accuracy, HA>)
-            return in_double(x, Asinh<double, LA>::fast);
-        else
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            const d2x2 wide = widen(x);
+            return with_midpoints({Asinh<double, LA>::fast(wide.low), Asinh<double, LA>::fast(wide.high)});
+        } else {
             return with_sign(log1p_single<Accuracy>(asinh_argument_rounded(y)), x);
+        }
     }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (is_infinite(x)) return r = x, VTM_STATUS_OK;
-        const double y = x < 0 ? -x : x;
-        const DoubleDouble<d2> log = log_parts(all(y), 1);
-        r = static_cast<T>(with_sign(log.high + log.low, all(double(x)))[0]);
+        r = log_or_log1p(x < 0 ? -x : x, log_twice_from<T>, asinh_argument);
+        if (x < 0) r = -r;
         return VTM_STATUS_OK;
     }
 };

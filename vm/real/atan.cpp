@@ -6,8 +6,9 @@
 //
 // No error conditions.
 //
-// Single HA is the double formula of LA, rounded once; LA and EP compute in single
-// precision.
+// Single HA is the double formula of LA, rounded once; next to a midpoint of floats, as
+// for two of all arguments, the edge decides with both parts of HA. LA and EP compute in
+// single precision.
 #include "vm/core/atan_core.h"
 #include "vm/core/atan_single.h"
 #include "vm/format.h"
@@ -27,18 +28,28 @@ struct Atan {
         return huge - 1 - magnitude(h);
     }
 
-    static V fast(V x) {
-        if constexpr (std::is_same_v<T, double>)
+    static auto fast(V x) {
+        if constexpr (std::is_same_v<T, double>) {
             return with_sign(atan_core<Accuracy>(absolute(x)), x);
-        else if constexpr (std::is_same_v<Accuracy, HA>)
-            return with_sign(in_double(absolute(x), atan_core<LA>), x);
-        else
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            const d2x2 wide = widen(absolute(x));
+            const Two<f4> r = with_midpoints({atan_core<LA>(wide.low), atan_core<LA>(wide.high)});
+            return Two<f4>{with_sign(r.first, x), r.second};
+        } else {
             return with_sign(atan_single<Accuracy>(absolute(x), all(1.0f)), x);
+        }
     }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        return r = static_cast<T>(x < 0 ? -half_pi : half_pi), VTM_STATUS_OK;
+        const T a = x < 0 ? -x : x;
+        if (std::is_same_v<T, float> && a < 0x1p64f) r = rounded_once(atan_parts<HA>(all(double(a))));
+        else r = static_cast<T>(half_pi);
+        if (x < 0) r = -r;
+        return VTM_STATUS_OK;
     }
 };
 

@@ -25,7 +25,10 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
                              (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
             const d2x2 wide = widen(x);
             const Two<d2> low = sine_cosine_plain(wide.low), high = sine_cosine_plain(wide.high);
-            return {narrow(low.first, high.first), narrow(low.second, high.second)};
+            const Two<V> plain = {narrow(low.first, high.first), narrow(low.second, high.second)};
+            if constexpr (reach == TrigReach::near) return plain;
+            return {with_huge(x, plain.first, sine_of_turns<Phase::sine>),
+                    with_huge(x, plain.second, sine_of_turns<Phase::cosine>)};
         } else {
             return {sine_fast<T, Accuracy, reach, Phase::sine>(x),
                     sine_fast<T, Accuracy, reach, Phase::cosine>(x)};
