@@ -274,6 +274,20 @@ KEF_API void _vtmdCdfNormInv_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCdfNormInv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dCdfNormInv_ctab[3];
 
+KEF_API void _vtmsCdfNorm(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNorm_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNorm_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNorm_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCdfNorm_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCdfNorm_ctab[3];
+
+KEF_API void _vtmdCdfNorm(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNorm_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNorm_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNorm_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCdfNorm_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCdfNorm_ctab[3];
+
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_21(int32_t n, const float *a, float *r);
@@ -469,6 +483,34 @@ KEF_API void _vtmdErfcInv_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdErfcInv_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErfcInv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dErfcInv_ctab[3];
+
+KEF_API void _vtmsErf(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErf_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErf_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErf_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sErf_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sErf_ctab[3];
+
+KEF_API void _vtmdErf(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErf_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErf_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErf_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErf_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dErf_ctab[3];
+
+KEF_API void _vtmsErfc(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfc_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfc_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfc_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sErfc_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sErfc_ctab[3];
+
+KEF_API void _vtmdErfc(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfc_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfc_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfc_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErfc_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dErfc_ctab[3];
 
 KEF_API void _vtmsExp(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_HA(int32_t n, const float *a, float *r);

@@ -152,22 +152,30 @@ inline double exp_half(double x) {
 inline double exp_large(double x) { return exp_half(x) * 2.0; }
 
 // exp(x) = 2^k p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
-// relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP); tools/exp.sollya.
+// relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP), and 2^-28.1 (HA: for functions
+// that are built on it); tools/exp.sollya. `low` is a small correction of x, or nothing.
 template <class Accuracy>
-inline f4 exp_single(f4 x) {
+inline f4 exp_single(f4 x, auto... low) {
     constexpr float shifter = 0x1.8p23f;
     constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
-    const f4 sum = x * inverse + shifter;
+    const f4 sum = (x + ... + low) * inverse + shifter;
     const f4 k = sum - shifter;
     f4 p;
-    if constexpr (std::is_same_v<Accuracy, LA>) {
+    if constexpr (!std::is_same_v<Accuracy, EP>) {
         constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
-        const f4 r = (x - k * L1) - k * L2;
-        constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
-                        c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
-        p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * c5))));
+        const f4 r = (((x - k * L1) - k * L2) + ... + low);
+        if constexpr (std::is_same_v<Accuracy, LA>) {
+            constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
+                            c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
+            p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * c5))));
+        } else {
+            constexpr float c2 = from_bits(0x3EFFFFFDu), c3 = from_bits(0x3E2AAA49u),
+                            c4 = from_bits(0x3D2AAD13u), c5 = from_bits(0x3C091CBFu),
+                            c6 = from_bits(0x3AB4A64Cu);
+            p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * (c5 + r * c6)))));
+        }
     } else {
-        const f4 r = x - k * from_bits(0x3F317218u);  // ln2
+        const f4 r = ((x - k * from_bits(0x3F317218u)) + ... + low);  // ln2
         constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
         p = 1.0f + r * (1.0f + r * (c2 + r * c3));
     }

@@ -1,0 +1,89 @@
+// Erf: r = 2/sqrt(pi) times the integral of exp(-t^2) from 0 to x.
+//
+//   x NaN              NaN
+//   x = +-0            x
+//   x = +-infinity     +-1
+//   |x| < first        2/sqrt(pi) x, rounded once; underflow where that is subnormal and
+//                      not x
+//
+// Single HA is the double formula of LA, rounded once. Where the double falls exactly between
+// two floats the edge decides with the low part of HA. LA and EP compute in single precision.
+#include "vm/core/erf_core.h"
+#include "vm/core/erf_single.h"
+#include "vm/core/rounding.h"
+#include "vm/format.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+// From where the formula's low parts are normal numbers, in double; the smallest normal
+// number in single precision.
+template <class T> constexpr std::uint32_t erf_first = 0x07B00000;  // 2^-900
+template <> constexpr std::uint32_t erf_first<float> = Format<float>::normal_head;
+
+// 2/sqrt(pi) = high + low.
+constexpr double slope_high = from_bits(UINT64_C(0x3FF20DD750429B6D));
+constexpr double slope_low = from_bits(UINT64_C(0x3C71AE3A914FED80));
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Erf {
+    using V = Vector<T>;
+    KEF_REPORT_NAME(Erf);
+
+    // Zeros of single precision take the fast way; those of double have tiny numbers beside
+    // them that the leading bits do not tell apart.
+    static i4 outside(i4 h) {
+        const i4 size = magnitude(h);
+        const i4 gate = not_between(size, erf_first<T>, Format<T>::infinity_head);
+        return std::is_same_v<T, float> ? gate & (size != 0) : gate;
+    }
+
+    static auto fast(V x) {
+        if constexpr (std::is_same_v<T, double>) {
+            return with_sign(rounded(erf_table_sum<Accuracy>(minimum(absolute(x), all(6.0)))), x);
+        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+            const d2x2 u = widen(minimum(absolute(x), all(6.0f)));
+            const Two<f4> r = with_midpoints({erf_table_sum<LA>(u.low), erf_table_sum<LA>(u.high)});
+            return Two<f4>{with_sign(r.first, x), r.second};
+        } else {
+            return with_sign(erf_single<Accuracy>(absolute(x)), x);
+        }
+    }
+
+    // Single HA: the second vector marks the midpoints.
+    static i4 refuse(i4, i4 midpoint) { return midpoint; }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == 0) return r = x + x, VTM_STATUS_OK;
+        if (is_infinite(x)) return r = x > 0 ? 1 : -1, VTM_STATUS_OK;
+        const T size = x < 0 ? -x : x;
+        if constexpr (std::is_same_v<T, float>) {
+            const bool normal = size >= Format<T>::smallest_normal;
+            r = normal ? rounded_once(erf_table_sum<HA>(all(double(size))))
+                       : static_cast<float>(size * slope_high);
+        } else {
+            const int e = exponent_of(size);
+            const double m = scaled(size, -e);
+            const DoubleDouble<double> product = two_product(m, slope_high);
+            r = round_scaled(product.high, product.low + m * slope_low, e);
+        }
+        const bool underflow = r < Format<T>::smallest_normal && r != size;
+        if (x < 0) r = -r;
+        return underflow ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, Erf, LA)
+KEF_MAP1(s, Erf, HA)
+KEF_MAP1(s, Erf, EP)
+KEF_MAP1(d, Erf, LA)
+KEF_MAP1(d, Erf, HA)
+KEF_MAP1(d, Erf, EP)
+
+}  // namespace kef::vm
