@@ -26,7 +26,7 @@ using Call = std::function<void()>;
 struct Row {
     std::string law;
     Call kef, standard, boost, gsl;
-    int each = 1;  // values of a number: a row of vectors
+    int each = 1;  // a call makes so many times `numbers`
 };
 using Section = std::vector<Row>;
 Section gaussian_laws(), continuous_laws(), discrete_laws();

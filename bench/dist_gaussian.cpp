@@ -26,11 +26,13 @@ Call kef_lognormal(int method) {
     });
 }
 
-// Vectors of dimension d, the factor T(i, j) = 1 / (1 + i + j) with a one on the diagonal.
+// 10 * numbers / d vectors of dimension d, the factor T(i, j) = 1 / (1 + i + j) with a one on the
+// diagonal.
 struct Vectors {
-    int d;
+    int d, n;
     std::vector<double> mean, factor, r;
-    explicit Vectors(int d) : d(d), mean(d, 1), factor(d * d, 0), r(numbers * d) {
+    explicit Vectors(int d)
+        : d(d), n(10 * numbers / d), mean(d, 1), factor(d * d, 0), r(10 * numbers) {
         for (int i = 0; i < d; ++i)
             for (int j = 0; j <= i; ++j) factor[i * d + j] = i == j ? 1 : 1.0 / (1 + i + j);
     }
@@ -41,7 +43,7 @@ Row vectors(int d) {
     const std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
     return {"normal vectors of " + std::to_string(d),
             kef([=](kef_stream* s) {
-                _vtsdRngGaussianMV(VTS_METHOD_GAUSSIAN_INVERSION, s, numbers, v->r.data(), d,
+                _vtsdRngGaussianMV(VTS_METHOD_GAUSSIAN_INVERSION, s, v->n, v->r.data(), d,
                                    VTS_MATRIX_FULL, v->mean.data(), v->factor.data());
             }),
             {},
@@ -49,13 +51,13 @@ Row vectors(int d) {
             [=] {
                 const gsl_vector_view mean = gsl_vector_view_array(v->mean.data(), d);
                 const gsl_matrix_view factor = gsl_matrix_view_array(v->factor.data(), d, d);
-                for (int i = 0; i < numbers; ++i) {
+                for (int i = 0; i < v->n; ++i) {
                     gsl_vector_view r = gsl_vector_view_array(&v->r[i * d], d);
                     gsl_ran_multivariate_gaussian(rng.get(), &mean.vector, &factor.matrix,
                                                   &r.vector);
                 }
             },
-            d};
+            10};
 }
 
 }  // namespace

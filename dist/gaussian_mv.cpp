@@ -38,7 +38,7 @@ void transform_vectors(std::ptrdiff_t n, T* r, std::int32_t d, std::int32_t stor
 
 // Vectors of a panel: enough to use each tile of T often, and few enough to stay in cache.
 std::int32_t panel(std::int32_t d) {
-    return std::max({2 * block / d, std::min(32, INT_MAX / d), 1});
+    return std::max({2 * block / d, std::min(128, INT_MAX / d), 1});
 }
 
 template <class T>
@@ -46,7 +46,7 @@ std::int32_t gaussian_mv(std::int32_t method, kef_stream* stream, std::int32_t n
                          std::int32_t d, std::int32_t storage, const T* a, const T* t) {
     if (d == 1) return normal(method, stream, n, r, a[0], t[0]);
     std::int32_t status = VTS_STATUS_OK;
-    for (std::int32_t vectors; n > 0 && status >= 0; n -= vectors) {
+    for (std::int32_t vectors; n > 0 && d > 0 && status >= 0; n -= vectors) {
         vectors = std::min(n, panel(d));
         status = normal(method, stream, vectors * d, r, T(0), T(1));
         if (status >= 0) transform_vectors(vectors, r, d, storage, a, t);

@@ -56,7 +56,8 @@ enum {
  * call for the sum of their counts; for the pairs after an odd count the stream keeps the last pair in
  * a chunk (key 2; single precision: key 1), which is allocated at the first call
  * (VTS_STATUS_NO_MEMORY) and copied, saved and deleted with the stream. A uniform of exactly 0 gives
- * a radius of 38.59; one of exactly -1 in the inversion a - 0.767 sqrt2 sigma.
+ * a radius of 38.59; in the inversion one of exactly -1 gives a - 0.767 sqrt2 sigma, and 1, which
+ * some generators round to in single precision, a + 5.86 sqrt2 sigma.
  * Box and Muller, Ann. Math. Statist. 29 (1958) 610-611. */
 KEF_API int32_t _vtsdRngGaussian(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
                                  double sigma);
