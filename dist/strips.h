@@ -39,6 +39,7 @@ public:
         for (int barren = 0; n > 0;) {
             const std::int32_t m = std::min(n, trials);
             if (!uniforms.fill(2 * m, u)) return;
+            if (m % 2 != 0) u[2 * m] = u[2 * m + 1] = 0;
             places(m, u, place);
             std::int32_t made = 0;
             for (std::int32_t i = 0; i < m; ++i) made += trial(uniforms, place[i], r[made]);
@@ -111,11 +112,18 @@ private:
         return true;
     }
 
-    // Pairs of uniforms, joined, times the number of strips.
+    // Pairs of uniforms, joined (Uniforms::join), times the number of strips; two at a time, of
+    // which a last odd one is read and written, too.
     void places(std::int32_t m, const float* u, double* place) const {
         const double scale = count_ * 0x1p-24;
-        for (std::int32_t i = 0; i < m; ++i)
-            place[i] = (Uniforms::cell(u[2 * i]) + Uniforms::cell(u[2 * i + 1]) * 0x1p-24) * scale;
+        for (std::int32_t i = 0; i < m; i += 2) {
+            const __m128 cells = _mm_min_ps(
+                _mm_mul_ps(_mm_load_ps(u + 2 * i), _mm_set1_ps(0x1p24f)), _mm_set1_ps(0x1p24f - 1));
+            const __m128i whole = _mm_cvttps_epi32(cells);
+            const d2 first = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(whole, 0x08));
+            const d2 second = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(whole, 0x0D));
+            vm::store(place + i, (first + second * 0x1p-24) * scale);
+        }
     }
 
     // Whether one trial makes a number; k is written in any case, and lies in r.
