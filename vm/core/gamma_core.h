@@ -276,9 +276,10 @@ inline f4 tgamma_single(f4 x) {
 }
 template <class Accuracy>
 inline f4 lgamma_single(f4 x) {
+    using Log = std::conditional_t<std::is_same_v<Accuracy, LA>, LA, EPTerm>;
     f4 c;
     const f4 value = gamma_value<Accuracy>(lgamma_table_single, x, c);
-    return value - log_single<LA>(select(c < 1.0f, x, all(1.0f)));
+    return value - log_single<Log>(select(c < 1.0f, x, all(1.0f)));
 }
 
 }  // namespace kef::vm
