@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Makes the tables of vm/core/gamma_core.h: tools/gamma_tables.py DIRECTORY
 
-gamma161.inc   for each centre c = 0, 1/8, ..., 20 the coefficients of t^0 to t^11 of a
+gamma161.inc   for each centre c = 0, 1/8, ..., 20 the coefficients of t^0 to t^12 of a
                polynomial for Gamma(1 + c + t), |t| <= 1/16, rounded to nearest, and what
                is left of the first two
 lgamma161.inc  the same for ln Gamma: of 1 + c + t up to c = 7/8, of c + t from there on;
@@ -19,7 +19,7 @@ from mpmath import bernoulli, chebyfit, gamma, log, loggamma, mp, mpf, pi, psi, 
 
 mp.prec = 200
 
-ROWS, DEGREE = 161, 11
+ROWS, DEGREE = 161, 12
 NEAR = [mpf(-1) / 16, mpf(1) / 16]
 
 

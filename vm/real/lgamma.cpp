@@ -3,7 +3,7 @@
 //   x NaN                           NaN
 //   x = +-inf                       +infinity
 //   x = +-0, a negative integer     +infinity, singularity
-//   x too large                     +infinity, overflow
+//   x >= 2.5599833278516387e305     +infinity, overflow (4.085003425410169e36)
 //
 // Relative accuracy for x > 0; absolute accuracy next to the zeros at x < 0. Single HA
 // is the double formula of LA, for x < 0 of HA, rounded once; LA and EP compute in
@@ -16,17 +16,25 @@ namespace kef::vm {
 
 namespace {
 
-// The formulas take first <= |x|, and -x < last, from where all numbers are integers.
-template <class T> struct LGammaRange;
-template <> struct LGammaRange<double> {
+// The formulas take first <= x < large and first <= -x < last, from where all numbers
+// are integers.
+template <class T>
+struct LGammaRange;
+template <>
+struct LGammaRange<double> {
     static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
     static constexpr std::uint32_t near = 0x40340000;   // 20
+    static constexpr std::uint32_t large = 0x7F400000;  // 2^1013
     static constexpr std::uint32_t last = 0x43300000;   // 2^52
+    static constexpr double infinite_above = from_bits(UINT64_C(0x7F5754D9278B51A8));
 };
-template <> struct LGammaRange<float> {
+template <>
+struct LGammaRange<float> {
     static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00000;
-    static constexpr std::uint32_t last = 0x4B000000;  // 2^23
+    static constexpr std::uint32_t near = 0x41A00000;   // 20
+    static constexpr std::uint32_t large = 0x7C44AF8E;  // infinite_above
+    static constexpr std::uint32_t last = 0x4B000000;   // 2^23
+    static constexpr float infinite_above = from_bits(0x7C44AF8Eu);
 };
 
 // ln|Gamma(x)| of one element, finite and no pole, as high + low.
@@ -36,7 +44,7 @@ DoubleDouble<d2> lgamma_one(double x) {
         const DoubleDouble<d2> log = log_parts(all(y * 0x1p54), -54);
         return {-log.high, -log.low};
     }
-    if (x > 0x1p1000) {
+    if (x > 0x1p1010) {
         // x (ln x - 1), scaled, as x ln x may overflow earlier
         const d2 part = all(x * 0x1p-16);
         const DoubleDouble<d2> power = pow_exponent<LA>(all(x), part, exponent_halves<HA>(part));
@@ -59,14 +67,16 @@ struct LGamma {
     static i4 outside(i4 h) { return not_between(h, Range::first, Range::near); }
     static i4 beyond(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, Range::first, Format<T>::infinity_head) &
+        return not_between(h, Range::first, Range::large) &
                not_between(h, negative + Range::first, negative + Range::last);
     }
 
     // Single HA: the second vector marks the midpoints.
     static auto rounded(d2x2 wide) {
-        if constexpr (in_double) return with_midpoints(wide);
-        else return narrow(wide);
+        if constexpr (in_double)
+            return with_midpoints(wide);
+        else
+            return narrow(wide);
     }
 
     static auto fast(V x) {
@@ -90,7 +100,7 @@ struct LGamma {
         }
     }
 
-    // Poles and overflow.
+    // Poles.
     static i4 refuse(i4 r) { return not_finite<T>(r); }
     static i4 refuse(i4 r, i4 midpoint) { return refuse(r) | midpoint; }
 
@@ -99,10 +109,13 @@ struct LGamma {
         if (is_infinite(x)) return r = Format<T>::infinity, VTM_STATUS_OK;
         if (x == 0 || (x < 0 && floored<T>(all(x))[0] == x))
             return r = Format<T>::infinity, VTM_STATUS_SING;
+        if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
         const DoubleDouble<d2> parts = lgamma_one(x);
-        if constexpr (single) r = rounded_once(parts);
-        else r = parts.high[0] + parts.low[0];
-        return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
+        if constexpr (single)
+            r = rounded_once(parts);
+        else
+            r = parts.high[0] + parts.low[0];
+        return VTM_STATUS_OK;
     }
 };
 
