@@ -22,7 +22,7 @@
 namespace kef::vm {
 
 inline constexpr int gamma_rows = 161;
-inline constexpr double gamma_last = 20;
+inline constexpr double gamma_last = 20, gamma_table_last = 20.0625;
 
 namespace gamma_constants {
 inline constexpr DoubleDouble<d2> both(std::uint64_t high, std::uint64_t low) {
@@ -46,14 +46,14 @@ struct alignas(16) GammaRowSingle {
 extern const GammaRow gamma_table[gamma_rows], lgamma_table[gamma_rows];
 extern const GammaRowSingle gamma_table_single[gamma_rows], lgamma_table_single[gamma_rows];
 
-// x = c + t, exactly, and the rows of c; x outside [0, 20] counts as the nearest end.
+// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 0 or 20 1/16.
 struct GammaReduced {
     d2 c, t;
     const GammaRow *row0, *row1;
 };
 inline GammaReduced gamma_reduce(const GammaRow* table, d2 x) {
     constexpr double shifter = 0x1.8p49;  // leaves multiples of 1/8
-    x = minimum(maximum(x, all(0.0)), all(gamma_last));
+    x = minimum(maximum(x, all(0.0)), all(gamma_table_last));
     const d2 sum = x + shifter, c = sum - shifter;
     return {c, x - c, &table[_mm_extract_epi16((__m128i)sum, 0)],
             &table[_mm_extract_epi16((__m128i)sum, 4)]};
@@ -253,7 +253,7 @@ inline d2 lgamma_far(d2 x) {
 template <class Accuracy>
 inline f4 gamma_value(const GammaRowSingle* table, f4 x, f4& c) {
     constexpr float shifter = 0x1.8p20f;  // leaves multiples of 1/8
-    x = minimum(maximum(x, all(0.0f)), all(static_cast<float>(gamma_last)));
+    x = minimum(maximum(x, all(0.0f)), all(static_cast<float>(gamma_table_last)));
     const f4 sum = x + shifter;
     c = sum - shifter;
     const f4 t = x - c;

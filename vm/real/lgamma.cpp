@@ -23,7 +23,7 @@ struct LGammaRange;
 template <>
 struct LGammaRange<double> {
     static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
-    static constexpr std::uint32_t near = 0x40340000;   // 20
+    static constexpr std::uint32_t near = 0x40340001;   // 20 is the last
     static constexpr std::uint32_t large = 0x7F400000;  // 2^1013
     static constexpr std::uint32_t last = 0x43300000;   // 2^52
     static constexpr double infinite_above = from_bits(UINT64_C(0x7F5754D9278B51A8));
@@ -31,7 +31,7 @@ struct LGammaRange<double> {
 template <>
 struct LGammaRange<float> {
     static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00000;   // 20
+    static constexpr std::uint32_t near = 0x41A00001;   // 20 is the last
     static constexpr std::uint32_t large = 0x7C44AF8E;  // infinite_above
     static constexpr std::uint32_t last = 0x4B000000;   // 2^23
     static constexpr float infinite_above = from_bits(0x7C44AF8Eu);

@@ -25,7 +25,7 @@ struct TGammaRange;
 template <>
 struct TGammaRange<double> {
     static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
-    static constexpr std::uint32_t near = 0x40340000;   // 20
+    static constexpr std::uint32_t near = 0x40340001;   // 20 is the last
     static constexpr std::uint32_t last = 0x40654000;   // 170
     static constexpr double first_value = 0x1p-963;
     static constexpr double infinite_above = from_bits(UINT64_C(0x406573FAE561F648));
@@ -34,7 +34,7 @@ struct TGammaRange<double> {
 template <>
 struct TGammaRange<float> {
     static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00000;   // 20
+    static constexpr std::uint32_t near = 0x41A00001;   // 20 is the last
     static constexpr std::uint32_t last = 0x42300000;   // 44
     static constexpr float first_value = 0x1p-126f;
     static constexpr float infinite_above = from_bits(0x420C2910u);
