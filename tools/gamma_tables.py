@@ -11,7 +11,6 @@ Polynomials interpolate at Chebyshev points. With --errors the tool
 prints the largest relative errors of these, and of the polynomials that end at t^7, t^6
 and t^3; with --constants the other constants of gamma_core.h.
 """
-import functools
 import pathlib
 import struct
 import sys
@@ -30,7 +29,7 @@ def bits(x):
 
 def fit(function, degree, interval):
     """Coefficients of t^0 ... t^degree."""
-    return chebyfit(functools.cache(function), interval, degree + 1)[::-1]
+    return chebyfit(function, interval, degree + 1)[::-1]
 
 
 def gamma_row(j):
