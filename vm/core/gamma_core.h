@@ -110,10 +110,16 @@ inline d2 tgamma_near(d2 x) {
     }
 }
 
+// The argument of the logarithm, for c < 1 only; no negative number, from whatever lane.
+template <class V>
+inline V lgamma_factor(V x, V c) {
+    return select(c < 1, maximum(x, V{}), V{} + 1);
+}
+
 // ln Gamma(x) for 0 < x <= 20. HA: 0.63 ulp; LA: relative error below 2^-50; EP: 2^-26.
 inline DoubleDouble<d2> lgamma_near_parts(d2 x) {
     const GammaReduced reduced = gamma_reduce(lgamma_table, x);
-    const DoubleDouble<d2> log = log_parts(select(reduced.c < 1.0, x, all(1.0)));
+    const DoubleDouble<d2> log = log_parts(lgamma_factor(x, reduced.c));
     const DoubleDouble<d2> parts = gamma_parts(reduced), sum = two_sum(parts.high, -log.high);
     return {sum.high, sum.low + (parts.low - log.low)};
 }
@@ -124,8 +130,7 @@ inline d2 lgamma_near(d2 x) {
         return parts.high + parts.low;
     } else {
         const GammaReduced reduced = gamma_reduce(lgamma_table, x);
-        return gamma_value<Accuracy>(reduced) -
-               log_core<Accuracy>(select(reduced.c < 1.0, x, all(1.0)));
+        return gamma_value<Accuracy>(reduced) - log_core<Accuracy>(lgamma_factor(x, reduced.c));
     }
 }
 
@@ -281,7 +286,7 @@ inline f4 lgamma_single(f4 x) {
     using Log = std::conditional_t<std::is_same_v<Accuracy, LA>, LA, EPTerm>;
     f4 c;
     const f4 value = gamma_value<Accuracy>(lgamma_table_single, x, c);
-    return value - log_single<Log>(select(c < 1.0f, x, all(1.0f)));
+    return value - log_single<Log>(lgamma_factor(x, c));
 }
 
 }  // namespace kef::vm
