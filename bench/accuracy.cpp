@@ -48,8 +48,7 @@ Bound bound_of(const reference::Reference& row, int slot, bool one_argument) {
     if (slot < 0) return {};  // a peer
     if (slot == 0) return {.relative = single ? 0x1p-21 : 0x1p-50};
     if (slot == 2) return {.relative = single ? 0x1p-11 : 0x1p-26};
-    if (row.bound <= 0.5 || (single && one_argument && row.least == 0))
-        return {.correctly_rounded = true};
+    if (row.bound <= 0.5 || (single && one_argument)) return {.correctly_rounded = true};
     return {.ulps = single && !one_argument ? 0.501 : row.bound};
 }
 

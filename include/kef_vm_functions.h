@@ -638,6 +638,34 @@ KEF_API void _vtmdSqr_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSqr_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSqr_ctab[3];
 
+KEF_API void _vtmsLGamma(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLGamma_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLGamma_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsLGamma_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sLGamma_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sLGamma_ctab[3];
+
+KEF_API void _vtmdLGamma(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLGamma_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLGamma_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdLGamma_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLGamma_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dLGamma_ctab[3];
+
+KEF_API void _vtmsTGamma(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTGamma_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTGamma_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsTGamma_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sTGamma_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sTGamma_ctab[3];
+
+KEF_API void _vtmdTGamma(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTGamma_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTGamma_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdTGamma_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTGamma_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dTGamma_ctab[3];
+
 KEF_API void _vtmsLinearFrac(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
 KEF_API void _vtmsLinearFrac_HA(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
 KEF_API void _vtmsLinearFrac_21(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);

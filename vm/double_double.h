@@ -63,6 +63,13 @@ inline DoubleDouble<V> two_square(V a) {
     return {square, ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
 }
 
+// a b for normalised a and b, normalised; relative error below 2^-77.
+inline DoubleDouble<d2> multiply(DoubleDouble<d2> a, DoubleDouble<d2> b) {
+    const d2 a_high = leading(a.high), b_high = leading(b.high);
+    return fast_two_sum(a_high * b_high, a_high * ((b.high - b_high) + b.low) +
+                                             ((a.high - a_high) + a.low) * b.high);
+}
+
 // a / b for normalised a and b, relative error below 2^-74: a quotient of 26 bits and
 // its exact remainder. The low part is below 2^-25 of the high one.
 inline DoubleDouble<d2> divide(DoubleDouble<d2> a, DoubleDouble<d2> b) {

@@ -43,8 +43,11 @@ inline d2x2 log_in_double(f4 x) {
     return {log(x4.low), log(x4.high)};
 }
 
-// k ln2 + ln(1 + r), |r| < 0.42. Relative error of the polynomials 2^-22.3 (LA), and
-// 2^-11.08 (EP: rounding included below 2^-11).
+// EP with three bits to spare, for a logarithm that is part of a sum.
+struct EPTerm;
+
+// k ln2 + ln(1 + r), |r| < 0.42. Relative error of the polynomials 2^-22.3 (LA), 2^-11.08
+// (EP: rounding included below 2^-11) and 2^-14.0 (EPTerm).
 template <class Accuracy>
 inline f4 log_single(i4 exponent, f4 r) {
     const f4 k = (f4)_mm_cvtepi32_ps((__m128i)exponent), r2 = r * r;
@@ -56,6 +59,11 @@ inline f4 log_single(i4 exponent, f4 r) {
                         c8 = from_bits(0xBDD2A46Cu);
         const f4 q = ((c2 + r * c3) + r2 * (c4 + r * c5)) + (r2 * r2) * ((c6 + r * c7) + r2 * c8);
         return k * ln2_high + (r + (r2 * q + k * ln2_low));
+    } else if constexpr (std::is_same_v<Accuracy, EPTerm>) {
+        constexpr float c2 = from_bits(0xBEFFC0BBu), c3 = from_bits(0x3EABD09Eu),
+                        c4 = from_bits(0xBE8A6F19u), c5 = from_bits(0x3E38CF97u);
+        return k * static_cast<float>(log_constants::ln2) +
+               (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
     } else {
         constexpr float c2 = from_bits(0xBF0071FEu), c3 = from_bits(0x3EB3BC00u),
                         c4 = from_bits(0xBE689D41u);

@@ -1,0 +1,39 @@
+#include "vm/core/gamma_core.h"
+
+namespace kef::vm {
+
+#define KEF_GAMMA(a0, a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11, a12, low0, low1) \
+    {{from_bits(UINT64_C(a0)), from_bits(UINT64_C(a1)), from_bits(UINT64_C(a2)),     \
+      from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5)),     \
+      from_bits(UINT64_C(a6)), from_bits(UINT64_C(a7)), from_bits(UINT64_C(a8)),     \
+      from_bits(UINT64_C(a9)), from_bits(UINT64_C(a10)), from_bits(UINT64_C(a11)),   \
+      from_bits(UINT64_C(a12))},                                                     \
+     {from_bits(UINT64_C(low0)), from_bits(UINT64_C(low1))}},
+
+constinit const GammaRow gamma_table[gamma_rows] = {
+#include "vm/tables/gamma161.inc"
+};
+constinit const GammaRow lgamma_table[gamma_rows] = {
+#include "vm/tables/lgamma161.inc"
+};
+
+namespace {
+
+constexpr GammaRowSingle in_single(auto... a) { return {{static_cast<float>(a)...}}; }
+
+}  // namespace
+
+#undef KEF_GAMMA
+#define KEF_GAMMA(a0, a1, a2, a3, a4, a5, a6, a7, ...)                                   \
+    in_single(from_bits(UINT64_C(a0)), from_bits(UINT64_C(a1)), from_bits(UINT64_C(a2)), \
+              from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5)), \
+              from_bits(UINT64_C(a6)), from_bits(UINT64_C(a7))),
+
+constinit const GammaRowSingle gamma_table_single[gamma_rows] = {
+#include "vm/tables/gamma161.inc"
+};
+constinit const GammaRowSingle lgamma_table_single[gamma_rows] = {
+#include "vm/tables/lgamma161.inc"
+};
+
+}  // namespace kef::vm

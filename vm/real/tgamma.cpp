@@ -1,0 +1,144 @@
+// TGamma: r = Gamma(x).
+//
+//   x NaN                              NaN
+//   x = +inf                           +infinity
+//   x = -inf, a negative integer       invalid NaN, domain error
+//   x = +-0                            +-infinity, singularity
+//   |x| <= 2^-1024 (2^-128)            +-infinity, overflow
+//   x >= 171.62437695630274 (35.0401)  +infinity, overflow
+//   exact result below the smallest normal number: rounded, underflow; +-0, with the
+//                                      result's sign, for x < -184 (-42)
+//
+// Single HA is the double formula of LA, rounded once; LA and EP compute in single
+// precision up to 20.
+#include "vm/core/gamma_core.h"
+#include "vm/frame.h"
+#include "vm/shapes.h"
+
+namespace kef::vm {
+
+namespace {
+
+// The formulas take first <= |x| < last; 1/x is Gamma(x) below first.
+template <class T>
+struct TGammaRange;
+template <>
+struct TGammaRange<double> {
+    static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
+    static constexpr std::uint32_t near = 0x40340001;   // 20 is the last
+    static constexpr std::uint32_t last = 0x40654000;   // 170
+    static constexpr double first_value = 0x1p-963;
+    static constexpr double infinite_above = from_bits(UINT64_C(0x406573FAE561F648));
+    static constexpr double zero_below = -184;  // |Gamma(x)| < 2^-1080
+};
+template <>
+struct TGammaRange<float> {
+    static constexpr std::uint32_t first = 0x00800000;  // 2^-126
+    static constexpr std::uint32_t near = 0x41A00001;   // 20 is the last
+    static constexpr std::uint32_t last = 0x42300000;   // 44
+    static constexpr float first_value = 0x1p-126f;
+    static constexpr float infinite_above = from_bits(0x420C2910u);
+    static constexpr float zero_below = -42;  // |Gamma(x)| < 2^-151
+};
+
+// Gamma(x) of one element, |x| >= 2^-963 and no pole, as high + low; whether it lies
+// below 2^-1022, where low = 0 and high is rounded once.
+bool tgamma_one(double x, DoubleDouble<double>& r) {
+    const auto take = [&](const DoubleDouble<d2>& value, d2 power) {
+        const DoubleDouble<d2> sum = fast_two_sum(value.high, value.low);
+        r = {(sum.high * power)[0], (sum.low * power)[0]};
+        return false;
+    };
+    const auto far = [&](const GammaScaled& parts) { return take(parts.value, parts.power); };
+    if (x > 0 && x <= gamma_last) return take(tgamma_near_parts(all(x)), all(1.0));
+    if (x > 165) return far(tgamma_far_parts<-2>(all(x))), r = {r.high * 4.0, r.low * 4.0}, false;
+    if (x > -165) return far(tgamma_far_parts(all(x)));
+    far(tgamma_far_parts<1022>(all(x)));
+    const double sign = r.high < 0 ? -1.0 : 1.0;
+    if (r.high * sign >= 1.0) return r = {r.high * 0x1p-1022, r.low * 0x1p-1022}, false;
+    return r = {sign * round_to_subnormal(sign * r.high, sign * r.low), 0}, true;
+}
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct TGamma {
+    using V = Vector<T>;
+    using Range = TGammaRange<T>;
+    static constexpr bool single = std::is_same_v<T, float>;
+    static constexpr bool in_double = single && std::is_same_v<Accuracy, HA>;
+    KEF_REPORT_NAME(TGamma);
+
+    static i4 outside(i4 h) { return not_between(h, Range::first, Range::near); }
+    static i4 beyond(i4 h) { return not_between(magnitude(h), Range::first, Range::last); }
+
+    // Single HA: the second vector marks the midpoints.
+    static auto rounded(d2x2 wide) {
+        if constexpr (in_double)
+            return with_midpoints(wide);
+        else
+            return narrow(wide);
+    }
+
+    static auto fast(V x) {
+        if constexpr (!single) {
+            return tgamma_near<Accuracy>(x);
+        } else if constexpr (in_double) {
+            const d2x2 wide = widen(x);
+            return rounded({tgamma_near<LA>(wide.low), tgamma_near<LA>(wide.high)});
+        } else {
+            return tgamma_single<Accuracy>(x);
+        }
+    }
+
+    static auto far(V x) {
+        if constexpr (single) {
+            const d2x2 wide = widen(x);
+            return rounded({tgamma_far(wide.low), tgamma_far(wide.high)});
+        } else {
+            return tgamma_far(x);
+        }
+    }
+
+    // Poles, overflow and subnormal results.
+    static i4 refuse(i4 r) {
+        return not_between(magnitude(r), Format<T>::normal_head, Format<T>::infinity_head);
+    }
+    static i4 refuse(i4 r, i4 midpoint) { return refuse(r) | midpoint; }
+
+    static int edge(T x, T& r) {
+        if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
+        if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
+        if (x == 0) return r = 1 / x, VTM_STATUS_SING;
+        const T floor = floored<T>(all(x))[0], half = floor * T(0.5);
+        if (x < 0 && floor == x) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
+        if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
+        if (x < Range::zero_below)
+            return r = floored<T>(all(half))[0] == half ? T(0) : -T(0), VTM_STATUS_UNDERFLOW;
+        bool subnormal = false;
+        if (x < Range::first_value && -x < Range::first_value) {
+            r = static_cast<T>(1 / double(x));
+        } else {
+            DoubleDouble<double> sum;
+            subnormal = tgamma_one(x, sum);
+            constexpr T smallest = Format<T>::smallest_normal;
+            if constexpr (single) {
+                subnormal = sum.high < smallest && -sum.high < smallest;
+                r = narrow(sum.high, sum.low);
+            } else {
+                r = sum.high;
+            }
+        }
+        if (is_infinite(r)) return VTM_STATUS_OVERFLOW;
+        return subnormal ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+    }
+};
+
+KEF_MAP1(s, TGamma, LA)
+KEF_MAP1(s, TGamma, HA)
+KEF_MAP1(s, TGamma, EP)
+KEF_MAP1(d, TGamma, LA)
+KEF_MAP1(d, TGamma, HA)
+KEF_MAP1(d, TGamma, EP)
+
+}  // namespace kef::vm
