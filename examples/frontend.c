@@ -17,6 +17,7 @@ static const struct {
     {"errors", "Element errors", errors_chapter},
     {"threads", "Long vectors over several threads", threads_chapter},
     {"streams", "Random streams", streams_chapter},
+    {"montecarlo", "A Monte Carlo valuation", monte_carlo_chapter},
     {"statistics", "Statistics, block by block", statistics_chapter},
     {"summary", "What each accuracy costs and gives", summary_chapter},
     {"fitting", "Splines through tabulated data", fitting_chapter},

@@ -31,7 +31,7 @@ struct session {
 /* A chapter prints its part; false when a check in it failed. */
 typedef bool chapter_function(const struct session *session);
 chapter_function measurements_chapter, accuracy_chapter, errors_chapter, threads_chapter,
-    streams_chapter, statistics_chapter, fitting_chapter, summary_chapter;
+    streams_chapter, monte_carlo_chapter, statistics_chapter, fitting_chapter, summary_chapter;
 
 /* Reads one number a line into session->measurements, and the title from the
  * first comment. Empty lines and lines that begin with # are left out. On any

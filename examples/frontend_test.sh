@@ -31,6 +31,7 @@ expect 0 "299.85239" "$data" --chapter measurements
 expect 0 "element 7500, overflow" "$data" --elements 10001 --threads 3 --chapter threads
 expect 0 "index 50." "$data" --chapter errors
 expect 0 "the same bits" "$data" --chapter accuracy
+expect 0 "chi-square" "$data" --elements 54321 --chapter montecarlo
 expect 0 "agree" "$data" --elements 54321 --chapter statistics
 expect 0 "dExp" "$data" --elements 1
 expect 0 "1790 to 1970" "$data" --chapter fitting

@@ -9,7 +9,9 @@
 #define NO_REFERENCE NAN
 
 /* The arguments of f in a line of the list, as values of one type. */
-#define TAKE_x(T, first, second) const T x = first
+#define TAKE_x(T, first, second) \
+    const T x = first;           \
+    (void)x
 #define TAKE_ab(T, first, second) const T a = first, b = second
 
 /* What a line becomes for one type: five small functions, then a row. The tables

@@ -274,6 +274,20 @@ KEF_API void _vtmdCdfNorm_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCdfNorm_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dCdfNorm_ctab[3];
 
+KEF_API void _vtmsCdfNormInv(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNormInv_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNormInv_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsCdfNormInv_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sCdfNormInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sCdfNormInv_ctab[3];
+
+KEF_API void _vtmdCdfNormInv(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNormInv_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNormInv_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdCdfNormInv_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCdfNormInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dCdfNormInv_ctab[3];
+
 KEF_API void _vtmsCeil(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCeil_21(int32_t n, const float *a, float *r);
@@ -469,6 +483,34 @@ KEF_API void _vtmdErfc_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdErfc_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErfc_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dErfc_ctab[3];
+
+KEF_API void _vtmsErfInv(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfInv_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfInv_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfInv_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sErfInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sErfInv_ctab[3];
+
+KEF_API void _vtmdErfInv(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfInv_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfInv_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfInv_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErfInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dErfInv_ctab[3];
+
+KEF_API void _vtmsErfcInv(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfcInv_HA(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfcInv_21(int32_t n, const float *a, float *r);
+KEF_API void _vtmsErfcInv_11(int32_t n, const float *a, float *r);
+extern KEF_API kef_vtm_s_map1 kef_vtm_kernel_sErfcInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_sErfcInv_ctab[3];
+
+KEF_API void _vtmdErfcInv(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfcInv_HA(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfcInv_50(int32_t n, const double *a, double *r);
+KEF_API void _vtmdErfcInv_26(int32_t n, const double *a, double *r);
+extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dErfcInv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_dErfcInv_ctab[3];
 
 KEF_API void _vtmsExp(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExp_HA(int32_t n, const float *a, float *r);

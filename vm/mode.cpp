@@ -1,6 +1,4 @@
 // Mode word, error status and callback of the calling thread.
-#include <initializer_list>
-
 #include "service/platform.h"
 #include "vm/thread_state.h"
 
@@ -21,7 +19,7 @@ T exchange(T& place, T value) {
 
 }  // namespace
 
-std::uint32_t mode() {
+ThreadState& state_with_mode() {
     ThreadState& state = thread_state();
     if (state.mode == 0 && !state.zero_mode) {
         char text[mode_variable_size];
@@ -29,7 +27,7 @@ std::uint32_t mode() {
         if (platform::environment_value(mode_variable, text, sizeof text)) parse_mode(text, value);
         state.mode = value;
     }
-    return state.mode;
+    return state;
 }
 
 void store_mode(std::uint32_t mode) {
@@ -53,10 +51,7 @@ KEF_CONTROL(std::uint32_t, GetMode, void) { return mode(); }
 
 KEF_CONTROL(std::uint32_t, SetMode, std::uint32_t requested) {
     const std::uint32_t previous = mode();
-    std::uint32_t next = previous;
-    // A field that is zero in the argument stays; precision control always does.
-    for (std::uint32_t field : {VTM_ACCURACY_MASK, VTM_ERRMODE_MASK, VTM_FTZDAZ_MASK})
-        if ((requested & field) != 0) next = (next & ~field) | (requested & field);
+    const std::uint32_t next = merged_mode(previous, requested);
     if (next != previous) store_mode(next);
     return previous;
 }

@@ -20,8 +20,20 @@ struct ThreadState {
 // no memory the process ends with the fatal memory message.
 ThreadState& thread_state();
 
-// The thread's mode word, read from the environment at first use.
-std::uint32_t mode();
+// The same with the mode word read from the environment at first use.
+ThreadState& state_with_mode();
+
+// The thread's mode word, likewise.
+inline std::uint32_t mode() { return state_with_mode().mode; }
+
+// A mode word after SetMode: a field that is zero in `requested` stays; precision control always
+// does.
+inline std::uint32_t merged_mode(std::uint32_t previous, std::uint32_t requested) {
+    constexpr std::uint32_t fields[] = {VTM_ACCURACY_MASK, VTM_ERRMODE_MASK, VTM_FTZDAZ_MASK};
+    for (const std::uint32_t field : fields)
+        if ((requested & field) != 0) previous = (previous & ~field) | (requested & field);
+    return previous;
+}
 
 // Stores a mode word as it is, without the field rules of SetMode.
 void store_mode(std::uint32_t mode);
