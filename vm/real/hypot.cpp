@@ -22,7 +22,8 @@ namespace kef::vm {
 namespace {
 
 // The larger argument below `last` and above `first`: no square overflows, and what
-// underflows of the smaller one's does not count.
+// underflows of the smaller one's does not count. In double the squares of all floats are
+// ordinary: single HA, and what the others' gate holds back.
 template <class T> struct HypotRange;
 template <> struct HypotRange<double> {
     static constexpr std::int32_t last = 0x5F300000, first = 0x26F00000;  // 2^500, 2^-400
@@ -52,8 +53,14 @@ struct Hypot {
     using V = Vector<T>;
     KEF_REPORT_NAME(Hypot);
     static constexpr bool accurate = std::is_same_v<Accuracy, HA>;
+    static constexpr bool is_single = std::is_same_v<T, float>;
 
+    static i4 infinite_or_nan(i4 a, i4 b) {
+        constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
+        return (last - magnitude(a)) | (last - magnitude(b));
+    }
     static i4 outside(i4 a, i4 b) {
+        if constexpr (is_single && accurate) return infinite_or_nan(a, b);
         using Range = HypotRange<T>;
         a = magnitude(a), b = magnitude(b);
         return (Range::last - a) | (Range::last - b) | ((a - Range::first) & (b - Range::first));
@@ -66,10 +73,30 @@ struct Hypot {
             const DoubleDouble<V> r = root_of_squares(a, b);
             return r.high + r.low;
         } else {
-            const d2x2 x = widen(a), y = widen(b);
-            return narrow(square_root(x.low * x.low + y.low * y.low),
-                          square_root(x.high * x.high + y.high * y.high));
+            return in_double(a, b);
         }
+    }
+    static f4 in_double(f4 a, f4 b) {
+        const d2x2 x = widen(a), y = widen(b);
+        return narrow(square_root(x.low * x.low + y.low * y.low),
+                      square_root(x.high * x.high + y.high * y.high));
+    }
+
+    static i4 beyond(i4 a, i4 b)
+        requires(is_single && !accurate)
+    {
+        return infinite_or_nan(a, b);
+    }
+    static V far(V a, V b)
+        requires(is_single && !accurate)
+    {
+        return in_double(a, b);
+    }
+    // Overflow and subnormal results are for the edge.
+    static i4 refuse(i4 r)
+        requires(is_single)
+    {
+        return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
 
     static int edge(T a, T b, T& r) {

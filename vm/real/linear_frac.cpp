@@ -143,6 +143,8 @@ public:
     }
 
     int edge(T a, T b, T& r) const {
+        if (is_nan(a) || is_nan(b))
+            return r = (scalea_ * a + shifta_) / (scaleb_ * b + shiftb_), VTM_STATUS_OK;
         const ScaledLinear numerator = linear_scaled(scalea_, a, shifta_);
         const ScaledLinear denominator = linear_scaled(scaleb_, b, shiftb_);
         const auto special = [](double x) { return x == 0 || !is_finite(x); };
