@@ -138,6 +138,22 @@ public:
         }
     }
 
+    // Larger arguments: times 2^-300, the shifts and so the sums times 2^-600. What of a
+    // shift underflows does not count beside a sum that the gate lets pass.
+    i4 beyond(i4 a, i4 b) const
+        requires(!is_exact)
+    {
+        const auto finite = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
+        const std::int32_t last = last_ < 0 ? -1 : finite;
+        return (last - magnitude(a)) | (last - magnitude(b));
+    }
+    Two<V> far(V a, V b) const
+        requires(!is_exact)
+    {
+        constexpr T s = T(0x1p-300);
+        return LinearFrac(scalea_ * s, shifta_ * (s * s), scaleb_ * s, shiftb_ * (s * s)).fast(a * s, b * s);
+    }
+
     i4 refuse(i4 r, i4 guard) const {
         return not_finite<T>(r) | (is_exact ? guard - small_head : guard);
     }
