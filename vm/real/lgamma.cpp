@@ -8,7 +8,7 @@
 // Relative accuracy for x > 0; absolute accuracy next to the zeros at x < 0. Single HA
 // is the double formula of LA, for x < 0 of HA, rounded once; LA and EP compute in
 // single precision for 0 < x <= 20.
-#include "vm/core/gamma_core.h"
+#include "vm/core/gamma_kernel.h"
 #include "vm/frame.h"
 #include "vm/shapes.h"
 
@@ -22,16 +22,12 @@ template <class T>
 struct LGammaRange;
 template <>
 struct LGammaRange<double> {
-    static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
-    static constexpr std::uint32_t near = 0x40340001;   // 20 is the last
     static constexpr std::uint32_t large = 0x7F400000;  // 2^1013
     static constexpr std::uint32_t last = 0x43300000;   // 2^52
     static constexpr double infinite_above = from_bits(UINT64_C(0x7F5754D9278B51A8));
 };
 template <>
 struct LGammaRange<float> {
-    static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00001;   // 20 is the last
     static constexpr std::uint32_t large = 0x7C44AF8E;  // infinite_above
     static constexpr std::uint32_t last = 0x4B000000;   // 2^23
     static constexpr float infinite_above = from_bits(0x7C44AF8Eu);
@@ -57,47 +53,24 @@ DoubleDouble<d2> lgamma_one(double x) {
 }  // namespace
 
 template <class T, class Accuracy>
-struct LGamma {
-    using V = Vector<T>;
+struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
+    using Kernel = GammaKernel<LGamma, T, Accuracy>;
     using Range = LGammaRange<T>;
-    static constexpr bool single = std::is_same_v<T, float>;
-    static constexpr bool in_double = single && std::is_same_v<Accuracy, HA>;
+    static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(LGamma);
 
-    static i4 outside(i4 h) { return not_between(h, Range::first, Range::near); }
     static i4 beyond(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, Range::first, Range::large) &
-               not_between(h, negative + Range::first, negative + Range::last);
+        return not_between(h, first, Range::large) &
+               not_between(h, negative + first, negative + Range::last);
     }
 
-    // Single HA: the second vector marks the midpoints.
-    static auto rounded(d2x2 wide) {
-        if constexpr (in_double)
-            return with_midpoints(wide);
-        else
-            return narrow(wide);
-    }
-
-    static auto fast(V x) {
-        if constexpr (!single) {
-            return lgamma_near<Accuracy>(x);
-        } else if constexpr (in_double) {
-            const d2x2 wide = widen(x);
-            return rounded({lgamma_near<LA>(wide.low), lgamma_near<LA>(wide.high)});
-        } else {
-            return lgamma_single<Accuracy>(x);
-        }
-    }
-
-    static auto far(V x) {
-        if constexpr (single) {
-            using Inner = std::conditional_t<in_double, LA, EP>;
-            const d2x2 wide = widen(x);
-            return rounded({lgamma_far<Inner>(wide.low), lgamma_far<Inner>(wide.high)});
-        } else {
-            return lgamma_far<Accuracy>(x);
-        }
+    template <class A>
+    static d2 near(d2 x) { return lgamma_near<A>(x); }
+    static f4 near_single(f4 x) { return lgamma_single<Accuracy>(x); }
+    static d2 far_one(d2 x) {
+        using Inner = std::conditional_t<Kernel::in_double, LA, EP>;
+        return lgamma_far<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
     }
 
     // Poles.
@@ -111,7 +84,7 @@ struct LGamma {
             return r = Format<T>::infinity, VTM_STATUS_SING;
         if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
         const DoubleDouble<d2> parts = lgamma_one(x);
-        if constexpr (single)
+        if constexpr (Kernel::single)
             r = rounded_once(parts);
         else
             r = parts.high[0] + parts.low[0];

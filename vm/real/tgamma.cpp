@@ -11,7 +11,7 @@
 //
 // Single HA is the double formula of LA, rounded once; LA and EP compute in single
 // precision up to 20.
-#include "vm/core/gamma_core.h"
+#include "vm/core/gamma_kernel.h"
 #include "vm/frame.h"
 #include "vm/shapes.h"
 
@@ -24,8 +24,6 @@ template <class T>
 struct TGammaRange;
 template <>
 struct TGammaRange<double> {
-    static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
-    static constexpr std::uint32_t near = 0x40340001;   // 20 is the last
     static constexpr std::uint32_t last = 0x40654000;   // 170
     static constexpr double first_value = 0x1p-963;
     static constexpr double infinite_above = from_bits(UINT64_C(0x406573FAE561F648));
@@ -33,8 +31,6 @@ struct TGammaRange<double> {
 };
 template <>
 struct TGammaRange<float> {
-    static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00001;   // 20 is the last
     static constexpr std::uint32_t last = 0x42300000;   // 44
     static constexpr float first_value = 0x1p-126f;
     static constexpr float infinite_above = from_bits(0x420C2910u);
@@ -62,43 +58,18 @@ bool tgamma_one(double x, DoubleDouble<double>& r) {
 }  // namespace
 
 template <class T, class Accuracy>
-struct TGamma {
-    using V = Vector<T>;
+struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
+    using Kernel = GammaKernel<TGamma, T, Accuracy>;
     using Range = TGammaRange<T>;
-    static constexpr bool single = std::is_same_v<T, float>;
-    static constexpr bool in_double = single && std::is_same_v<Accuracy, HA>;
+    static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(TGamma);
 
-    static i4 outside(i4 h) { return not_between(h, Range::first, Range::near); }
-    static i4 beyond(i4 h) { return not_between(magnitude(h), Range::first, Range::last); }
+    static i4 beyond(i4 h) { return not_between(magnitude(h), first, Range::last); }
 
-    // Single HA: the second vector marks the midpoints.
-    static auto rounded(d2x2 wide) {
-        if constexpr (in_double)
-            return with_midpoints(wide);
-        else
-            return narrow(wide);
-    }
-
-    static auto fast(V x) {
-        if constexpr (!single) {
-            return tgamma_near<Accuracy>(x);
-        } else if constexpr (in_double) {
-            const d2x2 wide = widen(x);
-            return rounded({tgamma_near<LA>(wide.low), tgamma_near<LA>(wide.high)});
-        } else {
-            return tgamma_single<Accuracy>(x);
-        }
-    }
-
-    static auto far(V x) {
-        if constexpr (single) {
-            const d2x2 wide = widen(x);
-            return rounded({tgamma_far(wide.low), tgamma_far(wide.high)});
-        } else {
-            return tgamma_far(x);
-        }
-    }
+    template <class A>
+    static d2 near(d2 x) { return tgamma_near<A>(x); }
+    static f4 near_single(f4 x) { return tgamma_single<Accuracy>(x); }
+    static d2 far_one(d2 x) { return tgamma_far(x); }
 
     // Poles, overflow and subnormal results.
     static i4 refuse(i4 r) {
@@ -122,7 +93,7 @@ struct TGamma {
             DoubleDouble<double> sum;
             subnormal = tgamma_one(x, sum);
             constexpr T smallest = Format<T>::smallest_normal;
-            if constexpr (single) {
+            if constexpr (Kernel::single) {
                 subnormal = sum.high < smallest && -sum.high < smallest;
                 r = narrow(sum.high, sum.low);
             } else {
