@@ -97,6 +97,7 @@ template <class T, class Formula, class... X>
 [[gnu::always_inline]] inline void transform(std::int32_t n, T* r, Formula formula, const X*... x) {
     constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
     std::int32_t i = 0;
+#pragma GCC unroll 4
     for (; i <= n - lanes; i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
     for (; i < n; ++i) r[i] = formula(x[i]...);
 }
