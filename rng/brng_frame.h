@@ -141,6 +141,7 @@ public:
     TopBitsScale(float a, float b) : s_((b - a) * 0x1p-24f), a_(a) {}
     void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
         std::int32_t i = 0;
+#pragma GCC unroll 4
         for (; i + 4 <= n; i += 4) {
             const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
             const __m128 t = _mm_cvtepi32_ps(_mm_srli_epi32(w, 8));

@@ -31,6 +31,7 @@ private:
         const __m128i matrix = _mm_set1_epi32(static_cast<int>(a)), one = _mm_set1_epi32(1),
                       lower = _mm_set1_epi32(lower_mask);
         const std::int32_t whole = first + (last - first) / 4 * 4;
+#pragma GCC unroll 2
         for (std::int32_t k = first; k < whole; k += 4) {
             auto* p = reinterpret_cast<__m128i*>(x + k);
             const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + 1));
@@ -67,6 +68,7 @@ struct Tempering {
     }
     void operator()(const std::uint32_t* x, std::int32_t n, std::uint32_t* r) const {
         std::int32_t i = 0;
+#pragma GCC unroll 2
         for (; i + 4 <= n; i += 4)
             _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i),
                              (*this)(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i))));
