@@ -68,15 +68,16 @@ inline d2 log1p_of(DoubleDouble<d2> w) {
     return sum.high + sum.low;
 }
 
-// ln 2x or the function's own formula, rounded once to T: for arguments beyond `large`, and
-// for floats next to whose results there is a midpoint.
+// Asinh and Acosh of one element, rounded once to T: ln 2x from 2^500 (2^60) on, where the
+// gates end, and the function's own formula for floats next to whose results there is a
+// midpoint.
 template <class T, class Argument>
-inline T log_or_log1p(T x, T large, Argument argument) {
+inline T log_or_log1p(T x, Argument argument) {
+    constexpr T log_twice_from = std::is_same_v<T, double> ? T(0x1p500) : T(0x1p60);
     const d2 y = all(double(x));
-    const DoubleDouble<d2> log = x >= large ? log_parts(y, 1) : log1p_parts_of(argument(y));
+    const DoubleDouble<d2> log = x >= log_twice_from ? log_parts(y, 1) : log1p_parts_of(argument(y));
     if constexpr (std::is_same_v<T, double>) return log.high[0] + log.low[0];
     else return rounded_once(log);
 }
-template <class T> inline constexpr T log_twice_from = std::is_same_v<T, double> ? T(0x1p500) : T(0x1p60);
 
 }  // namespace kef::vm

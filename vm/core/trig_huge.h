@@ -1,8 +1,8 @@
 // Four floats of any size as fractions of a turn, and sine, cosine and tangent of them,
 // for a relative error of 2^-27: x = m 2^e with an integer m; the bits of 1/(2 pi) above
-// 2^-e give whole turns, and of those behind 96 are enough, m m' x 2^-96 being what is
-// cut off: below 2^-64 of a turn, where no float comes nearer to a zero than 2^-31
-// (Payne and Hanek, see trig_reduction.h).
+// 2^-e give whole turns, and of those behind 96 are enough: what is cut off is below 2^-64
+// of a turn, and no float from 2^17 on comes nearer to a multiple of pi/2 than 2^-31.9 of a
+// turn (Payne and Hanek, see trig_reduction.h).
 #pragma once
 
 #include <array>

@@ -44,7 +44,7 @@ struct Acosh {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (x < 1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if (is_infinite(x)) return r = x, VTM_STATUS_OK;
-        return r = log_or_log1p(x, log_twice_from<T>, acosh_argument), VTM_STATUS_OK;
+        return r = log_or_log1p(x, acosh_argument), VTM_STATUS_OK;
     }
 };
 

@@ -45,7 +45,7 @@ struct Asinh {
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (is_infinite(x)) return r = x, VTM_STATUS_OK;
-        r = log_or_log1p(x < 0 ? -x : x, log_twice_from<T>, asinh_argument);
+        r = log_or_log1p(x < 0 ? -x : x, asinh_argument);
         if (x < 0) r = -r;
         return VTM_STATUS_OK;
     }
