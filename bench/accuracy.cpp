@@ -173,6 +173,7 @@ private:
 
     void exhaust(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
         const auto total = every_float(reference, row, options_.state, options_.rounding);
+        const Peer<double>* screen = options_.rounding ? Sieve(reference).peer() : nullptr;
         if (!options_.rounding) {
             report<float>(table, row, reference, "every float", kernels<float>(row), total->tallies);
             print(table);
@@ -187,8 +188,13 @@ private:
                 std::min<std::uint64_t>(tally.misrounded, tally.max_failing));
             std::sort(failing.begin(), failing.end());
             for (const float x : failing) std::printf(" %s", hex(x).c_str());
-            std::puts("");
+            std::puts(screen ? ("; screened by " + screen->name).c_str() : "");
             if (options_.rounding) failed_ |= tally.misrounded > 0;
+        }
+        if (!total->peer_holds) {
+            std::fprintf(stderr, "%s: %s misses the error that its row states\n", row.name().c_str(),
+                         screen->name.c_str());
+            failed_ = true;
         }
         if (!options_.rounding) std::puts("");
         check_screen(row, reference, total->screen_error);

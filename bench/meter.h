@@ -94,11 +94,13 @@ private:
                 return;
             }
             about = (j ? row.screen2 : row.screen)(a, b, scalars);
+            rounded = static_cast<T>(about);
+            if (!(reference::fabs(about) < wide(INFINITY))) return;  // far beyond T, or NaN
             const wide size = std::max(reference::fabs(about), wide(least));
             const wide margin = size * wide(row.screen_error * 0x1p-63);
             const T low = static_cast<T>(about - margin);
             rounded = static_cast<T>(about + margin);
-            if (low != rounded && about == about) rounded = static_cast<T>(exact());
+            if (low != rounded) rounded = static_cast<T>(exact());
         }
         quad exact() {
             if (!known) value = (j ? row.exact2 : row.exact)(a, b, scalars);

@@ -20,9 +20,9 @@
 //   K::arithmetic          optional: one arithmetic operation, whose flags are raised;
 //                          all other kernels raise none (vm/control.h)
 //
-// The loop owns the count test, the control register, groups of four, the gates,
-// the rest of fewer than four (computed as a group padded with one of its own
-// elements, so that no lane raises a flag of its own) and the reports. Where a gate
+// The loop owns the count test, the control register, groups of four (where there are no
+// gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
+// with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a gate
 // holds a group back, the group tries the second formula for its lanes outside; then
 // each element of it goes through the gates alone, and only those that are held back then come to the edge. So an element's result does not
 // depend on its place, its neighbours, on n or on alignment.
@@ -61,12 +61,23 @@ template <class T> using InputOf = const T*;
 template <class V> std::array<V, 1> as_array(V x) { return {x}; }
 template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
 
-// Four elements of one array, in as many vectors as they need.
+// Four elements of one array, in as many vectors as they need; or one to three of
+// them, padded with the last one. Never through memory: a load of what narrower stores
+// have just written stalls.
 template <class T> struct Group;
 template <> struct Group<double> {
     d2 low, high;
     static Group at(const double* p) { return {load(p), load(p + 2)}; }
+    static Group padded(const double* p, int count) {
+        const d2 last = all(p[count - 1]);
+        return {count == 1 ? last : load(p), last};
+    }
     void store_at(double* p) const { store(p, low), store(p + 2, high); }
+    void store_some_at(double* p, int count) const {
+        if (count == 1) *p = low[0];
+        else store(p, low);
+        if (count == 3) p[2] = high[0];
+    }
     i4 head() const { return heads(low, high); }
     double first() const { return low[0]; }
     // The lanes whose verdict is set from `other`.
@@ -79,7 +90,16 @@ template <> struct Group<double> {
 template <> struct Group<float> {
     f4 all_four;
     static Group at(const float* p) { return {load(p)}; }
+    static Group padded(const float* p, int count) {
+        const f4 last = all(p[count - 1]);
+        return {count == 1 ? last : with_low_half_at(p, last)};
+    }
     void store_at(float* p) const { store(p, all_four); }
+    void store_some_at(float* p, int count) const {
+        if (count == 1) *p = all_four[0];
+        else store_low_half(p, all_four);
+        if (count == 3) p[2] = all_four[2];
+    }
     i4 head() const { return heads(all_four); }
     float first() const { return all_four[0]; }
     Group replaced(i4 verdict, Group other) const {
@@ -175,8 +195,7 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
         std::array<Group<T>, I> same;
         for (std::size_t j = 0; j < I; ++j) {
             x[j] = in[j][i];
-            const T four[group] = {x[j], x[j], x[j], x[j]};
-            same[j] = Group<T>::at(four);
+            same[j] = Group<T>::padded(&in[j][i], 1);
         }
         const auto store_first = [&](const auto& y) {
             for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
@@ -210,6 +229,20 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
     one_by_one(k, first, count, guard, in, out);
 }
 
+// The loop of a kernel without gates, vector by vector; the number of elements done.
+template <class K, class T, std::size_t O, std::size_t... N>
+inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& out,
+                   std::index_sequence<N...>) {
+    constexpr int lanes = 16 / sizeof(T);
+    int i = 0;
+#pragma GCC unroll 2
+    for (; i <= n - lanes; i += lanes) {
+        const auto y = as_array(k.fast(load(in[N] + i)...));
+        for (std::size_t j = 0; j < O; ++j) store(out[j] + i, y[j]);
+    }
+    return i;
+}
+
 template <class K, class T, std::size_t I, std::size_t O>
 inline void run(const K k, int n, const std::array<const T*, I>& in,
                 const std::array<T*, O>& out) {
@@ -217,9 +250,10 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
     constexpr bool has_edge = requires { &K::edge; };
     ControlGuard<requires { K::arithmetic; }> guard;
 
-    std::array<Group<T>, I> x;
     int i = 0;
+    if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
     for (; i <= n - group; i += group) {
+        std::array<Group<T>, I> x;
         for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
         const bool done = try_group(k, x, [&](const auto& y) {
             for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
@@ -230,17 +264,10 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
 
     const int rest = n - i;
     if (rest == 0) return;
-    for (std::size_t j = 0; j < I; ++j) {
-        T padded[group];
-        for (int lane = 0; lane < group; ++lane) padded[lane] = in[j][i + (lane < rest ? lane : 0)];
-        x[j] = Group<T>::at(padded);
-    }
+    std::array<Group<T>, I> x;
+    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::padded(in[j] + i, rest);
     const bool done = try_group(k, x, [&](const auto& y) {
-        for (std::size_t j = 0; j < O; ++j) {
-            T results[group];
-            y[j].store_at(results);
-            for (int lane = 0; lane < rest; ++lane) out[j][i + lane] = results[lane];
-        }
+        for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, rest);
     });
     if constexpr (has_edge)
         if (!done) [[unlikely]] again(k, i, rest, guard, in, out);

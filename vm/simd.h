@@ -38,6 +38,13 @@ inline d2 load(const double* p) { return (d2)_mm_loadu_pd(p); }
 inline f4 load(const float* p) { return (f4)_mm_loadu_ps(p); }
 inline void store(double* p, d2 x) { _mm_storeu_pd(p, (__m128d)x); }
 inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
+// The low half of a vector at p, the upper one from x; and the low half to p.
+inline f4 with_low_half_at(const float* p, f4 x) {
+    return (f4)_mm_loadl_pi((__m128)x, reinterpret_cast<const __m64*>(p));
+}
+inline void store_low_half(float* p, f4 x) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(p), (__m128)x);
+}
 
 // The leading 32 bits (sign, exponent, top of the significand) of four elements.
 inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }

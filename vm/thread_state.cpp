@@ -1,7 +1,6 @@
 #include "vm/thread_state.h"
 
 #include "service/message.h"
-#include "service/platform.h"
 
 namespace kef::vm {
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "kef_vm.h"
+#include "service/platform.h"
 
 namespace kef::vm {
 
@@ -23,8 +24,12 @@ ThreadState& thread_state();
 // The same with the mode word read from the environment at first use.
 ThreadState& state_with_mode();
 
-// The thread's mode word, likewise.
-inline std::uint32_t mode() { return state_with_mode().mode; }
+// The thread's mode word, likewise. Every call of a kernel asks for it.
+inline std::uint32_t mode() {
+    const auto* state = static_cast<const ThreadState*>(platform::thread_slot_get());
+    if (state != nullptr && state->mode != 0) [[likely]] return state->mode;
+    return state_with_mode().mode;
+}
 
 // A mode word after SetMode: a field that is zero in `requested` stays; precision control always
 // does.

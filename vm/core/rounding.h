@@ -8,14 +8,6 @@
 
 namespace kef::vm {
 
-// Lanes where |x| < Format<T>::integral_from, by bits: no comparison of NaN.
-inline l2 has_fraction(d2 x) {
-    constexpr std::int32_t bound = 0x43300000;
-    const i4 below = magnitude((i4)x) < bound;
-    return (l2)__builtin_shufflevector(below, below, 1, 1, 3, 3);
-}
-inline i4 has_fraction(f4 x) { return magnitude((i4)x) < 0x4B000000; }
-
 inline d2 with_sign(d2 magnitude, d2 x) { return (d2)((l2)magnitude | sign_bit(x)); }
 inline f4 with_sign(f4 magnitude, f4 x) { return (f4)((i4)magnitude | sign_bit(x)); }
 
@@ -23,11 +15,15 @@ inline f4 with_sign(f4 magnitude, f4 x) { return (f4)((i4)magnitude | sign_bit(x
 inline d2 where(l2 mask, d2 value) { return (d2)(mask & (l2)value); }
 inline f4 where(i4 mask, f4 value) { return (f4)(mask & (i4)value); }
 
-// |x| to the nearest integer, ties to even.
+// |x| to the nearest integer, ties to even; `fractions`: lanes |x| < integral_from.
+template <class T>
+inline Vector<T> nearest_magnitude(Vector<T> x, auto fractions) {
+    const Vector<T> shifter = where(fractions, all(Format<T>::integral_from));
+    return (absolute(x) + shifter) - shifter;
+}
 template <class T>
 inline Vector<T> nearest_magnitude(Vector<T> x) {
-    const Vector<T> shifter = where(has_fraction(x), all(Format<T>::integral_from));
-    return (absolute(x) + shifter) - shifter;
+    return nearest_magnitude<T>(x, absolute(x) < all(Format<T>::integral_from));
 }
 
 template <class T>
@@ -35,16 +31,38 @@ inline Vector<T> nearest(Vector<T> x) {
     return with_sign(nearest_magnitude<T>(x), x);
 }
 
-template <class T>
-inline Vector<T> truncated(Vector<T> x) {
-    const Vector<T> t = nearest_magnitude<T>(x);
-    return with_sign(t - where(t > absolute(x), all(T(1))), x);
+// The same without a comparison of floating-point numbers, which would raise invalid for a
+// NaN: no flag but inexact, where the value changes.
+inline d2 nearest_with_flags(d2 x) {
+    const i4 fractions = magnitude((i4)x) < 0x43300000;
+    return with_sign(nearest_magnitude<double>(
+                         x, (l2)__builtin_shufflevector(fractions, fractions, 1, 1, 3, 3)), x);
+}
+inline f4 nearest_with_flags(f4 x) {
+    return with_sign(nearest_magnitude<float>(x, magnitude((i4)x) < 0x4B000000), x);
+}
+
+inline d2 truncated(d2 x) {
+    const d2 t = nearest_magnitude<double>(x);
+    return with_sign(t - where(t > absolute(x), all(1.0)), x);
+}
+// By conversion; the product makes a NaN quiet.
+inline f4 truncated(f4 x) {
+    const i4 fractions = absolute(x) < all(Format<float>::integral_from);
+    const f4 t = (f4)_mm_cvtepi32_ps(_mm_cvttps_epi32((__m128)x));
+    return (f4)(((i4)t & fractions) | ((i4)x & ~(fractions & INT32_MAX))) * all(1.0f);
 }
 
 template <class T>
 inline Vector<T> floored(Vector<T> x) {
     const Vector<T> t = nearest<T>(x);
-    return with_sign(t - where(t > x, all(T(1))), x);
+    return t - where(t > x, all(T(1)));  // a zero keeps its sign
+}
+
+template <class T>
+inline Vector<T> ceiled(Vector<T> x) {
+    const Vector<T> t = nearest<T>(x);
+    return with_sign(t + where(t < x, all(T(1))), x);
 }
 
 // Halves away from zero.

@@ -9,7 +9,7 @@ template <class T, class>
 struct Ceil {
     using V = Vector<T>;
     KEF_REPORT_NAME(Ceil);
-    static V fast(V x) { return -floored<T>(-x); }
+    static V fast(V x) { return ceiled<T>(x); }
 };
 
 KEF_MAP1(s, Ceil, HA)

@@ -13,7 +13,7 @@ struct Modf {
     KEF_REPORT_NAME(Modf);
     static i4 outside(i4 h) { return not_finite<T>(h); }
     static Two<V> fast(V x) {
-        const V integer = truncated<T>(x);
+        const V integer = truncated(x);
         return {integer, with_sign(x - integer, x)};
     }
 

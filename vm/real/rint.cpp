@@ -11,7 +11,7 @@ struct Rint {
     using V = Vector<T>;
     KEF_REPORT_NAME(Rint);
     static constexpr bool arithmetic = true;
-    static V fast(V x) { return nearest<T>(x); }
+    static V fast(V x) { return nearest_with_flags(x); }
 };
 
 KEF_MAP1(s, Rint, HA)

@@ -9,7 +9,7 @@ template <class T, class>
 struct Trunc {
     using V = Vector<T>;
     KEF_REPORT_NAME(Trunc);
-    static V fast(V x) { return truncated<T>(x); }
+    static V fast(V x) { return truncated(x); }
 };
 
 KEF_MAP1(s, Trunc, HA)
