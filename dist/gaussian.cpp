@@ -9,7 +9,6 @@ namespace {
 
 KEF_IN_PLACE(ln, Ln)
 KEF_IN_PLACE(sin, Sin)
-KEF_IN_PLACE(cos, Cos)
 KEF_IN_PLACE(sqrt, Sqrt)
 KEF_IN_PLACE(erf_inv, ErfInv)
 void sin_cos(std::int32_t n, double* x, double* cosine) {
@@ -118,7 +117,8 @@ void join_pairs(std::int32_t n, T* r, const T* x, const T* y, const T* z, Formul
 }
 
 // Two numbers from each pair of uniforms: radius * sine, then radius * cosine. The cosine number of
-// the last pair of an odd count begins the next call.
+// the last pair of an odd count begins the next call. Single pairs take the same kernel, so that the
+// numbers do not depend on how calls are split.
 template <class T>
 std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
     constexpr std::int32_t pairs = block / 2;
@@ -131,9 +131,9 @@ std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T s
     const auto number = [=](auto size, auto x) { return sigma * (size * x) + a; };
 
     if (saved->u1 != SavedPair<T>::none) {
-        T size = saved->u1, cosine = saved->u2 * two_pi<T>;
+        T size = saved->u1, sine = saved->u2 * two_pi<T>, cosine;
         radii(1, &size);
-        cos(1, &cosine);
+        sin_cos(1, &sine, &cosine);
         *r++ = number(size, cosine);
         --n;
     }
@@ -149,13 +149,13 @@ std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T s
     if (status < 0) return status;
     SavedPair<T> next = {SavedPair<T>::none, SavedPair<T>::none};
     if (n % 2 != 0) {
-        T pair[2];
+        T pair[2], cosine;
         status = draw(stream, 2, pair, T(0), T(1));
         if (status < 0) return status;
         next = {pair[0], pair[1]};
         pair[1] *= two_pi<T>;
         radii(1, &pair[0]);
-        sin(1, &pair[1]);
+        sin_cos(1, &pair[1], &cosine);
         r[n - 1] = number(pair[0], pair[1]);
     }
     *saved = next;

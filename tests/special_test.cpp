@@ -141,7 +141,7 @@ void check(const Case& c, int slot) {
     const Row& row = *c.row;
     const std::size_t width = row.component_size();
     const std::string name = row.name();
-    const std::string with_accuracy = name + "_" + std::array{"LA", "HA", "EP"}[slot];
+    const std::string with_accuracy = name + "_" + row.kernels[slot];
     for (int n : {1, 5})
         for (int place = 0; place < n; ++place) {
             const std::vector<Bytes> results = compute(c, slot, place, n);

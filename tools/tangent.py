@@ -56,6 +56,5 @@ def show(name, top, bottom, single):
 
 if __name__ == "__main__":
     show("double LA, single HA", 3, 3, False)
-    show("double EP", 2, 2, False)
+    show("double short", 2, 2, False)
     show("single LA", 1, 2, True)
-    show("single EP", 1, 1, True)

@@ -1,5 +1,5 @@
 // The error function, its complement and the normal distribution, of two doubles at a
-// time. With c the multiple of 1/16 next to u >= 0, and d = u - c,
+// time. With c the multiple of 1/16 (EP: 1/32) next to u >= 0, and d = u - c,
 //
 //   W(u) = erf u for c < 1/2, erfc u from there on
 //        = a0 + a1 d + a2 d^2 + ...
@@ -24,12 +24,12 @@ struct alignas(128) ErfEntry {
     double a[12];
     double low, slope, slope_low;
 };
-// The same for EP: 2^-26.3 for c < 1/2, 2^-28 from there on.
+// The same for EP, twice as dense: 2^-27.1.
 struct alignas(64) ErfShortEntry {
-    double a[7];
+    double a[6];
 };
 extern const ErfEntry erf_table[97];
-extern const ErfShortEntry erf_short_table[97];
+extern const ErfShortEntry erf_short_table[193];
 
 // The table of an accuracy, and how many coefficients count: for erf, and for erfc, which
 // needs more where it is small.
@@ -44,7 +44,7 @@ template <> struct ErfTable<LA> {
 };
 template <> struct ErfTable<EP> {
     static constexpr const ErfShortEntry* table = erf_short_table;
-    static constexpr int erf = 4, erfc = 6;
+    static constexpr int erf = 4, erfc = 5;
 };
 
 // u reduced: d, the lanes of c < 1/2, and the entries of the two lanes.
@@ -75,10 +75,11 @@ inline d2 settled(d2 x) {
     return x;
 }
 
-// 0 <= u < 6 + 1/32. d is exact.
+// 0 <= u < 6 + 1/64. d is exact.
 template <class Entry>
 inline ErfReduced<Entry> erf_reduce(d2 u, const Entry* table) {
-    constexpr double shifter = 0x1.8p48;  // leaves 16 c in the low bits of the sum
+    // leaves 16 c or 32 c in the low bits of the sum
+    constexpr double shifter = std::is_same_v<Entry, ErfShortEntry> ? 0x1.8p47 : 0x1.8p48;
     const d2 sum = u + shifter, c = sum - shifter;
     return {u - c, c < 0.5, &table[_mm_extract_epi16((__m128i)sum, 0)],
             &table[_mm_extract_epi16((__m128i)sum, 4)]};

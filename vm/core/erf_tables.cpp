@@ -14,13 +14,12 @@ constinit const ErfEntry erf_table[97] = {
 #include "vm/tables/erf97.inc"
 };
 
-constinit const ErfShortEntry erf_short_table[97] = {
+constinit const ErfShortEntry erf_short_table[193] = {
 #undef KEF_ERF
-#define KEF_ERF(a0, a1, a2, a3, a4, a5, a6)                                                         \
+#define KEF_ERF(a0, a1, a2, a3, a4, a5)                                                             \
     {{from_bits(UINT64_C(a0)), from_bits(UINT64_C(a1)), from_bits(UINT64_C(a2)),                    \
-      from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5)),                    \
-      from_bits(UINT64_C(a6))}},
-#include "vm/tables/erf97_short.inc"
+      from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5))}},
+#include "vm/tables/erf193_short.inc"
 };
 
 }  // namespace kef::vm

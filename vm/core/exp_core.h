@@ -130,10 +130,10 @@ inline d2 exp_of(const ExpReduced& reduced) {
     }
 }
 
-// exp(x) where it and its power of two are normal numbers.
-template <class Accuracy>
+// 2^shift exp(x) where it and its power of two are normal numbers.
+template <class Accuracy, int shift = 0>
 inline d2 exp_core(d2 x) {
-    return exp_of<Accuracy>(exp_reduce<Accuracy>(x));
+    return exp_of<Accuracy>(exp_reduce<Accuracy, shift>(x));
 }
 
 // exp(x) for -746 < x < -708, subnormal: in two scalings, 2^1022 exp(x) < 1 first.
@@ -151,12 +151,12 @@ inline double exp_half(double x) {
 // exp(x) for 709 < x < ln 2^1024, where m may be 1024.
 inline double exp_large(double x) { return exp_half(x) * 2.0; }
 
-// exp(x) = 2^k p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
+// 2^shift exp(x) = 2^(k + shift) p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
 // relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP), and 2^-28.1 (HA: for functions
 // that are built on it); tools/exp.sollya. `low` is a small correction of x, or nothing.
-template <class Accuracy>
+template <class Accuracy, int shift = 0>
 inline f4 exp_single(f4 x, auto... low) {
-    constexpr float shifter = 0x1.8p23f;
+    constexpr float shifter = 0x1.8p23f + shift;
     constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
     const f4 sum = (x + ... + low) * inverse + shifter;
     const f4 k = sum - shifter;

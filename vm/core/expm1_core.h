@@ -67,7 +67,7 @@ inline d2 expm1_core(d2 x) {
 }
 
 // The same in single precision: e^x - 1 = (2^k - 1) + 2^k p(r), |r| <= ln2/2,
-// -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP).
+// -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP); EP keeps the sign of zero.
 template <class Accuracy>
 inline f4 expm1_single(f4 x) {
     constexpr float shifter = 0x1.8p23f + 127;
@@ -87,9 +87,9 @@ inline f4 expm1_single(f4 x) {
         const f4 r = x - k * from_bits(0x3F317218u);  // ln2
         constexpr float c2 = from_bits(0x3F000115u), c3 = from_bits(0x3E2B842Au),
                         c4 = from_bits(0x3D2A6F76u);
-        p = r + r * r * (c2 + r * (c3 + r * c4));
+        p = r * ((1.0f + r * c2) + r * r * (c3 + r * c4));
     }
-    return (power - 1.0f) + power * p;
+    return power * p - (1.0f - power);
 }
 
 }  // namespace kef::vm

@@ -57,6 +57,7 @@ inline d2 sinh_core(d2 x) {
         return 0.5 * (twice.high + twice.low);
     } else {
         const d2 e = expm1_core<Accuracy>(x);
+        if constexpr (std::is_same_v<Accuracy, EP>) return 0.5 * (e + e / (e + 1.0));
         return e - e * (e * (0.5 / (e + 1.0)));
     }
 }
@@ -70,8 +71,8 @@ inline d2 cosh_core(d2 x) {
         const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
         return 0.5 * (high.high + (high.low + (e.low + q.low)));
     } else {
-        const d2 e = exp_core<Accuracy>(x);
-        return 0.5 * (e + 1.0 / e);
+        const d2 half = exp_core<Accuracy, -1>(x);
+        return half + 0.25 / half;
     }
 }
 
@@ -93,12 +94,13 @@ inline d2 half_tanh_core(d2 x) {
 template <class Accuracy>
 inline f4 sinh_single(f4 x) {
     const f4 e = expm1_single<Accuracy>(x);
+    if constexpr (std::is_same_v<Accuracy, EP>) return 0.5f * (e + e / (e + 1.0f));
     return e - e * (e * (0.5f / (e + 1.0f)));
 }
 template <class Accuracy>
 inline f4 cosh_single(f4 x) {
-    const f4 e = exp_single<Accuracy>(x);
-    return 0.5f * (e + 1.0f / e);
+    const f4 half = exp_single<Accuracy, -1>(x);
+    return half + 0.25f / half;
 }
 template <class Accuracy>
 inline f4 half_tanh_single(f4 x) {

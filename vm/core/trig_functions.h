@@ -18,7 +18,7 @@
 namespace kef::vm {
 
 // The gates: from the smallest normal number, which leaves the sign of zero to the
-// edge, to where the reductions end.
+// edge (`zeros`: from zero, where the formula keeps it), to where the reductions end.
 inline constexpr std::uint32_t head_of(double x) {
     return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(x) >> 32);
 }
@@ -53,8 +53,10 @@ inline Vector<T> tangent_fast(Vector<T> x) {
         return is_far ? with_huge(x, t, tangent_of_turns) : t;
     } else if constexpr (std::is_same_v<Accuracy, HA>)
         return tangent_core<reach>(x);
+    else if constexpr (std::is_same_v<T, double>)
+        return tangent_plain<LA>(x);
     else
-        return tangent_plain<std::conditional_t<is_far, LA, Accuracy>>(x);
+        return tangent_plain(x);
 }
 
 // Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x).
@@ -63,7 +65,10 @@ struct TrigKernel {
     using V = Vector<T>;
     using Last = TrigLast<T, Accuracy>;
     static constexpr std::uint32_t first = zeros ? 0 : Format<T>::normal_head;
-    static i4 outside(i4 h) { return not_between(magnitude(h), first, head_of(Last::near)); }
+    static i4 outside(i4 h) {
+        if constexpr (zeros) return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::near) - 1)));
+        else return not_between(magnitude(h), first, head_of(Last::near));
+    }
     static i4 beyond(i4 h)
         requires(Last::far > Last::near)
     {

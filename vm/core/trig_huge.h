@@ -84,7 +84,7 @@ inline d2 tangent_of_turns(u2 turns) {
     constexpr std::int64_t eighth = INT64_C(1) << 61;
     const u2 sum = turns + static_cast<std::uint64_t>(eighth);
     const l2 t = (l2)sum, odd = sign_mask((l2)(sum << 1));
-    const Two<d2> f = tangent_fraction<EP>(angle_of((t & (2 * eighth - 1)) - eighth));
+    const Two<d2> f = tangent_short_fraction(angle_of((t & (2 * eighth - 1)) - eighth));
     return quotient_by_parity(f.first, f.second, odd, odd & INT64_MIN);
 }
 

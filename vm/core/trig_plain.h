@@ -16,16 +16,16 @@
 
 namespace kef::vm {
 
-// Which sine: a half turn is added for cosine.
-enum class Phase { sine, cosine };
+// Which sine: a quarter turn is added for cosine. Tangent goes by quarter turns.
+enum class Phase { sine, cosine, tangent };
 
 // Single HA: the double formula that is rounded once.
 struct SingleHA;
 
-// k = x inverse rounded to an integer, or to a half of an odd one, and its parity at
-// the sign's place.
+// k = x inverse rounded to an integer; for cosine to a half of an odd one, for tangent to
+// any half. `parity`, at the sign's place: of k, k - 1/2 and 2 k.
 template <class V> struct WholeTurns {
-    V k;
+    V k, sum;  // the last bits of sum count k
     decltype(sign_bit(V())) parity;
 };
 template <class V, Phase phase>
@@ -33,15 +33,18 @@ inline WholeTurns<V> whole_turns(V x, auto inverse) {
     constexpr bool is_double = std::is_same_v<V, d2>;
     using T = std::conditional_t<is_double, double, float>;
     // One more for cosine: cos(pi/2 + r) = -sin r.
-    constexpr T shifter = (is_double ? T(0x1.8p52) : T(0x1.8p23)) + T(phase == Phase::cosine);
+    constexpr T shifter = (is_double ? T(0x1.8p52) : T(0x1.8p23)) *
+                              (phase == Phase::tangent ? T(0.5) : T(1)) + T(phase == Phase::cosine);
     V sum = x * inverse;
     if constexpr (phase == Phase::cosine) sum = sum - T(0.5);
     sum = sum + shifter;
     V k = sum - shifter;
     if constexpr (phase == Phase::cosine) k = k + T(0.5);
-    if constexpr (is_double) return {k, (l2)sum << 63};
-    else return {k, (i4)sum << 31};
+    if constexpr (is_double) return {k, sum, (l2)sum << 63};
+    else return {k, sum, (i4)sum << 31};
 }
+
+inline constexpr double inverse_pi = from_bits(UINT64_C(0x3FD45F306DC9C883));
 
 // r = x - k pi, all products but the last exact.
 template <class Accuracy> struct PiParts;
@@ -70,13 +73,12 @@ template <Phase phase, class Accuracy>
 inline d2 sine_polynomial(d2 r) {
     const d2 y = r * r;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        // relative error 2^-27.3; 1 at pi/2, nowhere above
-        constexpr double s1 = from_bits(UINT64_C(0x3FEFFFFFFCC55EE9));
-        constexpr double s3 = from_bits(UINT64_C(0xBFC5555468E20B45));
-        constexpr double s5 = from_bits(UINT64_C(0x3F8110E493111EDD));
-        constexpr double s7 = from_bits(UINT64_C(0xBF29F5B4D90F16B5));
-        constexpr double s9 = from_bits(UINT64_C(0x3EC5CB9795601A65));
-        return r * (s1 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
+        // relative error 2^-27.1; 1 at pi/2, nowhere above
+        constexpr double s3 = from_bits(UINT64_C(0xBFC55554ACC9DBD5));
+        constexpr double s5 = from_bits(UINT64_C(0x3F8110EA82A8D6F9));
+        constexpr double s7 = from_bits(UINT64_C(0xBF29F679C69FC97F));
+        constexpr double s9 = from_bits(UINT64_C(0x3EC5D41EE99C7ADA));
+        return r * (1.0 + y * (s3 + y * (s5 + y * (s7 + y * s9))));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
         // relative error 2^-52.4; 1 at pi/2
         constexpr double s3 = from_bits(UINT64_C(0xBFC555555555549B));
@@ -105,15 +107,24 @@ inline d2 sine_polynomial(d2 r) {
 
 template <Phase phase, class Accuracy>
 inline d2 sine_plain(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x3FD45F306DC9C883));  // 1/pi
-    const auto turns = whole_turns<d2, phase>(x, inverse);
+    const auto turns = whole_turns<d2, phase>(x, inverse_pi);
     const d2 s = sine_polynomial<phase, Accuracy>(PiParts<Accuracy>::rest(x, turns.k));
     return (d2)((l2)s ^ turns.parity);
 }
 
-// Single HA, both at once: x = k pi/2 + r, |r| <= pi/4. |x| < 2^17.
+// Sine and cosine of x = k pi/2 + r from those of r.
+template <class V>
+inline Two<V> turned(const WholeTurns<V>& turns, V sine, V cosine) {
+    using Bits = decltype(turns.parity);
+    const Bits swap = ((Bits)sine ^ (Bits)cosine) & sign_mask(turns.parity);
+    const Bits sine_sign = sign_bit((V)((Bits)turns.sum << (std::is_same_v<V, d2> ? 62 : 30)));
+    const Bits cosine_sign = sine_sign ^ turns.parity;
+    return {(V)((Bits)sine ^ swap ^ sine_sign), (V)((Bits)cosine ^ swap ^ cosine_sign)};
+}
+
+// Double LA and single HA, both at once: x = k pi/2 + r, |r| <= pi/4. |x| < 2^17.
+template <class Accuracy>
 inline Two<d2> sine_cosine_plain(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
     // sine: relative error 2^-57.9; cosine: absolute 2^-54.1
     constexpr double s3 = from_bits(UINT64_C(0xBFC555555555554E));
     constexpr double s5 = from_bits(UINT64_C(0x3F8111111110F760));
@@ -127,33 +138,64 @@ inline Two<d2> sine_cosine_plain(d2 x) {
     constexpr double c8 = from_bits(UINT64_C(0x3EFA019F8862B75B));
     constexpr double c10 = from_bits(UINT64_C(0xBE927DF6CBB42E2C));
     constexpr double c12 = from_bits(UINT64_C(0x3E21B962D41EE4A1));
-    const d2 sum = x * inverse + 0x1.8p52;
-    const d2 r = PiParts<SingleHA>::rest(x, (sum - 0x1.8p52) * 0.5), y = r * r;
+    const auto turns = whole_turns<d2, Phase::tangent>(x, inverse_pi);
+    const d2 r = PiParts<Accuracy>::rest(x, turns.k), y = r * r;
     const d2 s = r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * s13))))));
     const d2 c = 1.0 + y * (c2 + y * (c4 + y * (c6 + y * (c8 + y * (c10 + y * c12)))));
-    const l2 k = (l2)sum;
-    const i4 odd = (i4)(k << 63) >> 31;
-    const l2 swap = ((l2)s ^ (l2)c) & (l2)__builtin_shufflevector(odd, odd, 1, 1, 3, 3);
-    const l2 sine_sign = (k << 62) & INT64_MIN, cosine_sign = ((k + INT64_C(1)) << 62) & INT64_MIN;
-    return {(d2)((l2)s ^ swap ^ sine_sign), (d2)((l2)c ^ swap ^ cosine_sign)};
+    return turned(turns, s, c);
+}
+
+// k pi/2 + r = x in single precision; |x| < 252, k has 8 bits.
+inline WholeTurns<f4> quarter_turns(f4 x) {
+    return whole_turns<f4, Phase::sine>(x, from_bits(0x3F22F983u));  // 2/pi
+}
+inline f4 quarter_rest(f4 x, f4 k) {
+    constexpr float P1 = 0x1.921ep+0f, P2 = 0x1.b544p-16f, P3 = 0x1.0b4612p-34f;  // 16 bits
+    return ((x - k * P1) - k * P2) - k * P3;
+}
+
+// Single LA, both at once.
+inline Two<f4> sine_cosine_plain(f4 x) {
+    // sine: relative error 2^-27.9; cosine: absolute 2^-24.9
+    constexpr float s3 = from_bits(0xBE2AAAA3u), s5 = from_bits(0x3C0883BDu), s7 = from_bits(0xB94CAA74u);
+    constexpr float c2 = from_bits(0xBEFFFFDDu), c4 = from_bits(0x3D2A9FD6u), c6 = from_bits(0xBAB23C4Fu);
+    const WholeTurns<f4> turns = quarter_turns(x);
+    const f4 r = quarter_rest(x, turns.k), y = r * r;
+    return turned(turns, r + (r * y) * (s3 + y * (s5 + y * s7)), 1.0f + y * (c2 + y * (c4 + y * c6)));
+}
+
+// x = k pi + r for sine, |x| = k pi - r for cosine, with k as above; for cosine it comes from
+// truncation.
+template <Phase phase>
+inline WholeTurns<f4> half_turns(f4 x) {
+    constexpr auto inverse = static_cast<float>(inverse_pi);
+    if constexpr (phase == Phase::sine) return whole_turns<f4, phase>(x, inverse);
+    const i4 k = (i4)_mm_cvttps_epi32((__m128)(absolute(x) * inverse));
+    return {(f4)_mm_cvtepi32_ps((__m128i)k) + 0.5f, (f4)k, k << 31};
+}
+template <Phase phase>
+inline f4 sine_rest(f4 x, f4 k, auto first, auto... others) {
+    if constexpr (phase == Phase::sine) return ((x - k * first) - ... - (k * others));
+    else return ((k * first - absolute(x)) + ... + (k * others));
 }
 
 // pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits.
 template <Phase phase, class Accuracy>
 inline f4 sine_plain(f4 x) {
-    const auto turns = whole_turns<f4, phase>(x, from_bits(0x3EA2F983u));  // 1/pi
-    const f4 k = turns.k;
+    const WholeTurns<f4> turns = half_turns<phase>(x);
     f4 s;
     if constexpr (std::is_same_v<Accuracy, EP>) {
         constexpr float P1 = 0x1.921fp+1f, P2 = 0x1.6a8886p-16f;  // 17 bits and the rest
-        const f4 r = (x - k * P1) - k * P2;
-        // relative error 2^-12.8; 1 at pi/2, nowhere above
-        constexpr float s1 = from_bits(0x3F7FF758u), s3 = from_bits(0xBE29D7F7u), s5 = from_bits(0x3BF794B2u);
+        const f4 r = sine_rest<phase>(x, turns.k, P1, P2);
+        // relative error 2^-12.5. As a sum it gives 1 for cos 0 and no more than 1 anywhere, by
+        // search among the neighbours of the best; as a product it keeps the sign of sin -0.
+        constexpr float s3 = from_bits(0xBE2A0A0Au), s5 = from_bits(0x3BF96CBEu);
         const f4 y = r * r;
-        s = r * (s1 + y * (s3 + y * s5));
+        if constexpr (phase == Phase::sine) s = r * (1.0f + y * (s3 + y * s5));
+        else s = r + (r * y) * (s3 + y * s5);
     } else {
         constexpr float P1 = 0x1.921ep+1f, P2 = 0x1.b544p-15f, P3 = 0x1.0b4612p-33f;  // 16 bits
-        const f4 r = ((x - k * P1) - k * P2) - k * P3;
+        const f4 r = sine_rest<phase>(x, turns.k, P1, P2, P3);
         // relative error 2^-27.2
         constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Du),
                         s7 = from_bits(0xB94FB879u), s9 = from_bits(0x362EE4A0u);
@@ -170,60 +212,42 @@ inline V quotient_by_parity(V numerator, V denominator, Bits odd, Bits parity) {
     return (V)((Bits)((V)((Bits)numerator ^ swap) / (V)((Bits)denominator ^ swap)) ^ parity);
 }
 
-// tan r = first / second, |r| <= pi/4.
-template <class Accuracy>
+// tan r = first / second, |r| <= pi/4; relative error 2^-55.4.
 inline Two<d2> tangent_fraction(d2 r) {
+    constexpr double p1 = from_bits(UINT64_C(0xBFC06B8F64B39920));
+    constexpr double p2 = from_bits(UINT64_C(0x3F66FC3450F68FBF));
+    constexpr double p3 = from_bits(UINT64_C(0xBEDF62564DD9437B));
+    constexpr double q1 = from_bits(UINT64_C(0xBFDD8B1D07AF21C2));
+    constexpr double q2 = from_bits(UINT64_C(0x3F97E798D53C10C4));
+    constexpr double q3 = from_bits(UINT64_C(0xBF2B51D233284546));
     const d2 y = r * r;
-    if constexpr (std::is_same_v<Accuracy, EP>) {
-        // relative error 2^-35.2
-        constexpr double p1 = from_bits(UINT64_C(0xBFBC81C663DF9444));
-        constexpr double p2 = from_bits(UINT64_C(0x3F519BB67896CEAD));
-        constexpr double q1 = from_bits(UINT64_C(0xBFDC75C6ED05C432));
-        constexpr double q2 = from_bits(UINT64_C(0x3F905AABF9BEDED4));
-        return {r * (1.0 + y * (p1 + y * p2)), 1.0 + y * (q1 + y * q2)};
-    } else {
-        // relative error 2^-55.4
-        constexpr double p1 = from_bits(UINT64_C(0xBFC06B8F64B39920));
-        constexpr double p2 = from_bits(UINT64_C(0x3F66FC3450F68FBF));
-        constexpr double p3 = from_bits(UINT64_C(0xBEDF62564DD9437B));
-        constexpr double q1 = from_bits(UINT64_C(0xBFDD8B1D07AF21C2));
-        constexpr double q2 = from_bits(UINT64_C(0x3F97E798D53C10C4));
-        constexpr double q3 = from_bits(UINT64_C(0xBF2B51D233284546));
-        return {r + r * (y * (p1 + y * (p2 + y * p3))), 1.0 + y * (q1 + y * (q2 + y * q3))};
-    }
+    return {r + r * (y * (p1 + y * (p2 + y * p3))), 1.0 + y * (q1 + y * (q2 + y * q3))};
+}
+// The same with 2^-35.2.
+inline Two<d2> tangent_short_fraction(d2 r) {
+    constexpr double p1 = from_bits(UINT64_C(0xBFBC81C663DF9444));
+    constexpr double p2 = from_bits(UINT64_C(0x3F519BB67896CEAD));
+    constexpr double q1 = from_bits(UINT64_C(0xBFDC75C6ED05C432));
+    constexpr double q2 = from_bits(UINT64_C(0x3F905AABF9BEDED4));
+    const d2 y = r * r;
+    return {r * (1.0 + y * (p1 + y * p2)), 1.0 + y * (q1 + y * q2)};
 }
 
-// LA, single HA: |x| < 2^17; EP: |x| < 2^12.
+// LA, single HA: |x| < 2^17.
 template <class Accuracy>
 inline d2 tangent_plain(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x3FE45F306DC9C883));  // 2/pi
-    const auto turns = whole_turns<d2, Phase::sine>(x, inverse);
-    const Two<d2> f = tangent_fraction<Accuracy>(PiParts<Accuracy>::rest(x, turns.k * 0.5));
+    const auto turns = whole_turns<d2, Phase::tangent>(x, inverse_pi);
+    const Two<d2> f = tangent_fraction(PiParts<Accuracy>::rest(x, turns.k));
     return quotient_by_parity(f.first, f.second, sign_mask(turns.parity), turns.parity);
 }
 
-// pi/2 in parts. LA: |x| < 252, k has 8 bits; EP: |x| < 124, k has 7 bits.
-template <class Accuracy>
+// |x| < 252.
 inline f4 tangent_plain(f4 x) {
-    const auto turns = whole_turns<f4, Phase::sine>(x, from_bits(0x3F22F983u));  // 2/pi
-    const f4 k = turns.k;
-    f4 p, q;
-    if constexpr (std::is_same_v<Accuracy, EP>) {
-        constexpr float P1 = 0x1.921fp+0f, P2 = 0x1.6a8886p-17f;  // 17 bits and the rest
-        const f4 r = (x - k * P1) - k * P2, y = r * r;
-        // relative error 2^-17
-        constexpr float p1 = from_bits(0xBD8C0848u), q1 = from_bits(0xBECD9D84u);
-        p = r * (1.0f + y * p1);
-        q = 1.0f + y * q1;
-    } else {
-        constexpr float P1 = 0x1.921ep+0f, P2 = 0x1.b544p-16f, P3 = 0x1.0b4612p-34f;  // 16 bits
-        const f4 r = ((x - k * P1) - k * P2) - k * P3, y = r * r;
-        // relative error 2^-25.8
-        constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u), q2 = from_bits(0x3C1F12DCu);
-        p = r + r * (y * p1);
-        q = 1.0f + y * (q1 + y * q2);
-    }
-    return quotient_by_parity(p, q, turns.parity >> 31, turns.parity);
+    // relative error 2^-25.8
+    constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u), q2 = from_bits(0x3C1F12DCu);
+    const WholeTurns<f4> turns = quarter_turns(x);
+    const f4 r = quarter_rest(x, turns.k), y = r * r;
+    return quotient_by_parity(r + r * (y * p1), 1.0f + y * (q1 + y * q2), sign_mask(turns.parity), turns.parity);
 }
 
 }  // namespace kef::vm

@@ -41,6 +41,8 @@ struct Acos {
         if constexpr (is_single_ha) {
             const d2x2 wide = widen(x);
             return with_midpoints({Acos<double, LA>::fast(wide.low), Acos<double, LA>::fast(wide.high)});
+        } else if constexpr (std::is_same_v<Accuracy, EP>) {
+            return acos_short(x);
         } else {
             const DoubleDouble<V> sum = parts(x);
             return sum.high + sum.low;

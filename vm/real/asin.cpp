@@ -23,6 +23,8 @@ struct Asin {
     static V fast(V x) {
         if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>) {
             return in_double(x, Asin<double, LA>::fast);
+        } else if constexpr (std::is_same_v<Accuracy, EP>) {
+            return asin_short(x);
         } else {
             const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
             // pi/2 - 2 asin u, or asin u.

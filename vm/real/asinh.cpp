@@ -34,6 +34,8 @@ struct Asinh {
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
             const d2x2 wide = widen(x);
             return with_midpoints({Asinh<double, LA>::fast(wide.low), Asinh<double, LA>::fast(wide.high)});
+        } else if constexpr (std::is_same_v<Accuracy, EP>) {
+            return with_sign(log1p_single<EP>(asinh_argument_short(y)), x);
         } else {
             return with_sign(log1p_single<Accuracy>(asinh_argument_rounded(y)), x);
         }

@@ -38,18 +38,17 @@ struct Expm1 {
     KEF_REPORT_NAME(Expm1);
 
     static i4 outside(i4 h) {
-        constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, 0, Range::large) &
-               not_between(h, negative, negative + Format<T>::infinity_head);
+        // Of the negative ones infinity and NaN come out of the formula as well.
+        return greater(h, all(static_cast<std::int32_t>(Range::large - 1)));
     }
 
     static V fast(V x) {
-        const V y = maximum(x, all(Range::minus_one_from));
-        V r;
-        if constexpr (std::is_same_v<T, double>) r = expm1_core<Accuracy>(y);
-        else if constexpr (std::is_same_v<Accuracy, HA>) r = in_double(y, expm1_core<LA>);
-        else r = expm1_single<Accuracy>(y);
-        return with_sign(r, x);  // of -0
+        const V y = maximum(all(Range::minus_one_from), x);  // the second one where x is NaN
+        // with_sign: of -0.
+        if constexpr (std::is_same_v<T, double>) return with_sign(expm1_core<Accuracy>(y), x);
+        else if constexpr (std::is_same_v<Accuracy, HA>) return with_sign(in_double(y, expm1_core<LA>), x);
+        else if constexpr (std::is_same_v<Accuracy, LA>) return with_sign(expm1_single<LA>(y), x);
+        else return expm1_single<EP>(y);
     }
 
     static int edge(T x, T& r) {

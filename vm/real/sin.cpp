@@ -11,7 +11,7 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy> {
+struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, std::is_same_v<Accuracy, EP>> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Sin);
 

@@ -1,4 +1,4 @@
-// SinCos: y = sin x, z = cos x, the same bits as Sin and Cos of the same slot.
+// SinCos: y = sin x, z = cos x; for HA and double EP the bits of Sin and Cos.
 //
 //   x NaN                 NaN twice, the payload kept
 //   x = +-infinity        invalid NaN twice, domain error
@@ -24,11 +24,16 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
         } else if constexpr (std::is_same_v<T, float> &&
                              (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
             const d2x2 wide = widen(x);
-            const Two<d2> low = sine_cosine_plain(wide.low), high = sine_cosine_plain(wide.high);
+            const Two<d2> low = sine_cosine_plain<SingleHA>(wide.low),
+                          high = sine_cosine_plain<SingleHA>(wide.high);
             const Two<V> plain = {narrow(low.first, high.first), narrow(low.second, high.second)};
             if constexpr (reach == TrigReach::near) return plain;
             return {with_huge(x, plain.first, sine_of_turns<Phase::sine>),
                     with_huge(x, plain.second, sine_of_turns<Phase::cosine>)};
+        } else if constexpr (std::is_same_v<T, float>) {
+            return sine_cosine_plain(x);
+        } else if constexpr (std::is_same_v<Accuracy, LA> || reach == TrigReach::far) {
+            return sine_cosine_plain<LA>(x);
         } else {
             return {sine_fast<T, Accuracy, reach, Phase::sine>(x),
                     sine_fast<T, Accuracy, reach, Phase::cosine>(x)};
@@ -47,7 +52,6 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
 
 KEF_MAP1X2(s, SinCos, LA)
 KEF_MAP1X2(s, SinCos, HA)
-KEF_MAP1X2(s, SinCos, EP)
 KEF_MAP1X2(d, SinCos, LA)
 KEF_MAP1X2(d, SinCos, HA)
 KEF_MAP1X2(d, SinCos, EP)
