@@ -12,8 +12,10 @@ namespace kef::platform {
 
 namespace {
 
-// The key lives from load to unload, or to the exit of the process: from then on a
-// thread that still computes finds its block in the heap.
+// The key lives from load to unload, or to the exit of the process. Its value is for the
+// end of a thread; what a thread reads is a variable of its own, at every call of a kernel,
+// by the initial-exec model: one instruction, and a word of the static TLS block.
+[[gnu::tls_model("initial-exec")]] thread_local void* slot_value = nullptr;
 enum class Key { none, live, gone };
 pthread_key_t key;
 Key key_state = Key::none;
@@ -24,11 +26,10 @@ Key state_of_key() { return __atomic_load_n(&key_state, __ATOMIC_ACQUIRE); }
 struct Link {
     Link* next;
     Link* previous;
-    pthread_t owner;
 };
 constexpr std::size_t link_size = (sizeof(Link) + 15) / 16 * 16;
 pthread_mutex_t heap_mutex = PTHREAD_MUTEX_INITIALIZER;
-Link heap = {&heap, &heap, {}};
+Link heap = {&heap, &heap};
 
 void lock_heap() { pthread_mutex_lock(&heap_mutex); }
 void unlock_heap() { pthread_mutex_unlock(&heap_mutex); }
@@ -45,14 +46,6 @@ void heap_destroy() {
     lock_heap();
     while (heap.next != &heap) unlink_and_free(heap.next);
     unlock_heap();
-}
-
-void* block_of_this_thread() {
-    lock_heap();
-    Link* link = heap.next;
-    while (link != &heap && !pthread_equal(link->owner, pthread_self())) link = link->next;
-    unlock_heap();
-    return link != &heap ? block_of(link) : nullptr;
 }
 
 // Without the key no thread runs code of ours at its end.
@@ -99,22 +92,20 @@ void watch_exit() {
 
 }  // namespace
 
-void* thread_slot_get() {
-    if (state_of_key() == Key::live) [[likely]]
-        if (void* block = pthread_getspecific(key)) [[likely]] return block;
-    return state_of_key() == Key::gone ? block_of_this_thread() : nullptr;
-}
+void* thread_slot_get() { return slot_value; }
 
 bool thread_slot_set(void* value) {
-    if (state_of_key() == Key::live && pthread_setspecific(key, value) == 0) return true;
-    return state_of_key() == Key::gone;  // the heap knows the owner
+    const Key state = state_of_key();
+    const bool stored =
+        state == Key::gone || (state == Key::live && pthread_setspecific(key, value) == 0);
+    if (stored) slot_value = value;
+    return stored;
 }
 
 void* heap_allocate(std::size_t size) {
     watch_exit();
     auto* link = static_cast<Link*>(std::malloc(link_size + size));
     if (link == nullptr) return nullptr;
-    link->owner = pthread_self();
     lock_heap();
     link->next = heap.next;
     link->previous = &heap;

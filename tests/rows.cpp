@@ -17,7 +17,7 @@ using element_z = kef_complex16;
 // Calls with the arguments at a chosen address modulo 16, as callers with a
 // 4-byte-aligned stack do.
 template <class... Arguments>
-void call_on_stack(Code code, int address, Arguments... arguments) {
+[[gnu::noinline, gnu::cold]] void call_on_stack(Code code, int address, Arguments... arguments) {
     std::uint32_t words[32] = {};
     int count = 0;
     ((std::memcpy(words + count, &arguments, sizeof arguments),
