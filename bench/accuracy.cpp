@@ -167,6 +167,7 @@ private:
                 for (int j = 0; j < row.results; ++j) total[k][j].merge(tallies[k][j], with_mean);
         }
         if (options_.summary) report<T>(table, row, reference, "all intervals", all, total);
+        if (options_.markdown && !options_.summary) std::printf("## %s\n\n", row.name().c_str());
         print(table);
         check_screen(row, reference, meter.screen_error());
     }

@@ -207,5 +207,29 @@ TEST(Special, EveryFunctionHasRows) {
                 << row.name();
 }
 
+// Next to the multiples of pi/2, where a short polynomial would exceed 1 first.
+template <class T>
+void expect_within_one(const char* name) {
+    const Row& row = *find_row(name);
+    constexpr int neighbours = 1000, size = 2 * neighbours + 1;
+    std::vector<T> x(size), y(size), z(size);
+    for (int quarter = 0; quarter < 100; ++quarter) {
+        x[0] = static_cast<T>(quarter * 1.5707963267948966);
+        for (int i = 0; i < neighbours; ++i) x[0] = std::nextafter(x[0], T(-1e9));
+        for (int i = 1; i < size; ++i) x[i] = std::nextafter(x[i - 1], T(1e9));
+        for (int slot = 0; slot < 3; ++slot) {
+            row.invoke(row.slots[slot], {size, x.data(), nullptr, nullptr, y.data(), z.data()});
+            for (int i = 0; i < size; ++i)
+                ASSERT_TRUE(std::fabs(y[i]) <= 1 && std::fabs(z[i]) <= 1)
+                    << name << " slot " << slot << " of " << x[i];
+        }
+    }
+}
+
+TEST(Special, SinesAndCosinesStayWithinOne) {
+    for (const char* name : {"sSin", "sCos", "sSinCos"}) expect_within_one<float>(name);
+    for (const char* name : {"dSin", "dCos", "dSinCos"}) expect_within_one<double>(name);
+}
+
 }  // namespace
 }  // namespace kef_test

@@ -26,7 +26,7 @@ inline f4 atan_single(f4 y, f4 x) {
                         a11 = from_bits(0xBD769A89u), a13 = from_bits(0x3CCAA328u),
                         a15 = from_bits(0xBB9E0AC0u);
         const f4 t4 = t2 * t2;
-        q = (a3 + t2 * a5) + t4 * ((a7 + t2 * a9) + t4 * ((a11 + t2 * a13) + t4 * a15));
+        q = (a3 + t4 * (a7 + t4 * (a11 + t4 * a15))) + t2 * (a5 + t4 * (a9 + t4 * a13));
     } else {
         constexpr float a3 = from_bits(0xBEA7BE2Cu), a5 = from_bits(0x3E232345u),
                         a7 = from_bits(0xBD3E7317u);

@@ -179,7 +179,9 @@ inline f4 sine_rest(f4 x, f4 k, auto first, auto... others) {
     else return ((k * first - absolute(x)) + ... + (k * others));
 }
 
-// pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits.
+// pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits. The sums'
+// coefficients are neighbours of the best ones for which no rounded result is above 1
+// (tools/sines_within_one.c).
 template <Phase phase, class Accuracy>
 inline f4 sine_plain(f4 x) {
     const WholeTurns<f4> turns = half_turns<phase>(x);
@@ -187,18 +189,20 @@ inline f4 sine_plain(f4 x) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         constexpr float P1 = 0x1.921fp+1f, P2 = 0x1.6a8886p-16f;  // 17 bits and the rest
         const f4 r = sine_rest<phase>(x, turns.k, P1, P2);
-        // relative error 2^-12.5. As a sum it gives 1 for cos 0 and no more than 1 anywhere, by
-        // search among the neighbours of the best; as a product it keeps the sign of sin -0.
-        constexpr float s3 = from_bits(0xBE2A0A0Au), s5 = from_bits(0x3BF96CBEu);
+        // relative error 2^-12.5. For sine a product, which keeps the sign of -0; 1 - 2^-19.6 at
+        // pi/2. For cosine a sum that gives 1 for cos 0.
+        constexpr bool sine = phase == Phase::sine;
+        constexpr float s3 = from_bits(sine ? 0xBE2A09D5u : 0xBE2A0A0Au),
+                        s5 = from_bits(sine ? 0x3BF968F8u : 0x3BF96CBEu);
         const f4 y = r * r;
-        if constexpr (phase == Phase::sine) s = r * (1.0f + y * (s3 + y * s5));
+        if constexpr (sine) s = r * (1.0f + y * (s3 + y * s5));
         else s = r + (r * y) * (s3 + y * s5);
     } else {
         constexpr float P1 = 0x1.921ep+1f, P2 = 0x1.b544p-15f, P3 = 0x1.0b4612p-33f;  // 16 bits
         const f4 r = sine_rest<phase>(x, turns.k, P1, P2, P3);
-        // relative error 2^-27.2
-        constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Du),
-                        s7 = from_bits(0xB94FB879u), s9 = from_bits(0x362EE4A0u);
+        // relative error 2^-27.0
+        constexpr float s3 = from_bits(0xBE2AAAA6u), s5 = from_bits(0x3C08876Eu),
+                        s7 = from_bits(0xB94FB87Fu), s9 = from_bits(0x362EE227u);
         const f4 y = r * r;
         s = r + (r * y) * ((s3 + y * s5) + (y * y) * (s7 + y * s9));
     }

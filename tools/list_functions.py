@@ -1,0 +1,108 @@
+#!/usr/bin/env python3
+"""Makes docs/functions.md: every function with accuracy, cost and error conditions.
+
+    tools/list_functions.py            rewrites it
+    tools/list_functions.py --check    fails where it is not current
+
+The kernels and costs come from vm/surface.def, the errors from the measured table of
+docs/accuracy.md, the conditions from docs/errors.md.
+"""
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+TARGET = ROOT / "docs/functions.md"
+SLOTS = ("HA", "LA", "EP")
+
+HEAD = """\
+# Functions
+
+Made by `tools/list_functions.py` from [vm/surface.def](../vm/surface.def),
+[accuracy.md](accuracy.md) and [errors.md](errors.md); do not edit.
+
+- **error**: the worst that was measured, in ulp for HA (*rounded*: correctly rounded), in bits of the
+  relative error for the others; of two results the worse. Slots that share a kernel stand together.
+- **cost** of an element relative to others, as published in `kef_vtm_kernel_..._ctab`; the order is that
+  of the errors. Pack and Unpack carry the mark of pure data movement.
+- Conditions are those of both types; a threshold in parentheses is single precision's. What the results
+  are beyond that, and the names in reports: [errors.md](errors.md).
+
+"""
+
+
+def columns(line):
+    """Of a table row; a bar may be quoted."""
+    return [c.strip() for c in re.split(r"(?<!\\)\|", line)[1:-1]]
+
+
+def surface():
+    """By function and type: the kernels and costs of the slots, in the order of SLOTS."""
+    found = {}
+    text = (ROOT / "vm/surface.def").read_text()
+    for m in re.finditer(r"^KEF_ROW\((\w), (\w+), +\w+, +(.*)\)", text, re.M):
+        fields = [f.strip() for f in m[3].split(",")]
+        kernels, costs = fields[:3], [float(c.rstrip("f")) for c in fields[3:]]
+        found.setdefault(m[2], {})[m[1]] = [(kernels[i], costs[i]) for i in (1, 0, 2)]
+    return found
+
+
+def measured():
+    """By function with type, and kernel: the worst error as text."""
+    found = {}
+    for line in (ROOT / "docs/accuracy.md").read_text().splitlines():
+        m = re.match(r"\| ([sd][A-Z]\w*)( \d)? \| ((?:HA|LA|EP)[ HLAEP]*) \|", line)
+        if not m:
+            continue
+        _, _, _, ulp, _, _, bits, _, bound = columns(line)
+        for slot in m[3].split():
+            exact = bits == "exact" or "rounded" in bound
+            key = (m[1], slot)
+            text = "rounded" if exact else f"{float(ulp):.2f} ulp" if "ulp" in bound else f"{float(bits):.1f} bits"
+            # The second result of a function; ulp count upwards, bits downwards.
+            worse = max if "ulp" in text else min
+            found[key] = worse(found[key], text) if key in found else text
+    return found
+
+
+def conditions():
+    """By function: domain, singularity, overflow, underflow."""
+    found = {}
+    for line in (ROOT / "docs/errors.md").read_text().splitlines():
+        if line.startswith("| `"):
+            cells = columns(line)
+            for name in re.findall(r"`(\w+)`", cells[0]):
+                found[name] = cells[3:7]
+    return found
+
+
+def cells_of(function, kind, slots, errors):
+    """The cells `error` and `cost` of one type."""
+    kernels = {}
+    for name, (kernel, cost) in zip(SLOTS, slots):
+        kernels.setdefault(kernel, ([], cost))[0].append(name)
+    error = [f"{' '.join(names)}: {errors[kind + function, names[0]]}"
+             for names, _ in kernels.values() if (kind + function, names[0]) in errors]
+    return "; ".join(error), " / ".join(f"{cost:g}" for _, cost in kernels.values())
+
+
+def document():
+    errors, conditions_of = measured(), conditions()
+    lines = [HEAD + "| function | single: error | cost | double: error | cost | domain error | singularity "
+             "| overflow | underflow |\n|" + "---|" * 9]
+    for function, types in surface().items():
+        cells = [cell for kind in "sd" for cell in cells_of(function, kind, types[kind], errors)]
+        lines.append("| " + " | ".join([f"`{function}`", *cells, *conditions_of[function]]) + " |")
+    return "\n".join(lines) + "\n"
+
+
+def main():
+    if sys.argv[1:] == ["--check"]:
+        if TARGET.read_text() != document():
+            sys.exit(f"{TARGET.relative_to(ROOT)} is not current: run ./run generate")
+    else:
+        TARGET.write_text(document())
+
+
+if __name__ == "__main__":
+    main()
