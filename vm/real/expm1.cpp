@@ -38,7 +38,11 @@ struct Expm1 {
     KEF_REPORT_NAME(Expm1);
 
     static i4 outside(i4 h) {
-        // Of the negative ones infinity and NaN come out of the formula as well.
+        constexpr std::uint32_t negative = 0x80000000;
+        if constexpr (std::is_same_v<T, double>)
+            return not_between(h, 0, Range::large) &
+                   not_between(h, negative, negative + Format<T>::infinity_head);
+        // A negative NaN comes out of the formula too: no factor of it is NaN besides.
         return greater(h, all(static_cast<std::int32_t>(Range::large - 1)));
     }
 

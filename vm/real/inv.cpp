@@ -17,7 +17,10 @@ struct Inv {
     KEF_REPORT_NAME(Inv);
     static constexpr bool arithmetic = true;
     static V fast(V x) { return all(T(1)) / x; }
-    static i4 refuse(i4 quotient) { return not_finite<T>(quotient); }
+    // Of the argument: a gate on the quotients would make the divider wait.
+    static i4 outside(i4 h) {
+        return not_between(magnitude(h), Format<T>::normal_head, Format<T>::infinity_head);
+    }
 
     static int edge(T x, T& r) {
         r = T(1) / x;
