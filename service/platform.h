@@ -8,7 +8,13 @@ namespace kef::platform {
 
 // The one thread-local slot. Get gives null where nothing was set, or where the
 // slot could not be had at attach; set is false when the system refuses.
+#if defined(__ELF__)
+// Initial-exec: one instruction at every call of a kernel, and a word of the static TLS block.
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local void* slot_value;
+inline void* thread_slot_get() { return slot_value; }
+#else
 void* thread_slot_get();
+#endif
 bool thread_slot_set(void* value);
 
 // The private heap of the thread blocks: created at the first allocation, given

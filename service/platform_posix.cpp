@@ -13,9 +13,7 @@ namespace kef::platform {
 namespace {
 
 // The key lives from load to unload, or to the exit of the process. Its value is for the
-// end of a thread; what a thread reads is a variable of its own, at every call of a kernel,
-// by the initial-exec model: one instruction, and a word of the static TLS block.
-[[gnu::tls_model("initial-exec")]] thread_local void* slot_value = nullptr;
+// end of a thread; what a thread reads is slot_value.
 enum class Key { none, live, gone };
 pthread_key_t key;
 Key key_state = Key::none;
@@ -92,7 +90,7 @@ void watch_exit() {
 
 }  // namespace
 
-void* thread_slot_get() { return slot_value; }
+constinit thread_local void* slot_value = nullptr;
 
 bool thread_slot_set(void* value) {
     const Key state = state_of_key();
