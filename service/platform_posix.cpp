@@ -90,7 +90,7 @@ void watch_exit() {
 
 }  // namespace
 
-constinit thread_local void* slot_value = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local void* slot_value = nullptr;
 
 bool thread_slot_set(void* value) {
     const Key state = state_of_key();
