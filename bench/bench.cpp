@@ -54,8 +54,8 @@ double now(bool long_call) {
 // Cycles of one call per element, of each kernel.
 template <class T>
 std::vector<double> cycles(const std::vector<Kernel<T>>& kernels, Batch<T>& batch) {
-    // Short calls are repeated, so that the clock's own time (about 30) is small.
-    const int n = batch.size(), repeat = std::max(1, 1000 / n);
+    // Short calls are repeated, so that the clock's own time (about 30) and its step are small.
+    const int n = batch.size(), repeat = std::max(1, 8000 / n);
     const bool long_call = n > 10000;
     const double budget = long_call ? 2e8 : 3e7;  // per kernel
     std::vector<double> best(kernels.size(), INFINITY);

@@ -1,8 +1,10 @@
 // Special results by exact bits: every row of data/special.txt, alone, and in every
 // place of a longer vector of ordinary elements.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -205,6 +207,39 @@ TEST(Special, EveryFunctionHasRows) {
         if (row.element_wise())
             EXPECT_NE(std::find(covered.begin(), covered.end(), row.name()), covered.end())
                 << row.name();
+}
+
+// A signalling NaN comes out quiet, whatever the place and the sign; Abs and Ln keep its bits.
+template <class T, class Bits>
+void expect_quiet(const Row& row) {
+    SCOPED_TRACE(row.name());
+    constexpr Bits quiet_bit = Bits(1) << (std::numeric_limits<T>::digits - 2);
+    constexpr Bits payload = std::bit_cast<Bits>(std::numeric_limits<T>::infinity()) + 0x123;
+    constexpr int n = 7;
+    std::array<T, n> x, y, z;
+    for (int slot = 0; slot < 3; ++slot)
+        for (const Bits sign : {Bits(0), Bits(1) << (sizeof(T) * 8 - 1)})
+            for (int place = 0; place < n; ++place) {
+                x.fill(T(0.5));
+                const Bits nan = sign | payload;
+                std::memcpy(&x[place], &nan, sizeof nan);
+                row.invoke(row.slots[slot], {n, x.data(), nullptr, nullptr, y.data(), z.data()});
+                Bits results[2] = {quiet_bit, quiet_bit};
+                std::memcpy(&results[0], &y[place], sizeof(T));
+                if (row.results == 2) std::memcpy(&results[1], &z[place], sizeof(T));
+                EXPECT_TRUE(std::isnan(y[place]) && (results[0] & results[1] & quiet_bit) != 0)
+                    << "slot " << slot << " place " << place;
+            }
+}
+
+TEST(Special, SignallingNanComesOutQuiet) {
+    for (const Row& row : rows()) {
+        const bool one = row.shape == Shape::map1 || row.shape == Shape::map1x2;
+        const std::string name = row.function;
+        if (!one || name == "Abs" || name == "Ln") continue;
+        if (row.type == 's') expect_quiet<float, std::uint32_t>(row);
+        if (row.type == 'd') expect_quiet<double, std::uint64_t>(row);
+    }
 }
 
 // Next to the multiples of pi/2, where a short polynomial would exceed 1 first.

@@ -46,11 +46,11 @@ inline d2 truncated(d2 x) {
     const d2 t = nearest_magnitude<double>(x);
     return with_sign(t - where(t > absolute(x), all(1.0)), x);
 }
-// By conversion; the product makes a NaN quiet.
+// By conversion; the difference makes a NaN quiet.
 inline f4 truncated(f4 x) {
-    const i4 fractions = absolute(x) < all(Format<float>::integral_from);
     const f4 t = (f4)_mm_cvtepi32_ps(_mm_cvttps_epi32((__m128)x));
-    return (f4)(((i4)t & fractions) | ((i4)x & ~(fractions & INT32_MAX))) * all(1.0f);
+    const f4 fraction = where(absolute(x) < all(Format<float>::integral_from), x - t);
+    return with_sign(x - fraction, x);
 }
 
 template <class T>
