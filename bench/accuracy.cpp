@@ -174,7 +174,7 @@ private:
 
     void exhaust(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
         const auto total = every_float(reference, row, options_.state, options_.rounding);
-        const Peer<double>* screen = options_.rounding ? Sieve(reference).peer() : nullptr;
+        const Peer<double>* screen = options_.rounding ? screening_peer(reference) : nullptr;
         if (!options_.rounding) {
             report<float>(table, row, reference, "every float", kernels<float>(row), total->tallies);
             print(table);

@@ -20,21 +20,27 @@
 
 namespace kef {
 
+// The function of another library that is to decide: of those within 4 ulp everywhere the
+// least accurate, as the fastest. Null where there is none.
+inline const Peer<double>* screening_peer(const reference::Reference& reference) {
+    const Peer<double>* best = nullptr;
+    for (const Peer<double>& peer : peers<double>())
+        if (peer.function == reference.name && peer.everywhere && peer.ulps <= 4 &&
+            (!best || peer.ulps > best->ulps))
+            best = &peer;
+    return best;
+}
+
 // Decides for most floats whether the HA kernel rounds correctly, by a double precision
 // function of another library: where the interval of its value and its error rounds to one
 // float, that must be the result. The others, and those that seem misrounded, are left
 // open. The error is checked on every `check_every`-th element that it decides.
 class Sieve {
 public:
-    explicit Sieve(const reference::Reference& reference) : reference_(reference), wide_(size) {
-        for (const Peer<double>& peer : peers<double>())
-            if (peer.function == reference.name && peer.everywhere && peer.ulps <= 4 &&
-                (!peer_ || peer.ulps > peer_->ulps))  // the least accurate is the fastest
-                peer_ = &peer;
-    }
+    explicit Sieve(const reference::Reference& reference)
+        : reference_(reference), peer_(screening_peer(reference)), wide_(size) {}
     static constexpr int size = 1024;
     static constexpr unsigned check_every = 1 << 12;
-    const Peer<double>* peer() const { return peer_; }
 
     // Whether the peer kept within the error that its row states.
     bool peer_holds() const { return peer_holds_; }
@@ -81,7 +87,7 @@ private:
     }
 
     const reference::Reference& reference_;
-    const Peer<double>* peer_ = nullptr;
+    const Peer<double>* const peer_;
     Batch<double> wide_;
     unsigned elements_ = 0;
     bool peer_holds_ = true;
@@ -155,7 +161,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
                 chunk = next++;
             }
             Meter<float>::Tallies tallies(all.size());
-            Meter<float> meter(reference, rounding_only && sieve.peer() ? 1 : 1 << 14, rounding_only);
+            Meter<float> meter(reference, rounding_only && screening_peer(reference) ? 1 : 1 << 14, rounding_only);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);

@@ -16,19 +16,16 @@ T exchange(T& place, T value) {
     return previous;
 }
 
-// Not part of state_with_mode, which every call of a kernel passes through.
-[[gnu::noinline, gnu::cold]] std::uint32_t starting_mode() {
-    char text[mode_variable_size];
-    std::uint32_t value = default_mode;
-    if (platform::environment_value(mode_variable, text, sizeof text)) parse_mode(text, value);
-    return value;
-}
-
 }  // namespace
 
 ThreadState& state_with_mode() {
     ThreadState& state = thread_state();
-    if (state.mode == 0 && !state.zero_mode) [[unlikely]] state.mode = starting_mode();
+    if (state.mode == 0 && !state.zero_mode) {
+        char text[mode_variable_size];
+        std::uint32_t value = default_mode;
+        if (platform::environment_value(mode_variable, text, sizeof text)) parse_mode(text, value);
+        state.mode = value;
+    }
     return state;
 }
 

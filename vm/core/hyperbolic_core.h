@@ -5,8 +5,8 @@
 //   tanh(x/2) = E/(E + 2)
 //
 // HA carries high and low parts throughout; all terms are positive, so that nothing
-// cancels. The second form of sinh, for the other accuracies, has the smaller error
-// where E is small. Valid where E + 2 and its inverse are ordinary numbers: x < 650 in
+// cancels. The second form of sinh, for LA, has the smaller error where E is small; EP
+// takes the first. Valid where E + 2 and its inverse are ordinary numbers: x < 650 in
 // double, x < 86 in single precision.
 #pragma once
 

@@ -7,6 +7,9 @@
 //   single LA   one polynomial in single precision; EP: a shorter one; beyond their
 //               reductions those of double, up to the largest number (trig_huge.h)
 //
+// SinCos LA takes both polynomials of one reduction. Where EP would save little it is LA: Tan,
+// single SinCos.
+//
 // What the gates hold back comes to the formula of double HA with the reduction for
 // arguments of any size.
 #pragma once

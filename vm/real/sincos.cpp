@@ -1,4 +1,4 @@
-// SinCos: y = sin x, z = cos x; for HA and double EP the bits of Sin and Cos.
+// SinCos: y = sin x, z = cos x; for HA the bits of Sin and Cos.
 //
 //   x NaN                 NaN twice, the payload kept
 //   x = +-infinity        invalid NaN twice, domain error
