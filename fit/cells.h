@@ -13,7 +13,7 @@
 #include <cstdint>
 
 #include "fit/task.h"
-#include "vm/simd.h"
+#include "vm/simd/simd.h"
 
 namespace kef::fit {
 

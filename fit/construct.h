@@ -10,7 +10,7 @@
 #include "fit/partition_check.h"
 #include "fit/task.h"
 #include "service/alloc.h"
-#include "vm/simd.h"
+#include "vm/simd/simd.h"
 
 namespace kef::fit {
 

@@ -1,4 +1,4 @@
-/* Made from vm/surface.def by tools/make_prototypes.py; do not edit.
+/* Made from vm/surface/surface.def by tools/make_prototypes.py; do not edit.
  *
  * For each function F of type t: four entry points and two tables.
  *

@@ -55,7 +55,7 @@ void print_status_message(std::int32_t status, const char* function, std::int32_
     switch (status) {
 #define KEF_STATUS(code, message, errno_value) \
     case code: print_format(message, function, count); return;
-#include "vm/status.def"
+#include "vm/control/status.def"
 #undef KEF_STATUS
         default: print_message(Message::unknown_status, function);
     }

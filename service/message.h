@@ -19,7 +19,7 @@ enum class Message {
 // Prints a catalog message with its printf-style arguments.
 void print_message(Message message, ...);
 
-// Prints the message of a vector-math status (vm/status.def; any other code has
+// Prints the message of a vector-math status (vm/control/status.def; any other code has
 // the unknown_status text). `count` is read for VTM_STATUS_BADSIZE only.
 void print_status_message(std::int32_t status, const char* function, std::int32_t count);
 

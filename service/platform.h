@@ -37,7 +37,7 @@ void write_standard_error(const char* text, std::size_t length);
 using ErrnoAccessor = int* (*)();
 ErrnoAccessor find_errno_accessor();
 
-// Events; implemented by the vector-math control (vm/thread_state.cpp). The
+// Events; implemented by the vector-math control (vm/control/thread_state.cpp). The
 // slot exists before the attach event and until after the detach event.
 bool on_process_attach();               // false: loading should fail
 void on_thread_detach(void* slot_value);  // the ending thread's slot, never null

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "vm/simd.h"
+#include "vm/simd/simd.h"
 
 namespace kef::stats {
 

@@ -94,7 +94,7 @@ const std::vector<Row>& rows() {
     make_row<element_##type, Shape::shape>(                                                      \
         #type, #function, {ENTRIES_##type(function)}, kef_vtm_kernel_##type##function##_ttab, \
         kef_vtm_kernel_##type##function##_ctab, {#k0, #k1, #k2}),
-#include "vm/surface.def"
+#include "vm/surface/surface.def"
 #undef KEF_ROW
 #undef KEF_OFF
     };
@@ -105,7 +105,7 @@ int rows_of_type(char type) {
     int count = 0;
 #define KEF_OFF(row_type, function, shape) count += type == *#row_type;
 #define KEF_ROW(row_type, ...) count += type == *#row_type;
-#include "vm/surface.def"
+#include "vm/surface/surface.def"
 #undef KEF_ROW
 #undef KEF_OFF
     return count;

@@ -4,7 +4,7 @@
     tools/list_functions.py            rewrites it
     tools/list_functions.py --check    fails where it is not current
 
-The kernels and costs come from vm/surface.def, the errors from the measured table of
+The kernels and costs come from vm/surface/surface.def, the errors from the measured table of
 docs/accuracy.md, the conditions from docs/errors.md.
 """
 import pathlib
@@ -18,7 +18,7 @@ SLOTS = ("HA", "LA", "EP")
 HEAD = """\
 # Functions
 
-Made by `tools/list_functions.py` from [vm/surface.def](../vm/surface.def),
+Made by `tools/list_functions.py` from [vm/surface/surface.def](../vm/surface/surface.def),
 [accuracy.md](accuracy.md) and [errors.md](errors.md); do not edit.
 
 - **error**: the worst that was measured, in ulp for HA (*rounded*: correctly rounded), in bits of the
@@ -39,7 +39,7 @@ def columns(line):
 def surface():
     """By function and type: the kernels and costs of the slots, in the order of SLOTS."""
     found = {}
-    text = (ROOT / "vm/surface.def").read_text()
+    text = (ROOT / "vm/surface/surface.def").read_text()
     for m in re.finditer(r"^KEF_ROW\((\w), (\w+), +\w+, +(.*)\)", text, re.M):
         fields = [f.strip() for f in m[3].split(",")]
         kernels, costs = fields[:3], [float(c.rstrip("f")) for c in fields[3:]]

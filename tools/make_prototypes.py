@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes include/kef_vm_functions.h from vm/surface.def.
+"""Makes include/kef_vm_functions.h from vm/surface/surface.def.
 
     tools/make_prototypes.py            rewrites the header
     tools/make_prototypes.py --check    fails where it is not current
@@ -9,7 +9,7 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-SOURCE = ROOT / "vm/surface.def"
+SOURCE = ROOT / "vm/surface/surface.def"
 TARGET = ROOT / "include/kef_vm_functions.h"
 
 ELEMENT = {"s": "float", "d": "double", "c": "kef_complex8", "z": "kef_complex16"}
@@ -34,7 +34,7 @@ SHAPES = {
 WIDE = {"pack_i", "pack_v", "unpack_i", "unpack_v"}
 
 HEAD = """\
-/* Made from vm/surface.def by tools/make_prototypes.py; do not edit.
+/* Made from vm/surface/surface.def by tools/make_prototypes.py; do not edit.
  *
  * For each function F of type t: four entry points and two tables.
  *

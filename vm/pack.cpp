@@ -2,7 +2,7 @@
 // moved as bits; no element is looked at. n <= 0 does nothing.
 #include <cstddef>
 
-#include "vm/shapes.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -9,7 +9,7 @@
 #include <xmmintrin.h>
 
 #include "tests/threads.h"
-#include "vm/error.h"
+#include "vm/control/error.h"
 
 namespace kef::vm {
 namespace {

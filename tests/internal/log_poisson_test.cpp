@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "dist/poisson_normal.h"
+#include "distributions/poisson_normal.h"
 
 namespace {
 

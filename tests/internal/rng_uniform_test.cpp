@@ -2,7 +2,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "dist/frame.h"
+#include "distributions/frame.h"
 #include "tests/rng_streams.h"
 
 namespace {

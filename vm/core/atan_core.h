@@ -7,9 +7,9 @@
 // count. Table: tools/atan_tables.py; polynomials: tools/atan.sollya.
 #pragma once
 
-#include "vm/double_double.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "vm/core/rounding.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

@@ -7,9 +7,9 @@
 // error, and adds the correction to t: 0.53 ulp. Polynomials: tools/cbrt.sollya.
 #pragma once
 
-#include "vm/double_double.h"
-#include "vm/format.h"
-#include "vm/frame.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
 
 namespace kef::vm {
 

@@ -12,10 +12,10 @@
 
 #include "vm/core/log_core.h"
 #include "vm/core/rounding.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

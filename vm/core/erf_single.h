@@ -3,8 +3,8 @@
 #pragma once
 
 #include "vm/core/exp_core.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

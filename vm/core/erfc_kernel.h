@@ -10,8 +10,8 @@
 #include "vm/core/erf_core.h"
 #include "vm/core/erf_single.h"
 #include "vm/core/rounding.h"
-#include "vm/format.h"
-#include "vm/frame.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
 
 namespace kef::vm {
 

@@ -8,7 +8,7 @@
 #pragma once
 
 #include "vm/core/exp_core.h"
-#include "vm/double_double.h"
+#include "vm/simd/double_double.h"
 
 namespace kef::vm {
 

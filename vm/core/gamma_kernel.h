@@ -4,8 +4,8 @@
 #pragma once
 
 #include "vm/core/gamma_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
 
 namespace kef::vm {
 

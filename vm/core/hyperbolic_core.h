@@ -11,8 +11,8 @@
 #pragma once
 
 #include "vm/core/expm1_core.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
 
 namespace kef::vm {
 

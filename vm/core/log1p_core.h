@@ -3,8 +3,8 @@
 #pragma once
 
 #include "vm/core/log_single.h"
-#include "vm/double_double.h"
-#include "vm/frame.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/frame.h"
 
 namespace kef::vm {
 

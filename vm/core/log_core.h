@@ -8,9 +8,9 @@
 // Table: tools/log_tables.py; polynomials: tools/log.sollya.
 #pragma once
 
-#include "vm/double_double.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

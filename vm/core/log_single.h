@@ -4,7 +4,7 @@
 #pragma once
 
 #include "vm/core/log_core.h"
-#include "vm/frame.h"
+#include "vm/simd/frame.h"
 
 namespace kef::vm {
 

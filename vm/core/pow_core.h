@@ -11,8 +11,8 @@
 #include "vm/core/exp_core.h"
 #include "vm/core/log_single.h"
 #include "vm/core/rounding.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
 
 namespace kef::vm {
 

@@ -3,8 +3,8 @@
 // The sign of a zero result is the argument's.
 #pragma once
 
-#include "vm/format.h"
-#include "vm/simd.h"
+#include "vm/simd/format.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

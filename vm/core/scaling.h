@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "vm/simd.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

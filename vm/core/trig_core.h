@@ -10,10 +10,10 @@
 #pragma once
 
 #include "vm/core/trig_reduction.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

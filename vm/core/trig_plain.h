@@ -11,8 +11,8 @@
 #pragma once
 
 #include "vm/core/trig_reduction.h"
-#include "vm/frame.h"
-#include "vm/simd.h"
+#include "vm/simd/frame.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

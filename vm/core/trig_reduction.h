@@ -11,8 +11,8 @@
 // SIGNUM Newsletter 18 (1983). Constants: tools/trig_tables.py.
 #pragma once
 
-#include "vm/double_double.h"
-#include "vm/simd.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/simd.h"
 
 namespace kef::vm {
 

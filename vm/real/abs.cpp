@@ -1,7 +1,7 @@
 // Abs: clears the sign bit, of a NaN too. Exact; no error conditions, no flags.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -8,9 +8,9 @@
 // Single HA is the double formula of LA, rounded once; next to a midpoint of floats, as
 // for two of all arguments, the edge decides with both parts of HA.
 #include "vm/core/asin_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

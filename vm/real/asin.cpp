@@ -7,9 +7,9 @@
 // Double HA: the arc sine in two parts, 0.52 ulp. Single HA is the double formula of
 // LA, rounded once; LA and EP compute in single precision.
 #include "vm/core/asin_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -9,9 +9,9 @@
 // parts of HA decide. LA and EP compute in single precision.
 #include "vm/core/inverse_hyperbolic.h"
 #include "vm/core/rounding.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -11,9 +11,9 @@
 // single precision.
 #include "vm/core/atan_core.h"
 #include "vm/core/atan_single.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

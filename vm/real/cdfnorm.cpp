@@ -7,7 +7,7 @@
 //
 // Formulas of the slots: vm/core/erfc_kernel.h.
 #include "vm/core/erfc_kernel.h"
-#include "vm/shapes.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -8,9 +8,9 @@
 // Double HA and LA are one formula, 0.57 ulp. Single HA is the same, rounded once; the edge
 // decides beside midpoints with the low part.
 #include "vm/core/erf_inverse_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

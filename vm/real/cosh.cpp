@@ -7,9 +7,9 @@
 // Single HA is the double formula of LA, rounded once, which is correct for every
 // argument (docs/accuracy.md); LA and EP compute in single precision.
 #include "vm/core/hyperbolic_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

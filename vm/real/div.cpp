@@ -8,9 +8,9 @@
 //
 // The division itself raises the flags; every case shows as an infinite or NaN
 // quotient, which is the gate.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -10,9 +10,9 @@
 // decides beside midpoints with the low part.
 #include "vm/core/erf_inverse_core.h"
 #include "vm/core/scaling.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

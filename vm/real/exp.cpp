@@ -11,9 +11,9 @@
 // argument (docs/accuracy.md); LA and EP compute in single precision. Outside the
 // gate every slot uses the more accurate double formula.
 #include "vm/core/exp_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,7 +1,7 @@
 // Floor: the largest integer not above x. No error conditions, no flags.
 #include "vm/core/rounding.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

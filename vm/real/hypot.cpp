@@ -12,10 +12,10 @@
 #include <algorithm>
 
 #include "vm/core/scaling.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

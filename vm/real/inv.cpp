@@ -5,9 +5,9 @@
 //   |x| < about 2^-1024     +-infinity, overflow (single: 2^-128)
 //
 // The gate is the finite quotient, as for Div.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

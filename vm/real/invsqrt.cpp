@@ -9,9 +9,9 @@
 // exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. The single kernels start from the
 // reciprocal instruction, whose last bits depend on the processor: EP is 2^-11.4, LA
 // 2^-22, HA corrects that in double and rounds once, so that its bits do not depend.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -9,8 +9,8 @@
 // is the double formula of LA, for x < 0 of HA, rounded once; LA and EP compute in
 // single precision for 0 < x <= 20.
 #include "vm/core/gamma_kernel.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

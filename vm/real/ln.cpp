@@ -9,9 +9,9 @@
 // two floats, as for four of all arguments, the edge decides with its low part. LA and
 // EP compute in single precision: x = 2^k z, z in [0.705, 1.41), ln x = k ln2 + ln z.
 #include "vm/core/log_single.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

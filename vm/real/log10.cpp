@@ -9,9 +9,9 @@
 // double formula, rounded once; LA and EP compute in single precision. At powers of
 // ten the results are exact.
 #include "vm/core/log_single.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -2,8 +2,8 @@
 // Exact. Infinity gives infinity and 0, NaN gives NaN twice. No error conditions,
 // no flags.
 #include "vm/core/rounding.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

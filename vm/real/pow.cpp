@@ -13,8 +13,8 @@
 //
 // Double HA 0.52 ulp; single HA is a double formula, 0.5 ulp + 2^-10; also LA.
 #include "vm/core/pow_core.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

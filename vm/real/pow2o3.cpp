@@ -7,9 +7,9 @@
 // Double HA 0.53 ulp. Single HA is a double formula, rounded once; LA and EP compute
 // in single precision. Double EP is LA.
 #include "vm/core/cbrt_core.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

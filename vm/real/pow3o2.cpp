@@ -10,10 +10,10 @@
 // Double HA: (t + d)^3 with t the root cut to 17 bits, so that t^3 is exact: 0.51 ulp.
 // LA is x sqrt(x), 1.4 ulp; also EP. Single HA is that in double, rounded once.
 #include "vm/core/scaling.h"
-#include "vm/double_double.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/double_double.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,8 +1,8 @@
 // Powx: r = a^b for one exponent b. Results, special cases and errors are those of Pow;
 // an exponent outside its range sends every element to the edge.
 #include "vm/core/pow_core.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,8 +1,8 @@
 // Rint: to the nearest integer, halves to even; raises inexact where x changes.
 // No error conditions.
 #include "vm/core/rounding.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,7 +1,7 @@
 // Round: to the nearest integer, halves away from zero. No error conditions, no flags.
 #include "vm/core/rounding.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -6,7 +6,7 @@
 //
 // Formulas and ranges of the slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
-#include "vm/shapes.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,7 +1,7 @@
 // Sqr: r = x x, correctly rounded. No error conditions, as for Mul.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

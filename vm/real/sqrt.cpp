@@ -5,9 +5,9 @@
 //   x < 0                   invalid NaN, domain error
 //
 // The instruction raises the flags; the gate is a finite root.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,8 +1,8 @@
 // Sub: r = a - b, correctly rounded. No error conditions: an overflow, an
 // underflow or an invalid operation shows in the result and in the flags.
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

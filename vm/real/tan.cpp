@@ -8,7 +8,7 @@
 // A formula for EP alone would save less than a quarter of LA's. Formulas and ranges of the
 // slots: vm/core/trig_functions.h.
 #include "vm/core/trig_functions.h"
-#include "vm/shapes.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

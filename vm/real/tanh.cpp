@@ -8,9 +8,9 @@
 // rational function.
 #include "vm/core/hyperbolic_core.h"
 #include "vm/core/rounding.h"
-#include "vm/format.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

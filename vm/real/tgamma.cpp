@@ -12,8 +12,8 @@
 // Single HA is the double formula of LA, rounded once; LA and EP compute in single
 // precision up to 20.
 #include "vm/core/gamma_kernel.h"
-#include "vm/frame.h"
-#include "vm/shapes.h"
+#include "vm/simd/frame.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 

@@ -1,0 +1,143 @@
+// The frame of a distribution generator: the vector-math bracket, the blocks, the uniform draws
+// and the in-place call through a dispatch slot.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "kef_dist.h"
+#include "kef_vm.h"
+#include "rng/registry.h"
+#include "vm/simd/simd.h"
+#include "vm/control/thread_state.h"
+
+namespace kef::dist {
+
+// Numbers of a block; scratch on the stack is counted in blocks.
+inline constexpr std::int32_t block = 1024;
+
+// Vector-math mode of the bracket, and of each kernel call inside it.
+inline constexpr std::uint32_t bracket_mode = VTM_ERRMODE_CALLBACK, kernel_mode = VTM_FTZDAZ_OFF;
+
+// Keeps the thread's mode word and puts it back bit for bit: SetMode could not restore a field that
+// was zero.
+class ModeScope {
+public:
+    explicit ModeScope(std::uint32_t requested)
+        : state_(vm::state_with_mode()), mode_(state_.mode), zero_mode_(state_.zero_mode) {
+        state_.mode = vm::merged_mode(mode_, requested);
+        state_.zero_mode = false;
+    }
+    ~ModeScope() {
+        state_.mode = mode_;
+        state_.zero_mode = zero_mode_;
+    }
+    ModeScope(const ModeScope&) = delete;
+    ModeScope& operator=(const ModeScope&) = delete;
+
+protected:
+    vm::ThreadState& state_;
+
+private:
+    std::uint32_t mode_;
+    bool zero_mode_;
+};
+
+// The distribution's own error callback for the time of a call; callback and mode word are the
+// caller's again on every way out.
+class Bracket : ModeScope {
+public:
+    explicit Bracket(kef_vtm_error_callback callback)
+        : ModeScope(bracket_mode), callback_(state_.callback) {
+        state_.callback = callback;  // the mode is that of a set callback already
+    }
+    ~Bracket() { state_.callback = callback_; }
+
+private:
+    kef_vtm_error_callback callback_;
+};
+
+// A call of a dispatch slot under kernel_mode.
+template <class Function, class... Arguments>
+void evaluate(Function* slot, Arguments... arguments) {
+    const ModeScope mode(kernel_mode);
+    slot(arguments...);
+}
+
+// In a source file, KEF_IN_PLACE(ln, Ln) defines ln(n, r): r = Ln(r) through slot 2, of both types.
+#define KEF_IN_PLACE(name, Function)                                        \
+    [[maybe_unused]] inline void name(std::int32_t n, double* r) {          \
+        kef::dist::evaluate(kef_vtm_kernel_d##Function##_ttab[2], n, r, r); \
+    }                                                                       \
+    [[maybe_unused]] inline void name(std::int32_t n, float* r) {           \
+        kef::dist::evaluate(kef_vtm_kernel_s##Function##_ttab[2], n, r, r); \
+    }
+
+// Uniform numbers on [a, b) by the generator's own mapping.
+inline std::int32_t draw(kef_stream* stream, std::int32_t n, double* r, double a, double b) {
+    return _vtsdRngUniform(VTS_METHOD_STANDARD, stream, n, r, a, b);
+}
+inline std::int32_t draw(kef_stream* stream, std::int32_t n, float* r, float a, float b) {
+    return _vtssRngUniform(VTS_METHOD_STANDARD, stream, n, r, a, b);
+}
+
+// Normal numbers.
+inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t n, double* r,
+                           double a, double sigma) {
+    return _vtsdRngGaussian(method, stream, n, r, a, sigma);
+}
+inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t n, float* r,
+                           float a, float sigma) {
+    return _vtssRngGaussian(method, stream, n, r, a, sigma);
+}
+
+// r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one. The formula takes
+// vectors as well as numbers and gives both the same bits.
+template <class T, class Formula, class... X>
+[[gnu::always_inline]] inline void transform(std::int32_t n, T* r, Formula formula, const X*... x) {
+    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    std::int32_t i = 0;
+#pragma GCC unroll 4
+    for (; i <= n - lanes; i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
+    for (; i < n; ++i) r[i] = formula(x[i]...);
+}
+
+inline vm::d2 evens(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 0, 2); }
+inline vm::f4 evens(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 0, 2, 4, 6); }
+inline vm::d2 odds(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 1, 3); }
+inline vm::f4 odds(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 1, 3, 5, 7); }
+
+// Of n pairs the first members to `first`, which may be where the pairs stand, and formula(second
+// member) to r.
+template <class T, class Formula>
+[[gnu::always_inline]] inline void split_pairs(std::int32_t n, const T* pairs, T* first, T* r,
+                                               Formula formula) {
+    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    std::int32_t i = 0;
+    for (; i <= n - lanes; i += lanes) {
+        const auto x = vm::load(pairs + 2 * i), y = vm::load(pairs + 2 * i + lanes);
+        vm::store(first + i, evens(x, y));
+        vm::store(r + i, formula(odds(x, y)));
+    }
+    for (; i < n; ++i) {
+        const T second = pairs[2 * i + 1];
+        first[i] = pairs[2 * i];
+        r[i] = formula(second);
+    }
+}
+
+// Calls make(r, m) for pieces of at most `block` numbers until n stand in r or a status is
+// negative. The status of the last piece; VTS_STATUS_OK when n <= 0.
+template <class T, class Make>
+std::int32_t in_blocks(std::int32_t n, T* r, Make make) {
+    std::int32_t status = VTS_STATUS_OK;
+    while (n > 0 && status >= 0) {
+        const std::int32_t m = std::min(n, block);
+        status = make(r, m);
+        r += m;
+        n -= m;
+    }
+    return status;
+}
+
+}  // namespace kef::dist

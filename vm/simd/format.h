@@ -1,0 +1,58 @@
+// What a kernel needs to know of an element type's bit layout, and the values of
+// special results.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "kef_vm.h"
+#include "vm/simd/simd.h"
+
+namespace kef::vm {
+
+template <class T> struct Format;
+template <> struct Format<double> {
+    using Bits = std::uint64_t;
+    static constexpr std::uint32_t infinity_head = 0x7FF00000;  // also: smallest NaN
+    static constexpr std::int32_t one_head = 0x3FF00000;
+    static constexpr std::uint32_t normal_head = 0x00100000;    // smallest normal number
+    static constexpr double infinity = from_bits(UINT64_C(0x7FF0000000000000));
+    static constexpr double smallest_normal = from_bits(UINT64_C(0x0010000000000000));
+    static constexpr double invalid = from_bits(UINT64_C(0xFFF8000000000000));  // domain error
+    static constexpr double ones = from_bits(UINT64_C(0xFFFFFFFFFFFFFFFF));
+    static constexpr double integral_from = 0x1p52;  // no fraction from here on
+};
+template <> struct Format<float> {
+    using Bits = std::uint32_t;
+    static constexpr std::uint32_t infinity_head = 0x7F800000;
+    static constexpr std::int32_t one_head = 0x3F800000;
+    static constexpr std::uint32_t normal_head = 0x00800000;
+    static constexpr float infinity = from_bits(0x7F800000u);
+    static constexpr float smallest_normal = from_bits(0x00800000u);
+    static constexpr float invalid = from_bits(0xFFC00000u);
+    static constexpr float ones = from_bits(0xFFFFFFFFu);
+    static constexpr float integral_from = 0x1p23f;
+};
+
+template <class T> inline bool is_nan(T x) { return x != x; }
+template <class T> inline bool is_infinite(T x) {
+    return x == Format<T>::infinity || x == -Format<T>::infinity;
+}
+// By bits: raises no flag for a signalling NaN or for infinity minus itself.
+template <class T> inline bool is_finite(T x) {
+    return (to_bits(x) << 1) < (to_bits(Format<T>::infinity) << 1);
+}
+
+// A NaN argument as result: the same payload, quiet.
+template <class T> inline T quiet(T nan) { return nan + nan; }
+
+// Lanes that are infinite or NaN.
+template <class T> inline i4 not_finite(i4 heads) {
+    return magnitude(heads) >= static_cast<std::int32_t>(Format<T>::infinity_head);
+}
+
+// The function's name in reports, by element type.
+#define KEF_REPORT_NAME(function) \
+    static constexpr const char* name = std::is_same_v<T, float> ? "vs" #function : "vd" #function
+
+}  // namespace kef::vm

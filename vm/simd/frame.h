@@ -1,0 +1,309 @@
+// The loop of every element-wise kernel. A kernel is a functor K of one element
+// type, and holds mathematics only:
+//
+//   K::Element             float or double
+//   K::name                the name in error reports
+//   k.outside(h...)        optional gate, from the leading 32 bits of four elements
+//                          of each argument: lanes that the fast formula must not
+//                          see; one comparison if possible
+//   k.fast(x...)           the formula on a vector of each argument; the result,
+//                          or Two{first, second}
+//   k.refuse(h...)         optional gate on the leading bits of what fast gave, for
+//                          formulas that are harmless everywhere: lanes that need
+//                          the edge; a vector more than the kernel has results is
+//                          for this gate alone
+//   k.beyond(h...), k.far(x...)
+//                          optional second gate and formula: far gives the lanes that
+//                          `outside` holds back and `beyond` does not
+//   k.edge(x..., r...)     one element that the gates hold back; the special cases in
+//                          their order. Gives the status, VTM_STATUS_OK or an error
+//   K::arithmetic          optional: one arithmetic operation, whose flags are raised;
+//                          all other kernels raise none (vm/control/control.h)
+//
+// The loop owns the count test, the control register, groups of four (where there are no
+// gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
+// with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a gate
+// holds a group back, the group tries the second formula for its lanes outside; then
+// each element of it goes through the gates alone, and only those that are held back then come to the edge. So an element's result does not
+// depend on its place, its neighbours, on n or on alignment.
+#pragma once
+
+#include <array>
+#include <type_traits>
+#include <utility>
+
+#include "vm/control/control.h"
+#include "vm/control/error.h"
+#include "vm/simd/simd.h"
+
+namespace kef::vm {
+
+// The accuracy tags; each names a slot.
+struct LA;
+struct HA;
+struct EP;
+
+template <class V>
+struct Two {
+    V first, second;
+};
+
+// Doubles as float results, and the lanes that are midpoints for the gate `refuse`.
+inline Two<f4> with_midpoints(d2x2 x) {
+    return {narrow(x.low, x.high), (f4)midpoints(x.low, x.high)};
+}
+
+namespace frame {
+
+inline constexpr int group = 4;
+
+template <class T> using InputOf = const T*;
+template <class V> std::array<V, 1> as_array(V x) { return {x}; }
+template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
+
+// Four elements of one array, in as many vectors as they need; or one to three of
+// them, padded with the last one. Never through memory: a load of what narrower stores
+// have just written stalls.
+template <class T> struct Group;
+template <> struct Group<double> {
+    d2 low, high;
+    static Group at(const double* p) { return {load(p), load(p + 2)}; }
+    static Group padded(const double* p, int count) {
+        const d2 last = all(p[count - 1]);
+        return {count == 1 ? last : load(p), last};
+    }
+    void store_at(double* p) const { store(p, low), store(p + 2, high); }
+    void store_some_at(double* p, int count) const {
+        if (count == 1) *p = low[0];
+        else store(p, low);
+        if (count == 3) p[2] = high[0];
+    }
+    i4 head() const { return heads(low, high); }
+    double first() const { return low[0]; }
+    // The lanes whose verdict is set from `other`.
+    Group replaced(i4 verdict, Group other) const {
+        const i4 mask = verdict >> 31;
+        return {select((l2)__builtin_shufflevector(mask, mask, 0, 0, 1, 1), other.low, low),
+                select((l2)__builtin_shufflevector(mask, mask, 2, 2, 3, 3), other.high, high)};
+    }
+};
+template <> struct Group<float> {
+    f4 all_four;
+    static Group at(const float* p) { return {load(p)}; }
+    static Group padded(const float* p, int count) {
+        const f4 last = all(p[count - 1]);
+        return {count == 1 ? last : with_low_half_at(p, last)};
+    }
+    void store_at(float* p) const { store(p, all_four); }
+    void store_some_at(float* p, int count) const {
+        if (count == 1) *p = all_four[0];
+        else store_low_half(p, all_four);
+        if (count == 3) p[2] = all_four[2];
+    }
+    i4 head() const { return heads(all_four); }
+    float first() const { return all_four[0]; }
+    Group replaced(i4 verdict, Group other) const {
+        return {select(verdict >> 31, other.all_four, all_four)};
+    }
+};
+
+// A formula on the vectors of each group.
+template <class Formula, class T, std::size_t I, std::size_t... N>
+inline auto apply(Formula f, const std::array<Group<T>, I>& x, std::index_sequence<N...>) {
+    if constexpr (std::is_same_v<T, double>) {
+        const auto low = as_array(f(x[N].low...));
+        const auto high = as_array(f(x[N].high...));
+        std::array<Group<T>, low.size()> y;
+        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {low[i], high[i]};
+        return y;
+    } else {
+        const auto four = as_array(f(x[N].all_four...));
+        std::array<Group<T>, four.size()> y;
+        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {four[i]};
+        return y;
+    }
+}
+
+template <class K, std::size_t... N>
+int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
+    if constexpr (std::tuple_size_v<std::remove_cvref_t<decltype(r)>> == 1)
+        return k.edge(x[N]..., r[0]);
+    else
+        return k.edge(x[N]..., r[0], r[1]);
+}
+
+// The verdicts of the optional gates.
+template <class K, class Vectors, std::size_t... N>
+inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) {
+    if constexpr (requires { k.outside(x[N].head()...); })
+        return any_lane(k.outside(x[N].head()...));
+    return false;
+}
+template <class K, class Vectors, std::size_t... N>
+inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) {
+    if constexpr (requires { k.refuse(y[N].head()...); })
+        return any_lane(k.refuse(y[N].head()...));
+    return false;
+}
+
+// Computes one group; false where a gate holds it back.
+template <class K, class T, std::size_t I, class Store>
+inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
+    constexpr auto indices = std::make_index_sequence<I>();
+    if (is_outside(k, x, indices)) [[unlikely]] return false;
+    const auto y = apply([&](auto... v) { return k.fast(v...); }, x, indices);
+    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]] return false;
+    store_results(y);
+    return true;
+}
+
+// Whether the kernel of I arguments has a second formula.
+template <class K, std::size_t I>
+inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) {
+    return requires(const K& k, i4 h) { k.beyond((static_cast<void>(N), h)...); };
+}(std::make_index_sequence<I>());
+
+// The same for a group that the first gate holds back, where there is a second formula.
+template <class K, class T, std::size_t I, class Store>
+inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
+    if constexpr (has_far<K, I>) {
+        constexpr auto indices = std::make_index_sequence<I>();
+        const auto [outside, beyond] = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return std::array<i4, 2>{k.outside(x[N].head()...), k.beyond(x[N].head()...)};
+        }(indices);
+        if (any_lane(beyond)) return false;
+        auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
+        if (!all_lanes(outside)) {
+            const auto near = apply([&](auto... v) { return k.fast(v...); }, x, indices);
+            for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
+        }
+        if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
+        store_results(y);
+        return true;
+    }
+    return false;
+}
+
+// Elements one at a time, with their special results and reports. The kernel comes
+// by value: where its address never leaves the loop, its fields stay in registers.
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count, Guard& guard,
+                                             const std::array<const T*, I>& in,
+                                             const std::array<T*, O>& out) {
+    for (int i = first; i < first + count; ++i) {
+        std::array<T, I> x;
+        std::array<Group<T>, I> same;
+        for (std::size_t j = 0; j < I; ++j) {
+            x[j] = in[j][i];
+            same[j] = Group<T>::padded(&in[j][i], 1);
+        }
+        const auto store_first = [&](const auto& y) {
+            for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
+        };
+        if (try_group(k, same, store_first) || try_far(k, same, store_first)) continue;
+        std::array<T, O> r;
+        const int status = edge(k, x, r, std::make_index_sequence<I>());
+        for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
+        if (status != VTM_STATUS_OK)
+            guard.report([&] {
+                handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1],
+                                             &out[0][i], &out[O - 1][i]});
+            });
+    }
+}
+
+// A group that the gates of the fast formula hold back.
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline]] void again(K k, int first, int count, Guard& guard,
+                             const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+    if constexpr (has_far<K, I>) {
+        if (count == group) {
+            std::array<Group<T>, I> x;
+            for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + first);
+            const bool done = try_far(k, x, [&](const auto& y) {
+                for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + first);
+            });
+            if (done) return;
+        }
+    }
+    one_by_one(k, first, count, guard, in, out);
+}
+
+// The loop of a kernel without gates, vector by vector; the number of elements done.
+template <class K, class T, std::size_t O, std::size_t... N>
+inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& out,
+                   std::index_sequence<N...>) {
+    constexpr int lanes = 16 / sizeof(T);
+    int i = 0;
+#pragma GCC unroll 2
+    for (; i <= n - lanes; i += lanes) {
+        const auto y = as_array(k.fast(load(in[N] + i)...));
+        for (std::size_t j = 0; j < O; ++j) store(out[j] + i, y[j]);
+    }
+    return i;
+}
+
+template <class K, class T, std::size_t I, std::size_t O>
+inline void run(const K k, int n, const std::array<const T*, I>& in,
+                const std::array<T*, O>& out) {
+    if (n <= 0) return;
+    constexpr bool has_edge = requires { &K::edge; };
+    ControlGuard<requires { K::arithmetic; }> guard;
+
+    int i = 0;
+    if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
+    for (; i <= n - group; i += group) {
+        std::array<Group<T>, I> x;
+        for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
+        const bool done = try_group(k, x, [&](const auto& y) {
+            for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
+        });
+        if constexpr (has_edge)
+            if (!done) [[unlikely]] again(k, i, group, guard, in, out);
+    }
+
+    const int rest = n - i;
+    if (rest == 0) return;
+    std::array<Group<T>, I> x;
+    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::padded(in[j] + i, rest);
+    const bool done = try_group(k, x, [&](const auto& y) {
+        for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, rest);
+    });
+    if constexpr (has_edge)
+        if (!done) [[unlikely]] again(k, i, rest, guard, in, out);
+}
+
+}  // namespace frame
+
+// Flattened: however long a formula, it is part of the loop.
+template <class K, class T>
+[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
+    frame::run<K, T, 1, 1>(k, n, {a}, {r});
+}
+template <class K, class T>
+[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
+    frame::run<K, T, 2, 1>(k, n, {a, b}, {r});
+}
+template <class K, class T>
+[[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
+    frame::run<K, T, 1, 2>(k, n, {a}, {y, z});
+}
+
+// Define the kernel of a slot, named as in surface.def, from the functor
+// template Function<element, accuracy>.
+#define KEF_MAP1(type, function, accuracy)                                          \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* r) { \
+        map1<function<element_##type, accuracy>>(n, a, r);                          \
+    }
+#define KEF_MAP2(type, function, accuracy)                                          \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
+                                     const element_##type* b, element_##type* r) {  \
+        map2<function<element_##type, accuracy>>(n, a, b, r);                       \
+    }
+#define KEF_MAP1X2(type, function, accuracy)                                        \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
+                                     element_##type* y, element_##type* z) {        \
+        map1x2<function<element_##type, accuracy>>(n, a, y, z);                     \
+    }
+
+}  // namespace kef::vm
