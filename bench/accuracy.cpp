@@ -4,7 +4,8 @@
 //   accuracy [function...] --exhaustive | --rounding [--state DIR] [--markdown]
 //
 // A function is named with or without its type: Exp, dExp. --summary takes all
-// intervals together, with the mean of the first. Ends with status 1 where a kernel misses its bound or the 80-bit screen is worse than its row says.
+// intervals together, with the mean of the first. Ends with status 1 where a kernel misses its
+// bound or the 80-bit screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"
@@ -30,8 +31,7 @@ struct Bound {
     double ulps = INFINITY, relative = INFINITY;
     bool correctly_rounded = false;
 
-    template <class T>
-    bool holds(const Tally<T>& tally) const {
+    template <class T> bool holds(const Tally<T>& tally) const {
         return tally.ulps.error <= ulps && tally.relative.error <= relative &&
                !(correctly_rounded && tally.misrounded > 0);
     }
@@ -42,8 +42,7 @@ struct Bound {
     }
 };
 
-template <class T>
-Bound bound_of(const reference::Reference& row, int slot, bool one_argument) {
+template <class T> Bound bound_of(const reference::Reference& row, int slot, bool one_argument) {
     constexpr bool single = std::is_same_v<T, float>;
     if (slot < 0) return {};  // a peer
     if (slot == 0) return {.relative = single ? 0x1p-21 : 0x1p-50};
@@ -76,8 +75,7 @@ std::string hex(double x) {
     const auto bits = std::bit_cast<std::uint64_t>(x);
     return format("%08X%08X", static_cast<unsigned>(bits >> 32), static_cast<unsigned>(bits));
 }
-template <class T>
-std::string argument(T x) {
+template <class T> std::string argument(T x) {
     return format("%.*g (%s)", std::numeric_limits<T>::max_digits10, static_cast<double>(x),
                   hex(x).c_str());
 }
@@ -102,19 +100,21 @@ void measure(Meter<T>& meter, const kef_test::Row& row, const std::vector<Kernel
         const std::uint64_t round = first / size;
         const bool a_by_value = round % 2 == 0, b_by_value = round / 2 % 2 == 0;
         if (scalar)
-            batch.scalars[0] = round < edges_b.size() ? edges_b[round]
-                                                      : random.draw<T>(interval.b, b_by_value);
+            batch.scalars[0] =
+                round < edges_b.size() ? edges_b[round] : random.draw<T>(interval.b, b_by_value);
         for (std::uint64_t i = 0; i < size; ++i) {
             const std::uint64_t n = scalar ? i : first + i;
-            const bool edge = first < edge_count &&
-                              n < edges_a.size() * (scalar ? 1 : edges_b.size());
-            batch.a[i] = edge ? edges_a[n % edges_a.size()] : random.draw<T>(interval.a, a_by_value);
+            const bool edge =
+                first < edge_count && n < edges_a.size() * (scalar ? 1 : edges_b.size());
+            batch.a[i] =
+                edge ? edges_a[n % edges_a.size()] : random.draw<T>(interval.a, a_by_value);
             if (scalar) batch.b[i] = batch.scalars[0];
             if (two)
-                batch.b[i] = edge ? edges_b[n / edges_a.size()] : random.draw<T>(interval.b, b_by_value);
+                batch.b[i] =
+                    edge ? edges_b[n / edges_a.size()] : random.draw<T>(interval.b, b_by_value);
         }
-        const bool for_mean = first >= edge_count &&
-                              (!bounded || (a_by_value && (b_by_value || !(two || scalar))));
+        const bool for_mean =
+            first >= edge_count && (!bounded || (a_by_value && (b_by_value || !(two || scalar))));
         meter.take(kernels, batch, for_mean, tallies);
     }
 }
@@ -135,12 +135,10 @@ public:
     bool failed() const { return failed_; }
 
 private:
-    template <class T>
-    void real(const kef_test::Row& row, const reference::Reference& reference) {
+    template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
         Table table({"function", "kernel", "arguments", "worst ulp", "at", "mean ulp", "bits",
                      "misrounded", "bound"});
-        if (!options_.exhaustive)
-            sample<T>(table, row, reference);
+        if (!options_.exhaustive) sample<T>(table, row, reference);
         else if (std::is_same_v<T, float> && row.arguments == 1 && row.scalars == 0)
             exhaust(table, row, reference);
     }
@@ -148,20 +146,23 @@ private:
     template <class T>
     void sample(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
         std::vector<reference::Interval> intervals = {reference.main};
-        for (const auto* more : {&reference.both, std::is_same_v<T, float> ? &reference.s : &reference.d})
+        for (const auto* more :
+             {&reference.both, std::is_same_v<T, float> ? &reference.s : &reference.d})
             intervals.insert(intervals.end(), more->begin(), more->end());
         intervals.push_back({reference::everything, reference::everything, reference.main.scalars});
 
         std::vector<Kernel<T>> all = kernels<T>(row);
         if (options_.peers)
             for (const Peer<T>& peer : peers<T>())
-                if (row.function == std::string_view(peer.function)) all.push_back({peer.name, peer.run});
+                if (row.function == std::string_view(peer.function))
+                    all.push_back({peer.name, peer.run});
         Meter<T> meter(reference);
         typename Meter<T>::Tallies total(all.size());
         for (const reference::Interval& interval : intervals) {
             typename Meter<T>::Tallies tallies(all.size());
             measure(meter, row, all, interval, options_.count, tallies);
-            if (!options_.summary) report<T>(table, row, reference, text(interval, row), all, tallies);
+            if (!options_.summary)
+                report<T>(table, row, reference, text(interval, row), all, tallies);
             const bool with_mean = &interval == &intervals[0];
             for (std::size_t k = 0; k < all.size(); ++k)
                 for (int j = 0; j < row.results; ++j) total[k][j].merge(tallies[k][j], with_mean);
@@ -176,7 +177,8 @@ private:
         const auto total = every_float(reference, row, options_.state, options_.rounding);
         const Peer<double>* screen = options_.rounding ? screening_peer(reference) : nullptr;
         if (!options_.rounding) {
-            report<float>(table, row, reference, "every float", kernels<float>(row), total->tallies);
+            report<float>(table, row, reference, "every float", kernels<float>(row),
+                          total->tallies);
             print(table);
         }
         if (options_.markdown) return check_screen(row, reference, total->screen_error);
@@ -185,16 +187,18 @@ private:
             std::printf("%s HA, result %d: %llu of %llu misrounded", row.name().c_str(), j + 1,
                         static_cast<unsigned long long>(tally.misrounded),
                         static_cast<unsigned long long>(tally.count));
-            std::vector<float> failing(tally.failing.begin(), tally.failing.begin() +
-                std::min<std::uint64_t>(tally.misrounded, tally.max_failing));
+            std::vector<float> failing(
+                tally.failing.begin(),
+                tally.failing.begin() +
+                    std::min<std::uint64_t>(tally.misrounded, tally.max_failing));
             std::sort(failing.begin(), failing.end());
             for (const float x : failing) std::printf(" %s", hex(x).c_str());
             std::puts(screen ? ("; screened by " + screen->name).c_str() : "");
             if (options_.rounding) failed_ |= tally.misrounded > 0;
         }
         if (!total->peer_holds) {
-            std::fprintf(stderr, "%s: %s misses the error that its row states\n", row.name().c_str(),
-                         screen->name.c_str());
+            std::fprintf(stderr, "%s: %s misses the error that its row states\n",
+                         row.name().c_str(), screen->name.c_str());
             failed_ = true;
         }
         if (!options_.rounding) std::puts("");
@@ -215,12 +219,13 @@ private:
                 failed_ |= !holds;
                 std::string at = argument(tally.ulps.a);
                 if (two) at += ", " + argument(tally.ulps.b);
-                table.add({row.results > 1 ? format("%s %d", row.name().c_str(), j + 1) : row.name(),
-                           kernels[k].name, arguments, ulps(tally.ulps.error), at, ulps(tally.mean()),
-                           tally.relative.error == 0 ? "exact"
-                                                     : format("%.2f", -std::log2(tally.relative.error)),
-                           format("%.3g %%", 100.0 * tally.misrounded / tally.count),
-                           bound.text() + (holds ? "" : "  MISSED")});
+                table.add(
+                    {row.results > 1 ? format("%s %d", row.name().c_str(), j + 1) : row.name(),
+                     kernels[k].name, arguments, ulps(tally.ulps.error), at, ulps(tally.mean()),
+                     tally.relative.error == 0 ? "exact"
+                                               : format("%.2f", -std::log2(tally.relative.error)),
+                     format("%.3g %%", 100.0 * tally.misrounded / tally.count),
+                     bound.text() + (holds ? "" : "  MISSED")});
             }
     }
 
@@ -232,9 +237,11 @@ private:
         head_ = !one;
     }
 
-    void check_screen(const kef_test::Row& row, const reference::Reference& reference, double error) {
+    void check_screen(const kef_test::Row& row, const reference::Reference& reference,
+                      double error) {
         if (error <= reference.screen_error) return;
-        std::fprintf(stderr, "%s: the 80-bit reference is off by %.3g units of 2^-63, its row says %g\n",
+        std::fprintf(stderr,
+                     "%s: the 80-bit reference is off by %.3g units of 2^-63, its row says %g\n",
                      row.name().c_str(), error, reference.screen_error);
         failed_ = true;
     }
@@ -253,7 +260,8 @@ int main(int argc, char** argv) {
         else if (word == "--summary") options.summary = true;
         else if (word == "--peers") options.peers = true;
         else if (word == "--quick") options.count = 1 << 16;
-        else if (word == "--count" && i + 1 < argc) options.count = std::strtoull(argv[++i], nullptr, 0);
+        else if (word == "--count" && i + 1 < argc)
+            options.count = std::strtoull(argv[++i], nullptr, 0);
         else if (word == "--state" && i + 1 < argc) options.state = argv[++i];
         else if (!options.selection.add(word)) return 2;
     }

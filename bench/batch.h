@@ -12,8 +12,7 @@
 
 namespace kef {
 
-template <class T>
-struct Batch {
+template <class T> struct Batch {
     explicit Batch(std::size_t n) : a(n), b(n), result{std::vector<T>(n), std::vector<T>(n)} {}
     std::int32_t size() const { return static_cast<std::int32_t>(a.size()); }
 
@@ -22,11 +21,10 @@ struct Batch {
     std::array<std::vector<T>, 2> result;
 };
 
-template <class T>
-struct Kernel {
+template <class T> struct Kernel {
     std::string name;  // the slots that share it, or the peer's name
     std::function<void(Batch<T>&)> run;
-    int slot = -1;     // the strictest of its slots
+    int slot = -1;  // the strictest of its slots
 };
 
 inline constexpr const char* slot_names[] = {"LA", "HA", "EP"};
@@ -41,9 +39,8 @@ std::function<void(Batch<T>&)> caller(const kef_test::Row& row, kef_test::Code c
             f(x.size(), x.a.data(), x.result[0].data());
         };
     if (row.shape == Shape::map2)
-        return [f = reinterpret_cast<void (*)(std::int32_t, const T*, const T*, T*)>(code)](Batch<T>& x) {
-            f(x.size(), x.a.data(), x.b.data(), x.result[0].data());
-        };
+        return [f = reinterpret_cast<void (*)(std::int32_t, const T*, const T*, T*)>(code)](
+                   Batch<T>& x) { f(x.size(), x.a.data(), x.b.data(), x.result[0].data()); };
     return [invoke = row.invoke, code](Batch<T>& x) {
         invoke(code, {x.size(), x.a.data(), x.b.data(), x.scalars.data(), x.result[0].data(),
                       x.result[1].data()});
@@ -51,8 +48,7 @@ std::function<void(Batch<T>&)> caller(const kef_test::Row& row, kef_test::Code c
 }
 
 // The different kernels in the slots of a row; HA's first.
-template <class T>
-std::vector<Kernel<T>> kernels(const kef_test::Row& row) {
+template <class T> std::vector<Kernel<T>> kernels(const kef_test::Row& row) {
     std::vector<Kernel<T>> result;
     std::vector<kef_test::Code> codes;
     for (const int slot : {1, 0, 2}) {

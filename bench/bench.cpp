@@ -75,7 +75,8 @@ template <class T>
 Batch<T> ordinary(const kef_test::Row& row, const reference::Reference& reference, int n) {
     Batch<T> batch(n);
     reference::Random random(row.name());
-    for (std::size_t i = 0; i < 4; ++i) batch.scalars[i] = static_cast<T>(reference.main.scalars[i]);
+    for (std::size_t i = 0; i < 4; ++i)
+        batch.scalars[i] = static_cast<T>(reference.main.scalars[i]);
     if (row.scalars == 1) batch.scalars[0] = T(2.7);
     for (int i = 0; i < n; ++i) {
         batch.a[i] = random.draw<T>(reference.main.a, true);
@@ -85,8 +86,7 @@ Batch<T> ordinary(const kef_test::Row& row, const reference::Reference& referenc
 }
 
 // The largest error that keeps a slot's class.
-template <class T>
-double class_bound(int slot) {
+template <class T> double class_bound(int slot) {
     constexpr double ep = std::is_same_v<T, float> ? 0x1p12 : 0x1p26;  // 11 and 26 bits
     return slot == 1 ? 1 : slot == 0 ? 4 : ep;
 }
@@ -127,8 +127,8 @@ class Run {
 public:
     explicit Run(const Options& options)
         : options_(options),
-          specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4", "NaN",
-                     "infinity", "subnormal", "huge", "negative"}),
+          specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4",
+                     "NaN", "infinity", "subnormal", "huge", "negative"}),
           costs_({"function", "kernels", "measured", "published"}) {
         if (options.costs) {
             const kef_test::Row& row = *kef_test::find_row("dExp");
@@ -158,8 +158,7 @@ public:
     }
 
 private:
-    template <class T>
-    void real(const kef_test::Row& row, const reference::Reference& reference) {
+    template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
         if (options_.costs) costs<T>(row, reference);
         else if (options_.special) special<T>(row, reference);
         else compare<T>(row, reference);
@@ -186,7 +185,8 @@ private:
             std::size_t best = 0;
             for (const bool in_class : {true, false}) {
                 for (std::size_t p = 0; p < others.size(); ++p)
-                    if (!in_class || (others[p].everywhere && others[p].ulps <= class_bound<T>(slot)))
+                    if (!in_class ||
+                        (others[p].everywhere && others[p].ulps <= class_bound<T>(slot)))
                         if (best == 0 || time[s][ours + p] < time[s][best]) best = ours + p;
                 if (best != 0) return std::pair(best, in_class);
             }
@@ -204,7 +204,8 @@ private:
             if (best) {
                 cells.push_back(format("%s %.2f%s", all[best].name.c_str(), time[main_size][best],
                                        in_class ? "" : ", not of the class"));
-                if (in_class) geometric_.add(all[k].slot, time[main_size][k] / time[main_size][best]);
+                if (in_class)
+                    geometric_.add(all[k].slot, time[main_size][k] / time[main_size][best]);
             } else {
                 cells.push_back("");
             }
@@ -212,8 +213,9 @@ private:
         }
         if (!options_.markdown)
             for (std::size_t p = 0; p < others.size(); ++p) {
-                Table::Row cells = {row.name(), others[p].name,
-                                    format("%g%s", others[p].ulps, others[p].everywhere ? "" : " partly")};
+                Table::Row cells = {
+                    row.name(), others[p].name,
+                    format("%g%s", others[p].ulps, others[p].everywhere ? "" : " partly")};
                 for (const auto& t : time) cells.push_back(format("%.2f", t[ours + p]));
                 table.add(cells);
             }
@@ -223,8 +225,7 @@ private:
     }
 
     // Published costs are relative: double Exp HA is what surface.def says.
-    template <class T>
-    void costs(const kef_test::Row& row, const reference::Reference& reference) {
+    template <class T> void costs(const kef_test::Row& row, const reference::Reference& reference) {
         const std::vector<Kernel<T>> all = kernels<T>(row);
         Batch<T> batch = ordinary<T>(row, reference, sizes[main_size]);
         const std::vector<double> time = cycles(all, batch);

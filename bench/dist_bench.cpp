@@ -62,10 +62,8 @@ int main(int argc, char** argv) {
     bool markdown = false;
     std::vector<std::string> wanted;
     for (int i = 1; i < argc; ++i)
-        if (std::strcmp(argv[i], "--markdown") == 0)
-            markdown = true;
-        else
-            wanted.push_back(argv[i]);
+        if (std::strcmp(argv[i], "--markdown") == 0) markdown = true;
+        else wanted.push_back(argv[i]);
     for (const Section& section : {gaussian_laws(), continuous_laws(), discrete_laws()})
         measure(section, wanted, markdown);
     return 0;

@@ -32,8 +32,7 @@ using Section = std::vector<Row>;
 Section gaussian_laws(), continuous_laws(), discrete_laws();
 
 // KEF: call(stream).
-template <class F>
-Call kef(F call) {
+template <class F> Call kef(F call) {
     const std::uint32_t seed = 777;
     kef_stream* stream = nullptr;
     __vtsNewStreamEx(&stream, VTS_BRNG_MT19937, 1, &seed);
@@ -47,26 +46,22 @@ inline float* place(float) { return singles; }
 inline std::int32_t* place(int) { return integers; }
 inline std::int32_t* place(unsigned) { return integers; }
 
-template <class Engine, class Distribution>
-Call filled(Distribution distribution) {
+template <class Engine, class Distribution> Call filled(Distribution distribution) {
     return [engine = Engine(), distribution]() mutable {
         auto* const r = place(typename Distribution::result_type());
         for (int i = 0; i < numbers; ++i) r[i] = distribution(engine);
     };
 }
 // A distribution object of the C++ standard library; of Boost.
-template <class Distribution>
-Call standard(Distribution distribution) {
+template <class Distribution> Call standard(Distribution distribution) {
     return filled<std::mt19937>(distribution);
 }
-template <class Distribution>
-Call boosted(Distribution distribution) {
+template <class Distribution> Call boosted(Distribution distribution) {
     return filled<boost::random::mt19937>(distribution);
 }
 
 // GSL: one number from each sample(rng).
-template <class F>
-Call gsl(F sample) {
+template <class F> Call gsl(F sample) {
     const std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
     return [=] {
         auto* const r = place(decltype(sample(rng.get()) + 0)());

@@ -7,22 +7,16 @@ namespace kef::bench {
 
 namespace {
 
-template <class T>
-Call kef_normal(int method) {
+template <class T> Call kef_normal(int method) {
     return kef([method](kef_stream* s) {
-        if constexpr (sizeof(T) == 8)
-            _vtsdRngGaussian(method, s, numbers, doubles, 0, 1);
-        else
-            _vtssRngGaussian(method, s, numbers, singles, 0, 1);
+        if constexpr (sizeof(T) == 8) _vtsdRngGaussian(method, s, numbers, doubles, 0, 1);
+        else _vtssRngGaussian(method, s, numbers, singles, 0, 1);
     });
 }
-template <class T>
-Call kef_lognormal(int method) {
+template <class T> Call kef_lognormal(int method) {
     return kef([method](kef_stream* s) {
-        if constexpr (sizeof(T) == 8)
-            _vtsdRngLognormal(method, s, numbers, doubles, 0, 1, 0, 1);
-        else
-            _vtssRngLognormal(method, s, numbers, singles, 0, 1, 0, 1);
+        if constexpr (sizeof(T) == 8) _vtsdRngLognormal(method, s, numbers, doubles, 0, 1, 0, 1);
+        else _vtssRngLognormal(method, s, numbers, singles, 0, 1, 0, 1);
     });
 }
 

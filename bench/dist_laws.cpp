@@ -11,13 +11,11 @@ namespace {
 struct Peers {
     Call standard[2], boost[2], gsl;
 };
-template <template <class> class D, class... P>
-void add_standard(Peers& peers, P... p) {
+template <template <class> class D, class... P> void add_standard(Peers& peers, P... p) {
     peers.standard[0] = standard(D<double>(p...));
     peers.standard[1] = standard(D<float>(static_cast<float>(p)...));
 }
-template <template <class> class D, class... P>
-void add_boost(Peers& peers, P... p) {
+template <template <class> class D, class... P> void add_boost(Peers& peers, P... p) {
     peers.boost[0] = boosted(D<double>(p...));
     peers.boost[1] = boosted(D<float>(static_cast<float>(p)...));
 }

@@ -81,7 +81,8 @@ private:
             if (exact != exact && about != about) continue;
             // Beyond the range of float nothing but the side matters.
             const auto single = static_cast<float>(static_cast<double>(exact));
-            if (static_cast<float>(about) == single && (single == 0 || std::isinf(single))) continue;
+            if (static_cast<float>(about) == single && (single == 0 || std::isinf(single)))
+                continue;
             if (!(fabsq(exact - about) <= margin_of(about, x))) peer_holds_ = false;
         }
     }
@@ -161,14 +162,13 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
                 chunk = next++;
             }
             Meter<float>::Tallies tallies(all.size());
-            Meter<float> meter(reference, rounding_only && screening_peer(reference) ? 1 : 1 << 14, rounding_only);
+            Meter<float> meter(reference, rounding_only && screening_peer(reference) ? 1 : 1 << 14,
+                               rounding_only);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
-                if (rounding_only)
-                    sieve.take(all[0], batch, open);
-                else
-                    meter.take(all, batch, true, tallies);
+                if (rounding_only) sieve.take(all[0], batch, open);
+                else meter.take(all, batch, true, tallies);
             }
             if (rounding_only) {
                 Batch<float> rest(open.size());
@@ -179,8 +179,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             }
             const std::lock_guard guard(lock);
             for (std::size_t k = 0; k < all.size(); ++k)
-                for (int j = 0; j < meter.results(); ++j)
-                    total->tallies[k][j].merge(tallies[k][j]);
+                for (int j = 0; j < meter.results(); ++j) total->tallies[k][j].merge(tallies[k][j]);
             total->screen_error = std::max(total->screen_error, meter.screen_error());
             total->peer_holds &= sieve.peer_holds();
             total->done[chunk] = true;

@@ -10,8 +10,7 @@
 namespace kef {
 
 // Errors of one kernel. Plain data: the exhaustive run saves it as it stands.
-template <class T>
-struct Tally {
+template <class T> struct Tally {
     static constexpr std::size_t max_failing = 512;
     struct At {
         double error;
@@ -43,8 +42,7 @@ struct Tally {
 // of the reference decides on every element that its error cannot change; the
 // others, and every candidate for the worst error, are computed in __float128. Its
 // error bound is itself checked, on every `check_every`-th element.
-template <class T>
-class Meter {
+template <class T> class Meter {
 public:
     using quad = reference::quad;
     using wide = reference::wide;
@@ -156,7 +154,8 @@ private:
         else if (exact != about)
             deviation = static_cast<double>(fabsq(about - exact) / size * 0x1p63Q);
         // What overflows or vanishes in both types is no fault of the screen.
-        if (std::isinf(static_cast<T>(exact)) && static_cast<T>(exact) == static_cast<T>(about)) return;
+        if (std::isinf(static_cast<T>(exact)) && static_cast<T>(exact) == static_cast<T>(about))
+            return;
         if (static_cast<T>(2 * exact) == 0 && static_cast<T>(2 * about) == 0) return;
         if (deviation > screen_error_) screen_error_ = deviation;
     }

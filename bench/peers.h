@@ -11,23 +11,20 @@
 
 namespace kef {
 
-template <class T>
-struct Peer {
+template <class T> struct Peer {
     const char* function;  // as in surface.def
     std::string name;
-    double ulps;           // its error on ordinary arguments: documented, or measured if larger
-    bool everywhere;       // keeps it on all arguments
+    double ulps;      // its error on ordinary arguments: documented, or measured if larger
+    bool everywhere;  // keeps it on all arguments
     void (*run)(Batch<T>&);
 };
 
 // All rows of an element type.
-template <class T>
-std::vector<Peer<T>>& peers() {
+template <class T> std::vector<Peer<T>>& peers() {
     static std::vector<Peer<T>> rows;
     return rows;
 }
-template <class T>
-struct AddPeers {
+template <class T> struct AddPeers {
     AddPeers(std::initializer_list<Peer<T>> rows) {
         peers<T>().insert(peers<T>().end(), rows.begin(), rows.end());
     }
@@ -35,25 +32,21 @@ struct AddPeers {
 
 // Vectors of a library: element type, number of elements, load and store. Here a
 // number as a vector of one.
-template <class V>
-struct Lanes {
+template <class V> struct Lanes {
     using Element = V;
     static constexpr int count = 1;
     static V load(const V* p) { return *p; }
     static void store(V* p, V x) { *p = x; }
 };
 
-template <class V>
-struct Pair {
-    V first, second;
-};
+template <class V> struct Pair { V first, second; };
 
 namespace peer {
 
-template <class V, class T>
-void put(Batch<T>& x, int i, const V& y) { Lanes<V>::store(x.result[0].data() + i, y); }
-template <class V, class T>
-void put(Batch<T>& x, int i, const Pair<V>& y) {
+template <class V, class T> void put(Batch<T>& x, int i, const V& y) {
+    Lanes<V>::store(x.result[0].data() + i, y);
+}
+template <class V, class T> void put(Batch<T>& x, int i, const Pair<V>& y) {
     Lanes<V>::store(x.result[0].data() + i, y.first);
     Lanes<V>::store(x.result[1].data() + i, y.second);
 }
@@ -83,12 +76,10 @@ template <class V, class T, class Formula>
 }  // namespace peer
 
 // Rows over vectors V of a formula in x, or in x and y.
-template <class V, auto formula>
-void one(Batch<typename Lanes<V>::Element>& batch) {
+template <class V, auto formula> void one(Batch<typename Lanes<V>::Element>& batch) {
     peer::loop<V>(batch, [](const V& x, const V&) { return formula(x); });
 }
-template <class V, auto formula>
-void two(Batch<typename Lanes<V>::Element>& batch) {
+template <class V, auto formula> void two(Batch<typename Lanes<V>::Element>& batch) {
     peer::loop<V>(batch, [](const V& x, const V& y) { return formula(x, y); });
 }
 

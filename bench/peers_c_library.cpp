@@ -13,16 +13,14 @@ namespace {
 #define TWO(function, ulps, everywhere, expression) \
     {#function, "C library", ulps, everywhere, two<T, [](T x, T y) { return expression; }>},
 
-template <class T>
-Pair<T> sin_cos(T x) {
+template <class T> Pair<T> sin_cos(T x) {
     Pair<T> r;
     if constexpr (sizeof(T) == sizeof(float)) ::sincosf(x, &r.first, &r.second);
     else ::sincos(x, &r.first, &r.second);
     return r;
 }
 
-template <class T>
-Pair<T> mod_f(T x) {
+template <class T> Pair<T> mod_f(T x) {
     Pair<T> r;
     r.second = std::modf(x, &r.first);
     return r;
@@ -30,10 +28,10 @@ Pair<T> mod_f(T x) {
 
 constexpr double sqrt_half = 0x1.6a09e667f3bcdp-1;
 
-template <class T>
-struct CLibrary {
+template <class T> struct CLibrary {
     using D = double;
     static constexpr bool single = sizeof(T) == sizeof(float);
+    // clang-format off
     AddPeers<T> rows = {
         ONE(Exp, single ? .51 : .78, true, std::exp(x))
         ONE(Expm1, .85, true, std::expm1(x))
@@ -76,6 +74,7 @@ struct CLibrary {
         ONE(NearbyInt, 0, true, std::nearbyint(x))
         ONE(Modf, 0, true, mod_f(x))
     };
+    // clang-format on
 };
 const CLibrary<double> d_rows;
 const CLibrary<float> s_rows;

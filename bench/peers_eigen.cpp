@@ -8,16 +8,17 @@ namespace kef {
 
 namespace {
 
-#define ARRAY(function, d, s, everywhere, expression)                                          \
-    {#function, "Eigen", single ? s : d, everywhere, [](Batch<T>& batch) {                     \
-         using Array = Eigen::Array<T, Eigen::Dynamic, 1>;                                     \
-         const Eigen::Map<const Array> x(batch.a.data(), batch.size()), y(batch.b.data(), batch.size()); \
-         Eigen::Map<Array>(batch.result[0].data(), batch.size()) = expression;                 \
+#define ARRAY(function, d, s, everywhere, expression)                          \
+    {#function, "Eigen", single ? s : d, everywhere, [](Batch<T>& batch) {     \
+         using Array = Eigen::Array<T, Eigen::Dynamic, 1>;                     \
+         const Eigen::Map<const Array> x(batch.a.data(), batch.size()),        \
+             y(batch.b.data(), batch.size());                                  \
+         Eigen::Map<Array>(batch.result[0].data(), batch.size()) = expression; \
      }},
 
-template <class T>
-struct EigenArrays {
+template <class T> struct EigenArrays {
     static constexpr bool single = sizeof(T) == sizeof(float);
+    // clang-format off
     AddPeers<T> rows = {
         ARRAY(Exp, 1.5, 1.5, false, x.exp())
         ARRAY(Ln, 1.5, 1.5, false, x.log())
@@ -35,6 +36,7 @@ struct EigenArrays {
         ARRAY(Floor, 0, 0, true, x.floor())
         ARRAY(Ceil, 0, 0, true, x.ceil())
     };
+    // clang-format on
 };
 const EigenArrays<double> d_rows;
 const EigenArrays<float> s_rows;
@@ -42,12 +44,14 @@ const EigenArrays<float> s_rows;
 // Vectorized in single precision only.
 constexpr bool single = true;
 using T = float;
+// clang-format off
 const AddPeers<float> more_s_rows = {
     ARRAY(Sin, 2, 2, true, x.sin())
     ARRAY(Cos, 2.1, 2.1, true, x.cos())
     ARRAY(Tanh, 5.2, 5.2, true, x.tanh())
     ARRAY(Erf, 6.3, 6.3, true, x.erf())
 };
+// clang-format on
 
 }  // namespace
 

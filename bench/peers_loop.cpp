@@ -7,22 +7,22 @@ namespace kef {
 
 namespace {
 
-#define LOOP(function, ulps, everywhere, expression)                                      \
-    {#function, "plain loop", ulps, everywhere, [](Batch<T>& batch) {                     \
-         const int n = batch.size();                                                      \
-         const T* __restrict a = batch.a.data();                                          \
-         [[maybe_unused]] const T* __restrict b = batch.b.data();                         \
-         [[maybe_unused]] const std::array<T, 4> c = batch.scalars;                       \
-         T* __restrict r = batch.result[0].data();                                        \
-         for (int i = 0; i < n; ++i) {                                                    \
-             const T x = a[i];                                                            \
-             [[maybe_unused]] const T y = b[i];                                           \
-             r[i] = expression;                                                           \
-         }                                                                                \
+#define LOOP(function, ulps, everywhere, expression)                  \
+    {#function, "plain loop", ulps, everywhere, [](Batch<T>& batch) { \
+         const int n = batch.size();                                  \
+         const T* __restrict a = batch.a.data();                      \
+         [[maybe_unused]] const T* __restrict b = batch.b.data();     \
+         [[maybe_unused]] const std::array<T, 4> c = batch.scalars;   \
+         T* __restrict r = batch.result[0].data();                    \
+         for (int i = 0; i < n; ++i) {                                \
+             const T x = a[i];                                        \
+             [[maybe_unused]] const T y = b[i];                       \
+             r[i] = expression;                                       \
+         }                                                            \
      }},
 
-template <class T>
-struct Loop {
+template <class T> struct Loop {
+    // clang-format off
     AddPeers<T> rows = {
         LOOP(Abs, 0, true, std::fabs(x))
         LOOP(Add, .5, true, x + y)
@@ -37,6 +37,7 @@ struct Loop {
         // Under cancellation it has no right digit.
         LOOP(LinearFrac, 2.3, false, (x * c[0] + c[1]) / (y * c[2] + c[3]))
     };
+    // clang-format on
 };
 const Loop<double> d_rows;
 const Loop<float> s_rows;

@@ -7,15 +7,13 @@
 
 namespace kef {
 
-template <>
-struct Lanes<__m128d> {
+template <> struct Lanes<__m128d> {
     using Element = double;
     static constexpr int count = 2;
     static __m128d load(const double* p) { return _mm_loadu_pd(p); }
     static void store(double* p, __m128d x) { _mm_storeu_pd(p, x); }
 };
-template <>
-struct Lanes<__m128> {
+template <> struct Lanes<__m128> {
     using Element = float;
     static constexpr int count = 4;
     static __m128 load(const float* p) { return _mm_loadu_ps(p); }
@@ -27,21 +25,22 @@ namespace {
 using d2 = __m128d;
 using f4 = __m128;
 
-#define ONE(function, name, variant, ulps, everywhere)  \
-    {#function, "SLEEF " #variant, ulps, everywhere,    \
+#define ONE(function, name, variant, ulps, everywhere) \
+    {#function, "SLEEF " #variant, ulps, everywhere,   \
      one<V, [](V x) { return CALL(name, variant)(x); }>},
-#define TWO(function, name, variant, ulps, everywhere)  \
-    {#function, "SLEEF " #variant, ulps, everywhere,    \
+#define TWO(function, name, variant, ulps, everywhere) \
+    {#function, "SLEEF " #variant, ulps, everywhere,   \
      two<V, [](V x, V y) { return CALL(name, variant)(x, y); }>},
-#define PAIR(function, name, variant, ulps, everywhere) \
+#define PAIR(function, name, variant, ulps, everywhere)               \
     {#function, "SLEEF " #variant, ulps, everywhere, one<V, [](V x) { \
-         const auto r = CALL(name, variant)(x);         \
-         return Pair<V>{FIRST(r), SECOND(r)};           \
+         const auto r = CALL(name, variant)(x);                       \
+         return Pair<V>{FIRST(r), SECOND(r)};                         \
      }>},
-#define BY(function, variant, ulps, everywhere, expression)   \
+#define BY(function, variant, ulps, everywhere, expression)      \
     {#function, "SLEEF " #variant " composed", ulps, everywhere, \
      one<V, [](V x) { return expression; }>},
 
+// clang-format off
 #define ROWS                                                          \
     ONE(Exp, exp, u10, 1, true)                                       \
     ONE(Expm1, expm1, u10, 1, true)                                   \
@@ -76,8 +75,10 @@ using f4 = __m128;
     ONE(Ceil, ceil, , 0, true) ONE(Floor, floor, , 0, true)           \
     ONE(Trunc, trunc, , 0, true) ONE(Round, round, , 0, true)         \
     ONE(Rint, rint, , 0, true) ONE(NearbyInt, rint, , 0, true)
+// clang-format on
 
-#define SQUARE(V) inline V square(V x) { return x * x; }
+#define SQUARE(V) \
+    inline V square(V x) { return x * x; }
 SQUARE(d2)
 SQUARE(f4)
 
@@ -87,12 +88,14 @@ SQUARE(f4)
 #define SECOND(r) r.y
 #define INVERSE_EVERYWHERE false
 #define V d2
+// clang-format off
 const AddPeers<double> d_rows = {
     ROWS
     {"Modf", "SLEEF", 0, true, one<d2, [](d2 x) {
          const auto r = Sleef_modfd2_sse2(x);
          return Pair<d2>{r.y, r.x};
-     }>}};
+                                            // clang-format on
+                                        }>}};
 #undef ALL
 #undef CALL
 #undef V
@@ -102,6 +105,7 @@ const AddPeers<double> d_rows = {
 #define CALL(name, variant) Sleef_##name##f4_##variant##sse2
 #define INVERSE_EVERYWHERE true
 #define V f4
+// clang-format off
 const AddPeers<float> s_rows = {
     ROWS
     TWO(Pow, fastpow, u3500, 3500, true) TWO(Powx, fastpow, u3500, 3500, true)
@@ -109,7 +113,8 @@ const AddPeers<float> s_rows = {
     {"Modf", "SLEEF", 0, true, one<f4, [](f4 x) {
          const auto r = Sleef_modff4_sse2(x);
          return Pair<f4>{r.y, r.x};
-     }>}};
+                                                       // clang-format on
+                                                   }>}};
 
 }  // namespace
 

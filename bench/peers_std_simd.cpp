@@ -7,11 +7,9 @@ namespace kef {
 
 namespace stdx = std::experimental;
 
-template <class T>
-using P = stdx::native_simd<T>;
+template <class T> using P = stdx::native_simd<T>;
 
-template <class T, class Abi>
-struct Lanes<stdx::simd<T, Abi>> {
+template <class T, class Abi> struct Lanes<stdx::simd<T, Abi>> {
     using Element = T;
     using Simd = stdx::simd<T, Abi>;
     static constexpr int count = Simd::size();
@@ -24,8 +22,8 @@ namespace {
 #define ONE(function, ulps, expression) \
     {#function, "std::simd", ulps, true, one<P<T>, [](const P<T>& x) { return expression; }>},
 
-template <class T>
-struct StdSimd {
+template <class T> struct StdSimd {
+    // clang-format off
     AddPeers<T> rows = {
         ONE(Sqrt, .5, stdx::sqrt(x))
         ONE(Ceil, 0, stdx::ceil(x))
@@ -35,6 +33,7 @@ struct StdSimd {
         ONE(Rint, 0, stdx::rint(x))
         ONE(NearbyInt, 0, stdx::nearbyint(x))
     };
+    // clang-format on
 };
 const StdSimd<double> d_rows;
 const StdSimd<float> s_rows;

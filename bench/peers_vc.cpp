@@ -5,8 +5,7 @@
 
 namespace kef {
 
-template <class T, class Abi>
-struct Lanes<Vc::Vector<T, Abi>> {
+template <class T, class Abi> struct Lanes<Vc::Vector<T, Abi>> {
     using Element = T;
     using Vector = Vc::Vector<T, Abi>;
     static constexpr int count = Vector::size();
@@ -16,16 +15,15 @@ struct Lanes<Vc::Vector<T, Abi>> {
 
 namespace {
 
-template <class T>
-using C = Vc::Vector<T, Vc::VectorAbi::Sse>;
+template <class T> using C = Vc::Vector<T, Vc::VectorAbi::Sse>;
 
 #define ONE(function, d, s, everywhere, expression) \
-    {#function, "Vc", single ? s : d, everywhere, \
+    {#function, "Vc", single ? s : d, everywhere,   \
      one<C<T>, [](const C<T>& x) { return expression; }>},
 
-template <class T>
-struct VcVectors {
+template <class T> struct VcVectors {
     static constexpr bool single = sizeof(T) == sizeof(float);
+    // clang-format off
     AddPeers<T> rows = {
         ONE(Exp, 1.5, .93, false, Vc::exp(x))
         ONE(Ln, .86, .86, true, Vc::log(x))
@@ -40,6 +38,7 @@ struct VcVectors {
         ONE(Ceil, 0, 0, single, Vc::ceil(x))
         ONE(Round, 0, 0, false, Vc::round(x))
     };
+    // clang-format on
 };
 const VcVectors<double> d_rows;
 const VcVectors<float> s_rows;

@@ -8,19 +8,20 @@ namespace kef {
 
 namespace {
 
-#define LOOP(T, function, ulps, everywhere, expression)                     \
-    {#function, "VDT", ulps, everywhere, [](Batch<T>& batch) {              \
-         const int n = batch.size();                                        \
-         const T* __restrict a = batch.a.data();                            \
-         [[maybe_unused]] const T* __restrict b = batch.b.data();           \
-         T* __restrict r = batch.result[0].data();                          \
-         [[maybe_unused]] T* __restrict s = batch.result[1].data();         \
-         for (int i = 0; i < n; ++i) {                                      \
-             const T x = a[i];                                              \
-             expression;                                                    \
-         }                                                                  \
+#define LOOP(T, function, ulps, everywhere, expression)             \
+    {#function, "VDT", ulps, everywhere, [](Batch<T>& batch) {      \
+         const int n = batch.size();                                \
+         const T* __restrict a = batch.a.data();                    \
+         [[maybe_unused]] const T* __restrict b = batch.b.data();   \
+         T* __restrict r = batch.result[0].data();                  \
+         [[maybe_unused]] T* __restrict s = batch.result[1].data(); \
+         for (int i = 0; i < n; ++i) {                              \
+             const T x = a[i];                                      \
+             expression;                                            \
+         }                                                          \
      }},
 
+// clang-format off
 const AddPeers<double> d_rows = {
     LOOP(double, Exp, 1.5, false, r[i] = vdt::fast_exp(x))
     LOOP(double, Ln, .8, false, r[i] = vdt::fast_log(x))
@@ -35,6 +36,8 @@ const AddPeers<double> d_rows = {
     LOOP(double, Atan2, 2, false, r[i] = vdt::fast_atan2(x, b[i]))
     LOOP(double, Tanh, 5.2, true, r[i] = vdt::fast_tanh(x))
 };
+// clang-format on
+// clang-format off
 const AddPeers<float> s_rows = {
     LOOP(float, Exp, 1.1, false, r[i] = vdt::fast_expf(x))
     LOOP(float, Ln, 1, false, r[i] = vdt::fast_logf(x))
@@ -49,6 +52,7 @@ const AddPeers<float> s_rows = {
     LOOP(float, Atan2, 4, false, r[i] = vdt::fast_atan2f(x, b[i]))
     LOOP(float, Tanh, 4.4, true, r[i] = vdt::fast_tanhf(x))
 };
+// clang-format on
 
 }  // namespace
 

@@ -5,11 +5,9 @@
 
 namespace kef {
 
-template <class T>
-using X = xsimd::batch<T, xsimd::sse3>;
+template <class T> using X = xsimd::batch<T, xsimd::sse3>;
 
-template <class T>
-struct Lanes<xsimd::batch<T, xsimd::sse3>> {
+template <class T> struct Lanes<xsimd::batch<T, xsimd::sse3>> {
     using Element = T;
     static constexpr int count = X<T>::size;
     static X<T> load(const T* p) { return X<T>::load_unaligned(p); }
@@ -18,15 +16,16 @@ struct Lanes<xsimd::batch<T, xsimd::sse3>> {
 
 namespace {
 
-#define ONE(function, d, s, everywhere, expression) \
-    {#function, "xsimd", single ? s : d, everywhere, one<X<T>, [](const X<T>& x) { return expression; }>},
-#define TWO(function, d, s, everywhere, expression) \
+#define ONE(function, d, s, everywhere, expression)  \
+    {#function, "xsimd", single ? s : d, everywhere, \
+     one<X<T>, [](const X<T>& x) { return expression; }>},
+#define TWO(function, d, s, everywhere, expression)  \
     {#function, "xsimd", single ? s : d, everywhere, \
      two<X<T>, [](const X<T>& x, const X<T>& y) { return expression; }>},
 
-template <class T>
-struct Xsimd {
+template <class T> struct Xsimd {
     static constexpr bool single = sizeof(T) == sizeof(float);
+    // clang-format off
     AddPeers<T> rows = {
         ONE(Exp, .83, 1.5, false, xsimd::exp(x))
         ONE(Expm1, 1.2, 1.3, false, xsimd::expm1(x))
@@ -63,6 +62,7 @@ struct Xsimd {
         ONE(Rint, 0, 0, true, xsimd::rint(x))
         ONE(NearbyInt, 0, 0, true, xsimd::nearbyint(x))
     };
+    // clang-format on
     static Pair<X<T>> sin_cos(const X<T>& x) {
         const auto r = xsimd::sincos(x);
         return {r.first, r.second};

@@ -74,15 +74,13 @@ double skip(std::int32_t brng) {
     return ticks(7, [&] { __vtsSkipAheadStream(s.handle, UINT64_C(1) << 60); });
 }
 
-template <class Engine>
-double engine_raw() {
+template <class Engine> double engine_raw() {
     Engine engine;
     return ticks_each([&] {
         for (int i = 0; i < n; ++i) words[i] = engine();
     });
 }
-template <class Engine, class Uniform>
-double engine_uniform() {
+template <class Engine, class Uniform> double engine_uniform() {
     Engine engine;
     Uniform distribution(0, 1);
     return ticks_each([&] {

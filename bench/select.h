@@ -29,7 +29,8 @@ public:
         std::vector<const kef_test::Row*> result;
         for (const kef_test::Row& row : kef_test::rows()) {
             bool wanted = words_.empty();
-            for (const std::string& word : words_) wanted |= word == row.function || word == row.name();
+            for (const std::string& word : words_)
+                wanted |= word == row.function || word == row.name();
             if (wanted && row.element_wise()) result.push_back(&row);
         }
         return result;

@@ -85,8 +85,7 @@ double own(const Data& data, std::uint64_t estimates, int method) {
     return time;
 }
 
-template <class... Features>
-double boost_time(const Data& data, auto use) {
+template <class... Features> double boost_time(const Data& data, auto use) {
     namespace acc = boost::accumulators;
     return best_time([&] {
         for (int i = 0; i < data.p; ++i) {
@@ -114,8 +113,7 @@ using EigenData = Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::
 
 // The faster of Eigen's ways: whole-matrix expressions, or a loop over its columns
 // (rows) with vector expressions.
-template <int order>
-double eigen_variance(const Data& data) {
+template <int order> double eigen_variance(const Data& data) {
     const EigenData<order> X(data.x, data.n, data.p);
     const double whole = best_time([&] {
         const Eigen::RowVectorXd mean = X.colwise().mean();
@@ -141,8 +139,7 @@ double eigen_variance(const Data& data) {
     return std::min(whole, loop);
 }
 
-template <int order>
-double eigen_covariance(const Data& data) {
+template <int order> double eigen_covariance(const Data& data) {
     const EigenData<order> X(data.x, data.n, data.p);
     return best_time([&] {
         const Eigen::RowVectorXd mean = X.colwise().mean();
@@ -153,8 +150,7 @@ double eigen_covariance(const Data& data) {
 }
 
 // The product alone, of data that are centred already.
-template <int order>
-double eigen_product(const Data& data) {
+template <int order> double eigen_product(const Data& data) {
     const EigenData<order> X(data.x, data.n, data.p);
     return best_time([&] {
         const Eigen::MatrixXd C = X.transpose() * X;

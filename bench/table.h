@@ -34,7 +34,8 @@ public:
             if (!head && &row == &rows_[0]) continue;
             for (std::size_t i = 0; i < row.size(); ++i)
                 if (markdown) std::printf("| %s ", row[i].c_str());
-                else std::printf("%-*s%s", width[i], row[i].c_str(), i + 1 < row.size() ? "  " : "");
+                else
+                    std::printf("%-*s%s", width[i], row[i].c_str(), i + 1 < row.size() ? "  " : "");
             std::puts(markdown ? "|" : "");
             if (!markdown || &row != &rows_[0]) continue;
             for (std::size_t i = 0; i < row.size(); ++i) std::printf("|---");

@@ -30,8 +30,7 @@ constexpr double ln4 = 1.3862943611198906;
 // quick, by tangents of the logarithms at 1 and 1/5:
 //   5 z - 1 - ln 5 <= v / beta - ln 4 + a (v - (e^v - 1)).
 // A relative error e of e^v moves the logarithm of the probability by about a e: 2^-14 at most.
-template <class T>
-struct BothLarge {
+template <class T> struct BothLarge {
     static constexpr double most = 16384;  // of a
 
     kef_stream* stream;
@@ -88,8 +87,7 @@ struct BothLarge {
 // u < 1/2 have 0.25 u' + z - y < kappa1, the others z < kappa2, and are accepted where
 //   ln z <= -(a + b) ln(1 + B (e^-v - 1)) - ln 4,
 // at once where u >= 1/2 and z <= 1/4.
-template <class T>
-struct OneLarge {
+template <class T> struct OneLarge {
     kef_stream* stream;
     bool swapped;  // the number is b / (b + w)
     double sum, A, B, beta, kappa1, kappa2;
@@ -156,8 +154,7 @@ struct OneLarge {
 
 // Both shapes below 1: M. D. Johnk, Metrika 8 (1964) 5-15, in logarithms. x = ln(u) / p and
 // y = ln(u') / q are accepted where e^x + e^y <= 1, as e^x / (e^x + e^y).
-template <class T>
-struct BothSmall {
+template <class T> struct BothSmall {
     kef_stream* stream;
     double mean, inverse_p, inverse_q;
 
@@ -216,8 +213,7 @@ std::int32_t by_inversion(kef_stream* stream, std::int32_t n, T* r, double p, do
 }
 
 // Both shapes huge: 1 / (1 + H / G), G and H gamma of shapes p and q.
-template <class T>
-std::int32_t by_ratio(kef_stream* stream, std::int32_t n, T* r, T p, T q) {
+template <class T> std::int32_t by_ratio(kef_stream* stream, std::int32_t n, T* r, T p, T q) {
     alignas(16) T other[block];
     return in_blocks(n, r, [&](T* x, std::int32_t m) {
         const std::int32_t status = standard_gamma(stream, m, other, q);
@@ -230,8 +226,7 @@ std::int32_t by_ratio(kef_stream* stream, std::int32_t n, T* r, T p, T q) {
     });
 }
 
-template <class T>
-std::int32_t standard_beta(kef_stream* stream, std::int32_t n, T* r, T p, T q) {
+template <class T> std::int32_t standard_beta(kef_stream* stream, std::int32_t n, T* r, T p, T q) {
     const auto [low, high] = std::minmax(p, q);
     if (p == 1 || q == 1) return by_inversion(stream, n, r, p, q);
     if (low > T(BothLarge<T>::most)) return by_ratio(stream, n, r, p, q);

@@ -31,7 +31,6 @@ std::int32_t _vtsiRngBinomial(std::int32_t, kef_stream* stream, std::int32_t n, 
     Uniforms uniforms(stream);
     if (trials <= 0 || !(p > 0 && p < 1))
         std::fill(r, r + std::max(n, 0), p >= 1 ? std::max(trials, 0) : 0);
-    else
-        sample(uniforms, n, r, BinomialLaw(trials, p));
+    else sample(uniforms, n, r, BinomialLaw(trials, p));
     return uniforms.status();
 }

@@ -3,8 +3,7 @@
 
 using namespace kef::dist;
 
-template <class T>
-static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
+template <class T> static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
     constexpr T half_pi = T(1.5707963267948966);
     return from_uniforms(stream, n, r, -half_pi, half_pi, [=](std::int32_t m, T* x) {
         tangent(m, x);

@@ -32,36 +32,27 @@ inline int replace_singular(kef_vtm_error_record* record) {
 }
 
 // The larger of a and x, in each lane; the smaller.
-template <class T, class V>
-V at_least(T a, V x) {
-    if constexpr (std::is_same_v<T, V>)
-        return a > x ? a : x;
-    else
-        return vm::maximum(vm::all(a), x);
+template <class T, class V> V at_least(T a, V x) {
+    if constexpr (std::is_same_v<T, V>) return a > x ? a : x;
+    else return vm::maximum(vm::all(a), x);
 }
-template <class T, class V>
-V at_most(T a, V x) {
-    if constexpr (std::is_same_v<T, V>)
-        return a < x ? a : x;
-    else
-        return vm::minimum(vm::all(a), x);
+template <class T, class V> V at_most(T a, V x) {
+    if constexpr (std::is_same_v<T, V>) return a < x ? a : x;
+    else return vm::minimum(vm::all(a), x);
 }
 
 // x = beta x + a, and the same not below a.
-template <class T>
-void affine(std::int32_t n, T* x, T a, T beta) {
+template <class T> void affine(std::int32_t n, T* x, T a, T beta) {
     transform(
         n, x, [=](auto v) { return v * beta + a; }, x);
 }
-template <class T>
-void affine_from(std::int32_t n, T* x, T a, T beta) {
+template <class T> void affine_from(std::int32_t n, T* x, T a, T beta) {
     transform(
         n, x, [=](auto v) { return at_least(a, v * beta + a); }, x);
 }
 
 // Calls formula(m, x) for the blocks of r, each while it is in the cache.
-template <class T, class Formula>
-void by_blocks(std::int32_t n, T* r, Formula formula) {
+template <class T, class Formula> void by_blocks(std::int32_t n, T* r, Formula formula) {
     in_blocks(n, r, [&](T* x, std::int32_t m) {
         formula(m, x);
         return std::int32_t{VTS_STATUS_OK};

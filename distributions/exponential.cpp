@@ -3,8 +3,7 @@
 
 using namespace kef::dist;
 
-template <class T>
-static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
+template <class T> static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
     return from_logarithms(replace_any, stream, n, r, [=](std::int32_t m, T* x) {
         transform(
             m, x, [=](auto v) { return at_least(a, a - beta * v); }, x);

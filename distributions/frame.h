@@ -8,8 +8,8 @@
 #include "kef_dist.h"
 #include "kef_vm.h"
 #include "rng/registry.h"
-#include "vm/simd/simd.h"
 #include "vm/control/thread_state.h"
+#include "vm/simd/simd.h"
 
 namespace kef::dist {
 
@@ -128,8 +128,7 @@ template <class T, class Formula>
 
 // Calls make(r, m) for pieces of at most `block` numbers until n stand in r or a status is
 // negative. The status of the last piece; VTS_STATUS_OK when n <= 0.
-template <class T, class Make>
-std::int32_t in_blocks(std::int32_t n, T* r, Make make) {
+template <class T, class Make> std::int32_t in_blocks(std::int32_t n, T* r, Make make) {
     std::int32_t status = VTS_STATUS_OK;
     while (n > 0 && status >= 0) {
         const std::int32_t m = std::min(n, block);

@@ -23,8 +23,7 @@ constexpr std::int32_t normal_method =
 //   h = z^2 / 2 + d - d v + d ln v = 3 d (ln(1 + y) - y + y^2 / 2 - y^3 / 3),  v = (1 + y)^3.
 // Quick: u < 1 - s z^4 with s = 0.0331 (2/3) / d. The paper has 0.0331, sharp at d = 2/3; where d
 // grows and s z^4 is held, |y| falls, and with it -h.
-template <class T>
-struct LargeShape {
+template <class T> struct LargeShape {
     kef_stream* stream;
     double d, c, s;
 
@@ -76,8 +75,7 @@ Lanes surely_above(d2 u, d2 t) { return less(all(1.0), u * (1 + t * (1 + 0.5 * t
 // 0.6 <= alpha < 1: I. Vaduva, Math. Operationsforsch. Statist. Ser. Statist. 8 (1977) 545-576.
 // With e exponential, w = e^(1/alpha) is accepted where ln u <= e - w - d,
 // d = (1 - alpha) alpha^(alpha / (1 - alpha)), the largest e - w.
-template <class T>
-struct MediumShape {
+template <class T> struct MediumShape {
     kef_stream* stream;
     double alpha, d;
 
@@ -126,8 +124,7 @@ struct MediumShape {
 //   p <= 1:  x = p^(1/alpha),            accepted where ln u' <= -x,
 //   p > 1:   x = -ln((b - p) / alpha),   accepted where ln u' <= (alpha - 1) ln x.
 // Quick for the second: ln x <= x - 1.
-template <class T>
-struct SmallShape {
+template <class T> struct SmallShape {
     kef_stream* stream;
     double alpha, inverse, b;
 
@@ -186,8 +183,7 @@ std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T alpha, T a, T beta)
 
 }  // namespace
 
-template <class T>
-std::int32_t standard_gamma(kef_stream* stream, std::int32_t n, T* r, T alpha) {
+template <class T> std::int32_t standard_gamma(kef_stream* stream, std::int32_t n, T* r, T alpha) {
     if (alpha > T(1)) return by_rejection(n, r, LargeShape<T>(stream, alpha));
     if (alpha == T(1)) return exponential(stream, n, r);
     if (alpha >= T(0.6)) return by_rejection(n, r, MediumShape<T>(stream, alpha));

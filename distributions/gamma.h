@@ -6,7 +6,6 @@
 namespace kef::dist {
 
 // n numbers of shape alpha > 0 and scale 1, inside a bracket.
-template <class T>
-std::int32_t standard_gamma(kef_stream* stream, std::int32_t n, T* r, T alpha);
+template <class T> std::int32_t standard_gamma(kef_stream* stream, std::int32_t n, T* r, T alpha);
 
 }  // namespace kef::dist

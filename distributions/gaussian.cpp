@@ -28,21 +28,16 @@ int make_finite(kef_vtm_error_record* error) {
     const double x = error->argument1;
     const bool singular = error->code == VTM_STATUS_SING;
     if (!singular && error->code != VTM_STATUS_ERRDOM) return 0;
-    if (singular && x == 0)
-        error->result1 = ln_least;
-    else if (x < 0)
-        error->result1 = negative_end;
-    else if (x >= 0)
-        error->result1 = positive_end;
+    if (singular && x == 0) error->result1 = ln_least;
+    else if (x < 0) error->result1 = negative_end;
+    else if (x >= 0) error->result1 = positive_end;
     return 0;
 }
 
-template <class T>
-constexpr T two_pi = static_cast<T>(0x1.921FB54442D18p2);
+template <class T> constexpr T two_pi = static_cast<T>(0x1.921FB54442D18p2);
 
 // r[i] = sqrt(-2 ln r[i]), the radius of a point whose squared radius is exponential.
-template <class T>
-void radii(std::int32_t n, T* r) {
+template <class T> void radii(std::int32_t n, T* r) {
     ln(n, r);
     transform(
         n, r, [](auto x) { return -(x + x); }, r);
@@ -50,8 +45,7 @@ void radii(std::int32_t n, T* r) {
 }
 
 // One number from each pair of uniforms.
-template <class T>
-std::int32_t box_muller(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
+template <class T> std::int32_t box_muller(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
     alignas(16) T scratch[2 * block];
     return in_blocks(n, r, [&](T* out, std::int32_t m) {
         const std::int32_t status = draw(stream, 2 * m, scratch, T(0), T(1));
@@ -66,8 +60,7 @@ std::int32_t box_muller(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) 
 }
 
 // A pair of uniforms whose cosine number is still to come, kept in a chunk of the stream.
-template <class T>
-struct SavedPair {
+template <class T> struct SavedPair {
     static constexpr std::int32_t key = sizeof(T) == sizeof(double) ? 2 : 1;
     static constexpr T none = -1;
     T u1, u2;
@@ -117,8 +110,8 @@ void join_pairs(std::int32_t n, T* r, const T* x, const T* y, const T* z, Formul
 }
 
 // Two numbers from each pair of uniforms: radius * sine, then radius * cosine. The cosine number of
-// the last pair of an odd count begins the next call. Single pairs take the same kernel, so that the
-// numbers do not depend on how calls are split.
+// the last pair of an odd count begins the next call. Single pairs take the same kernel, so that
+// the numbers do not depend on how calls are split.
 template <class T>
 std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
     constexpr std::int32_t pairs = block / 2;
@@ -163,8 +156,7 @@ std::int32_t box_muller_pairs(kef_stream* stream, std::int32_t n, T* r, T a, T s
 }
 
 // sqrt2 erf^-1(u) of one uniform on [-1, 1).
-template <class T>
-std::int32_t inversion(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
+template <class T> std::int32_t inversion(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
     const T scale = static_cast<T>(0x1.6A09E667F3BCDp0) * sigma;
     return in_blocks(n, r, [=](T* out, std::int32_t m) {
         const std::int32_t status = draw(stream, m, out, T(-1), T(1));

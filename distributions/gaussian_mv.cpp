@@ -28,8 +28,7 @@ void transform_vectors(std::ptrdiff_t n, T* r, std::int32_t d, std::int32_t stor
                 transform(
                     d, r, [](auto z, auto s, auto m) { return z * s + m; }, r, t, a);
             return;
-        default:
-            return;
+        default: return;
     }
     for (; n > 0; --n, r += d)
         transform(

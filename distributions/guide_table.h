@@ -23,8 +23,7 @@ public:
     static constexpr int reach = 1024;
 
     // False when the law reaches farther, before its weights fall below 2^-56 of the largest.
-    template <class Law>
-    bool build(const Law& law) {
+    template <class Law> bool build(const Law& law) {
         constexpr double negligible = 0x1p-56;
         const double mode = law.mode;
         double* const middle = cumulative_ + reach;

@@ -3,8 +3,7 @@
 
 using namespace kef::dist;
 
-template <class T>
-static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
+template <class T> static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
     const Bracket bracket(replace_any);
     const std::int32_t status = exponential(stream, n, r);
     if (status < 0) return status;

@@ -40,9 +40,7 @@ std::int32_t _vtsiRngHypergeometric(std::int32_t, kef_stream* stream, std::int32
                                     std::int32_t marked) {
     Uniforms uniforms(stream);
     const HypergeometricLaw law(population, sample, marked);
-    if (law.low >= law.high)
-        std::fill(r, r + std::max(n, 0), as_count(law.high));
-    else
-        kef::dist::sample(uniforms, n, r, law);
+    if (law.low >= law.high) std::fill(r, r + std::max(n, 0), as_count(law.high));
+    else kef::dist::sample(uniforms, n, r, law);
     return uniforms.status();
 }

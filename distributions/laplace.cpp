@@ -3,8 +3,7 @@
 
 using namespace kef::dist;
 
-template <class T>
-static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
+template <class T> static std::int32_t law(kef_stream* stream, std::int32_t n, T* r, T a, T beta) {
     const Bracket bracket(replace_any);
     T pairs[2 * block];
     return in_blocks(n, r, [&](T* x, std::int32_t m) {

@@ -73,10 +73,8 @@ inline d2 log_poisson(d2 x, d2 m) {
     d2 result;
     for (int i = 0; i < 2; ++i) {
         double one;
-        if (x[i] < detail::stirling_from)
-            detail::log_poisson_small(x[i], m[i], one);
-        else
-            one = detail::log_poisson_large(all(x[i]), all(m[i]))[0];
+        if (x[i] < detail::stirling_from) detail::log_poisson_small(x[i], m[i], one);
+        else one = detail::log_poisson_large(all(x[i]), all(m[i]))[0];
         result[i] = one;
     }
     return result;

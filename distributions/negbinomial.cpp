@@ -48,8 +48,7 @@ std::int32_t _vtsiRngNegbinomial(std::int32_t, kef_stream* stream, std::int32_t 
     const NegbinomialLaw law(a, p);
     // Below a = 1 the law is not log-concave; beyond 2^40 doubles count too coarsely.
     const double mean = a * law.q / p;
-    if (a >= 1 && mean < 0x1p40)
-        sample(uniforms, n, r, law);
+    if (a >= 1 && mean < 0x1p40) sample(uniforms, n, r, law);
     else if (n > 0 && !(table_pays(n, law.deviation) && by_table(uniforms, n, r, law)))
         return mixture(stream, n, r, a, law.q / p);
     return uniforms.status();

@@ -19,10 +19,8 @@ struct PoissonLaw {
 // Uniforms alone: the table or the strips.
 std::int32_t from_uniforms(kef_stream* stream, std::int32_t n, std::int32_t* r, double lambda) {
     Uniforms uniforms(stream);
-    if (lambda > 0 && lambda < huge_mean)
-        sample(uniforms, n, r, PoissonLaw(lambda));
-    else
-        std::fill(r, r + std::max(n, 0), lambda > 0 ? INT32_MAX : 0);
+    if (lambda > 0 && lambda < huge_mean) sample(uniforms, n, r, PoissonLaw(lambda));
+    else std::fill(r, r + std::max(n, 0), lambda > 0 ? INT32_MAX : 0);
     return uniforms.status();
 }
 

@@ -32,8 +32,7 @@ public:
         double T = normal;
         if (!(T > -tail_from && T < tail_from)) [[unlikely]]
             T = tail(uniforms, T);
-        else if (coarse())
-            T += (finer - 0.5) * spacing(normal);
+        else if (coarse()) T += (finer - 0.5) * spacing(normal);
         const double G = mu_ + s_ * T, K = whole(G), U = u, below = mu_ - K;
         // Accepted at once from L upwards, and mostly below: one test, which seldom fails.
         if (((K + 1 > L_) | (d_ * U >= below * below * below)) & (G >= 0)) [[likely]]

@@ -45,8 +45,7 @@ inline void convert(std::int32_t n, const double* x, float* r) {
 inline void convert(std::int32_t n, const double* x, double* r) { std::copy_n(x, n, r); }
 
 // make(r) for n <= 2 * most_candidates numbers of type T, as doubles.
-template <class T, class Make>
-std::int32_t widened(std::int32_t n, double* x, Make make) {
+template <class T, class Make> std::int32_t widened(std::int32_t n, double* x, Make make) {
     if constexpr (std::is_same_v<T, double>) {
         return make(x);
     } else {
@@ -58,8 +57,7 @@ std::int32_t widened(std::int32_t n, double* x, Make make) {
 }
 
 // Uniforms on [0, 1) by the mapping to T.
-template <class T>
-std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u) {
+template <class T> std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u) {
     return widened<T>(n, u, [=](T* r) { return draw(stream, n, r, T(0), T(1)); });
 }
 
@@ -68,8 +66,7 @@ struct Pairs {
     alignas(16) double first[2 * most_candidates];
     double* second;
 
-    template <class T>
-    std::int32_t draw(kef_stream* stream, std::int32_t n) {
+    template <class T> std::int32_t draw(kef_stream* stream, std::int32_t n) {
         second = first + n;
         return uniforms<T>(stream, 2 * n, first);
     }
@@ -106,8 +103,7 @@ public:
         for (std::int32_t j = 0; j < count_; ++j) to[j] = x[index_[j]];
     }
     // Rejects the j-th candidate of x where margin(j) is negative.
-    template <class Margin>
-    void settle(double* x, Margin margin) const {
+    template <class Margin> void settle(double* x, Margin margin) const {
         for (std::int32_t j = 0; j < count_; ++j)
             x[index_[j]] = __builtin_copysign(x[index_[j]], margin(j));
     }
@@ -139,8 +135,7 @@ inline std::int32_t keep_accepted(std::int32_t n, double* x) {
 // A law accepts a candidate with probability 1/4 at least. Where a hundred rounds in a row
 // (of four candidates or more: a chance of 10^-49) bring nothing, the stream does not make
 // random numbers, and the rest of the numbers is law.center().
-template <class T, class Law>
-std::int32_t by_rejection(std::int32_t n, T* r, const Law& law) {
+template <class T, class Law> std::int32_t by_rejection(std::int32_t n, T* r, const Law& law) {
     constexpr int most_barren = 100;
     Candidates x;
     std::int32_t status = VTS_STATUS_OK;

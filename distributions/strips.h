@@ -20,8 +20,7 @@ namespace kef::dist {
 // A Law gives, besides mode and ratio (guide_table.h), low and high, the ends of the support (high
 // may be infinite), deviation, the standard deviation, and log_weight(k), ln P(k) up to a constant.
 // No strip begins beyond 2^50.
-template <class Law>
-class Strips {
+template <class Law> class Strips {
 public:
     // wanted: about so many strips.
     Strips(const Law& law, int wanted) : law_(law), log_mode_(law.log_weight(law.mode)) {

@@ -14,8 +14,7 @@
 
 namespace kef::dist::triangular {
 
-template <class T>
-inline constexpr int lanes = sizeof(vm::Vector<T>) / sizeof(T);
+template <class T> inline constexpr int lanes = sizeof(vm::Vector<T>) / sizeof(T);
 
 // --- small: the matrix in one array, the result of a vector in registers
 // --------------------------
@@ -23,8 +22,7 @@ inline constexpr int lanes = sizeof(vm::Vector<T>) / sizeof(T);
 inline constexpr int small = 10;
 inline constexpr int small_stride = 12;  // rows of a column, whole vectors
 
-template <class T, int d>
-void multiply_small(std::ptrdiff_t n, T* r, const T* columns) {
+template <class T, int d> void multiply_small(std::ptrdiff_t n, T* r, const T* columns) {
     using V = vm::Vector<T>;
     constexpr int groups = (d + lanes<T> - 1) / lanes<T>, rest = d - (groups - 1) * lanes<T>;
     for (; n > 0; --n, r += d) {
@@ -59,8 +57,7 @@ void multiply_small(std::int32_t d, std::ptrdiff_t n, T* r, Entry entry) {
 // ---------------------------------------
 
 inline constexpr int tile = 32;
-template <class T>
-inline constexpr int strip = 2 * lanes<T>;  // rows of a strip
+template <class T> inline constexpr int strip = 2 * lanes<T>;  // rows of a strip
 
 // A tile as strips of rows, each by columns; what is outside the triangle is zero.
 template <class T, class Entry>
@@ -122,10 +119,8 @@ void multiply_tile(const T* packed, std::int32_t rows, std::int32_t columns, std
         for (std::int32_t s = last; s >= 0; s -= strip<T>) {
             const std::int32_t used = add ? columns : std::min(s + strip<T>, columns);
             const T* const p = packed + s * columns;
-            if (n > 1)
-                multiply_strip<T, 2, add>(rows - s, p, used, z, r + s, d);
-            else
-                multiply_strip<T, 1, add>(rows - s, p, used, z, r + s, d);
+            if (n > 1) multiply_strip<T, 2, add>(rows - s, p, used, z, r + s, d);
+            else multiply_strip<T, 1, add>(rows - s, p, used, z, r + s, d);
         }
 }
 
@@ -143,12 +138,9 @@ void multiply_general(std::int32_t d, std::ptrdiff_t n, T* r, Entry entry) {
     }
 }
 
-template <class T, class Entry>
-void multiply(std::int32_t d, std::ptrdiff_t n, T* r, Entry entry) {
-    if (d <= small)
-        multiply_small(d, n, r, entry);
-    else
-        multiply_general(d, n, r, entry);
+template <class T, class Entry> void multiply(std::int32_t d, std::ptrdiff_t n, T* r, Entry entry) {
+    if (d <= small) multiply_small(d, n, r, entry);
+    else multiply_general(d, n, r, entry);
 }
 
 }  // namespace kef::dist::triangular

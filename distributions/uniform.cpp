@@ -18,8 +18,7 @@ std::int32_t generate(kef_stream* stream, std::int32_t n, float* r, float a, flo
 }
 
 // r = min(b, max(a, r)), eight doubles or sixteen floats a pass.
-template <class Real>
-void clamp(Real* r, std::int32_t n, Real a, Real b) {
+template <class Real> void clamp(Real* r, std::int32_t n, Real a, Real b) {
     constexpr std::int32_t lanes = 16 / sizeof(Real);
     const auto low = vm::all(a), high = vm::all(b);
     std::int32_t i = 0;

@@ -111,12 +111,9 @@ static bool print_histogram(const int64_t *count, int64_t total) {
         const double share = (double)count[k] / (double)total, expected = up_to - below;
         below = up_to;
         chi_square += (share - expected) * (share - expected) / expected * (double)total;
-        if (k == 0)
-            printf("   below %.1f       ", limit);
-        else if (k == CLASSES - 1)
-            printf("   above %.1f       ", limit - class_width);
-        else
-            printf("   %.1f to %.1f      ", limit - class_width, limit);
+        if (k == 0) printf("   below %.1f       ", limit);
+        else if (k == CLASSES - 1) printf("   above %.1f       ", limit - class_width);
+        else printf("   %.1f to %.1f      ", limit - class_width, limit);
         printf("%7.3f %%  %7.3f %%  ", 100 * share, 100 * expected);
         for (int64_t i = 0; i < BAR * count[k] / largest; ++i) putchar('#');
         putchar('\n');

@@ -72,8 +72,7 @@ static bool print_both(const struct statistics *blocks, const struct statistics 
     compare("minimum", blocks->lowest, one->lowest, fabs(one->lowest), &worst);
     compare("maximum", blocks->highest, one->highest, fabs(one->highest), &worst);
     const bool good = worst <= 1e-13 && blocks->weights[0] == one->weights[0];
-    if (worst == 0)
-        printf("   They agree to the last bit.\n");
+    if (worst == 0) printf("   They agree to the last bit.\n");
     else
         printf("   They %s: largest difference %.1g, in units of the last place %.2g.\n",
                good ? "agree" : "DIFFER", worst, worst / DBL_EPSILON);

@@ -51,10 +51,8 @@ static void compare(const struct function *f, const void *y, const long double *
 
 static void run_column(const struct function *f, int column, int32_t n, const void *a,
                        const void *b, void *y, void *z) {
-    if (column == CLIB)
-        f->loop(n, a, b, y, z);
-    else
-        f->call(column, n, a, b, y, z);
+    if (column == CLIB) f->loop(n, a, b, y, z);
+    else f->call(column, n, a, b, y, z);
 }
 
 /* Shortens *best to the time of an element where some runs of the column are faster. */
@@ -117,18 +115,12 @@ static struct row measure(const struct function *f, int32_t n) {
 }
 
 static void print_cell(int width, int decimals, double value, bool shared) {
-    if (shared)
-        printf(" %*s", width, "=");
-    else if (isnan(value))
-        printf(" %*s", width, "-");
-    else if (isinf(value))
-        printf(" %*s", width, value > 0 && decimals == 1 ? "exact" : "wrong");
-    else if (value == 0)
-        printf(" %*s", width, "0");
-    else if (fabs(value) < 1000)
-        printf(" %*.*f", width, fabs(value) < 100 ? decimals : 1, value);
-    else
-        printf(" %*.0e", width, value);
+    if (shared) printf(" %*s", width, "=");
+    else if (isnan(value)) printf(" %*s", width, "-");
+    else if (isinf(value)) printf(" %*s", width, value > 0 && decimals == 1 ? "exact" : "wrong");
+    else if (value == 0) printf(" %*s", width, "0");
+    else if (fabs(value) < 1000) printf(" %*.*f", width, fabs(value) < 100 ? decimals : 1, value);
+    else printf(" %*.0e", width, value);
 }
 
 bool summary_chapter(const struct session *session) {

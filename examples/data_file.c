@@ -30,10 +30,8 @@ static bool read_line(FILE *file, char line[LONGEST_LINE + 1], bool *too_long) {
     if (c == EOF) return false;
     *too_long = false;
     for (; c != EOF && c != '\n'; c = getc(file)) {
-        if (length < LONGEST_LINE)
-            line[length++] = c == '\0' ? '\1' : (char)c;
-        else
-            *too_long = true;
+        if (length < LONGEST_LINE) line[length++] = c == '\0' ? '\1' : (char)c;
+        else *too_long = true;
     }
     if (length > 0 && line[length - 1] == '\r') --length;
     line[length] = '\0';
@@ -101,8 +99,7 @@ bool read_measurements(const char *path, struct session *session) {
     const int read_error = ferror(file) ? errno : 0;
     fclose(file);
 
-    if (read_error != 0)
-        fprintf(stderr, "frontend: %s: %s\n", path, strerror(read_error));
+    if (read_error != 0) fprintf(stderr, "frontend: %s: %s\n", path, strerror(read_error));
     else if (too_many)
         fprintf(stderr, "frontend: %s: more than %d measurements\n", path, MOST_MEASUREMENTS);
     else if (bad_lines > 0)
@@ -111,8 +108,7 @@ bool read_measurements(const char *path, struct session *session) {
     else if (session->count < 2)
         fprintf(stderr, "frontend: %s: %d measurement%s found, at least 2 needed\n", path,
                 (int)session->count, session->count == 1 ? "" : "s");
-    else
-        return true;
+    else return true;
     free(session->measurements);
     session->measurements = NULL;
     return false;

@@ -94,10 +94,8 @@ int main(int argc, char **argv) {
             if (!parse_count(argv[i], elements ? MOST_ELEMENTS : MOST_THREADS, &value))
                 return usage_error(
                     elements ? "wrong number of elements: " : "wrong number of threads: ", argv[i]);
-            if (elements)
-                session.elements = (int32_t)value;
-            else
-                session.threads = (int)value;
+            if (elements) session.elements = (int32_t)value;
+            else session.threads = (int)value;
             continue;
         }
         int k = 0;

@@ -22,9 +22,9 @@
 struct session {
     char title[100]; /* of the measurements; may be empty */
     double *measurements;
-    int32_t count;    /* of measurements, at least 2 */
-    int32_t elements; /* of the long arrays */
-    int threads;      /* at most so many for one call */
+    int32_t count;       /* of measurements, at least 2 */
+    int32_t elements;    /* of the long arrays */
+    int threads;         /* at most so many for one call */
     const char *picture; /* file to draw to, or null */
 };
 

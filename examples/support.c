@@ -52,20 +52,16 @@ void fill(void *x, size_t size, int32_t n, double low, double high, uint64_t str
         z = (z ^ z >> 27) * UINT64_C(0x94D049BB133111EB);
         z ^= z >> 31;
         const double value = low + (high - low) * ((double)(z >> 11) * 0x1p-53);
-        if (size == sizeof(float))
-            ((float *)x)[i] = (float)value;
-        else
-            ((double *)x)[i] = value;
+        if (size == sizeof(float)) ((float *)x)[i] = (float)value;
+        else ((double *)x)[i] = value;
     }
 }
 
 void progress(int step, int total, const char *what) {
     static int tenth = 0;
     if (isatty(STDERR_FILENO)) {
-        if (what != NULL)
-            fprintf(stderr, "\r  %3d%%  %-24s", 100 * step / total, what);
-        else
-            fprintf(stderr, "\r%-32s\r", "");
+        if (what != NULL) fprintf(stderr, "\r  %3d%%  %-24s", 100 * step / total, what);
+        else fprintf(stderr, "\r%-32s\r", "");
         fflush(stderr);
     } else if (what == NULL) {
         tenth = 0;

@@ -22,22 +22,14 @@ static const float data_movement = 1111;
 
 const char *status_name(int32_t status) {
     switch (status) {
-        case VTM_STATUS_OK:
-            return "no error";
-        case VTM_STATUS_BADSIZE:
-            return "bad array size";
-        case VTM_STATUS_BADMEM:
-            return "null pointer";
-        case VTM_STATUS_ERRDOM:
-            return "out of domain";
-        case VTM_STATUS_SING:
-            return "singularity";
-        case VTM_STATUS_OVERFLOW:
-            return "overflow";
-        case VTM_STATUS_UNDERFLOW:
-            return "underflow";
-        default:
-            return "unknown status";
+        case VTM_STATUS_OK: return "no error";
+        case VTM_STATUS_BADSIZE: return "bad array size";
+        case VTM_STATUS_BADMEM: return "null pointer";
+        case VTM_STATUS_ERRDOM: return "out of domain";
+        case VTM_STATUS_SING: return "singularity";
+        case VTM_STATUS_OVERFLOW: return "overflow";
+        case VTM_STATUS_UNDERFLOW: return "underflow";
+        default: return "unknown status";
     }
 }
 
@@ -126,8 +118,7 @@ static void *at(const void *vector, size_t offset) {
 int32_t vector_call(const struct function *function, int threads, int32_t n, const void *a,
                     const void *b, void *y, void *z) {
     int32_t status = VTM_STATUS_OK;
-    if (n < 0)
-        status = VTM_STATUS_BADSIZE;
+    if (n < 0) status = VTM_STATUS_BADSIZE;
     else if (n > 0 && (a == NULL || y == NULL || (function->inputs == 2 && b == NULL) ||
                        (function->outputs == 2 && z == NULL)))
         status = VTM_STATUS_BADMEM;

@@ -28,8 +28,7 @@ inline double inverse_bin_width(const T* x, std::uint32_t n, std::uint32_t bins)
 }
 
 // The breakpoints of a task, with what every search needs of them.
-template <class T>
-struct Partition {
+template <class T> struct Partition {
     const T* x;
     std::uint32_t n;
     T first, last;
@@ -68,8 +67,7 @@ inline const float* advance(const float* p, const float* next, float q) {
 // The last of the 2^steps breakpoints from `base` on that does not exceed q, where
 // the first does not. Free of branches on the data, so that the searches of
 // neighbouring sites overlap in the processor.
-template <class T>
-inline const T* last_in_window(const T* p, int steps, T q) {
+template <class T> inline const T* last_in_window(const T* p, int steps, T q) {
     for (std::size_t step = std::size_t(1) << steps >> 1; step != 0; step >>= 1) {
         const T* next = p + step;
         p = advance(p, next, q);
@@ -87,8 +85,7 @@ inline constexpr std::uint32_t group = 4;
 // up to date, a caller's function is right); locate() checks its answers.
 
 // Bisection over all breakpoints.
-template <class T>
-struct Bisection {
+template <class T> struct Bisection {
     static constexpr bool proposes = false;
     const T* x;
     std::uint32_t upper;  // start of the window of 2^steps that ends the partition
@@ -110,8 +107,7 @@ struct Bisection {
 
 // False where the table was made for other breakpoints or for none. Other
 // breakpoints between the same ends are found out by locate().
-template <class T>
-inline bool table_is_current(const Task& task, const Partition<T>& p) {
+template <class T> inline bool table_is_current(const Task& task, const Partition<T>& p) {
     const auto count = static_cast<std::uint32_t>(bin_count_for(p.n));
     return task.bin_count == static_cast<std::int32_t>(count) &&
            task.bins[count - 1].high == p.n - 1 &&
@@ -120,8 +116,7 @@ inline bool table_is_current(const Task& task, const Partition<T>& p) {
 }
 
 // The search table, then bisection of one bin's breakpoints.
-template <class T>
-struct BinSearch {
+template <class T> struct BinSearch {
     static constexpr bool proposes = true;
     const T* x;
     const Bin* bins;
@@ -146,18 +141,12 @@ struct BinSearch {
 
     void operator()(const T* q, std::uint32_t n, std::uint32_t* at) const {
         switch (steps) {  // unrolled for the usual sizes of a bin
-            case 4:
-                return search<4>(q, n, at);
-            case 5:
-                return search<5>(q, n, at);
-            case 6:
-                return search<6>(q, n, at);
-            case 7:
-                return search<7>(q, n, at);
-            case 8:
-                return search<8>(q, n, at);
-            default:
-                return search<0>(q, n, at);
+            case 4: return search<4>(q, n, at);
+            case 5: return search<5>(q, n, at);
+            case 6: return search<6>(q, n, at);
+            case 7: return search<7>(q, n, at);
+            case 8: return search<8>(q, n, at);
+            default: return search<0>(q, n, at);
         }
     }
 
@@ -181,8 +170,7 @@ private:
 };
 
 // The cell that equal distances would give.
-template <class T>
-struct EqualDistances {
+template <class T> struct EqualDistances {
     const T* x;
     double first, inverse;
     std::int32_t last_cell;
@@ -197,8 +185,7 @@ struct EqualDistances {
 };
 
 // Breakpoints at equal distances but for rounding: at most one step from the guess.
-template <class T>
-struct UniformSearch : EqualDistances<T> {
+template <class T> struct UniformSearch : EqualDistances<T> {
     static constexpr bool proposes = true;
     using EqualDistances<T>::EqualDistances;
 
@@ -212,8 +199,7 @@ struct UniformSearch : EqualDistances<T> {
 };
 
 // Breakpoints whose distances vary little: a short walk from the guess.
-template <class T>
-struct QuasiUniformSearch : EqualDistances<T> {
+template <class T> struct QuasiUniformSearch : EqualDistances<T> {
     static constexpr bool proposes = true;
     using EqualDistances<T>::EqualDistances;
 
@@ -231,8 +217,7 @@ struct QuasiUniformSearch : EqualDistances<T> {
 
 // Most breakpoints crowded in few bins: there the distribution of the bin's
 // breakpoints first tells which 64 of them to bisect.
-template <class T>
-struct PeakSearch {
+template <class T> struct PeakSearch {
     static constexpr bool proposes = true;
     const T* x;
     const Bin* bins;
@@ -268,12 +253,9 @@ private:
                            static_cast<std::int32_t>(high - low)));
             const std::uint32_t middle =
                 std::clamp(low + offset, low + narrow / 2, high - narrow / 2);
-            if (q < x[middle - narrow / 2])
-                high = middle - narrow / 2;
-            else if (q >= x[middle + narrow / 2])
-                low = middle + narrow / 2;
-            else
-                low = middle - narrow / 2, high = middle + narrow / 2;
+            if (q < x[middle - narrow / 2]) high = middle - narrow / 2;
+            else if (q >= x[middle + narrow / 2]) low = middle + narrow / 2;
+            else low = middle - narrow / 2, high = middle + narrow / 2;
         }
         const int steps =
             static_cast<int>(std::bit_width((high - low) | 1));  // 2^steps > high - low
@@ -286,8 +268,7 @@ private:
 // Ascending sites, many to a cell: from cell to cell, in growing steps. Only a new
 // site can stand left of the cell, and each gallop goes right: so it ends, whatever
 // the breakpoints are.
-template <class T>
-struct Walk {
+template <class T> struct Walk {
     static constexpr bool proposes = false;
     const T* x;
     std::uint32_t n, cell = 0;
@@ -370,10 +351,8 @@ bool locate(const Partition<T>& p, Search& search, const T* q, std::uint32_t n,
     const bool some_inside = p.first < p.last;
     const bool all_inside = some_inside && copy_inside(p, q, n, s);
     const std::uint32_t padded = (n + group - 1) / group * group;
-    if (some_inside)
-        search(s, padded, cell);
-    else
-        std::fill_n(cell, padded, 0);
+    if (some_inside) search(s, padded, cell);
+    else std::fill_n(cell, padded, 0);
     if constexpr (Search::proposes) {
         constexpr std::uint32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
         vm::i4 all = vm::all(-1);
@@ -402,8 +381,7 @@ void store_counts(const Partition<T>& p, const T* q, const std::uint32_t* cell, 
 }
 
 // The sites of a call: an array, or a uniform grid given by its ends.
-template <class T>
-class Sites {
+template <class T> class Sites {
 public:
     Sites(const T* site, std::int64_t n, std::int64_t hint) : site_(site), n_(n) {
         grid_ = hint == DF_UNIFORM;
@@ -441,14 +419,10 @@ inline void with_search(const Task& task, const Partition<T>& p, SearchMethod me
     if (method == SearchMethod::sorted) ascending = true;
     if (method == SearchMethod::automatic || method == SearchMethod::sorted) {
         if (ascending && sites / crowd >= p.n) return use(Walk<T>(p));
-        if (task.x_hint == DF_UNIFORM)
-            method = SearchMethod::uniform;
-        else if (task.x_hint == DF_QUASI_UNIFORM)
-            method = SearchMethod::quasi_uniform;
-        else if (BinSearch<T>::applies(task, p))
-            return use(BinSearch<T>(task, p));
-        else if (ascending)
-            return use(Walk<T>(p));
+        if (task.x_hint == DF_UNIFORM) method = SearchMethod::uniform;
+        else if (task.x_hint == DF_QUASI_UNIFORM) method = SearchMethod::quasi_uniform;
+        else if (BinSearch<T>::applies(task, p)) return use(BinSearch<T>(task, p));
+        else if (ascending) return use(Walk<T>(p));
     }
     if (method == SearchMethod::uniform) return use(UniformSearch<T>(p));
     if (method == SearchMethod::quasi_uniform) return use(QuasiUniformSearch<T>(p));

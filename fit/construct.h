@@ -18,22 +18,14 @@ using vm::d2;
 
 // Applies f(i, V) to i = 0 .. n-1, V = d2 for two indices at once or double for the
 // last; the formula is written once over V, with load_as<V>.
-template <class F>
-inline void each(std::size_t n, F f) {
+template <class F> inline void each(std::size_t n, F f) {
     std::size_t i = 0;
     for (; i + 2 <= n; i += 2) f(i, d2{});
     if (i < n) f(i, 0.0);
 }
-template <class V>
-inline V load_as(const double* p);
-template <>
-inline d2 load_as<d2>(const double* p) {
-    return vm::load(p);
-}
-template <>
-inline double load_as<double>(const double* p) {
-    return *p;
-}
+template <class V> inline V load_as(const double* p);
+template <> inline d2 load_as<d2>(const double* p) { return vm::load(p); }
+template <> inline double load_as<double>(const double* p) { return *p; }
 inline void store_as(double* p, d2 v) { vm::store(p, v); }
 inline void store_as(double* p, double v) { *p = v; }
 
@@ -72,8 +64,7 @@ inline bool has_rows(const void* const* rows, std::uint32_t slots, std::int64_t 
 
 // Where values and coefficients are: of every constructor after its own checks, and
 // with `values` false of interpolation and integration.
-template <class T>
-std::int32_t check_arrays(const Task& task, bool values) {
+template <class T> std::int32_t check_arrays(const Task& task, bool values) {
     if (!is_storage_hint(task.coefficient_hint)) return DF_STATUS_COEFFICIENT_HINT;
     if (task.ny <= 0) return DF_STATUS_NY;
     if (values && !has_rows(task.y_rows, task.y_slots, task.y_hint == DF_BY_COLUMNS ? 1 : +task.ny))
@@ -85,8 +76,7 @@ std::int32_t check_arrays(const Task& task, bool values) {
 }
 
 // The coefficients of one function: cell i at first + i * stride.
-template <class T>
-struct Coefficients {
+template <class T> struct Coefficients {
     T* first;
     std::size_t stride;
 
@@ -164,8 +154,7 @@ struct Mesh {
     bool uniform;
 };
 
-template <bool uniform, class T>
-Mesh make_mesh(const T* x, std::size_t n, double* h) {
+template <bool uniform, class T> Mesh make_mesh(const T* x, std::size_t n, double* h) {
     if constexpr (uniform) {
         std::fill_n(h, n - 1, (double(x[n - 1]) - double(x[0])) / double(n - 1));
     } else if constexpr (std::is_same_v<T, double>) {
@@ -241,8 +230,7 @@ std::int32_t construct(const Task& task, std::size_t order, const Method& method
                    : construct<T, false, false>(task, order, method);
 }
 
-template <class T>
-Boundary boundary_of(const Task& task, BoundarySet set) {
+template <class T> Boundary boundary_of(const Task& task, BoundarySet set) {
     const auto* bc = static_cast<const T*>(task.bc);
     return {boundary_types[find_boundary(task.bc_type, set)], [&](int i) { return double(bc[i]); }};
 }
@@ -280,8 +268,7 @@ void store_hermite(const Mesh& mesh, const double* y, const double* d, const dou
 }
 
 // A method that gives slopes, s = slopes(mesh, d), as a method of the frame.
-template <class Slopes>
-struct HermiteMethod {
+template <class Slopes> struct HermiteMethod {
     Slopes slopes;
     double* s = nullptr;
 

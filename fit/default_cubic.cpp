@@ -12,17 +12,13 @@ namespace {
 // The end second derivative from the neighbouring ones m1 and m2.
 double end_second(End condition, double value, const EndView& e, double m1, double m2, bool three) {
     switch (condition) {
-        case End::second:
-            return value;
-        case End::first:
-            return (e.side * 6 * (value - e.d0) / e.h0 - m1) / 2;
-        default:
-            return three ? m1 : m1 - e.h0 / e.h1 * (m2 - m1);  // equal third derivatives
+        case End::second: return value;
+        case End::first: return (e.side * 6 * (value - e.d0) / e.h0 - m1) / 2;
+        default: return three ? m1 : m1 - e.h0 / e.h1 * (m2 - m1);  // equal third derivatives
     }
 }
 
-template <class T>
-struct SecondDerivatives {
+template <class T> struct SecondDerivatives {
     const T* ic;
     Boundary boundary;
     double* m = nullptr;
@@ -49,8 +45,7 @@ struct SecondDerivatives {
     }
 };
 
-template <class T>
-std::int32_t construct_entry(const Task* task, std::int64_t method) {
+template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr Requirements need = {2, DF_CUBIC, 1u << DF_TYPE_DEFAULT, two_sided};
     constexpr std::uint32_t either = 1u << DF_INTERNAL_FIRST | 1u << DF_INTERNAL_SECOND;
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;

@@ -23,14 +23,12 @@ std::int32_t edit_pointer(Task* task, std::int64_t id, const void* array) {
         if (array == nullptr) return status; \
         break;
 #include "fit/params.def"
-        default:
-            return DF_STATUS_PARAMETER;
+        default: return DF_STATUS_PARAMETER;
     }
     return id == DF_Y ? set_y(*task, array) : set_coefficients(*task, array);
 }
 
-template <class T>
-std::int32_t query_pointer(const Task* task, std::int64_t id, T** array) {
+template <class T> std::int32_t query_pointer(const Task* task, std::int64_t id, T** array) {
     if (task == nullptr) return DF_STATUS_NULL_TASK;
     if (!is_one_dimensional(*task)) return DF_STATUS_OK;
     if (array == nullptr) return DF_STATUS_NULL_OUTPUT;
@@ -45,8 +43,7 @@ std::int32_t query_pointer(const Task* task, std::int64_t id, T** array) {
         found = task->field == nullptr ? nullptr : task->field[0]; \
         break;
 #include "fit/params.def"
-        default:
-            return DF_STATUS_PARAMETER;
+        default: return DF_STATUS_PARAMETER;
     }
     *array = static_cast<T*>(const_cast<void*>(found));
     return DF_STATUS_OK;
@@ -147,8 +144,7 @@ int32_t kef_df_kernel_iEditVal(kef_df_task* task, int64_t id, int64_t value) {
         task->field = static_cast<std::int32_t>(value); \
         break;
 #include "fit/params.def"
-        default:
-            return DF_STATUS_PARAMETER;
+        default: return DF_STATUS_PARAMETER;
     }
     if (id == DF_X_HINT) build_search_table(*task);
     return DF_STATUS_OK;
@@ -169,8 +165,7 @@ int32_t kef_df_kernel_iQueryVal(const kef_df_task* task, int64_t id, void* value
         found = task->field;                     \
         break;
 #include "fit/params.def"
-        default:
-            return DF_STATUS_PARAMETER;
+        default: return DF_STATUS_PARAMETER;
     }
     // Little-endian: the low word alone, or both.
     std::memcpy(value, &found, task->int64_flag != 0 ? sizeof found : sizeof(std::int32_t));

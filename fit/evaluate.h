@@ -9,8 +9,7 @@
 namespace kef::fit {
 
 // The checks of a spline that is there to be evaluated.
-template <class T>
-std::int32_t check_spline(const Task& task) {
+template <class T> std::int32_t check_spline(const Task& task) {
     if (task.order <= 0 || task.order > INT32_MAX) return DF_STATUS_ORDER;
     if (task.type > DF_TYPE_AKIMA) return DF_STATUS_TYPE;
     if (task.type == DF_TYPE_SUBBOTIN && (task.ic_type & DF_INTERNAL_KNOTS) && task.ic == nullptr)
@@ -21,8 +20,7 @@ std::int32_t check_spline(const Task& task) {
 inline bool is_result_hint(std::int64_t h) { return is_storage_hint(h) && h != DF_SEPARATE_ROWS; }
 
 // The cells of sites and the distances from their left ends.
-template <class T>
-class CellMap {
+template <class T> class CellMap {
 public:
     explicit CellMap(const Task& task) : partition_(task), knots_(task), cells_(cell_count(task)) {
         // A step function that is y itself has a value for the last breakpoint too.

@@ -14,8 +14,7 @@ inline std::int32_t check_internal(const Task& task, std::uint32_t types) {
 }
 
 // A periodic spline takes its derivative at both ends from the caller.
-template <class T>
-Boundary boundary_with_common_value(const Task& task, End derivative) {
+template <class T> Boundary boundary_with_common_value(const Task& task, End derivative) {
     Boundary boundary = boundary_of<T>(task, two_sided);
     if (boundary.left == End::periodic) {
         boundary.left = boundary.right = derivative;
@@ -24,8 +23,7 @@ Boundary boundary_with_common_value(const Task& task, End derivative) {
     return boundary;
 }
 
-template <class T>
-struct GivenSlopes {
+template <class T> struct GivenSlopes {
     const T* ic;
 
     void operator()(const Mesh& mesh, double*, double* s, bool) const {
@@ -33,8 +31,7 @@ struct GivenSlopes {
     }
 };
 
-template <class T>
-std::int32_t construct_hermite(const Task& task) {
+template <class T> std::int32_t construct_hermite(const Task& task) {
     using Slopes = LocalSlopes<GivenSlopes<T>>;
     const Slopes slopes = {{static_cast<const T*>(task.ic)},
                            boundary_with_common_value<T>(task, End::first)};

@@ -23,8 +23,7 @@ struct Sum {
     double value() const { return high + low; }
 };
 
-template <class T>
-class Integrator {
+template <class T> class Integrator {
 public:
     Integrator(const Task& task, const CellMap<T>& map)
         : map_(map), order_(static_cast<std::size_t>(task.order)) {}
@@ -85,8 +84,7 @@ private:
 };
 
 // A block of intervals with the cells of their limits.
-template <class T>
-struct Intervals {
+template <class T> struct Intervals {
     alignas(16) T left_grid[block_size];
     alignas(16) T right_grid[block_size];
     std::uint32_t left_cell[block_size], right_cell[block_size];
@@ -95,8 +93,7 @@ struct Intervals {
     std::uint32_t n;
 
     // The limits of interval j in ascending order with their cells.
-    template <class Use>
-    auto ordered(std::uint32_t j, Use use) const {
+    template <class Use> auto ordered(std::uint32_t j, Use use) const {
         return left[j] <= right[j] ? use(left_cell[j], left[j], right_cell[j], right[j])
                                    : use(right_cell[j], right[j], left_cell[j], left[j]);
     }

@@ -8,8 +8,7 @@ namespace kef::fit {
 
 namespace {
 
-template <class T>
-using V = vm::Vector<T>;
+template <class T> using V = vm::Vector<T>;
 
 constexpr double falling(int k, int r) {  // k!/(k-r)!
     double product = 1;
@@ -18,8 +17,7 @@ constexpr double falling(int k, int r) {  // k!/(k-r)!
 }
 
 // c[0 .. order-1] of a vector's cells.
-template <int order>
-inline void gather(const double* c, const std::uint32_t* at, d2* to) {
+template <int order> inline void gather(const double* c, const std::uint32_t* at, d2* to) {
     const double *a = c + at[0], *b = c + at[1];
     for (int k = 0; k + 1 < order; k += 2) {
         const d2 x = vm::load(a + k), y = vm::load(b + k);
@@ -28,8 +26,7 @@ inline void gather(const double* c, const std::uint32_t* at, d2* to) {
     }
     if (order % 2 == 1) to[order - 1] = d2{a[order - 1], b[order - 1]};
 }
-template <int order>
-inline void gather(const float* c, const std::uint32_t* at, vm::f4* to) {
+template <int order> inline void gather(const float* c, const std::uint32_t* at, vm::f4* to) {
     const float *p0 = c + at[0], *p1 = c + at[1], *p2 = c + at[2], *p3 = c + at[3];
     if constexpr (order == 4) {
         __m128 a = _mm_loadu_ps(p0), b = _mm_loadu_ps(p1), e = _mm_loadu_ps(p2),
@@ -75,8 +72,7 @@ void any_order(const T* c, const std::uint32_t* at, const T* t, std::uint32_t n,
     }
 }
 
-template <class T>
-Kernel<T> kernel_of(std::int64_t order, std::int64_t r) {
+template <class T> Kernel<T> kernel_of(std::int64_t order, std::int64_t r) {
     constexpr Kernel<T> fixed[3][4] = {
         {fixed_order<T, 2, 0>, fixed_order<T, 2, 1>},
         {fixed_order<T, 3, 0>, fixed_order<T, 3, 1>, fixed_order<T, 3, 2>},
@@ -97,8 +93,7 @@ public:
         return count;
     }
     // Calls use(order, position).
-    template <class Use>
-    void each_order(Use use) const {
+    template <class Use> void each_order(Use use) const {
         std::size_t position = 0;
         for (std::int64_t r = 0; r < n_; ++r)
             if (wide_ ? static_cast<const std::int64_t*>(flags_)[r] != 0
@@ -113,8 +108,7 @@ private:
 };
 
 // The places of the results.
-template <class T>
-struct Results {
+template <class T> struct Results {
     T* first;
     std::size_t nsite, ny, m;
     bool columns;
@@ -134,8 +128,7 @@ struct Results {
 };
 
 // A block of sites with their cells.
-template <class T>
-struct SiteBlock {
+template <class T> struct SiteBlock {
     alignas(16) T grid[block_size];
     alignas(16) T distance[block_size];
     alignas(16) T value[block_size];
@@ -164,8 +157,7 @@ void each_block(const Task& task, const Partition<T>& partition, const Sites<T>&
                         };
                         if (cell != nullptr && task.int64_flag != 0)
                             store(static_cast<std::int64_t*>(cell));
-                        else if (cell != nullptr)
-                            store(static_cast<std::int32_t*>(cell));
+                        else if (cell != nullptr) store(static_cast<std::int32_t*>(cell));
                         use(b);
                     }
                 });
@@ -217,8 +209,7 @@ void look_up(const Task& task, const Sites<T>& sites, const Orders& orders,
     });
 }
 
-template <class T>
-std::int32_t check_lookup(const Task& task) {
+template <class T> std::int32_t check_lookup(const Task& task) {
     if (!is_storage_hint(task.y_hint)) return DF_STATUS_Y_HINT;
     if (task.ny <= 0) return DF_STATUS_NY;
     if (!has_rows(task.y_rows, task.y_slots, task.y_hint == DF_BY_COLUMNS ? 1 : +task.ny))

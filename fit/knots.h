@@ -7,8 +7,7 @@ namespace kef::fit {
 
 // Cells begin at the breakpoints; with knots between them (`between`) cell 0 begins
 // at x_0 and cell i at the knot of gap i-1: given by the caller, or the midpoint.
-template <class T>
-struct Knots {
+template <class T> struct Knots {
     const T* x;
     const T* given;
     bool between;

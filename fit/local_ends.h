@@ -10,15 +10,12 @@ namespace kef::fit {
 inline double end_slope(End condition, double value, const EndView& end, double own,
                         bool three_points) {
     switch (condition) {
-        case End::first:
-            return value;
-        case End::second:
-            return slope_of_second(end, value);
+        case End::first: return value;
+        case End::second: return slope_of_second(end, value);
         case End::not_a_knot:
             return three_points ? slope_of_parabola(end) : slope_of_not_a_knot(end);
         case End::own:
-        case End::periodic:
-            break;
+        case End::periodic: break;
     }
     return own;
 }
@@ -51,8 +48,7 @@ inline void set_end_slopes(const Boundary& boundary, const Mesh& mesh, const dou
 }
 
 // The frame of such a method: inner(mesh, d, s) sets s[1 .. n-2] and its own ends.
-template <class Inner>
-struct LocalSlopes {
+template <class Inner> struct LocalSlopes {
     Inner inner;
     Boundary boundary;
 

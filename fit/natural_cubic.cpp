@@ -89,21 +89,16 @@ private:
     // The end row as deviation_0 = z - g deviation_1.
     static double end_factor(End condition, double h0, double h1) {
         switch (condition) {
-            case End::second:
-                return 0.5;
-            case End::not_a_knot:
-                return (h0 + h1) / h1;
-            default:
-                return 0;
+            case End::second: return 0.5;
+            case End::not_a_knot: return (h0 + h1) / h1;
+            default: return 0;
         }
     }
     // The local cubic at the end satisfies the not-a-knot row.
     static double end_constant(End condition, double value, const EndView& e, double s0) {
         switch (condition) {
-            case End::second:
-                return slope_of_second(e, value) - s0;
-            default:
-                return 0;
+            case End::second: return slope_of_second(e, value) - s0;
+            default: return 0;
         }
     }
 
@@ -158,8 +153,7 @@ private:
 };
 
 // The variants: boundary type by uniform breakpoints by storage of the values.
-template <class T, std::size_t variant>
-std::int32_t construct_variant(const Task& task) {
+template <class T, std::size_t variant> std::int32_t construct_variant(const Task& task) {
     const auto* bc = static_cast<const T*>(task.bc);
     const Boundary boundary(boundary_types[variant / 4], [&](int i) { return double(bc[i]); });
     return construct<T, (variant & 2) != 0, (variant & 1) != 0>(
@@ -173,8 +167,7 @@ constexpr auto table_of(std::index_sequence<variant...>) {
 template <class T>
 constexpr auto variants = table_of<T>(std::make_index_sequence<two_sided_types * 4>());
 
-template <class T>
-std::int32_t construct_entry(const Task* task, std::int64_t method) {
+template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr Requirements need = {3, 0, 0, two_sided};
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
     if (const std::int32_t status = check_arrays<T>(*task, true)) return status;

@@ -6,8 +6,7 @@
 namespace kef::fit {
 
 // Finite and ascending; true where the task trusts its caller.
-template <class T>
-inline bool partition_is_accepted(const Task& task) {
+template <class T> inline bool partition_is_accepted(const Task& task) {
     if (task.check_flag == 0) return true;
     const T* x = static_cast<const T*>(task.x);
     const auto n = static_cast<std::size_t>(task.nx);

@@ -25,8 +25,7 @@ namespace kef::fit {
 
 namespace {
 
-template <class T>
-void store_cell(T* cell, double c0, double c1, double c2) {
+template <class T> void store_cell(T* cell, double c0, double c1, double c2) {
     cell[0] = static_cast<T>(c0), cell[1] = static_cast<T>(c1), cell[2] = static_cast<T>(c2);
 }
 
@@ -70,10 +69,8 @@ private:
         const double* h = mesh.h;
         const double value = boundary.left == End::own ? boundary.right_value : boundary.left_value;
         switch (type) {
-            case DF_LEFT_FIRST:
-                return run_from_left(mesh, d, value);
-            case DF_LEFT_SECOND:
-                return run_from_left(mesh, d, d[0] - value * h[0] / 2);
+            case DF_LEFT_FIRST: return run_from_left(mesh, d, value);
+            case DF_LEFT_SECOND: return run_from_left(mesh, d, d[0] - value * h[0] / 2);
             case DF_RIGHT_FIRST:
             case DF_RIGHT_SECOND:
                 s[n - 1] = type == DF_RIGHT_FIRST ? value : d[n - 2] + value * h[n - 2] / 2;
@@ -101,15 +98,16 @@ struct KnotRows {
     }
 };
 
-template <class T>
-struct BetweenBreakpoints {
+template <class T> struct BetweenBreakpoints {
     Boundary boundary;
     Knots<T> knots;
     TwoEnded<KnotRows> system{};
     double *p = nullptr, *r = nullptr, *q = nullptr, *v = nullptr, *u = nullptr;
     double wrap_pivot = 1;
 
-    ArrayCount arrays() const { return ArrayCount{.lasting = 3, .transient = 2} + TwoEnded<KnotRows>::arrays; }
+    ArrayCount arrays() const {
+        return ArrayCount{.lasting = 3, .transient = 2} + TwoEnded<KnotRows>::arrays;
+    }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         const std::size_t n = mesh.n;
         const double* h = mesh.h;
@@ -149,12 +147,9 @@ private:
     // End rows: (h - w) q_0 + w q_1 = known for a slope, q_0 = q_1 for not-a-knot.
     static double end_factor(End condition, double h, double w) {
         switch (condition) {
-            case End::first:
-                return w / (h - w);
-            case End::not_a_knot:
-                return -1;
-            default:
-                return 0;
+            case End::first: return w / (h - w);
+            case End::not_a_knot: return -1;
+            default: return 0;
         }
     }
     // The constant of the deviation at an end whose guess is q0, its neighbour's q1.
@@ -163,10 +158,8 @@ private:
         switch (condition) {
             case End::first:
                 return (e.side * (value - e.d0) - e.h0 * q0 - w * (q1 - q0)) / (e.h0 - w);
-            case End::second:
-                return value / 2 - q0;
-            default:
-                return 0;
+            case End::second: return value / 2 - q0;
+            default: return 0;
         }
     }
 
@@ -203,8 +196,7 @@ private:
     }
 };
 
-template <class T>
-std::int32_t construct_entry(const Task* task, std::int64_t method) {
+template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr BoundarySet at = 1u << 0 | no_conditions | one_sided;  // bit 0: not-a-knot
     const bool between = task != nullptr && task->type == DF_TYPE_SUBBOTIN;
     const Requirements need = {between ? 3 : 2, DF_QUADRATIC,

@@ -47,22 +47,13 @@ std::int32_t search(SearchMethod method, const Task* task, std::int64_t nsite, c
     return DF_STATUS_OK;
 }
 
-template <class T>
-struct CallbackOf;
-template <>
-struct CallbackOf<double> {
-    using type = kef_df_dsearch;
-};
-template <>
-struct CallbackOf<float> {
-    using type = kef_df_ssearch;
-};
-template <class T>
-using Callback = typename CallbackOf<T>::type;
+template <class T> struct CallbackOf;
+template <> struct CallbackOf<double> { using type = kef_df_dsearch; };
+template <> struct CallbackOf<float> { using type = kef_df_ssearch; };
+template <class T> using Callback = typename CallbackOf<T>::type;
 
 // What the caller's function proposes, as far as it is a cell; 0 where it is not.
-template <class T>
-struct Proposed {
+template <class T> struct Proposed {
     static constexpr bool proposes = true;
     const Task* task;
     Callback<T> function;
@@ -83,8 +74,7 @@ struct Proposed {
 };
 
 // The same for uniform breakpoints: where the proposal does not hold, arithmetic.
-template <class T>
-struct ProposedOrUniform : Proposed<T> {
+template <class T> struct ProposedOrUniform : Proposed<T> {
     UniformSearch<T> uniform;
     const Partition<T>* partition;
 

@@ -14,8 +14,7 @@ namespace {
 
 constexpr std::uint32_t empty = 0xFFFFFFFFu;
 
-template <class T>
-void build(Task& task) {
+template <class T> void build(Task& task) {
     const T* x = static_cast<const T*>(task.x);
     const auto n = static_cast<std::uint32_t>(task.nx);
     const auto count = static_cast<std::uint32_t>(bin_count_for(task.nx));
@@ -55,10 +54,8 @@ void build(Task& task) {
 
 void build_search_table(Task& task) {
     if (task.x_hint == DF_UNIFORM) return;
-    if (task.element_size == sizeof(double))
-        build<double>(task);
-    else
-        build<float>(task);
+    if (task.element_size == sizeof(double)) build<double>(task);
+    else build<float>(task);
 }
 
 }  // namespace kef::fit

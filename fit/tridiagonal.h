@@ -16,17 +16,13 @@
 
 namespace kef::fit {
 
-template <class V>
-struct Row {
-    V outer, diagonal, inner;
-};
+template <class V> struct Row { V outer, diagonal, inner; };
 
 inline d2 both_ends(const double* p, std::size_t left, std::size_t right) {
     return d2{p[left], p[right]};
 }
 
-template <class Rows>
-class TwoEnded {
+template <class Rows> class TwoEnded {
 public:
     static constexpr ArrayCount arrays = {.transient = 2};
 

@@ -53,12 +53,12 @@ enum {
 };
 
 /* Normal with mean a and standard deviation sigma. Any sequence of calls gives the numbers of one
- * call for the sum of their counts; for the pairs after an odd count the stream keeps the last pair in
- * a chunk (key 2; single precision: key 1), which is allocated at the first call
- * (VTS_STATUS_NO_MEMORY) and copied, saved and deleted with the stream. A uniform of exactly 0 gives
- * a radius of 38.59; in the inversion one of exactly -1 gives a - 0.767 sqrt2 sigma, and 1, which
- * some generators round to in single precision, a + 5.86 sqrt2 sigma.
- * Box and Muller, Ann. Math. Statist. 29 (1958) 610-611. */
+ * call for the sum of their counts; for the pairs after an odd count the stream keeps the last pair
+ * in a chunk (key 2; single precision: key 1), which is allocated at the first call
+ * (VTS_STATUS_NO_MEMORY) and copied, saved and deleted with the stream. A uniform of exactly 0
+ * gives a radius of 38.59; in the inversion one of exactly -1 gives a - 0.767 sqrt2 sigma, and 1,
+ * which some generators round to in single precision, a + 5.86 sqrt2 sigma. Box and Muller, Ann.
+ * Math. Statist. 29 (1958) 610-611. */
 KEF_API int32_t _vtsdRngGaussian(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
                                  double sigma);
 KEF_API int32_t _vtssRngGaussian(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
@@ -70,8 +70,9 @@ enum {
     VTS_METHOD_LOGNORMAL_INVERSION = 1 /* and any other value */
 };
 
-/* Lognormal: b + beta exp(x), x normal with mean a and standard deviation sigma. An exponential that
- * overflows is an error of vector math, which the thread's own mode word and callback handle. */
+/* Lognormal: b + beta exp(x), x normal with mean a and standard deviation sigma. An exponential
+ * that overflows is an error of vector math, which the thread's own mode word and callback handle.
+ */
 KEF_API int32_t _vtsdRngLognormal(int32_t method, kef_stream *stream, int32_t n, double *r,
                                   double a, double sigma, double b, double beta);
 KEF_API int32_t _vtssRngLognormal(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
@@ -87,8 +88,8 @@ enum {
 
 /* n vectors of `dimension` numbers, one after another: a + T z, z of independent standard normal
  * numbers (method of the normal generators), so the covariance is T T^t. a: the mean vector. t: the
- * lower triangular Cholesky factor T in the given storage; any other storage leaves z as it is. With
- * dimension 1 the numbers are those of the normal generator for a[0] and t[0]. */
+ * lower triangular Cholesky factor T in the given storage; any other storage leaves z as it is.
+ * With dimension 1 the numbers are those of the normal generator for a[0] and t[0]. */
 KEF_API int32_t _vtsdRngGaussianMV(int32_t method, kef_stream *stream, int32_t n, double *r,
                                    int32_t dimension, int32_t storage, const double *a,
                                    const double *t);
@@ -98,9 +99,9 @@ KEF_API int32_t _vtssRngGaussianMV(int32_t method, kef_stream *stream, int32_t n
 
 /* --- other continuous laws ------------------------------------------------------ */
 
-/* Every law here takes a displacement a and a scale beta > 0, and a standard number X of the law: the
- * result is a + beta X. The method is not looked at. u is a uniform on [0, 1); a logarithm of u = 0
- * is -744.4400719213812 (that of the smallest subnormal double), so every number is finite.
+/* Every law here takes a displacement a and a scale beta > 0, and a standard number X of the law:
+ * the result is a + beta X. The method is not looked at. u is a uniform on [0, 1); a logarithm of u
+ * = 0 is -744.4400719213812 (that of the smallest subnormal double), so every number is finite.
  * Elementary functions have 26 good bits in double and 11 in single precision. The laws up to
  * Gumbel use one uniform a number (Laplace two) in the order of the numbers: calls that sum to n
  * give the numbers of one call for n. */

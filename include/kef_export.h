@@ -3,21 +3,21 @@
 #define KEF_EXPORT_H
 
 #if defined(_WIN32)
-#  if defined(KEF_BUILDING)
-#    define KEF_API __declspec(dllexport)
-#  else
-#    define KEF_API __declspec(dllimport)
-#  endif
+#if defined(KEF_BUILDING)
+#define KEF_API __declspec(dllexport)
 #else
-#  define KEF_API __attribute__((visibility("default")))
+#define KEF_API __declspec(dllimport)
+#endif
+#else
+#define KEF_API __attribute__((visibility("default")))
 #endif
 
 #ifdef __cplusplus
-#  define KEF_BEGIN_DECLS extern "C" {
-#  define KEF_END_DECLS }
+#define KEF_BEGIN_DECLS extern "C" {
+#define KEF_END_DECLS }
 #else
-#  define KEF_BEGIN_DECLS
-#  define KEF_END_DECLS
+#define KEF_BEGIN_DECLS
+#define KEF_END_DECLS
 #endif
 
 #endif

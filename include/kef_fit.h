@@ -35,12 +35,12 @@ enum {
     DF_STATUS_OK = 0,
     DF_STATUS_NULL_TASK = -1000,
     DF_STATUS_NO_MEMORY = -1001,
-    DF_STATUS_METHOD = -1002,              /* method argument of a compute entry */
-    DF_STATUS_NX = -1004,                  /* too few breakpoints, or 2^31 and more */
-    DF_STATUS_X = -1005,                   /* null; with the check flag: not finite and ascending */
+    DF_STATUS_METHOD = -1002, /* method argument of a compute entry */
+    DF_STATUS_NX = -1004,     /* too few breakpoints, or 2^31 and more */
+    DF_STATUS_X = -1005,      /* null; with the check flag: not finite and ascending */
     DF_STATUS_X_HINT = -1006,
-    DF_STATUS_NY = -1007,                  /* no functions, or values without functions */
-    DF_STATUS_Y = -1008,                   /* null, or a function without values */
+    DF_STATUS_NY = -1007, /* no functions, or values without functions */
+    DF_STATUS_Y = -1008,  /* null, or a function without values */
     DF_STATUS_Y_HINT = -1009,
     DF_STATUS_ORDER = -1010,
     DF_STATUS_TYPE = -1011,
@@ -48,16 +48,16 @@ enum {
     DF_STATUS_INTERNAL_CONDITIONS = -1013,
     DF_STATUS_BOUNDARY_TYPE = -1014,
     DF_STATUS_BOUNDARY_CONDITIONS = -1015,
-    DF_STATUS_COEFFICIENTS = -1016,        /* null, or a function without coefficients */
+    DF_STATUS_COEFFICIENTS = -1016, /* null, or a function without coefficients */
     DF_STATUS_COEFFICIENT_HINT = -1017,
-    DF_STATUS_PARAMETER = -1019,           /* parameter identifier or row index */
-    DF_STATUS_SITE_COUNT = -1020,          /* negative number of sites or limits */
-    DF_STATUS_SITES = -1021,               /* null sites or limits */
+    DF_STATUS_PARAMETER = -1019,  /* parameter identifier or row index */
+    DF_STATUS_SITE_COUNT = -1020, /* negative number of sites or limits */
+    DF_STATUS_SITES = -1021,      /* null sites or limits */
     DF_STATUS_SITE_HINT = -1022,
-    DF_STATUS_DERIVATIVES = -1023,         /* no derivative asked for */
-    DF_STATUS_RESULTS = -1024,             /* null results or cells */
+    DF_STATUS_DERIVATIVES = -1023, /* no derivative asked for */
+    DF_STATUS_RESULTS = -1024,     /* null results or cells */
     DF_STATUS_RESULT_HINT = -1025,
-    DF_STATUS_SEARCH_FUNCTION = -1026,     /* null search function */
+    DF_STATUS_SEARCH_FUNCTION = -1026, /* null search function */
     DF_STATUS_CHECK_FLAG = -1036,
     DF_STATUS_NULL_OUTPUT = -1037
 };
@@ -83,7 +83,7 @@ enum {
 
 /* Hints about breakpoints and sites. */
 enum {
-    DF_DEFAULT_HINT = 0,  /* DF_NON_UNIFORM for x, DF_ANY_ORDER for sites, DF_BY_ROWS for storage */
+    DF_DEFAULT_HINT = 0, /* DF_NON_UNIFORM for x, DF_ANY_ORDER for sites, DF_BY_ROWS for storage */
     DF_NON_UNIFORM = 1,
     DF_QUASI_UNIFORM = 2, /* the spacing varies little */
     DF_UNIFORM = 4,       /* x: equal spacings; sites: two values, the ends of a grid */
@@ -119,16 +119,16 @@ enum {
 enum {
     DF_NO_CONDITIONS = 0, /* the method's own end rule */
     DF_NOT_A_KNOT = 1,
-    DF_FREE_END = 2,          /* s'' = 0 at both ends */
+    DF_FREE_END = 2, /* s'' = 0 at both ends */
     DF_LEFT_FIRST = 4,
     DF_RIGHT_FIRST = 8,
-    DF_FIRST_FIRST = 12,      /* s' left, s' right */
+    DF_FIRST_FIRST = 12, /* s' left, s' right */
     DF_LEFT_SECOND = 16,
-    DF_SECOND_FIRST = 24,     /* s'' left, s' right */
+    DF_SECOND_FIRST = 24, /* s'' left, s' right */
     DF_RIGHT_SECOND = 32,
-    DF_FIRST_SECOND = 36,     /* s' left, s'' right */
-    DF_SECOND_SECOND = 48,    /* s'' left, s'' right */
-    DF_PERIODIC = 64          /* s', s'' equal at both ends; DEFAULT and HERMITE: one value */
+    DF_FIRST_SECOND = 36,  /* s' left, s'' right */
+    DF_SECOND_SECOND = 48, /* s'' left, s'' right */
+    DF_PERIODIC = 64       /* s', s'' equal at both ends; DEFAULT and HERMITE: one value */
 };
 
 /* Internal conditions, the same for all functions. */
@@ -154,8 +154,8 @@ KEF_API int32_t kef_df_kernel_dNewTask1D(kef_df_task **task, int64_t nx, const d
                                          int64_t x_hint, int64_t ny, const double *y,
                                          int64_t y_hint, int32_t int64_flag);
 KEF_API int32_t kef_df_kernel_sNewTask1D(kef_df_task **task, int64_t nx, const float *x,
-                                         int64_t x_hint, int64_t ny, const float *y,
-                                         int64_t y_hint, int32_t int64_flag);
+                                         int64_t x_hint, int64_t ny, const float *y, int64_t y_hint,
+                                         int32_t int64_flag);
 
 /* Releases what the task owns and stores null in *task; the caller's arrays stay. */
 KEF_API int32_t kef_df_kernel_DeleteTask(kef_df_task **task);
@@ -276,15 +276,13 @@ enum {
  * _TYPE, _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _COEFFICIENTS, with DF_LOOKUP
  * _Y_HINT, _NY, _Y, and _X. */
 KEF_API int32_t kef_df_kernel_dDFInterpolate1D(const kef_df_task *task, int64_t method,
-                                               int64_t nsite, const double *site,
-                                               int64_t site_hint, int64_t norder,
-                                               const void *derivatives, double *result,
-                                               int64_t result_hint, void *cell);
+                                               int64_t nsite, const double *site, int64_t site_hint,
+                                               int64_t norder, const void *derivatives,
+                                               double *result, int64_t result_hint, void *cell);
 KEF_API int32_t kef_df_kernel_sDFInterpolate1D(const kef_df_task *task, int64_t method,
-                                               int64_t nsite, const float *site,
-                                               int64_t site_hint, int64_t norder,
-                                               const void *derivatives, float *result,
-                                               int64_t result_hint, void *cell);
+                                               int64_t nsite, const float *site, int64_t site_hint,
+                                               int64_t norder, const void *derivatives,
+                                               float *result, int64_t result_hint, void *cell);
 
 /* Integrals of all functions over nlimit intervals, left[j] to right[j].
  *   left, right          limits; their hints as those of sites
@@ -295,14 +293,12 @@ KEF_API int32_t kef_df_kernel_sDFInterpolate1D(const kef_df_task *task, int64_t 
  * span more cells than there are, they are taken from running sums, made once.
  * method is 0. Statuses as for interpolation. */
 KEF_API int32_t kef_df_kernel_dDFIntegrate1D(const kef_df_task *task, int64_t method,
-                                             int64_t nlimit, const double *left,
-                                             int64_t left_hint, const double *right,
-                                             int64_t right_hint, double *result,
-                                             int64_t result_hint);
+                                             int64_t nlimit, const double *left, int64_t left_hint,
+                                             const double *right, int64_t right_hint,
+                                             double *result, int64_t result_hint);
 KEF_API int32_t kef_df_kernel_sDFIntegrate1D(const kef_df_task *task, int64_t method,
-                                             int64_t nlimit, const float *left,
-                                             int64_t left_hint, const float *right,
-                                             int64_t right_hint, float *result,
+                                             int64_t nlimit, const float *left, int64_t left_hint,
+                                             const float *right, int64_t right_hint, float *result,
                                              int64_t result_hint);
 
 /* ---- cell search ---------------------------------------------------------- */
@@ -328,13 +324,11 @@ KEF_API int32_t kef_df_kernel_sDFIntegrate1D(const kef_df_task *task, int64_t me
 KEF_API int32_t kef_df_kernel_dDFSearch1D(const kef_df_task *task, int64_t nsite,
                                           const double *site, int64_t site_hint, int64_t *cell);
 KEF_API int32_t kef_df_kernel_dDFSearch1D32(const kef_df_task *task, int64_t nsite,
-                                            const double *site, int64_t site_hint,
-                                            int32_t *cell);
-KEF_API int32_t kef_df_kernel_sDFSearch1D(const kef_df_task *task, int64_t nsite,
-                                          const float *site, int64_t site_hint, int64_t *cell);
+                                            const double *site, int64_t site_hint, int32_t *cell);
+KEF_API int32_t kef_df_kernel_sDFSearch1D(const kef_df_task *task, int64_t nsite, const float *site,
+                                          int64_t site_hint, int64_t *cell);
 KEF_API int32_t kef_df_kernel_sDFSearch1D32(const kef_df_task *task, int64_t nsite,
-                                            const float *site, int64_t site_hint,
-                                            int32_t *cell);
+                                            const float *site, int64_t site_hint, int32_t *cell);
 KEF_API int32_t kef_df_kernel_dDFSortedSearch1D(const kef_df_task *task, int64_t nsite,
                                                 const double *site, int64_t site_hint,
                                                 int64_t *cell);
@@ -384,14 +378,12 @@ KEF_API int32_t kef_df_kernel_sDFHybridSearch1D32(const kef_df_task *task, int64
                                                   const float *site, int64_t site_hint,
                                                   int32_t *cell);
 KEF_API int32_t kef_df_kernel_dDFPeakSearch1D(const kef_df_task *task, int64_t nsite,
-                                              const double *site, int64_t site_hint,
-                                              int64_t *cell);
+                                              const double *site, int64_t site_hint, int64_t *cell);
 KEF_API int32_t kef_df_kernel_dDFPeakSearch1D32(const kef_df_task *task, int64_t nsite,
                                                 const double *site, int64_t site_hint,
                                                 int32_t *cell);
 KEF_API int32_t kef_df_kernel_sDFPeakSearch1D(const kef_df_task *task, int64_t nsite,
-                                              const float *site, int64_t site_hint,
-                                              int64_t *cell);
+                                              const float *site, int64_t site_hint, int64_t *cell);
 KEF_API int32_t kef_df_kernel_sDFPeakSearch1D32(const kef_df_task *task, int64_t nsite,
                                                 const float *site, int64_t site_hint,
                                                 int32_t *cell);

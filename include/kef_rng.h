@@ -15,13 +15,13 @@ KEF_BEGIN_DECLS
 /* Status of every function here that says "status": 0 or one of these. */
 enum {
     VTS_STATUS_OK = 0,
-    VTS_STATUS_BAD_METHOD = -2,     /* an initialiser was given an unknown method */
-    VTS_STATUS_BAD_ARGUMENT = -3,   /* zero length, null pointer, wrong count of parameters */
-    VTS_STATUS_NO_MEMORY = -4,      /* an allocation failed */
-    VTS_STATUS_NULL_ENTRY = -5,     /* registration with a null routine */
-    VTS_STATUS_BAD_BRNG = -1000,    /* unknown, out-of-range, refused or differing generator id */
-    VTS_STATUS_NO_LEAPFROG = -1002, /* the generator cannot leapfrog, or not by this count */
-    VTS_STATUS_NO_SKIPAHEAD = -1003,        /* the generator cannot skip ahead */
+    VTS_STATUS_BAD_METHOD = -2,      /* an initialiser was given an unknown method */
+    VTS_STATUS_BAD_ARGUMENT = -3,    /* zero length, null pointer, wrong count of parameters */
+    VTS_STATUS_NO_MEMORY = -4,       /* an allocation failed */
+    VTS_STATUS_NULL_ENTRY = -5,      /* registration with a null routine */
+    VTS_STATUS_BAD_BRNG = -1000,     /* unknown, out-of-range, refused or differing generator id */
+    VTS_STATUS_NO_LEAPFROG = -1002,  /* the generator cannot leapfrog, or not by this count */
+    VTS_STATUS_NO_SKIPAHEAD = -1003, /* the generator cannot skip ahead */
     VTS_STATUS_BAD_STATE_SIZE = -1008,      /* registration: negative state size */
     VTS_STATUS_BAD_WORD_SIZE = -1009,       /* registration: word size not 4, 8 or 16 */
     VTS_STATUS_BAD_SEED_COUNT = -1010,      /* registration: seed count not positive */
@@ -82,10 +82,10 @@ typedef struct kef_chunk {
 } kef_chunk;
 
 typedef struct kef_stream_header {
-    int32_t brng;      /* generator id */
-    uint32_t created;  /* 1 */
-    kef_chunk *first;  /* head of the chunk list, or null */
-    kef_chunk *last;   /* its last chunk, or null */
+    int32_t brng;     /* generator id */
+    uint32_t created; /* 1 */
+    kef_chunk *first; /* head of the chunk list, or null */
+    kef_chunk *last;  /* its last chunk, or null */
 } kef_stream_header;
 
 /* Initialiser of a generator. method VTS_INIT_SEED: n parameter words are the

@@ -28,14 +28,14 @@ typedef struct kef_ss_task kef_ss_task;
 
 enum {
     VTS_SS_STATUS_OK = 0,
-    VTS_SS_STATUS_BAD_ID = -3,            /* not a parameter of this editor */
-    VTS_SS_STATUS_NO_MEMORY = -4000,      /* out of memory */
-    VTS_SS_STATUS_BAD_DIMENSION = -4001,  /* p is null, not positive or too large */
-    VTS_SS_STATUS_BAD_COUNT = -4002,      /* n is null, not positive or too large */
-    VTS_SS_STATUS_BAD_X_STORAGE = -4003,  /* the storage of x is not one of the two */
-    VTS_SS_STATUS_BAD_METHOD = -4029,     /* no such method, or not for this estimate */
-    VTS_SS_STATUS_NULL_TASK = -4031,      /* no task */
-    VTS_SS_STATUS_NULL_STORAGE = -4044,   /* a storage code is missing or unknown */
+    VTS_SS_STATUS_BAD_ID = -3,           /* not a parameter of this editor */
+    VTS_SS_STATUS_NO_MEMORY = -4000,     /* out of memory */
+    VTS_SS_STATUS_BAD_DIMENSION = -4001, /* p is null, not positive or too large */
+    VTS_SS_STATUS_BAD_COUNT = -4002,     /* n is null, not positive or too large */
+    VTS_SS_STATUS_BAD_X_STORAGE = -4003, /* the storage of x is not one of the two */
+    VTS_SS_STATUS_BAD_METHOD = -4029,    /* no such method, or not for this estimate */
+    VTS_SS_STATUS_NULL_TASK = -4031,     /* no task */
+    VTS_SS_STATUS_NULL_STORAGE = -4044,  /* a storage code is missing or unknown */
     /* the address of this parameter is null: */
     VTS_SS_STATUS_NULL_INDICES = -4004,
     VTS_SS_STATUS_NULL_WEIGHTS = -4005,
@@ -269,29 +269,33 @@ KEF_API int32_t __vtssSSEditMoments(kef_ss_task *task, float *mean, float *raw_m
 KEF_API int32_t __vtsdSSEditSums(kef_ss_task *task, double *sum, double *raw_sum_2,
                                  double *raw_sum_3, double *raw_sum_4, double *central_sum_2,
                                  double *central_sum_3, double *central_sum_4);
-KEF_API int32_t __vtssSSEditSums(kef_ss_task *task, float *sum, float *raw_sum_2,
-                                 float *raw_sum_3, float *raw_sum_4, float *central_sum_2,
-                                 float *central_sum_3, float *central_sum_4);
+KEF_API int32_t __vtssSSEditSums(kef_ss_task *task, float *sum, float *raw_sum_2, float *raw_sum_3,
+                                 float *raw_sum_4, float *central_sum_2, float *central_sum_3,
+                                 float *central_sum_4);
 KEF_API int32_t __vtsdSSEditCovCor(kef_ss_task *task, double *mean, double *covariance,
                                    const void *covariance_storage, double *correlation,
                                    const void *correlation_storage);
 KEF_API int32_t __vtssSSEditCovCor(kef_ss_task *task, float *mean, float *covariance,
                                    const void *covariance_storage, float *correlation,
                                    const void *correlation_storage);
-KEF_API int32_t __vtsdSSEditCP(kef_ss_task *task, double *mean, double *sum,
-                               double *cross_product, const void *cross_product_storage);
+KEF_API int32_t __vtsdSSEditCP(kef_ss_task *task, double *mean, double *sum, double *cross_product,
+                               const void *cross_product_storage);
 KEF_API int32_t __vtssSSEditCP(kef_ss_task *task, float *mean, float *sum, float *cross_product,
                                const void *cross_product_storage);
-KEF_API int32_t __vtsdSSEditPartialCovCor(
-    kef_ss_task *task, const void *partial_indices, double *covariance,
-    const void *covariance_storage, double *correlation, const void *correlation_storage,
-    double *partial_covariance, const void *partial_covariance_storage,
-    double *partial_correlation, const void *partial_correlation_storage);
-KEF_API int32_t __vtssSSEditPartialCovCor(
-    kef_ss_task *task, const void *partial_indices, float *covariance,
-    const void *covariance_storage, float *correlation, const void *correlation_storage,
-    float *partial_covariance, const void *partial_covariance_storage,
-    float *partial_correlation, const void *partial_correlation_storage);
+KEF_API int32_t __vtsdSSEditPartialCovCor(kef_ss_task *task, const void *partial_indices,
+                                          double *covariance, const void *covariance_storage,
+                                          double *correlation, const void *correlation_storage,
+                                          double *partial_covariance,
+                                          const void *partial_covariance_storage,
+                                          double *partial_correlation,
+                                          const void *partial_correlation_storage);
+KEF_API int32_t __vtssSSEditPartialCovCor(kef_ss_task *task, const void *partial_indices,
+                                          float *covariance, const void *covariance_storage,
+                                          float *correlation, const void *correlation_storage,
+                                          float *partial_covariance,
+                                          const void *partial_covariance_storage,
+                                          float *partial_correlation,
+                                          const void *partial_correlation_storage);
 KEF_API int32_t __vtsdSSEditQuantiles(kef_ss_task *task, const void *quantile_order_count,
                                       const double *quantile_orders, double *quantiles,
                                       double *order_statistics,
@@ -325,9 +329,8 @@ KEF_API int32_t __vtsdSSEditRCov(kef_ss_task *task, const void *robust_covarianc
                                  const double *robust_parameters, double *robust_mean,
                                  double *robust_covariance);
 KEF_API int32_t __vtssSSEditRCov(kef_ss_task *task, const void *robust_covariance_storage,
-                                 const void *robust_parameter_count,
-                                 const float *robust_parameters, float *robust_mean,
-                                 float *robust_covariance);
+                                 const void *robust_parameter_count, const float *robust_parameters,
+                                 float *robust_mean, float *robust_covariance);
 KEF_API int32_t __vtsdSSEditOutDetect(kef_ss_task *task, const void *outlier_parameter_count,
                                       const double *outlier_parameters, double *outlier_weights);
 KEF_API int32_t __vtssSSEditOutDetect(kef_ss_task *task, const void *outlier_parameter_count,

@@ -23,13 +23,13 @@ typedef struct kef_complex16 {
 
 /* Status of a vector-math call: the last element error of the thread. */
 enum {
-    VTM_STATUS_OK = 0,        /* no error since the status was last cleared */
-    VTM_STATUS_BADSIZE = -1,  /* an array size is not positive */
-    VTM_STATUS_BADMEM = -2,   /* a null pointer was passed */
-    VTM_STATUS_ERRDOM = 1,    /* an argument is outside the function's domain */
-    VTM_STATUS_SING = 2,      /* an argument is a pole of the function */
-    VTM_STATUS_OVERFLOW = 3,  /* a finite result is too large for its type */
-    VTM_STATUS_UNDERFLOW = 4  /* a non-zero result is subnormal or too small */
+    VTM_STATUS_OK = 0,       /* no error since the status was last cleared */
+    VTM_STATUS_BADSIZE = -1, /* an array size is not positive */
+    VTM_STATUS_BADMEM = -2,  /* a null pointer was passed */
+    VTM_STATUS_ERRDOM = 1,   /* an argument is outside the function's domain */
+    VTM_STATUS_SING = 2,     /* an argument is a pole of the function */
+    VTM_STATUS_OVERFLOW = 3, /* a finite result is too large for its type */
+    VTM_STATUS_UNDERFLOW = 4 /* a non-zero result is subnormal or too small */
 };
 
 /* Mode word: the OR of at most one value of each field. */
@@ -70,14 +70,14 @@ enum { VTM_SLOT_LA = 0, VTM_SLOT_HA = 1, VTM_SLOT_EP = 2, VTM_COST_DATA_MOVEMENT
  * complex functions only. For VTM_STATUS_BADSIZE and VTM_STATUS_BADMEM only
  * code, index and name are filled in. */
 typedef struct kef_vtm_error_record {
-    int32_t code;           /* VTM_STATUS_... */
-    int32_t index;          /* position in the caller's vector; the offending
-                               count for VTM_STATUS_BADSIZE */
+    int32_t code;  /* VTM_STATUS_... */
+    int32_t index; /* position in the caller's vector; the offending
+                      count for VTM_STATUS_BADSIZE */
     double argument1;
-    double argument2;       /* equals argument1 for one-argument functions */
-    double result1;         /* may be replaced by the callback */
-    double result2;         /* likewise; equals result1 where there is one */
-    char name[64];          /* the reporting function, for instance "vdExp" */
+    double argument2; /* equals argument1 for one-argument functions */
+    double result1;   /* may be replaced by the callback */
+    double result2;   /* likewise; equals result1 where there is one */
+    char name[64];    /* the reporting function, for instance "vdExp" */
     int32_t name_length;
     int32_t reserved;
     double argument1_imag;

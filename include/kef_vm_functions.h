@@ -1,3 +1,4 @@
+/* clang-format off */
 /* Made from vm/surface/surface.def by tools/make_prototypes.py; do not edit.
  *
  * For each function F of type t: four entry points and two tables.

@@ -32,21 +32,17 @@ std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
         case VTS_INIT_LEAPFROG:
             if constexpr (requires { G::leapfrog(stream, state, 0u, 0); })
                 return G::leapfrog(stream, state, parameters[0], n);
-            else
-                return VTS_STATUS_NO_LEAPFROG;
+            else return VTS_STATUS_NO_LEAPFROG;
         case VTS_INIT_SKIPAHEAD:
             if constexpr (requires { G::skip(stream, state, std::uint64_t{}); })
                 return G::skip(stream, state,
                                parameters[0] | static_cast<std::uint64_t>(parameters[1]) << 32);
-            else
-                return VTS_STATUS_NO_SKIPAHEAD;
-        default:
-            return VTS_STATUS_BAD_METHOD;
+            else return VTS_STATUS_NO_SKIPAHEAD;
+        default: return VTS_STATUS_BAD_METHOD;
     }
 }
 
-template <class G>
-std::int32_t generate_bits(kef_stream* stream, std::int32_t n, void* r) {
+template <class G> std::int32_t generate_bits(kef_stream* stream, std::int32_t n, void* r) {
     if (n <= 0) return VTS_STATUS_OK;
     return G::words(state_of<typename G::State>(stream), static_cast<typename G::Word*>(r), n,
                     sub_generator(stream));
@@ -157,15 +153,12 @@ private:
 
 // Generators whose raw word is uniform on all 32-bit integers: 32 random bits in a double, 24
 // in a float, on [0, 1) never 1.
-template <class Real>
-class FullWordMap;
-template <>
-class FullWordMap<double> : public DoubleScale {
+template <class Real> class FullWordMap;
+template <> class FullWordMap<double> : public DoubleScale {
 public:
     FullWordMap(std::int32_t, double a, double b) : DoubleScale(0x1p-32, a, b) {}
 };
-template <>
-class FullWordMap<float> : public TopBitsScale {
+template <> class FullWordMap<float> : public TopBitsScale {
 public:
     FullWordMap(std::int32_t, float a, float b) : TopBitsScale(a, b) {}
 };

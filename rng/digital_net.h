@@ -15,8 +15,7 @@ namespace kef::rng {
 // State of `capacity` words behind the four counters: x[dimension] of the current point, then the
 // direction numbers v[32][dimension], the lowest bit of the index first, and, where there is room,
 // the points of indices 0 to 31, so that 32 points at a time need one exclusive or a coordinate.
-template <std::int32_t capacity>
-struct DigitalNet {
+template <std::int32_t capacity> struct DigitalNet {
     struct State {
         std::uint32_t dimension;
         std::uint32_t index;      // of the current point, modulo 2^32
@@ -44,10 +43,8 @@ struct DigitalNet {
 
     static void next_point(State& s) {
         ++s.index;
-        if (s.index != 0)
-            add(s, std::countr_zero(s.index));
-        else
-            std::fill_n(s.x(), s.dimension, 0u);
+        if (s.index != 0) add(s, std::countr_zero(s.index));
+        else std::fill_n(s.x(), s.dimension, 0u);
     }
 
     // Starts at `index`; the caller's direction numbers stand dimension by dimension, 32 each,
@@ -195,8 +192,7 @@ struct DigitalNet {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(r), sum);
     }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State& s, std::int32_t) {
         return s.dimension != 0 && s.dimension <= max_dimension && s.component < s.dimension &&

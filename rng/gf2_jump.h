@@ -11,8 +11,7 @@ namespace kef::rng {
 
 // The routines of __vts_SkipAheadHorner for a window of `words` words at the start of the state.
 // advance(x) writes x[words] to x[words + stride - 1]. `words` is a multiple of 4.
-template <std::int32_t words, std::int32_t stride, void (*advance)(std::uint32_t*)>
-struct Window {
+template <std::int32_t words, std::int32_t stride, void (*advance)(std::uint32_t*)> struct Window {
     static constexpr std::int32_t size = words;
 
     static void load(const kef_stream* stream, kef_jump_window* w) {

@@ -124,8 +124,7 @@ std::int32_t check_fields(const Place& place, const kef_stream* stream) {
                                                                         : VTS_STATUS_OK;
 }
 
-template <class Writer>
-std::int32_t save(const kef_stream* stream, Writer& writer) {
+template <class Writer> std::int32_t save(const kef_stream* stream, Writer& writer) {
     const Place place = resolve(stream->header.brng);
     ImageHeader header = {};
     header.version = 1;
@@ -161,8 +160,7 @@ bool accepted(const ImageHeader& header) {
 
 // A new block with `size` bytes of input. A size that the input may not have is believed
 // piece by piece.
-template <class Reader>
-std::int32_t read_block(Reader& reader, std::size_t size, void*& block) {
+template <class Reader> std::int32_t read_block(Reader& reader, std::size_t size, void*& block) {
     std::size_t room = std::min(size, Reader::trusted), filled = 0;
     auto* data = static_cast<char*>(allocate_aligned(room));
     std::int32_t status = data == nullptr ? VTS_STATUS_NO_MEMORY : VTS_STATUS_OK;
@@ -188,8 +186,7 @@ std::int32_t read_block(Reader& reader, std::size_t size, void*& block) {
     return status;
 }
 
-template <class Reader>
-std::int32_t read_chunk(kef_stream* stream, Reader& reader) {
+template <class Reader> std::int32_t read_chunk(kef_stream* stream, Reader& reader) {
     ChunkRecord record;
     std::int32_t status = reader.read(&record, sizeof record);
     if (status != VTS_STATUS_OK) return status;
@@ -214,8 +211,7 @@ std::int32_t read_content(kef_stream* stream, const Place& place, const ImageHea
     return status;
 }
 
-template <class Reader>
-std::int32_t load(kef_stream** stream, Reader& reader) {
+template <class Reader> std::int32_t load(kef_stream** stream, Reader& reader) {
     ImageHeader header;
     const std::int32_t status = reader.read(&header, sizeof header);
     if (status != VTS_STATUS_OK) return status;

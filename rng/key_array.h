@@ -38,10 +38,8 @@ inline constexpr std::uint32_t default_key[1] = {1};
 
 template <std::int32_t n>
 void fill_by_seed(std::uint32_t (&x)[n], std::int32_t words, const std::uint32_t* key) {
-    if (words == 0)
-        fill_by_key_array(x, default_key, 1);
-    else
-        fill_by_key_array(x, key, words);
+    if (words == 0) fill_by_key_array(x, default_key, 1);
+    else fill_by_key_array(x, key, words);
 }
 
 }  // namespace kef::rng

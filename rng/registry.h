@@ -60,12 +60,10 @@ bool valid_state(const Place& place, const kef_stream* stream);
 #include "rng/registry.def"
 #undef KEF_BRNG
 
-template <class State>
-State& state_of(kef_stream* stream) {
+template <class State> State& state_of(kef_stream* stream) {
     return *reinterpret_cast<State*>(stream + 1);
 }
-template <class State>
-const State& state_of(const kef_stream* stream) {
+template <class State> const State& state_of(const kef_stream* stream) {
     return *reinterpret_cast<const State*>(stream + 1);
 }
 

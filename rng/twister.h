@@ -9,8 +9,7 @@
 
 namespace kef::rng {
 
-template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask>
-struct Twister {
+template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask> struct Twister {
     static std::uint32_t step(std::uint32_t x0, std::uint32_t x1, std::uint32_t xm,
                               std::uint32_t a) {
         const std::uint32_t y = (x0 & ~lower_mask) | (x1 & lower_mask);
@@ -48,8 +47,7 @@ private:
 };
 
 // y ^= y >> u; y ^= y << 7 & b; y ^= y << 15 & c; y ^= y >> 18.
-template <int u>
-struct Tempering {
+template <int u> struct Tempering {
     std::uint32_t b, c;
 
     std::uint32_t operator()(std::uint32_t y) const {

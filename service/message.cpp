@@ -53,8 +53,10 @@ void print_message(Message message, ...) {
 
 void print_status_message(std::int32_t status, const char* function, std::int32_t count) {
     switch (status) {
-#define KEF_STATUS(code, message, errno_value) \
-    case code: print_format(message, function, count); return;
+#define KEF_STATUS(code, message, errno_value)  \
+    case code:                                  \
+        print_format(message, function, count); \
+        return;
 #include "vm/control/status.def"
 #undef KEF_STATUS
         default: print_message(Message::unknown_status, function);

@@ -39,8 +39,8 @@ ErrnoAccessor find_errno_accessor();
 
 // Events; implemented by the vector-math control (vm/control/thread_state.cpp). The
 // slot exists before the attach event and until after the detach event.
-bool on_process_attach();               // false: loading should fail
+bool on_process_attach();                 // false: loading should fail
 void on_thread_detach(void* slot_value);  // the ending thread's slot, never null
-void on_process_detach();               // unloading, not process termination
+void on_process_detach();                 // unloading, not process termination
 
 }  // namespace kef::platform

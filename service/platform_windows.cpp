@@ -80,10 +80,9 @@ void write_standard_error(const char* text, std::size_t length) {
 void exit_process(int code) { ExitProcess(static_cast<UINT>(code)); }
 
 ErrnoAccessor find_errno_accessor() {
-    for (const char* runtime :
-         {"MSVCR100.DLL", "MSVCR90.DLL", "MSVCR80.DLL", "MSVCR71.DLL", "MSVCR70.DLL", "MSVCRT.DLL",
-          "MSVCR100D.DLL", "MSVCR90D.DLL", "MSVCR80D.DLL", "MSVCR71D.DLL", "MSVCR70D.DLL",
-          "MSVCRTD.DLL"})
+    for (const char* runtime : {"MSVCR100.DLL", "MSVCR90.DLL", "MSVCR80.DLL", "MSVCR71.DLL",
+                                "MSVCR70.DLL", "MSVCRT.DLL", "MSVCR100D.DLL", "MSVCR90D.DLL",
+                                "MSVCR80D.DLL", "MSVCR71D.DLL", "MSVCR70D.DLL", "MSVCRTD.DLL"})
         if (HMODULE module = GetModuleHandleA(runtime))
             return reinterpret_cast<ErrnoAccessor>(
                 reinterpret_cast<void*>(GetProcAddress(module, "_errno")));

@@ -68,8 +68,7 @@ inline void two_sum(d2 a, d2 b, d2& high, d2& low) {
 
 // The point that deviations are taken from: the running mean, before the first tile
 // a middling observation of it, so that constant data have deviations of exactly 0.
-template <class Source>
-inline d2 centre(const Source& x, int n, const PairSums& s, bool started) {
+template <class Source> inline d2 centre(const Source& x, int n, const PairSums& s, bool started) {
     d2 r = s.mean_high;
     if (!started) {
         const auto low = [](d2 a, d2 b) { return (d2)_mm_min_pd((__m128d)a, (__m128d)b); };

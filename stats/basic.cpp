@@ -149,8 +149,7 @@ std::int32_t resume(const Task& task, BasicState& state, const Plan& plan, Field
 }
 
 // The weights of n observations in double precision, padded with zeros.
-template <class T>
-TileWeights read_weights(const T* weights, int n, double* w) {
+template <class T> TileWeights read_weights(const T* weights, int n, double* w) {
     d2 sum{}, squares{};
     l2 unusual{};
     int j = 0;
@@ -166,8 +165,7 @@ TileWeights read_weights(const T* weights, int n, double* w) {
     return {w, total, squares[0] + squares[1], _mm_movemask_pd((__m128d)unusual) == 0 && total > 0};
 }
 
-template <class T>
-std::int32_t from_observations(Task& task, FieldSet written, int method) {
+template <class T> std::int32_t from_observations(Task& task, FieldSet written, int method) {
     if (written == 0) return VTS_SS_STATUS_OK;
     const std::ptrdiff_t p = positive_at(task, task.dimension);
     const std::ptrdiff_t n = positive_at(task, task.count);
@@ -203,8 +201,7 @@ std::int32_t from_observations(Task& task, FieldSet written, int method) {
 }
 
 // From the sums and the cross-product that are in the task.
-template <class T>
-std::int32_t from_sums(Task& task, FieldSet requested) {
+template <class T> std::int32_t from_sums(Task& task, FieldSet requested) {
     using namespace field;
     const std::ptrdiff_t p = positive_at(task, task.dimension);
     const auto* accumulated = static_cast<const T*>(task.accumulated_weights);
@@ -241,8 +238,7 @@ std::int32_t from_sums(Task& task, FieldSet requested) {
     return VTS_SS_STATUS_OK;
 }
 
-template <class T>
-std::int32_t basic(Task* task, std::uint64_t estimates, std::int32_t method) {
+template <class T> std::int32_t basic(Task* task, std::uint64_t estimates, std::int32_t method) {
     if (task == nullptr) return VTS_SS_STATUS_NULL_TASK;
     const int data_method = method & data_methods;
     const bool one_data_method = data_method != 0 && (data_method & (data_method - 1)) == 0;

@@ -18,8 +18,7 @@ inline std::int32_t check_observations(const Task& task) {
 }
 
 // x of a task that has passed; with both storage bits, rows.
-template <class T>
-Observations<T> observations_of(const Task& task) {
+template <class T> Observations<T> observations_of(const Task& task) {
     const std::ptrdiff_t p = positive_at(task, task.dimension);
     const std::ptrdiff_t n = positive_at(task, task.count);
     const auto* x = static_cast<const T*>(task.x);

@@ -8,8 +8,7 @@
 
 namespace kef::stats {
 
-template <class T>
-struct SymmetricMatrix {
+template <class T> struct SymmetricMatrix {
     T* data;
     std::ptrdiff_t p;
     std::int64_t layout;
@@ -18,8 +17,7 @@ struct SymmetricMatrix {
     T get(std::ptrdiff_t i, std::ptrdiff_t j) const { return data[index(i, j)]; }
 
     // Hands every place of the element of i >= j to f.
-    template <class F>
-    void places(std::ptrdiff_t i, std::ptrdiff_t j, F f) const {
+    template <class F> void places(std::ptrdiff_t i, std::ptrdiff_t j, F f) const {
         f(data[index(i, j)]);
         if (layout == VTS_SS_LAYOUT_FULL && i != j) f(data[j * p + i]);
     }

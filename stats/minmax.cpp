@@ -32,8 +32,7 @@ void merge(T& place, double found, const T* x, std::ptrdiff_t stride, int n) {
 }
 
 // The extreme over a source.
-template <class Extreme, class Source>
-d2 extreme(const Source& x, int n) {
+template <class Extreme, class Source> d2 extreme(const Source& x, int n) {
     d2 u = all(Extreme::start), v = u, rest = u;
     int j = 0;
     for (; j <= n - Source::width; j += Source::width) {
@@ -61,8 +60,7 @@ void extremes(const Observations<T>& x, Pair pair, std::ptrdiff_t first, int n, 
     }
 }
 
-template <class T>
-std::int32_t minmax(Task* task, std::uint64_t estimates, std::int32_t method) {
+template <class T> std::int32_t minmax(Task* task, std::uint64_t estimates, std::int32_t method) {
     if (task == nullptr) return VTS_SS_STATUS_NULL_TASK;
     if (method != VTS_SS_METHOD_MINMAX) return VTS_SS_STATUS_BAD_METHOD;
     const bool lowest = estimates & VTS_SS_ESTIMATE_MINIMUM;

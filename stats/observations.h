@@ -27,21 +27,16 @@ inline d2 duplicate(const double* x) { return (d2)_mm_loaddup_pd(x); }
 inline d2 swapped(d2 x) { return __builtin_shufflevector(x, x, 1, 0); }
 
 // Two neighbours in memory.
-template <bool aligned>
-inline d2 two(const double* x) {
-    if constexpr (aligned)
-        return (d2)_mm_load_pd(x);
-    else
-        return (d2)_mm_loadu_pd(x);
+template <bool aligned> inline d2 two(const double* x) {
+    if constexpr (aligned) return (d2)_mm_load_pd(x);
+    else return (d2)_mm_loadu_pd(x);
 }
-template <bool aligned>
-inline d2 two(const float* x) {
+template <bool aligned> inline d2 two(const float* x) {
     return (d2)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x))));
 }
 
 // x as p variables by n observations.
-template <class T>
-struct Observations {
+template <class T> struct Observations {
     const T* x;
     std::ptrdiff_t variable_step, stride;  // to the next variable, to the next observation
 
@@ -69,18 +64,14 @@ struct Pair {
 struct LanesAreVariables {
     static constexpr int width = 2;
     static constexpr bool half = true;
-    template <class Op>
-    static d2 fold(d2 u, d2 v, Op op) {
-        return op(u, v);
-    }
+    template <class Op> static d2 fold(d2 u, d2 v, Op op) { return op(u, v); }
     static d2 shift_u(d2 r) { return r; }
     static d2 shift_v(d2 r) { return r; }
     static d2 weight_u(const double* w, int j) { return duplicate(w + j); }
     static d2 weight_v(const double* w, int j) { return duplicate(w + j + 1); }
 };
 
-template <class T, bool aligned>
-struct ColumnPair : LanesAreVariables {
+template <class T, bool aligned> struct ColumnPair : LanesAreVariables {
     const T* x;
     std::ptrdiff_t stride;
     ColumnPair(const T* x, std::ptrdiff_t stride) : x(x), stride(stride) {}
@@ -89,8 +80,7 @@ struct ColumnPair : LanesAreVariables {
     d2 v(int j) const { return one(j + 1); }
 };
 
-template <class T>
-struct SplitPair : LanesAreVariables {
+template <class T> struct SplitPair : LanesAreVariables {
     const T *x, *y;
     std::ptrdiff_t stride;
     SplitPair(const T* x, const T* y, std::ptrdiff_t stride) : x(x), y(y), stride(stride) {}
@@ -102,16 +92,14 @@ struct SplitPair : LanesAreVariables {
 };
 
 // Lanes are consecutive observations: u of the first variable, v of the second.
-template <class T, bool aligned>
-struct RowPair {
+template <class T, bool aligned> struct RowPair {
     static constexpr int width = 2;
     static constexpr bool half = false;
     const T *x, *y;
     d2 one(int j) const { return d2{static_cast<double>(x[j]), static_cast<double>(y[j])}; }
     d2 u(int j) const { return two<aligned>(x + j); }
     d2 v(int j) const { return two<aligned>(y + j); }
-    template <class Op>
-    static d2 fold(d2 u, d2 v, Op op) {
+    template <class Op> static d2 fold(d2 u, d2 v, Op op) {
         return op(__builtin_shufflevector(u, v, 0, 2), __builtin_shufflevector(u, v, 1, 3));
     }
     static d2 shift_u(d2 r) { return all(r[0]); }
@@ -121,16 +109,14 @@ struct RowPair {
 };
 
 // Lanes are consecutive observations of one contiguous variable.
-template <class T, bool aligned>
-struct LoneRow {
+template <class T, bool aligned> struct LoneRow {
     static constexpr int width = 4;
     static constexpr bool half = true;
     const T* x;
     d2 one(int j) const { return all(static_cast<double>(x[j])); }
     d2 u(int j) const { return two<aligned>(x + j); }
     d2 v(int j) const { return two<aligned>(x + j + 2); }
-    template <class Op>
-    static d2 fold(d2 u, d2 v, Op op) {
+    template <class Op> static d2 fold(d2 u, d2 v, Op op) {
         const d2 both = op(u, v);
         return op(both, swapped(both));
     }
@@ -143,8 +129,7 @@ struct LoneRow {
 // Kernels exist in two copies, by whether all the vectors that they load from the
 // caller's arrays are aligned; what they write is private and always is. Loads of
 // two floats need no alignment, so single precision has one copy.
-template <class T, class F>
-inline void by_alignment(std::uintptr_t addresses, F f) {
+template <class T, class F> inline void by_alignment(std::uintptr_t addresses, F f) {
     if constexpr (std::is_same_v<T, double>)
         if (addresses % 16 == 0) return f(std::true_type());
     f(std::false_type());
@@ -168,10 +153,8 @@ inline void with_vectors(const Observations<T>& o, Pair pair, std::ptrdiff_t j, 
     const auto addresses =
         reinterpret_cast<std::uintptr_t>(x) | reinterpret_cast<std::uintptr_t>(y);
     by_alignment<T>(addresses, [&](auto aligned) {
-        if (pair.alone())
-            f(LoneRow<T, aligned>{x});
-        else
-            f(RowPair<T, aligned>{x, y});
+        if (pair.alone()) f(LoneRow<T, aligned>{x});
+        else f(RowPair<T, aligned>{x, y});
     });
 }
 

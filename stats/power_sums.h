@@ -8,8 +8,7 @@ namespace kef::stats {
 
 namespace detail {
 
-template <int K>
-struct Powers {
+template <int K> struct Powers {
     d2 s1{}, s2{}, s3{}, s4{};
 
     void add(d2 y) {
@@ -49,10 +48,8 @@ inline void power_sums(const Source& x, const double* w, int n, d2 r, d2 (&sum)[
     }
     Powers<K> rest;
     for (; j < n; ++j) {
-        if constexpr (weighted)
-            rest.add(x.one(j) - r, all(w[j]));
-        else
-            rest.add(x.one(j) - r);
+        if constexpr (weighted) rest.add(x.one(j) - r, all(w[j]));
+        else rest.add(x.one(j) - r);
     }
     const auto plus = [](d2 a, d2 b) { return a + b; };
     sum[0] = Source::fold(first.s1, second.s1, plus) + rest.s1;
@@ -83,8 +80,7 @@ template <class Source>
         w ? power_sums<1, true>(x, w, n, r, sum) : power_sums<1, false>(x, w, n, r, sum);
     else if (order == 2)
         w ? power_sums<2, true>(x, w, n, r, sum) : power_sums<2, false>(x, w, n, r, sum);
-    else
-        w ? power_sums<4, true>(x, w, n, r, sum) : power_sums<4, false>(x, w, n, r, sum);
+    else w ? power_sums<4, true>(x, w, n, r, sum) : power_sums<4, false>(x, w, n, r, sum);
 }
 
 }  // namespace kef::stats

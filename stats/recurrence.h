@@ -58,8 +58,7 @@ inline double fill_weighted(Coefficients& c, double W, const double* w, int n) {
 }
 
 // All weights are 1. One division serves four observations: 1/u = v/(u v).
-template <bool higher>
-inline double fill_unweighted(Coefficients& c, double W, int n) {
+template <bool higher> inline double fill_unweighted(Coefficients& c, double W, int n) {
     d2 before = {W, W + 1};
     for (int j = 0; j < n; j += 4) {
         const d2 u = before + 1.0, between = before + 2.0, v = before + 3.0;
@@ -92,10 +91,8 @@ inline d2 recurrence(const Source& x, const Coefficients& c, const double* w, in
     for (int j = 0; j < n; ++j) {
         const d2 y = x.one(j) - r;
         const d2 d = y - T * duplicate(c.inverse + j);
-        if constexpr (weighted)
-            T += y * duplicate(w + j);
-        else
-            T += y;
+        if constexpr (weighted) T += y * duplicate(w + j);
+        else T += y;
         const d2 c2 = duplicate(c.c2 + j);
         const d2 dd = d * d;
         if constexpr (higher) {

@@ -20,8 +20,7 @@ struct Moments {
 };
 
 // Puts results into the fields of `written`; or only compares them, bit for bit.
-template <class T, bool compare>
-class Results {
+template <class T, bool compare> class Results {
 public:
     Results(const Task& task, std::ptrdiff_t p, FieldSet written, double W, double W2)
         : task_(task), written_(written), W_(W), N_(normaliser(W, W2)) {
@@ -160,8 +159,7 @@ bool visit_results(const Task& task, const BasicState& state, FieldSet fields) {
 
 // Fills cleared accumulators from the arrays, where W and W2 are those of the
 // observations before. Status of a field that is not there.
-template <class T>
-std::int32_t take_up(const Task& task, BasicState& state) {
+template <class T> std::int32_t take_up(const Task& task, BasicState& state) {
     using namespace field;
     Accumulators& A = state.sums;
     const double W = A.W, N = normaliser(W, A.W2);
@@ -187,10 +185,8 @@ std::int32_t take_up(const Task& task, BasicState& state) {
                          const void* moment) {
         for (std::ptrdiff_t a = 0; a < state.count; ++a) {
             const std::ptrdiff_t i = state.variable[a];
-            if (has(sum_field))
-                A.sums[a / 2].raw_high[k - 1][a & 1] = at(sum, i);
-            else if (has(moment_field))
-                A.sums[a / 2].raw_high[k - 1][a & 1] = at(moment, i) * W;
+            if (has(sum_field)) A.sums[a / 2].raw_high[k - 1][a & 1] = at(sum, i);
+            else if (has(moment_field)) A.sums[a / 2].raw_high[k - 1][a & 1] = at(moment, i) * W;
         }
     };
 

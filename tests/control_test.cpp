@@ -29,11 +29,13 @@ TEST(Mode, StartsAsTheDefault) {
 }
 
 TEST(Mode, SetModeReplacesTheFieldsThatAreGiven) {
-    const struct { std::uint32_t set, expected; } steps[] = {
-        {0x0001, 0x1A01},   {0x0030, 0x1A01},   {0x0000, 0x1A01},     {0x0100, 0x0101},
-        {0x0403, 0x0403},   {0x280000, 0x280403}, {0x140000, 0x140403}, {0x040000, 0x040403},
-        {0xF0000000, 0x040403}, {0x30000, 0x040403}, {0xC00000, 0x040403}, {0x800000F2, 0x040402},
-        {0x1000, 0x041002}, {0xFFFFFFFF, 0x3CFF0F}, {0x1, 0x3CFF01}};
+    const struct {
+        std::uint32_t set, expected;
+    } steps[] = {{0x0001, 0x1A01},     {0x0030, 0x1A01},       {0x0000, 0x1A01},
+                 {0x0100, 0x0101},     {0x0403, 0x0403},       {0x280000, 0x280403},
+                 {0x140000, 0x140403}, {0x040000, 0x040403},   {0xF0000000, 0x040403},
+                 {0x30000, 0x040403},  {0xC00000, 0x040403},   {0x800000F2, 0x040402},
+                 {0x1000, 0x041002},   {0xFFFFFFFF, 0x3CFF0F}, {0x1, 0x3CFF01}};
     in_fresh_thread([&] {
         std::uint32_t before = default_mode;
         for (const auto& step : steps) {
@@ -47,7 +49,8 @@ TEST(Mode, SetModeReplacesTheFieldsThatAreGiven) {
 TEST(Mode, TableIndexOfAnyModeWord) {
     for (std::uint32_t accuracy : {0u, 1u, 2u, 3u, 15u})
         for (std::uint32_t rest : {0u, 0x1A00u, 0xFFFFFFF0u})
-            EXPECT_EQ(kef_vtm_kernel_GetTTableIndexM(7, rest | accuracy), static_cast<int>(accuracy) - 1);
+            EXPECT_EQ(kef_vtm_kernel_GetTTableIndexM(7, rest | accuracy),
+                      static_cast<int>(accuracy) - 1);
 }
 
 TEST(Mode, ShortNamesAreTheLongOnes) {
@@ -111,6 +114,7 @@ TEST(Mode, ZeroFromTheEnvironmentIsReadAgainAndZeroByClearingIsNot) {
 TEST(Mode, EnvironmentValues) {
     std::string many;  // 238 characters
     for (int i = 0; i < 34; ++i) many += "VTM_LA,";
+    // clang-format off
     const struct { std::string value; const char* mode; } cases[] = {
         {"", "1A02 1"},
         {"VTM_LA", "1 0"}, {"VTM_HA", "2 1"}, {"VTM_EP", "3 2"},
@@ -131,6 +135,7 @@ TEST(Mode, EnvironmentValues) {
         {many + "VTM_ERRMODE_ERRNO", "201 0"}, {many + "VTM_ERRMODE_STDERR", "1A02 1"},
         {many + many + "VTM_EP", "1A02 1"}, {"VTM_LA," + std::string(100000, 'x'), "1A02 1"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const Outcome outcome = run_client("control", {"mode"}, {"KEF_VTM_MODE=" + c.value});
         EXPECT_EQ(outcome.out, std::string(c.mode) + "\n") << c.value.substr(0, 300);
@@ -179,8 +184,9 @@ struct Failure {
     std::uint32_t flags;
 };
 constexpr std::uint32_t invalid = 0x01, divide_by_zero = 0x04, overflow = 0x08, underflow = 0x10;
-template <auto function>
-void one(std::int32_t n, const double* a, const double*, double* r) { function(n, a, r); }
+template <auto function> void one(std::int32_t n, const double* a, const double*, double* r) {
+    function(n, a, r);
+}
 const Failure failures[] = {
     {"vdSqrt", one<_vtmdSqrt>, -2.0, -2.0, NAN, VTM_STATUS_ERRDOM, 33, invalid},
     {"vdInv", one<_vtmdInv>, -0.0, -0.0, -INFINITY, VTM_STATUS_SING, 34, divide_by_zero},
@@ -205,7 +211,8 @@ bool equal(double x, double y) { return x == y || (std::isnan(x) && std::isnan(y
 
 TEST(Errors, EachModeDoesItsPartAndNoMore) {
     in_fresh_thread([] {
-        for (std::uint32_t mode : {0x100, 0x200, 0x800, 0xA00, 0x1000, 0x1A00, 0x1100, 0x2000, 0x4200})
+        for (std::uint32_t mode :
+             {0x100, 0x200, 0x800, 0xA00, 0x1000, 0x1A00, 0x1100, 0x2000, 0x4200})
             for (const Failure& f : failures) {
                 SCOPED_TRACE(std::string(f.name) + " " + std::to_string(mode));
                 double r = 7.0;
@@ -244,13 +251,18 @@ TEST(Errors, ExpRaisesFlagsByTheExceptionModeAlone) {
 
 TEST(Errors, RecordLayout) {
     EXPECT_EQ(sizeof(kef_vtm_error_record), 144u);
-    const std::size_t offsets[] = {
-        offsetof(kef_vtm_error_record, code), offsetof(kef_vtm_error_record, index),
-        offsetof(kef_vtm_error_record, argument1), offsetof(kef_vtm_error_record, argument2),
-        offsetof(kef_vtm_error_record, result1), offsetof(kef_vtm_error_record, result2),
-        offsetof(kef_vtm_error_record, name), offsetof(kef_vtm_error_record, name_length),
-        offsetof(kef_vtm_error_record, argument1_imag), offsetof(kef_vtm_error_record, argument2_imag),
-        offsetof(kef_vtm_error_record, result1_imag), offsetof(kef_vtm_error_record, result2_imag)};
+    const std::size_t offsets[] = {offsetof(kef_vtm_error_record, code),
+                                   offsetof(kef_vtm_error_record, index),
+                                   offsetof(kef_vtm_error_record, argument1),
+                                   offsetof(kef_vtm_error_record, argument2),
+                                   offsetof(kef_vtm_error_record, result1),
+                                   offsetof(kef_vtm_error_record, result2),
+                                   offsetof(kef_vtm_error_record, name),
+                                   offsetof(kef_vtm_error_record, name_length),
+                                   offsetof(kef_vtm_error_record, argument1_imag),
+                                   offsetof(kef_vtm_error_record, argument2_imag),
+                                   offsetof(kef_vtm_error_record, result1_imag),
+                                   offsetof(kef_vtm_error_record, result2_imag)};
     const std::size_t expected[] = {0, 4, 8, 16, 24, 32, 40, 104, 112, 120, 128, 136};
     for (std::size_t i = 0; i < std::size(expected); ++i) EXPECT_EQ(offsets[i], expected[i]) << i;
 }
@@ -289,11 +301,12 @@ TEST(Errors, CallbackReplacesResults) {
     in_fresh_thread([] {
         kef_vtm_kernel_SetErrorCallBack(scripted);
         kef_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK);
-        const struct { double first, second, expected; } replies[] = {
-            {1.25, -INFINITY, 1.25},      // the second left as it was
-            {-INFINITY, 2.25, 2.25},      // the first left as it was
-            {3.25, 3.25, 3.25},
-            {-INFINITY, -INFINITY, -INFINITY}};
+        const struct {
+            double first, second, expected;
+        } replies[] = {{1.25, -INFINITY, 1.25},  // the second left as it was
+                       {-INFINITY, 2.25, 2.25},  // the first left as it was
+                       {3.25, 3.25, 3.25},
+                       {-INFINITY, -INFINITY, -INFINITY}};
         for (const auto& reply : replies) {
             const double zero = -0.0;
             const float narrow = -0.0f;
@@ -376,7 +389,8 @@ TEST(Errors, ACallbackMayUseTheLibrary) {
 
 // Lines on standard error, to the letter.
 TEST(Errors, MessagesOnStandardError) {
-    const Outcome outcome = run_client("control", {"messages"}, {"KEF_VTM_MODE=VTM_HA,VTM_ERRMODE_STDERR"});
+    const Outcome outcome =
+        run_client("control", {"messages"}, {"KEF_VTM_MODE=VTM_HA,VTM_ERRMODE_STDERR"});
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_EQ(outcome.err,
               "Error (VTM_STATUS_ERRDOM) in vdSqrt: argument is out of domain.\n"
@@ -396,7 +410,7 @@ TEST(Errors, MessagesOnStandardError) {
               "b(5)=1e-300\n"
               "y(5)=inf\n"
               "Error (VTM_STATUS_SING) in vdDiv: argument caused singularity.\n"
-              "a(0)=3\n"      // a second argument of 0 is not shown
+              "a(0)=3\n"  // a second argument of 0 is not shown
               "r(0)=inf\n");
     // A callback that refuses silences the message, one that accepts does not.
     EXPECT_EQ(run_client("control", {"refused"}, {"KEF_VTM_MODE=VTM_ERRMODE_STDERR"}).err, "");
@@ -411,8 +425,10 @@ TEST(Errors, UnmaskedExceptionsTrap) {
         const Outcome outcome = run_client("control", {"trap", std::to_string(code)});
         EXPECT_EQ(outcome.out, expected[code - 1]) << outcome.exit_code;
     }
-    EXPECT_EQ(run_client("control", {"trap", "3"}, {"KEF_VTM_MODE=VTM_ERRMODE_ERRNO"}).out, "none\n");
-    EXPECT_EQ(run_client("control", {"trap", "4"}, {"KEF_VTM_MODE=VTM_ERRMODE_IGNORE"}).out, "none\n");
+    EXPECT_EQ(run_client("control", {"trap", "3"}, {"KEF_VTM_MODE=VTM_ERRMODE_ERRNO"}).out,
+              "none\n");
+    EXPECT_EQ(run_client("control", {"trap", "4"}, {"KEF_VTM_MODE=VTM_ERRMODE_IGNORE"}).out,
+              "none\n");
 }
 
 }  // namespace

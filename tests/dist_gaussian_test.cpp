@@ -28,8 +28,7 @@ std::int32_t gaussian_mv(int method, kef_stream* s, std::int32_t n, float* r, in
     return _vtssRngGaussianMV(method, s, n, r, d, storage, a, t);
 }
 
-template <class T>
-Draw<T> normal(int method, double a = 0, double sigma = 1) {
+template <class T> Draw<T> normal(int method, double a = 0, double sigma = 1) {
     return [=](kef_stream* s, std::int32_t n, T* r) { return gaussian(method, s, n, r, a, sigma); };
 }
 
@@ -39,8 +38,7 @@ const Law standard_normal = {below, [](double x) { return below(-x); }, 0, 1, 3}
 constexpr int methods[] = {VTS_METHOD_GAUSSIAN_BOX_MULLER, VTS_METHOD_GAUSSIAN_BOX_MULLER_PAIRS,
                            VTS_METHOD_GAUSSIAN_INVERSION};
 
-template <class T>
-class Normal : public testing::Test {};
+template <class T> class Normal : public testing::Test {};
 using Types = testing::Types<double, float>;
 TYPED_TEST_SUITE(Normal, Types);
 
@@ -133,8 +131,7 @@ TEST(NormalPairs, Chunk) {
     EXPECT_EQ(*static_cast<std::int32_t*>(_vtsSearchChunk(foreign.get(), 2)), 0);
 }
 
-template <class T>
-class Lognormal : public testing::Test {};
+template <class T> class Lognormal : public testing::Test {};
 TYPED_TEST_SUITE(Lognormal, Types);
 
 TYPED_TEST(Lognormal, LawAndState) {
@@ -164,8 +161,7 @@ TYPED_TEST(Lognormal, LawAndState) {
 
 // Vectors against the factor applied to the normal numbers of the same stream, and the covariance
 // through them.
-template <class T>
-class MultivariateNormal : public testing::Test {};
+template <class T> class MultivariateNormal : public testing::Test {};
 TYPED_TEST_SUITE(MultivariateNormal, Types);
 
 TYPED_TEST(MultivariateNormal, AgainstFactor) {

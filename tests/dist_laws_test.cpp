@@ -208,8 +208,7 @@ TEST(DistLaws, EndsOfTheUniform) {
 struct Share {
     double place, probability;  // P(X <= place)
 };
-template <class T>
-void expect_shares(const Draw<T>& draw, const std::vector<Share>& shares) {
+template <class T> void expect_shares(const Draw<T>& draw, const std::vector<Share>& shares) {
     constexpr int n = 200'000;
     const Stream stream = make_stream(VTS_BRNG_MT19937);
     std::vector<T> x(n);
@@ -261,8 +260,8 @@ TEST(DistLaws, HugeShapes) {
     EXPECT_EQ(from_listed(DRAWS(Beta, 1e300, 3e300, 0, 1).d, 9, {}), std::vector(9, 0.25));
 }
 
-// A stream that repeats one number: the call ends, with numbers of the support. At most (the ratio of
-// gamma numbers) three blocks draw twice a hundred rounds of 1024 uniforms.
+// A stream that repeats one number: the call ends, with numbers of the support. At most (the ratio
+// of gamma numbers) three blocks draw twice a hundred rounds of 1024 uniforms.
 TEST(DistLaws, RepeatedNumberEnds) {
     int exhausted = 0;
     const auto check = [&exhausted](const std::string& name, const auto& draw, double most) {

@@ -20,8 +20,7 @@ inline constexpr double failure = 1e-6;
 inline constexpr double deviations = 4.8916;  // of a normal number, both sides, for that share
 
 // A distribution function with its method and parameters bound.
-template <class T>
-using Draw = std::function<std::int32_t(kef_stream*, std::int32_t, T*)>;
+template <class T> using Draw = std::function<std::int32_t(kef_stream*, std::int32_t, T*)>;
 
 // --- special functions --------------------------------------------------------
 
@@ -85,8 +84,7 @@ struct Law {
 
 private:
     // Bisection over the integers of 32 bits, or over all finite doubles by their bits.
-    template <class Reached>
-    double least(Reached reached) const {
+    template <class Reached> double least(Reached reached) const {
         const auto value = [this](std::int64_t i) {
             return discrete ? static_cast<double>(i)
                             : std::copysign(std::bit_cast<double>(std::abs(i)), i < 0 ? -1.0 : 1.0);
@@ -97,10 +95,8 @@ private:
         std::int64_t low = -bound, high = bound;
         while (low < high) {
             const std::int64_t middle = (low >> 1) + (high >> 1) + (low & high & 1);
-            if (reached(value(middle)))
-                high = middle;
-            else
-                low = middle + 1;
+            if (reached(value(middle))) high = middle;
+            else low = middle + 1;
         }
         return value(low);
     }
@@ -221,8 +217,7 @@ void expect_law(const Law& law, const Draw<T>& draw, int n = 1 << 18, std::uint3
 }
 
 // Counts the numbers beyond the quantiles of 10^-2 to 10^-6 on both sides.
-template <class T>
-void expect_tails(const Law& law, const Draw<T>& draw, int n = 20'000'000) {
+template <class T> void expect_tails(const Law& law, const Draw<T>& draw, int n = 20'000'000) {
     constexpr int levels = 5, piece = 10'000;
     double low[levels], high[levels], low_count[levels] = {}, high_count[levels] = {};
     for (int i = 0; i < levels; ++i) {
@@ -255,8 +250,8 @@ void expect_tails(const Law& law, const Draw<T>& draw, int n = 20'000'000) {
 // counted.
 struct Probe {
     Stream source;
-    std::vector<double> listed;  // on [0, 1); a request on [a, b) gets their image
-    bool repeats = false;        // the list, again and again
+    std::vector<double> listed;                  // on [0, 1); a request on [a, b) gets their image
+    bool repeats = false;                        // the list, again and again
     std::int32_t double_status = VTS_STATUS_OK;  // of a request in double precision
     std::int64_t consumed = 0;
     int calls = 0, fails_at = 0;  // the number of the call that fails, from 1
@@ -268,10 +263,8 @@ template <class Real>
 std::int32_t probe_numbers(kef_stream*, std::int32_t n, Real* r, Real a, Real b) {
     if (++probe.calls == probe.fails_at) return probe.failing_status;
     if (sizeof(Real) == sizeof(double) && probe.double_status < 0) return probe.double_status;
-    if constexpr (std::is_same_v<Real, double>)
-        _vtsdRngUniform(0, probe.source.get(), n, r, a, b);
-    else
-        _vtssRngUniform(0, probe.source.get(), n, r, a, b);
+    if constexpr (std::is_same_v<Real, double>) _vtsdRngUniform(0, probe.source.get(), n, r, a, b);
+    else _vtssRngUniform(0, probe.source.get(), n, r, a, b);
     for (std::int32_t i = 0; i < n; ++i, ++probe.consumed) {
         const auto size = static_cast<std::int64_t>(probe.listed.size());
         const std::int64_t j = probe.repeats ? probe.consumed % size : probe.consumed;
@@ -301,8 +294,7 @@ inline Stream probe_stream(std::vector<double> listed = {}) {
 }
 
 // Uniform numbers that a call for n uses on a fresh stream.
-template <class T>
-std::int64_t consumption(const Draw<T>& draw, int n) {
+template <class T> std::int64_t consumption(const Draw<T>& draw, int n) {
     const Stream stream = probe_stream();
     std::vector<T> r(static_cast<std::size_t>(n));
     EXPECT_EQ(draw(stream.get(), n, r.data()), VTS_STATUS_OK);
@@ -320,8 +312,7 @@ std::vector<T> from_listed(const Draw<T>& draw, int n, std::vector<double> liste
 
 // Calls for the parts give the same numbers as one call for their sum, and leave the stream the
 // same.
-template <class T>
-void expect_split(const Draw<T>& draw, const std::vector<int>& parts) {
+template <class T> void expect_split(const Draw<T>& draw, const std::vector<int>& parts) {
     std::vector<T> whole, pieces;
     for (const int part : parts) pieces.resize(pieces.size() + static_cast<std::size_t>(part));
     whole = pieces;
@@ -339,8 +330,7 @@ void expect_split(const Draw<T>& draw, const std::vector<int>& parts) {
 // What every distribution promises: n <= 0 draws nothing; nothing is written behind r[n - 1]; the
 // status of a failing draw comes back at once and that of the last draw otherwise; the thread's
 // mode word and callback are the caller's again on every way out.
-template <class T>
-void expect_contract(const Draw<T>& draw, int n) {
+template <class T> void expect_contract(const Draw<T>& draw, int n) {
     const std::uint32_t mode = kef_vtm_kernel_GetMode();
     const kef_vtm_error_callback none =
         kef_vtm_kernel_SetErrorCallBack([](kef_vtm_error_record*) { return 0; });

@@ -29,8 +29,7 @@ std::vector<Quad> solve(std::vector<std::vector<Quad>> a) {
 
 // The coefficients of a smooth spline (natural, Subbotin) as the unknowns of its
 // conditions: interpolation, continuity of derivatives up to order-2, both ends.
-template <class T>
-class Definition {
+template <class T> class Definition {
 public:
     explicit Definition(const Spline<T>& s) : s_(s), m_(s.order) {
         const std::size_t n = s.x.size(), cells = s.cells();
@@ -61,21 +60,11 @@ public:
                 equation(), add(0, 0, m_ - 1, 1), add(1, 0, m_ - 1, -1);
                 equation(), add(cells - 2, 0, m_ - 1, 1), add(cells - 1, 0, m_ - 1, -1);
                 break;
-            case DF_FREE_END:
-                left_end(2, 0), right_end(2, 0);
-                break;
-            case DF_FIRST_FIRST:
-                left_end(1, b0), right_end(1, b1);
-                break;
-            case DF_FIRST_SECOND:
-                left_end(1, b0), right_end(2, b1);
-                break;
-            case DF_SECOND_FIRST:
-                left_end(2, b0), right_end(1, b1);
-                break;
-            case DF_SECOND_SECOND:
-                left_end(2, b0), right_end(2, b1);
-                break;
+            case DF_FREE_END: left_end(2, 0), right_end(2, 0); break;
+            case DF_FIRST_FIRST: left_end(1, b0), right_end(1, b1); break;
+            case DF_FIRST_SECOND: left_end(1, b0), right_end(2, b1); break;
+            case DF_SECOND_FIRST: left_end(2, b0), right_end(1, b1); break;
+            case DF_SECOND_SECOND: left_end(2, b0), right_end(2, b1); break;
             case DF_PERIODIC:
                 for (int r : {1, 2}) equation(), add(0, 0, r, 1), add(cells - 1, end, r, -1);
                 break;
@@ -103,8 +92,7 @@ private:
 
 // The largest error of the coefficients, each as its effect c_k width^k on the values,
 // in units of the last place of the largest of these effects.
-template <class T>
-double error_in_ulp(const Spline<T>& s, const std::vector<Quad>& expected) {
+template <class T> double error_in_ulp(const Spline<T>& s, const std::vector<Quad>& expected) {
     const Quad ulp = std::numeric_limits<T>::epsilon();
     Quad scale = 0, worst = 0;
     for (std::size_t i = 0; i < s.cells(); ++i) {
@@ -119,8 +107,7 @@ double error_in_ulp(const Spline<T>& s, const std::vector<Quad>& expected) {
     return static_cast<double>(worst / (ulp * scale));
 }
 
-template <class T>
-void expect_definition(double bound) {
+template <class T> void expect_definition(double bound) {
     double worst = 0;
     for (const Kind& kind : kinds()) {
         if (kind.type != DF_TYPE_NATURAL && kind.type != DF_TYPE_SUBBOTIN) continue;
@@ -180,8 +167,7 @@ double polynomial(const std::vector<double>& a, double x, int r = 0) {
 
 // Polynomials that a spline holds come back in every bit: whole breakpoints with
 // unequal distances, coefficients for which all quotients are exact.
-template <class T>
-void expect_exact(const std::vector<T>& x) {
+template <class T> void expect_exact(const std::vector<T>& x) {
     const std::vector<std::vector<double>> data = {{3}, {1, -2}, {5, 1, 2}, {2, -1, 1, 3}};
     struct Case {
         const char* kind;
@@ -359,8 +345,7 @@ TEST(FitConstruct, PeriodicSplinesRotate) {
 }
 
 // Every storage of values and coefficients holds the same bits as rows do.
-template <class T>
-void expect_same_bits_in_all_storage() {
+template <class T> void expect_same_bits_in_all_storage() {
     const std::size_t n = 11, ny = 3;
     for (const Kind& kind : kinds()) {
         for (int64_t x_hint : {DF_NON_UNIFORM, DF_UNIFORM}) {

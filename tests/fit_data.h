@@ -14,11 +14,9 @@ namespace fit_test {
 
 using Quad = __float128;
 
-template <class T>
-struct Api;
+template <class T> struct Api;
 #define KEF_FIT_API(T, letter)                                                           \
-    template <>                                                                          \
-    struct Api<T> {                                                                      \
+    template <> struct Api<T> {                                                          \
         static constexpr auto new_task = kef_df_kernel_##letter##NewTask1D;              \
         static constexpr auto edit_spline = kef_df_kernel_##letter##EditPPSpline1D;      \
         static constexpr auto edit_row = kef_df_kernel_##letter##EditIdxPtr;             \
@@ -68,8 +66,7 @@ inline const std::vector<Kind>& kinds() {
 }
 
 // Breakpoints, functions, conditions and coefficients of a spline, all by rows.
-template <class T>
-struct Spline {
+template <class T> struct Spline {
     std::vector<T> x, y, bc, ic, c;
     int64_t ny = 1, order = 4, type = 0, bc_type = 0, ic_type = 0;
     int64_t x_hint = 0, y_hint = DF_BY_ROWS, c_hint = DF_BY_ROWS;
@@ -135,8 +132,7 @@ struct Spline {
 };
 
 // Breakpoints with unequal distances between 0.3 and 1.3.
-template <class T>
-std::vector<T> uneven(std::size_t n, unsigned seed) {
+template <class T> std::vector<T> uneven(std::size_t n, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<T> x(n);
     double at = -2;
@@ -147,8 +143,7 @@ std::vector<T> uneven(std::size_t n, unsigned seed) {
     return x;
 }
 
-template <class T>
-std::vector<T> noise(std::size_t n, unsigned seed) {
+template <class T> std::vector<T> noise(std::size_t n, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<T> y(n);
     for (T& v : y) v = static_cast<T>(static_cast<int>(random() % 20001) - 10000) / T(1000);

@@ -10,8 +10,7 @@ using namespace fit_test;
 Quad magnitude(Quad v) { return v < 0 ? -v : v; }
 
 // The cell of a site by a plain search of the left ends.
-template <class T>
-std::size_t cell_of(const Spline<T>& s, T q) {
+template <class T> std::size_t cell_of(const Spline<T>& s, T q) {
     std::size_t i = 0;
     while (i + 1 < s.cells() && q >= s.left(i + 1)) ++i;
     return i;
@@ -31,8 +30,7 @@ std::pair<Quad, Quad> exact_derivative(const Spline<T>& s, std::size_t function,
     return {sum, terms};
 }
 
-template <class T>
-std::vector<T> some_sites(const Spline<T>& s, int count) {
+template <class T> std::vector<T> some_sites(const Spline<T>& s, int count) {
     std::mt19937 random(5);
     const T first = s.x.front(), last = s.x.back(), inf = std::numeric_limits<T>::infinity();
     std::vector<T> q = {first,     last,    std::nextafter(first, -inf), std::nextafter(last, inf),
@@ -46,8 +44,7 @@ std::vector<T> some_sites(const Spline<T>& s, int count) {
     return q;
 }
 
-template <class T>
-void fit_some(Spline<T>& s, const Kind& kind, std::size_t n, int64_t x_hint) {
+template <class T> void fit_some(Spline<T>& s, const Kind& kind, std::size_t n, int64_t x_hint) {
     s.ny = 2;
     s.x_hint = x_hint;
     s.x = uneven<T>(n, 8), s.y = noise<T>(2 * n, 8);
@@ -57,8 +54,7 @@ void fit_some(Spline<T>& s, const Kind& kind, std::size_t n, int64_t x_hint) {
     s.fit(kind);
 }
 
-template <class T>
-void expect_derivatives() {
+template <class T> void expect_derivatives() {
     const T epsilon = std::numeric_limits<T>::epsilon();
     for (const Kind& kind : kinds()) {
         for (int64_t x_hint : {DF_NON_UNIFORM, DF_QUASI_UNIFORM, DF_UNIFORM}) {
@@ -196,10 +192,8 @@ TEST(FitEvaluate, LookUp) {
                                              r.data(), DF_BY_COLUMNS, nullptr));
     for (std::size_t j = 0; j < q.size(); ++j)
         for (int f = 0; f < 2; ++f) {
-            if (j < s.x.size())
-                EXPECT_EQ(s.y[f * s.x.size() + j], r[2 * j + f]);
-            else
-                EXPECT_TRUE(std::isnan(r[2 * j + f]));
+            if (j < s.x.size()) EXPECT_EQ(s.y[f * s.x.size() + j], r[2 * j + f]);
+            else EXPECT_TRUE(std::isnan(r[2 * j + f]));
         }
 }
 
@@ -226,8 +220,7 @@ std::pair<Quad, Quad> exact_integral(const Spline<T>& s, std::size_t function, T
     return {sum, terms};
 }
 
-template <class T>
-void expect_integrals() {
+template <class T> void expect_integrals() {
     const T epsilon = std::numeric_limits<T>::epsilon();
     for (const Kind& kind : kinds()) {
         for (int64_t x_hint : {DF_NON_UNIFORM, DF_UNIFORM}) {

@@ -26,11 +26,9 @@ int32_t propose(const kef_df_task*, int64_t n, const T* site, int64_t* cell, voi
     return 0;
 }
 
-template <class T>
-struct Entries;
+template <class T> struct Entries;
 #define ENTRIES(T, letter)                                                                     \
-    template <>                                                                                \
-    struct Entries<T> {                                                                        \
+    template <> struct Entries<T> {                                                            \
         static constexpr Search<T, int64_t> wide[] = {                                         \
             kef_df_kernel_##letter##DFSearch1D,                                                \
             kef_df_kernel_##letter##DFSortedSearch1D,                                          \
@@ -55,15 +53,13 @@ struct Entries;
 ENTRIES(double, d)
 ENTRIES(float, s)
 
-template <class T>
-int64_t defined_cell(const std::vector<T>& x, T q) {
+template <class T> int64_t defined_cell(const std::vector<T>& x, T q) {
     if (!(q >= x.front())) return 0;
     if (q == x.back()) return x.size() - 1;
     return std::upper_bound(x.begin(), x.end(), q) - x.begin();
 }
 
-template <class T>
-std::vector<T> probes(const std::vector<T>& x, int random_count) {
+template <class T> std::vector<T> probes(const std::vector<T>& x, int random_count) {
     const T inf = std::numeric_limits<T>::infinity(), huge = std::numeric_limits<T>::max();
     std::vector<T> q = {-inf, inf, -huge, huge, std::numeric_limits<T>::quiet_NaN()};
     const std::size_t stride = std::max<std::size_t>(1, x.size() / 700);
@@ -127,16 +123,14 @@ const Shape shapes[] = {
     {"one far point", [](double t) { return t < 1 ? t : 1e6; }},
 };
 
-template <class T>
-std::vector<T> partition(const Shape& shape, int n) {
+template <class T> std::vector<T> partition(const Shape& shape, int n) {
     std::vector<T> x(n);
     for (int i = 0; i < n; ++i) x[i] = static_cast<T>(shape.place(double(i) / (n - 1)));
     x.erase(std::unique(x.begin(), x.end()), x.end());
     return x;
 }
 
-template <class T>
-void all_shapes(std::initializer_list<int> sizes) {
+template <class T> void all_shapes(std::initializer_list<int> sizes) {
     for (const Shape& shape : shapes) {
         for (int n : sizes) {
             std::vector<T> x = partition<T>(shape, n);

@@ -239,8 +239,7 @@ TEST_F(FitTask, OtherDimensionsAreLeftAlone) {
 }
 
 // The pairs as they are defined, by a search over all breakpoints for each bin.
-template <class T>
-void expect_table(const kef_df_task& task, const std::vector<T>& x, int bins) {
+template <class T> void expect_table(const kef_df_task& task, const std::vector<T>& x, int bins) {
     const int n = static_cast<int>(x.size());
     ASSERT_EQ(bins, task.bin_count);
     EXPECT_EQ(0, task.bin_count_high);

@@ -20,10 +20,12 @@ constexpr std::uint32_t mask_all = 0x1F80, flush_to_zero = 0x8000, denormals_are
 
 // Arguments within most domains, and all kinds of them.
 const std::vector<double> ordinary = {0.5, 0.75, 0.3, 0.9, 0.999, 0.0625, 0.123456789, 0.7071};
+// clang-format off
 const std::vector<double> mixed = {
     0.5, 1.5, -1.25, 3.75, 0.0, -0.0, INFINITY, -INFINITY, NAN, 1e-310, -1e-40, 1.0, 2.5, -2.5,
     0.49999999999999994, 4503599627370497.5, 8388609.0, -708.4, -745.0, 709.78, 88.5, -104.0, 1e300,
     -1e300, 1e38, 1e-300, 0x1p-126, 0x1p-1022, 1e22, -7.0, 0.1, 170.5};
+// clang-format on
 
 // `count` elements cycling through the values, from `first` on.
 Bytes elements(const Row& row, int parts, int count, const std::vector<double>& values, int first) {
@@ -40,10 +42,13 @@ Bytes elements(const Row& row, int parts, int count, const std::vector<double>& 
 // The arguments and results of a row, `count` elements of each.
 struct Data {
     Data(const Row& r, int n, const std::vector<double>& values)
-        : row(r), count(n), a(elements(r, r.argument_parts, n, values, 0)),
+        : row(r),
+          count(n),
+          a(elements(r, r.argument_parts, n, values, 0)),
           b(elements(r, r.argument_parts, n, values, 5)),
           scalars(elements(r, r.argument_parts, 4, {1.5, 0.25, 0.75, 2.5}, 0)),
-          r1(n * r.result_size()), r2(r1) {}
+          r1(n * r.result_size()),
+          r2(r1) {}
     // Elements first .. first + n - 1, in place in the result vectors.
     void compute(int slot, int first, int n) {
         const std::size_t in = first * row.argument_size(), out = first * row.result_size();
@@ -62,7 +67,8 @@ class Place {
 public:
     Place(std::size_t size, int address) : bytes_(size + 2 * guard + 32, filler), size_(size) {
         start_ = &bytes_[guard];
-        while (reinterpret_cast<std::uintptr_t>(start_) % 16 != static_cast<unsigned>(address)) ++start_;
+        while (reinterpret_cast<std::uintptr_t>(start_) % 16 != static_cast<unsigned>(address))
+            ++start_;
     }
     Place(const Bytes& contents, int address) : Place(contents.size(), address) {
         if (size_ > 0) std::memcpy(start_, contents.data(), size_);
@@ -91,7 +97,8 @@ void for_every_kernel(const std::function<void(const Row&, int slot)>& body) {
         for (const Row& row : rows())
             for (int slot = 0; slot < 3 && row.element_wise(); ++slot) {
                 bool seen = false;
-                for (int other = 0; other < slot; ++other) seen |= row.slots[other] == row.slots[slot];
+                for (int other = 0; other < slot; ++other)
+                    seen |= row.slots[other] == row.slots[slot];
                 if (seen) continue;
                 SCOPED_TRACE(row.name() + " slot " + std::to_string(slot));
                 kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_FTZDAZ_OFF);
@@ -141,8 +148,8 @@ TEST(Frame, InPlaceEqualsOutOfPlace) {
                 Bytes& shared = argument == 0 ? place.a : place.b;
                 void* r = result == 0 ? shared.data() : place.r1.data();
                 void* z = result == 1 ? shared.data() : place.r2.data();
-                row.invoke(row.slots[slot],
-                           {data.count, place.a.data(), place.b.data(), place.scalars.data(), r, z});
+                row.invoke(row.slots[slot], {data.count, place.a.data(), place.b.data(),
+                                             place.scalars.data(), r, z});
                 EXPECT_EQ(shared, result == 0 ? data.r1 : data.r2);
             }
     });
@@ -165,10 +172,11 @@ TEST(Frame, FloatingPointControlComesFromTheModeWord) {
             Data expected(row, static_cast<int>(mixed.size()) + 1, mixed);
             expected.compute(slot, 0, expected.count);
             for (std::uint32_t rounding = 0; rounding < 4; ++rounding)
-                for (std::uint32_t control : {0u, flush_to_zero, denormals_are_zero,
-                                              flush_to_zero | denormals_are_zero}) {
+                for (std::uint32_t control :
+                     {0u, flush_to_zero, denormals_are_zero, flush_to_zero | denormals_are_zero}) {
                     Data data(row, expected.count, mixed);
-                    const std::uint32_t before = mask_all | rounding << 13 | control | divide_by_zero;
+                    const std::uint32_t before =
+                        mask_all | rounding << 13 | control | divide_by_zero;
                     _mm_setcsr(before);
                     data.compute(slot, 0, data.count);
                     const std::uint32_t after = _mm_getcsr();

@@ -14,14 +14,14 @@ namespace {
 
 // The six functions of a type: entry points by name, and their tables.
 template <class T> struct Functions;
-#define FUNCTIONS(T, letter, suffix0, suffix2)                                        \
-    template <> struct Functions<T> {                                                 \
-        static constexpr auto pack_i = _vtm##letter##PackI;                           \
-        static constexpr auto pack_v = _vtm##letter##PackV##suffix0;                  \
-        static constexpr auto pack_m = _vtm##letter##PackM##suffix2;                  \
-        static constexpr auto unpack_i = _vtm##letter##UnpackI_HA;                    \
-        static constexpr auto unpack_v = _vtm##letter##UnpackV##suffix0;              \
-        static constexpr auto unpack_m = _vtm##letter##UnpackM##suffix2;              \
+#define FUNCTIONS(T, letter, suffix0, suffix2)                                                \
+    template <> struct Functions<T> {                                                         \
+        static constexpr auto pack_i = _vtm##letter##PackI;                                   \
+        static constexpr auto pack_v = _vtm##letter##PackV##suffix0;                          \
+        static constexpr auto pack_m = _vtm##letter##PackM##suffix2;                          \
+        static constexpr auto unpack_i = _vtm##letter##UnpackI_HA;                            \
+        static constexpr auto unpack_v = _vtm##letter##UnpackV##suffix0;                      \
+        static constexpr auto unpack_m = _vtm##letter##UnpackM##suffix2;                      \
         static auto slot_pack_i(int i) { return kef_vtm_kernel_##letter##PackI_ttab[i]; }     \
         static auto slot_pack_v(int i) { return kef_vtm_kernel_##letter##PackV_ttab[i]; }     \
         static auto slot_pack_m(int i) { return kef_vtm_kernel_##letter##PackM_ttab[i]; }     \

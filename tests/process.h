@@ -26,7 +26,8 @@ inline std::string contents(std::FILE* file) {
 
 // Runs a program (looked up in the path) with NAME=value settings added to the
 // environment.
-inline Outcome run(std::vector<std::string> command, const std::vector<std::string>& settings = {}) {
+inline Outcome run(std::vector<std::string> command,
+                   const std::vector<std::string>& settings = {}) {
     std::FILE* out = std::tmpfile();
     std::FILE* err = std::tmpfile();
     const pid_t child = fork();

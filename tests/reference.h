@@ -24,12 +24,13 @@ using wide = long double;
 
 // One name for the C library's function of either type. The names hide those of
 // the global namespace, which a reference must never fall back to.
-#define KEF_OF_ONE(name)                                \
-    inline quad name(quad x) { return ::name##q(x); }   \
+#define KEF_OF_ONE(name)                              \
+    inline quad name(quad x) { return ::name##q(x); } \
     inline wide name(wide x) { return ::name##l(x); }
-#define KEF_OF_TWO(name)                                        \
+#define KEF_OF_TWO(name)                                         \
     inline quad name(quad x, quad y) { return ::name##q(x, y); } \
     inline wide name(wide x, wide y) { return ::name##l(x, y); }
+// clang-format off
 KEF_OF_ONE(acos) KEF_OF_ONE(acosh) KEF_OF_ONE(asin) KEF_OF_ONE(asinh) KEF_OF_ONE(atan)
 KEF_OF_ONE(atanh) KEF_OF_ONE(cbrt) KEF_OF_ONE(ceil) KEF_OF_ONE(cos) KEF_OF_ONE(cosh)
 KEF_OF_ONE(erf) KEF_OF_ONE(erfc) KEF_OF_ONE(exp) KEF_OF_ONE(expm1) KEF_OF_ONE(fabs)
@@ -37,11 +38,14 @@ KEF_OF_ONE(floor) KEF_OF_ONE(lgamma) KEF_OF_ONE(log) KEF_OF_ONE(log10) KEF_OF_ON
 KEF_OF_ONE(nearbyint) KEF_OF_ONE(rint) KEF_OF_ONE(round) KEF_OF_ONE(sin) KEF_OF_ONE(sinh)
 KEF_OF_ONE(sqrt) KEF_OF_ONE(tan) KEF_OF_ONE(tanh) KEF_OF_ONE(tgamma) KEF_OF_ONE(trunc)
 KEF_OF_TWO(atan2) KEF_OF_TWO(hypot) KEF_OF_TWO(pow)
+// clang-format on
 #undef KEF_OF_ONE
 #undef KEF_OF_TWO
 
-// a b + c for factors of 53 bits, with one rounding error whatever cancels.
-inline quad multiply_add(quad a, quad b, quad c) { return a * b + c; }
+    // a b + c for factors of 53 bits, with one rounding error whatever cancels.
+    inline quad multiply_add(quad a, quad b, quad c) {
+    return a * b + c;
+}
 inline wide multiply_add(wide a, wide b, wide c) {
     const auto upper_half = [](wide x) {  // Veltkamp's splitting
         const wide t = x * (0x1p32L + 1);
@@ -57,8 +61,7 @@ inline wide multiply_add(wide a, wide b, wide c) {
 // (1/2) erfc(-x/sqrt2). The product t = -x/sqrt2 is taken with its rounding error
 // d, and erfc(t + d) = erfc(t) - 2/sqrt(pi) exp(-t^2) d; without d the result
 // loses 2 log2|x| + 1 bits in the tail. x has 53 bits at most.
-template <class R>
-R cdf_norm(R x) {
+template <class R> R cdf_norm(R x) {
     if (!(fabs(x) < R(1e4))) return x != x ? x : x > 0 ? R(1) : R(0);
     const R high = -x * R(0x5A8p-11), low = -x * R(M_SQRT1_2q - 0x5A8p-11Q);
     const R t = high + low, d = low - (t - high);
@@ -101,25 +104,20 @@ inline quad erfc_root(quad q) {
 }
 
 // 1 - |y|, 2 - q and 1 - q below are exact for the arguments of both types.
-template <class R>
-R erf_inv(R y) {
+template <class R> R erf_inv(R y) {
     const R size = fabs(y);
     if (!(size < 1)) return size == 1 ? y * R(INFINITY) : R(NAN);
     if (size <= R(0.5)) return y == 0 ? y : erf_root(y);
     const R x = erfc_root(1 - size);
     return y > 0 ? x : -x;
 }
-template <class R>
-R erfc_inv(R q) {
+template <class R> R erfc_inv(R q) {
     if (!(q > 0 && q < 2)) return q == 0 ? R(INFINITY) : q == 2 ? -R(INFINITY) : R(NAN);
     if (q < R(0.5)) return erfc_root(q);
     if (q > R(1.5)) return -erfc_root(2 - q);
     return erf_inv(1 - q);
 }
-template <class R>
-R cdf_norm_inv(R p) {
-    return -R(M_SQRT2q) * erfc_inv(2 * p);
-}
+template <class R> R cdf_norm_inv(R p) { return -R(M_SQRT2q) * erfc_inv(2 * p); }
 
 // A set of arguments: `low` to `high`, drawn uniformly by value and by bit
 // pattern (only so where an end is infinite); with `near`, next to its multiples.
@@ -158,17 +156,24 @@ struct Reference {
 };
 
 inline const std::vector<Reference>& table() {
-#define KEF_EXPRESSION(type, expression)                                                        \
-    [](type x, [[maybe_unused]] type y, [[maybe_unused]] const Scalars& c) -> type {            \
-        return expression;                                                                      \
+#define KEF_EXPRESSION(type, expression)                                             \
+    [](type x, [[maybe_unused]] type y, [[maybe_unused]] const Scalars& c) -> type { \
+        return expression;                                                           \
     }
-#define KEF_REFERENCE(function, expression, ...)                                         \
-    Reference{.name = #function, .exact = KEF_EXPRESSION(quad, expression), .exact2 = nullptr, \
-              .screen = KEF_EXPRESSION(wide, expression), .screen2 = nullptr, __VA_ARGS__},
-#define KEF_REFERENCE2(function, first, second, ...)                                     \
-    Reference{.name = #function, .exact = KEF_EXPRESSION(quad, first),                   \
-              .exact2 = KEF_EXPRESSION(quad, second), .screen = KEF_EXPRESSION(wide, first),   \
-              .screen2 = KEF_EXPRESSION(wide, second), __VA_ARGS__},
+#define KEF_REFERENCE(function, expression, ...)          \
+    Reference{.name = #function,                          \
+              .exact = KEF_EXPRESSION(quad, expression),  \
+              .exact2 = nullptr,                          \
+              .screen = KEF_EXPRESSION(wide, expression), \
+              .screen2 = nullptr,                         \
+              __VA_ARGS__},
+#define KEF_REFERENCE2(function, first, second, ...)   \
+    Reference{.name = #function,                       \
+              .exact = KEF_EXPRESSION(quad, first),    \
+              .exact2 = KEF_EXPRESSION(quad, second),  \
+              .screen = KEF_EXPRESSION(wide, first),   \
+              .screen2 = KEF_EXPRESSION(wide, second), \
+              __VA_ARGS__},
     static const std::vector<Reference> rows = {
 #include "tests/reference.def"
     };
@@ -235,8 +240,7 @@ template <> struct Binary<quad> {
 struct Error {
     double ulps, relative;
 };
-template <class T, class R>
-Error error(T got, R exact, double least = 0) {
+template <class T, class R> Error error(T got, R exact, double least = 0) {
     using Limits = std::numeric_limits<T>;
     constexpr Error wrong = {INFINITY, INFINITY}, none = {0, 0};
     if (exact != exact || got != got) return (exact != exact) == (got != got) ? none : wrong;
@@ -259,13 +263,11 @@ Error error(T got, R exact, double least = 0) {
 // Numbers of T in order: consecutive integers are consecutive numbers.
 template <class T>
 using Ordinal = std::conditional_t<std::is_same_v<T, float>, std::int32_t, std::int64_t>;
-template <class T>
-Ordinal<T> ordinal(T x) {
+template <class T> Ordinal<T> ordinal(T x) {
     const auto bits = std::bit_cast<Ordinal<T>>(x);
     return bits < 0 ? std::numeric_limits<Ordinal<T>>::min() - bits : bits;
 }
-template <class T>
-T from_ordinal(Ordinal<T> n) {
+template <class T> T from_ordinal(Ordinal<T> n) {
     return std::bit_cast<T>(n < 0 ? std::numeric_limits<Ordinal<T>>::min() - n : n);
 }
 
@@ -273,7 +275,8 @@ T from_ordinal(Ordinal<T> n) {
 class Random {
 public:
     explicit Random(std::string_view seed) {
-        for (const char c : seed) state_ = (state_ ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
+        for (const char c : seed)
+            state_ = (state_ ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
     }
     std::uint64_t bits() {  // Steele, Lea, Flood: splitmix64
         std::uint64_t z = state_ += 0x9E3779B97F4A7C15u;
@@ -283,15 +286,15 @@ public:
     }
     double unit() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
 
-    template <class T>
-    T draw(const Range& range, bool by_value) {
+    template <class T> T draw(const Range& range, bool by_value) {
         T x;
         const T low = static_cast<T>(range.low), high = static_cast<T>(range.high);
         if (by_value && std::isfinite(range.high - range.low)) {
             x = static_cast<T>(range.low + unit() * (range.high - range.low));
         } else {
             const auto first = ordinal(low), last = ordinal(high);
-            const std::uint64_t span = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first);
+            const std::uint64_t span =
+                static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first);
             // The high word of bits() times (span + 1).
             const std::uint64_t offset = static_cast<std::uint64_t>(
                 static_cast<long double>(bits()) * 0x1p-64L * (static_cast<long double>(span) + 1));
@@ -312,11 +315,11 @@ private:
 // Arguments where functions tend to go wrong, as far as they lie in the range: its
 // ends, zeros, subnormal numbers, small integers and halves, powers of ten,
 // each with its neighbours; infinities and NaN in the whole range.
-template <class T>
-std::vector<T> edges(const Range& range) {
+template <class T> std::vector<T> edges(const Range& range) {
     using Limits = std::numeric_limits<T>;
-    std::vector<T> candidates = {T(range.low), T(range.high), Limits::denorm_min(), Limits::min(),
-                                 Limits::max(), Limits::epsilon(), T(M_PI_2), T(M_PI_4), T(M_LN2)};
+    std::vector<T> candidates = {T(range.low),  T(range.high), Limits::denorm_min(),
+                                 Limits::min(), Limits::max(), Limits::epsilon(),
+                                 T(M_PI_2),     T(M_PI_4),     T(M_LN2)};
     for (int i = 0; i <= 12; ++i) candidates.push_back(T(0.5) * i);
     for (T power = 10; power < T(1e25); power *= 10) {
         candidates.push_back(power);
@@ -328,10 +331,12 @@ std::vector<T> edges(const Range& range) {
             for (const int step : {-1, 0, 1}) {
                 if (!std::isfinite(x)) continue;
                 const T neighbour = from_ordinal<T>(ordinal(x) + step);
-                if (neighbour >= T(range.low) && neighbour <= T(range.high)) result.push_back(neighbour);
+                if (neighbour >= T(range.low) && neighbour <= T(range.high))
+                    result.push_back(neighbour);
             }
     if (range.low <= 0 && range.high >= 0) result.push_back(T(-0.0));
-    if (std::isinf(range.high)) result.insert(result.end(), {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()});
+    if (std::isinf(range.high))
+        result.insert(result.end(), {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()});
     return result;
 }
 

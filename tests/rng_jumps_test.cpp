@@ -55,10 +55,8 @@ TEST(RngJumps, LongSkips) {
             const std::uint64_t first = count / 3 + 1;
             ASSERT_EQ(__vtsSkipAheadStream(parts.get(), first), VTS_STATUS_OK);
             const bool walk = count == 1000000;
-            if (walk)
-                draw_raw(parts, static_cast<int>(count - first));
-            else
-                ASSERT_EQ(__vtsSkipAheadStream(parts.get(), count - first), VTS_STATUS_OK);
+            if (walk) draw_raw(parts, static_cast<int>(count - first));
+            else ASSERT_EQ(__vtsSkipAheadStream(parts.get(), count - first), VTS_STATUS_OK);
             EXPECT_EQ(after_skip(stream, count, 1300), draw_raw(parts, 1300)) << count;
         }
     }

@@ -79,10 +79,8 @@ bool irreducible(const Row& f) {
         Row square;
         for (int k = 0; k < degree; ++k) {
             if (!power[k]) continue;
-            if (2 * k < degree)
-                square.flip(2 * k);
-            else
-                square ^= powers[2 * k - degree];
+            if (2 * k < degree) square.flip(2 * k);
+            else square ^= powers[2 * k - degree];
         }
         power = square;
     }

@@ -4,9 +4,18 @@ namespace kef_test {
 
 namespace {
 
-template <class T> struct Element { using Component = T; static constexpr int parts = 1; };
-template <> struct Element<kef_complex8> { using Component = float; static constexpr int parts = 2; };
-template <> struct Element<kef_complex16> { using Component = double; static constexpr int parts = 2; };
+template <class T> struct Element {
+    using Component = T;
+    static constexpr int parts = 1;
+};
+template <> struct Element<kef_complex8> {
+    using Component = float;
+    static constexpr int parts = 2;
+};
+template <> struct Element<kef_complex16> {
+    using Component = double;
+    static constexpr int parts = 2;
+};
 
 using element_s = float;
 using element_d = double;
@@ -21,7 +30,8 @@ template <class... Arguments>
     std::uint32_t words[32] = {};
     int count = 0;
     ((std::memcpy(words + count, &arguments, sizeof arguments),
-      count += (sizeof arguments + 3) / 4), ...);
+      count += (sizeof arguments + 3) / 4),
+     ...);
     int room = (4 * count + 15) / 16 * 16 + (16 - address) % 16;
     const std::uint32_t* source = words;
     __asm__ volatile(
@@ -39,8 +49,7 @@ template <class... Arguments>
 }
 #endif
 
-template <class T, Shape shape>
-void invoke(Code code, const Call& c) {
+template <class T, Shape shape> void invoke(Code code, const Call& c) {
     using Real = typename Element<T>::Component;
     const auto call = [&](auto... arguments) {
 #if defined(__i386__)
@@ -69,17 +78,26 @@ Row make_row(const char* type, const char* function, std::array<Code, 4> entries
              const float* costs, std::array<const char*, 3> kernels) {
     constexpr bool pack = shape >= Shape::pack_i;
     constexpr int parts = Element<T>::parts;
-    return {*type, function, shape, entries, static_cast<Code*>(slots), costs, kernels,
+    return {*type,
+            function,
+            shape,
+            entries,
+            static_cast<Code*>(slots),
+            costs,
+            kernels,
             pack ? nullptr : invoke<T, shape>,
             shape == Shape::map2 || shape == Shape::linear_frac ? 2 : 1,
-            shape == Shape::linear_frac ? 4 : shape == Shape::mapx ? 1 : 0,
+            shape == Shape::linear_frac ? 4
+            : shape == Shape::mapx      ? 1
+                                        : 0,
             shape == Shape::map1x2 ? 2 : 1,
-            shape == Shape::from_real ? 1 : parts, shape == Shape::modulus ? 1 : parts};
+            shape == Shape::from_real ? 1 : parts,
+            shape == Shape::modulus ? 1 : parts};
 }
 
 // The four entry points: slots 0, 1, 2 by suffix, and the plain name.
-#define SINGLE(name) (Code)name##_21, (Code)name##_HA, (Code)name##_11, (Code)name
-#define DOUBLE(name) (Code)name##_50, (Code)name##_HA, (Code)name##_26, (Code)name
+#define SINGLE(name) (Code) name##_21, (Code)name##_HA, (Code)name##_11, (Code)name
+#define DOUBLE(name) (Code) name##_50, (Code)name##_HA, (Code)name##_26, (Code)name
 #define ENTRIES_s(function) SINGLE(_vtms##function)
 #define ENTRIES_c(function) SINGLE(_vtmc##function)
 #define ENTRIES_d(function) DOUBLE(_vtmd##function)
@@ -90,8 +108,8 @@ Row make_row(const char* type, const char* function, std::array<Code, 4> entries
 const std::vector<Row>& rows() {
     static const std::vector<Row> all = {
 #define KEF_OFF(type, function, shape)
-#define KEF_ROW(type, function, shape, k0, k1, k2, c0, c1, c2)                                   \
-    make_row<element_##type, Shape::shape>(                                                      \
+#define KEF_ROW(type, function, shape, k0, k1, k2, c0, c1, c2)                                \
+    make_row<element_##type, Shape::shape>(                                                   \
         #type, #function, {ENTRIES_##type(function)}, kef_vtm_kernel_##type##function##_ttab, \
         kef_vtm_kernel_##type##function##_ctab, {#k0, #k1, #k2}),
 #include "vm/surface/surface.def"

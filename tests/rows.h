@@ -14,7 +14,17 @@
 namespace kef_test {
 
 enum class Shape {
-    map1, map2, mapx, map1x2, modulus, from_real, linear_frac, pack_i, pack_v, unpack_i, unpack_v
+    map1,
+    map2,
+    mapx,
+    map1x2,
+    modulus,
+    from_real,
+    linear_frac,
+    pack_i,
+    pack_v,
+    unpack_i,
+    unpack_v
 };
 
 using Code = void (*)();
@@ -26,8 +36,8 @@ struct Call {
     const void* b;        // second vector
     const void* scalars;  // elements
     void* r;
-    void* z;              // second result vector
-    int stack = -1;       // i386: the address of the arguments modulo 16; -1 for any
+    void* z;         // second result vector
+    int stack = -1;  // i386: the address of the arguments modulo 16; -1 for any
 };
 
 struct Row {

@@ -28,9 +28,11 @@ struct Case {
 
 constexpr std::uint32_t invalid = 0x01, divide_by_zero = 0x04, overflow = 0x08, underflow = 0x10,
                         judged_flags = invalid | divide_by_zero | overflow | underflow;
-constexpr std::pair<const char*, std::int32_t> codes[] = {
-    {"OK", VTM_STATUS_OK}, {"ERRDOM", VTM_STATUS_ERRDOM}, {"SING", VTM_STATUS_SING},
-    {"OVERFLOW", VTM_STATUS_OVERFLOW}, {"UNDERFLOW", VTM_STATUS_UNDERFLOW}};
+constexpr std::pair<const char*, std::int32_t> codes[] = {{"OK", VTM_STATUS_OK},
+                                                          {"ERRDOM", VTM_STATUS_ERRDOM},
+                                                          {"SING", VTM_STATUS_SING},
+                                                          {"OVERFLOW", VTM_STATUS_OVERFLOW},
+                                                          {"UNDERFLOW", VTM_STATUS_UNDERFLOW}};
 
 // A component as bits (0x and 8 or 16 digits) or as a number.
 void append_component(Bytes& element, const std::string& token, bool single) {
@@ -65,7 +67,8 @@ Case parse(const std::string& line, char type) {
             append_component(bytes, token, c.row->single());
         return bytes;
     };
-    for (int i = 0; i < c.row->arguments; ++i) c.arguments.push_back(element(c.row->argument_parts));
+    for (int i = 0; i < c.row->arguments; ++i)
+        c.arguments.push_back(element(c.row->argument_parts));
     for (int i = 0; i < c.row->scalars; ++i) c.scalars.push_back(element(c.row->argument_parts));
     words >> token;
     if (token != "->") throw std::runtime_error("no arrow");
@@ -77,9 +80,11 @@ Case parse(const std::string& line, char type) {
     c.status = code->second;
     if (words >> token)
         for (char flag : token)
-            c.flags |= flag == 'V' ? invalid : flag == 'Z' ? divide_by_zero
-                     : flag == 'O' ? overflow : flag == 'U' ? underflow
-                     : throw std::runtime_error("flags " + token);
+            c.flags |= flag == 'V'   ? invalid
+                       : flag == 'Z' ? divide_by_zero
+                       : flag == 'O' ? overflow
+                       : flag == 'U' ? underflow
+                                     : throw std::runtime_error("flags " + token);
     return c;
 }
 
@@ -121,8 +126,8 @@ std::vector<Bytes> compute(const Case& c, int slot, int place, int n) {
             in[v].insert(in[v].end(), element.begin(), element.end());
         }
     for (int v : {0, 1}) out[v].resize(n * row.result_size()), alone[v].resize(row.result_size());
-    row.invoke(row.slots[slot],
-               {1, neighbour.data(), neighbour.data(), scalars.data(), alone[0].data(), alone[1].data()});
+    row.invoke(row.slots[slot], {1, neighbour.data(), neighbour.data(), scalars.data(),
+                                 alone[0].data(), alone[1].data()});
     records.clear();
     kef_vtm_kernel_ClearErrStatus();
     _mm_setcsr(0x1F80);
@@ -159,10 +164,12 @@ void check(const Case& c, int slot) {
                 if (record.index != place) continue;
                 ++reports;
                 EXPECT_EQ(record.code, c.status);
-                EXPECT_TRUE(record.name == "v" + name || record.name == with_accuracy) << record.name;
+                EXPECT_TRUE(record.name == "v" + name || record.name == with_accuracy)
+                    << record.name;
                 EXPECT_EQ(record.argument1, first_component(row, c.arguments[0]));
                 const double result = first_component(row, c.results[0]);
-                EXPECT_TRUE(record.result1 == result || (std::isnan(result) && std::isnan(record.result1)));
+                EXPECT_TRUE(record.result1 == result ||
+                            (std::isnan(result) && std::isnan(record.result1)));
             }
             EXPECT_EQ(reports, c.status != VTM_STATUS_OK);
         }
@@ -185,9 +192,7 @@ TEST(Special, ResultsStatusesAndReports) {
                 try {
                     const Case c = parse(line, type);
                     for (int slot : c.slots) check(c, slot), ++checked;
-                } catch (const std::exception& error) {
-                    ADD_FAILURE() << error.what();
-                }
+                } catch (const std::exception& error) { ADD_FAILURE() << error.what(); }
             }
         }
         EXPECT_GT(checked, 300);
@@ -210,8 +215,7 @@ TEST(Special, EveryFunctionHasRows) {
 }
 
 // A signalling NaN comes out quiet, whatever the place and the sign; Abs and Ln keep its bits.
-template <class T, class Bits>
-void expect_quiet(const Row& row) {
+template <class T, class Bits> void expect_quiet(const Row& row) {
     SCOPED_TRACE(row.name());
     constexpr Bits quiet_bit = Bits(1) << (std::numeric_limits<T>::digits - 2);
     constexpr Bits payload = std::bit_cast<Bits>(std::numeric_limits<T>::infinity()) + 0x123;
@@ -243,8 +247,7 @@ TEST(Special, SignallingNanComesOutQuiet) {
 }
 
 // Next to the multiples of pi/2, where a short polynomial would exceed 1 first.
-template <class T>
-void expect_within_one(const char* name) {
+template <class T> void expect_within_one(const char* name) {
     const Row& row = *find_row(name);
     constexpr int neighbours = 1000, size = 2 * neighbours + 1;
     std::vector<T> x(size), y(size), z(size);

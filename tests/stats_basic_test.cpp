@@ -12,8 +12,7 @@ namespace stats_tests {
 namespace {
 
 // All results by definition. Matrices full.
-template <class T>
-struct Reference {
+template <class T> struct Reference {
     using Q = __float128;
     int p, n;
     Q W = 0, W2 = 0, N;
@@ -84,8 +83,7 @@ struct Reference {
     }
 };
 
-template <class T>
-void check_against_reference(double bound) {
+template <class T> void check_against_reference(double bound) {
     for (int p : {1, 2, 3, 10})
         for (int n : {2, 3, 10, 255, 257, 1000})
             for (bool weighted : {false, true}) {
@@ -112,8 +110,7 @@ TEST(StatsBasic, EqualsTheDefinitions) {
 // All results of two problems, the difference at most `bound` on the result's scale (0:
 // bit for bit). Third moments vanish for symmetric data; their scale is the fourth's,
 // since the deviations are of the order of 1.
-template <class T>
-void expect_same(Problem<T>& a, Problem<T>& b, double bound) {
+template <class T> void expect_same(Problem<T>& a, Problem<T>& b, double bound) {
     const auto ra = a.results(), rb = b.results();
     for (std::size_t k = 0; k < ra.size(); ++k) {
         const std::vector<T>&u = *ra[k].second, &v = *rb[k].second;

@@ -6,8 +6,7 @@ namespace {
 
 constexpr std::uint64_t both = VTS_SS_ESTIMATE_MINIMUM | VTS_SS_ESTIMATE_MAXIMUM;
 
-template <class T>
-void check_blocks() {
+template <class T> void check_blocks() {
     for (int p : {1, 2, 3, 10})
         for (int n : {1, 2, 3, 5, 257, 1030})
             for (int storage : {VTS_SS_STORAGE_ROWS, VTS_SS_STORAGE_COLUMNS}) {

@@ -14,11 +14,9 @@
 namespace stats_tests {
 
 // The functions of one precision.
-template <class T>
-struct Api;
+template <class T> struct Api;
 #define KEF_STATS_API(type, T)                                   \
-    template <>                                                  \
-    struct Api<T> {                                              \
+    template <> struct Api<T> {                                  \
         static constexpr auto new_task = __vts##type##SSNewTask; \
         static constexpr auto edit = __vts##type##SSEditTask;    \
         static constexpr auto basic = _vts##type##SSBasic;       \
@@ -50,6 +48,7 @@ inline constexpr int data_methods[] = {VTS_SS_METHOD_RAW, VTS_SS_METHOD_RECURREN
                                        VTS_SS_METHOD_TILED};
 
 // The results that have p values: a member of Problem, its identifier, its estimate.
+// clang-format off
 #define KEF_VECTOR_RESULTS(X)                                                                \
     X(mean, MEAN)                                                                            \
     X(raw2, RAW_MOMENT_2)                                                                    \
@@ -58,12 +57,12 @@ inline constexpr int data_methods[] = {VTS_SS_METHOD_RAW, VTS_SS_METHOD_RECURREN
             X(skewness, SKEWNESS) X(variation, VARIATION) X(sum, SUM) X(raw_sum2, RAW_SUM_2) \
                 X(raw_sum3, RAW_SUM_3) X(raw_sum4, RAW_SUM_4) X(central_sum2, CENTRAL_SUM_2) \
                     X(central_sum3, CENTRAL_SUM_3) X(central_sum4, CENTRAL_SUM_4)
+// clang-format on
 #define KEF_MATRIX_RESULTS(X) \
     X(covariance, COVARIANCE) X(correlation, CORRELATION) X(cross_product, CROSS_PRODUCT)
 
 // A task over data of its own; every result array is registered and holds `untouched`.
-template <class T>
-struct Problem {
+template <class T> struct Problem {
     std::int32_t p, n, storage, layout = VTS_SS_LAYOUT_FULL;
     std::vector<T> x, weights;
     std::vector<T> accumulated = {0, 0};
@@ -130,8 +129,7 @@ struct Problem {
 };
 
 // Normal numbers around `offset` + the variable's number.
-template <class T>
-std::vector<T> normal_data(int p, int n, double offset, unsigned seed = 1) {
+template <class T> std::vector<T> normal_data(int p, int n, double offset, unsigned seed = 1) {
     std::mt19937 generator(seed);
     std::normal_distribution<double> normal;
     std::vector<T> data(static_cast<std::size_t>(p) * n);
@@ -141,8 +139,7 @@ std::vector<T> normal_data(int p, int n, double offset, unsigned seed = 1) {
     return data;
 }
 
-template <class T>
-std::vector<T> weights_for(int n, unsigned seed = 2) {
+template <class T> std::vector<T> weights_for(int n, unsigned seed = 2) {
     std::mt19937 generator(seed);
     std::uniform_real_distribution<double> uniform(0.1, 3);
     std::vector<T> w(n);

@@ -188,8 +188,7 @@ TEST(Surface, EntriesAreBareJumps) {
     std::vector<std::string>* current = nullptr;
     for (const std::string& line :
          lines_of({"objdump", "-d", "--no-show-raw-insn", "-j", ".text", KEF_LIBRARY})) {
-        if (line.ends_with(">:"))
-            current = &code[std::stoul(line, nullptr, 16)];
+        if (line.ends_with(">:")) current = &code[std::stoul(line, nullptr, 16)];
         else if (current != nullptr && line.find('\t') != line.npos)
             current->push_back(line.substr(line.find('\t') + 1));
     }

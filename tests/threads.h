@@ -5,9 +5,6 @@
 
 namespace kef_test {
 
-template <class Body>
-void in_fresh_thread(Body body) {
-    std::thread(body).join();
-}
+template <class Body> void in_fresh_thread(Body body) { std::thread(body).join(); }
 
 }  // namespace kef_test

@@ -1,7 +1,8 @@
 // How good the references of tests/reference.def are, on their own intervals:
 //
-//   g++ -std=gnu++20 -O2 -I. tools/check_references.cpp -lquadmath -lmpfr -lgmp   the 113-bit values
-//   g++ -m32 -msse2 -mfpmath=sse -std=gnu++20 -O2 -I. ... -lquadmath              the 80-bit values
+//   g++ -std=gnu++20 -O2 -I. tools/check_references.cpp -lquadmath -lmpfr -lgmp   the 113-bit
+//   values g++ -m32 -msse2 -mfpmath=sse -std=gnu++20 -O2 -I. ... -lquadmath              the 80-bit
+//   values
 //
 //   check_references [function...]
 //
@@ -70,52 +71,101 @@ void improve_root(mpfr_t r, const mpfr_t y, bool complement) {
     }
 }
 
-#define KEF_BODY [](mpfr_t r, [[maybe_unused]] const mpfr_t x, [[maybe_unused]] const mpfr_t y, \
-                    [[maybe_unused]] const Scalars& c)
-#define KEF_1(name, f) {#name, KEF_BODY { mpfr_##f(r, x, MPFR_RNDN); }},
-#define KEF_2(name, f) {#name, KEF_BODY { mpfr_##f(r, x, y, MPFR_RNDN); }},
+#define KEF_BODY                                                                   \
+    [](mpfr_t r, [[maybe_unused]] const mpfr_t x, [[maybe_unused]] const mpfr_t y, \
+       [[maybe_unused]] const Scalars& c)
+#define KEF_1(name, f)                          \
+    {#name, KEF_BODY{mpfr_##f(r, x, MPFR_RNDN); \
+    }                                           \
+    }                                           \
+    ,
+#define KEF_2(name, f)                             \
+    {#name, KEF_BODY{mpfr_##f(r, x, y, MPFR_RNDN); \
+    }                                              \
+    }                                              \
+    ,
 const Row rows[] = {
     KEF_1(Abs, abs) KEF_1(Sqr, sqr) KEF_1(Sqrt, sqrt) KEF_1(InvSqrt, rec_sqrt) KEF_1(Cbrt, cbrt)
-    KEF_1(Exp, exp) KEF_1(Expm1, expm1) KEF_1(Ln, log) KEF_1(Log10, log10) KEF_1(Log1p, log1p)
-    KEF_1(Sin, sin) KEF_1(Cos, cos) KEF_1(Tan, tan) KEF_1(Asin, asin) KEF_1(Acos, acos)
-    KEF_1(Atan, atan) KEF_1(Sinh, sinh) KEF_1(Cosh, cosh) KEF_1(Tanh, tanh) KEF_1(Asinh, asinh)
-    KEF_1(Acosh, acosh) KEF_1(Atanh, atanh) KEF_1(Erf, erf) KEF_1(Erfc, erfc) KEF_1(TGamma, gamma)
-    KEF_2(Add, add) KEF_2(Sub, sub) KEF_2(Mul, mul) KEF_2(Div, div) KEF_2(Hypot, hypot)
-    KEF_2(Pow, pow) KEF_2(Powx, pow) KEF_2(Atan2, atan2)
-    {"Inv", KEF_BODY { mpfr_ui_div(r, 1, x, MPFR_RNDN); }},
-    {"Ceil", KEF_BODY { mpfr_ceil(r, x); }},
-    {"Floor", KEF_BODY { mpfr_floor(r, x); }},
-    {"Trunc", KEF_BODY { mpfr_trunc(r, x); }},
-    {"Round", KEF_BODY { mpfr_round(r, x); }},
-    {"Rint", KEF_BODY { mpfr_rint(r, x, MPFR_RNDN); }},
-    {"NearbyInt", KEF_BODY { mpfr_rint(r, x, MPFR_RNDN); }},
-    {"Modf", KEF_BODY { mpfr_trunc(r, x); }, KEF_BODY { mpfr_frac(r, x, MPFR_RNDN); }},
-    {"SinCos", KEF_BODY { mpfr_sin(r, x, MPFR_RNDN); }, KEF_BODY { mpfr_cos(r, x, MPFR_RNDN); }},
-    {"InvCbrt", KEF_BODY { mpfr_cbrt(r, x, MPFR_RNDN); mpfr_ui_div(r, 1, r, MPFR_RNDN); }},
-    {"Pow2o3", KEF_BODY { mpfr_cbrt(r, x, MPFR_RNDN); mpfr_sqr(r, r, MPFR_RNDN); }},
-    {"Pow3o2", KEF_BODY { mpfr_sqrt(r, x, MPFR_RNDN); mpfr_mul(r, r, x, MPFR_RNDN); }},
-    {"LGamma", KEF_BODY { int sign; mpfr_lgamma(r, &sign, x, MPFR_RNDN); }},
-    {"CdfNorm", KEF_BODY { error_function_complement_of_root(r, x); }},
-    {"ErfInv", KEF_BODY { improve_root(r, x, false); }},
-    {"ErfcInv", KEF_BODY { improve_root(r, x, true); }},
-    {"CdfNormInv", KEF_BODY {
-        Big root, q;
-        mpfr_sqrt_ui(root.v, 2, MPFR_RNDN);
-        mpfr_neg(root.v, root.v, MPFR_RNDN);
-        mpfr_div(r, r, root.v, MPFR_RNDN);
-        mpfr_mul_2ui(q.v, x, 1, MPFR_RNDN);
-        improve_root(r, q.v, true);
-        mpfr_mul(r, r, root.v, MPFR_RNDN);
-    }},
-    {"LinearFrac", KEF_BODY {
-        Big below;
-        mpfr_mul_d(r, x, c[0], MPFR_RNDN);
-        mpfr_add_d(r, r, c[1], MPFR_RNDN);
-        mpfr_mul_d(below.v, y, c[2], MPFR_RNDN);
-        mpfr_add_d(below.v, below.v, c[3], MPFR_RNDN);
-        mpfr_div(r, r, below.v, MPFR_RNDN);
-    }},
-};
+        KEF_1(Exp, exp) KEF_1(Expm1, expm1) KEF_1(Ln, log) KEF_1(Log10, log10) KEF_1(Log1p, log1p)
+            KEF_1(Sin, sin) KEF_1(Cos, cos) KEF_1(Tan, tan) KEF_1(Asin, asin) KEF_1(
+                Acos, acos) KEF_1(Atan, atan) KEF_1(Sinh, sinh) KEF_1(Cosh, cosh) KEF_1(Tanh, tanh)
+                KEF_1(Asinh, asinh) KEF_1(Acosh, acosh) KEF_1(Atanh, atanh) KEF_1(Erf, erf) KEF_1(
+                    Erfc, erfc) KEF_1(TGamma, gamma) KEF_2(Add, add) KEF_2(Sub, sub) KEF_2(Mul, mul)
+                    KEF_2(Div, div) KEF_2(Hypot, hypot) KEF_2(Pow, pow) KEF_2(Powx, pow)
+                        KEF_2(Atan2, atan2){"Inv", KEF_BODY{mpfr_ui_div(r, 1, x, MPFR_RNDN);
+}  // namespace
+}
+, {"Ceil", KEF_BODY{mpfr_ceil(r, x);
+}
+}
+, {"Floor", KEF_BODY{mpfr_floor(r, x);
+}
+}
+, {"Trunc", KEF_BODY{mpfr_trunc(r, x);
+}
+}
+, {"Round", KEF_BODY{mpfr_round(r, x);
+}
+}
+, {"Rint", KEF_BODY{mpfr_rint(r, x, MPFR_RNDN);
+}
+}
+, {"NearbyInt", KEF_BODY{mpfr_rint(r, x, MPFR_RNDN);
+}
+}
+, {"Modf", KEF_BODY{mpfr_trunc(r, x);
+}
+, KEF_BODY { mpfr_frac(r, x, MPFR_RNDN); }
+}
+, {"SinCos", KEF_BODY{mpfr_sin(r, x, MPFR_RNDN);
+}
+, KEF_BODY { mpfr_cos(r, x, MPFR_RNDN); }
+}
+, {"InvCbrt", KEF_BODY{mpfr_cbrt(r, x, MPFR_RNDN);
+mpfr_ui_div(r, 1, r, MPFR_RNDN);
+}
+}
+, {"Pow2o3", KEF_BODY{mpfr_cbrt(r, x, MPFR_RNDN);
+mpfr_sqr(r, r, MPFR_RNDN);
+}
+}
+, {"Pow3o2", KEF_BODY{mpfr_sqrt(r, x, MPFR_RNDN);
+mpfr_mul(r, r, x, MPFR_RNDN);
+}
+}
+, {"LGamma", KEF_BODY{int sign;
+mpfr_lgamma(r, &sign, x, MPFR_RNDN);
+}
+}
+, {"CdfNorm", KEF_BODY{error_function_complement_of_root(r, x);
+}
+}
+, {"ErfInv", KEF_BODY{improve_root(r, x, false);
+}
+}
+, {"ErfcInv", KEF_BODY{improve_root(r, x, true);
+}
+}
+, {"CdfNormInv", KEF_BODY{Big root, q;
+mpfr_sqrt_ui(root.v, 2, MPFR_RNDN);
+mpfr_neg(root.v, root.v, MPFR_RNDN);
+mpfr_div(r, r, root.v, MPFR_RNDN);
+mpfr_mul_2ui(q.v, x, 1, MPFR_RNDN);
+improve_root(r, q.v, true);
+mpfr_mul(r, r, root.v, MPFR_RNDN);
+}
+}
+, {"LinearFrac", KEF_BODY{Big below;
+mpfr_mul_d(r, x, c[0], MPFR_RNDN);
+mpfr_add_d(r, r, c[1], MPFR_RNDN);
+mpfr_mul_d(below.v, y, c[2], MPFR_RNDN);
+mpfr_add_d(below.v, below.v, c[3], MPFR_RNDN);
+mpfr_div(r, r, below.v, MPFR_RNDN);
+}
+}
+,
+}
+;
 
 // Relative error of the 113-bit value.
 double exact_error(std::string_view name, int j, double x, double y, const Scalars& c, quad value,
@@ -151,8 +201,7 @@ struct Worst {
     }
 };
 
-template <class T>
-bool check(const Reference& row, const char* type, int count) {
+template <class T> bool check(const Reference& row, const char* type, int count) {
     std::vector<Interval> intervals = {row.main};
     for (const auto* more : {&row.both, std::is_same_v<T, float> ? &row.s : &row.d})
         intervals.insert(intervals.end(), more->begin(), more->end());
@@ -171,15 +220,17 @@ bool check(const Reference& row, const char* type, int count) {
                 const wide about = (j ? row.screen2 : row.screen)(a, b, interval.scalars);
                 const quad size = std::max(fabsq(value), quad(least));
                 // Beyond the range of T both are what they are.
-                const bool outside = !std::isfinite(static_cast<T>(value)) ||
-                                     static_cast<T>(2 * value) == 0;
+                const bool outside =
+                    !std::isfinite(static_cast<T>(value)) || static_cast<T>(2 * value) == 0;
                 if (outside ? static_cast<T>(2 * value) != static_cast<T>(2 * about) &&
                                   !(value != value && about != about)
                             : value != quad(about))
-                    screen.note(outside ? INFINITY : double(fabsq(value - about) / size * 0x1p63Q), a, b);
+                    screen.note(outside ? INFINITY : double(fabsq(value - about) / size * 0x1p63Q),
+                                a, b);
 #if KEF_HAS_MPFR
                 if (!outside)
-                    exact.note(exact_error(row.name, j, a, b, interval.scalars, value, least), a, b);
+                    exact.note(exact_error(row.name, j, a, b, interval.scalars, value, least), a,
+                               b);
 #endif
             }
         }

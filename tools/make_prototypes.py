@@ -34,6 +34,7 @@ SHAPES = {
 WIDE = {"pack_i", "pack_v", "unpack_i", "unpack_v"}
 
 HEAD = """\
+/* clang-format off */
 /* Made from vm/surface/surface.def by tools/make_prototypes.py; do not edit.
  *
  * For each function F of type t: four entry points and two tables.

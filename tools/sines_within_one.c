@@ -75,7 +75,7 @@ int main(void) {
     const double r = from_bits(half_pi), y = r * r;
     for (int i = 0; i < 40000; ++i) {
         c[1] = (float)(0.0072 + 0.0008 * i / 40000);
-        const float s3 = (float)((1 / r - 1) / y - y * c[1]);  /* 1 at pi/2 */
+        const float s3 = (float)((1 / r - 1) / y - y * c[1]); /* 1 at pi/2 */
         uint32_t bits;
         memcpy(&bits, &s3, sizeof bits);
         for (int d = -8; d <= 8; ++d) {

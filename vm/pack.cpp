@@ -10,19 +10,15 @@ namespace {
 
 // Calls body(count) in the interface width: the count, and with it strides, index
 // and mask vectors, is of type int32_t or int64_t.
-template <class Body>
-inline void in_width(std::int64_t n, std::int32_t width, Body body) {
-    if (width == narrow_interface)
-        body(static_cast<std::int32_t>(n));
-    else
-        body(n);
+template <class Body> inline void in_width(std::int64_t n, std::int32_t width, Body body) {
+    if (width == narrow_interface) body(static_cast<std::int32_t>(n));
+    else body(n);
 }
 
 // The address of element i of a strided vector.
-template <class Index, class T>
-inline T* strided(T* p, Index i, std::int64_t stride) {
-    return p + static_cast<std::ptrdiff_t>(i) *
-                   static_cast<std::ptrdiff_t>(static_cast<Index>(stride));
+template <class Index, class T> inline T* strided(T* p, Index i, std::int64_t stride) {
+    return p +
+           static_cast<std::ptrdiff_t>(i) * static_cast<std::ptrdiff_t>(static_cast<Index>(stride));
 }
 
 template <class T>
@@ -75,30 +71,30 @@ void scatter_masked(std::int64_t n, const T* a, T* y, const void* mask, std::int
 
 }  // namespace
 
-#define KEF_PACK(type)                                                                            \
-    void type##PackI_HA(std::int64_t n, const element_##type* a, std::int64_t inca,               \
-                        element_##type* y, std::int32_t width) {                                  \
-        gather_strided(n, a, inca, y, width);                                                     \
-    }                                                                                             \
-    void type##UnpackI_HA(std::int64_t n, const element_##type* a, element_##type* y,             \
-                          std::int64_t incy, std::int32_t width) {                                \
-        scatter_strided(n, a, y, incy, width);                                                    \
-    }                                                                                             \
-    void type##PackV_HA(std::int64_t n, const element_##type* a, const void* ia,                  \
-                        element_##type* y, std::int32_t width) {                                  \
-        gather_indexed(n, a, ia, y, width);                                                       \
-    }                                                                                             \
-    void type##UnpackV_HA(std::int64_t n, const element_##type* a, element_##type* y,             \
-                          const void* iy, std::int32_t width) {                                   \
-        scatter_indexed(n, a, y, iy, width);                                                      \
-    }                                                                                             \
-    void type##PackM_HA(std::int64_t n, const element_##type* a, const void* mask,                \
-                        element_##type* y, std::int32_t width) {                                  \
-        gather_masked(n, a, mask, y, width);                                                      \
-    }                                                                                             \
-    void type##UnpackM_HA(std::int64_t n, const element_##type* a, element_##type* y,             \
-                          const void* mask, std::int32_t width) {                                 \
-        scatter_masked(n, a, y, mask, width);                                                     \
+#define KEF_PACK(type)                                                                \
+    void type##PackI_HA(std::int64_t n, const element_##type* a, std::int64_t inca,   \
+                        element_##type* y, std::int32_t width) {                      \
+        gather_strided(n, a, inca, y, width);                                         \
+    }                                                                                 \
+    void type##UnpackI_HA(std::int64_t n, const element_##type* a, element_##type* y, \
+                          std::int64_t incy, std::int32_t width) {                    \
+        scatter_strided(n, a, y, incy, width);                                        \
+    }                                                                                 \
+    void type##PackV_HA(std::int64_t n, const element_##type* a, const void* ia,      \
+                        element_##type* y, std::int32_t width) {                      \
+        gather_indexed(n, a, ia, y, width);                                           \
+    }                                                                                 \
+    void type##UnpackV_HA(std::int64_t n, const element_##type* a, element_##type* y, \
+                          const void* iy, std::int32_t width) {                       \
+        scatter_indexed(n, a, y, iy, width);                                          \
+    }                                                                                 \
+    void type##PackM_HA(std::int64_t n, const element_##type* a, const void* mask,    \
+                        element_##type* y, std::int32_t width) {                      \
+        gather_masked(n, a, mask, y, width);                                          \
+    }                                                                                 \
+    void type##UnpackM_HA(std::int64_t n, const element_##type* a, element_##type* y, \
+                          const void* mask, std::int32_t width) {                     \
+        scatter_masked(n, a, y, mask, width);                                         \
     }
 KEF_PACK(s)
 KEF_PACK(d)

@@ -11,32 +11,25 @@ namespace kef::rng {
 
 namespace {
 
-template <class T>
-using Refill = std::int32_t (*)(kef_stream*, T*, std::int32_t, std::int32_t);
+template <class T> using Refill = std::int32_t (*)(kef_stream*, T*, std::int32_t, std::int32_t);
 
 // Creation parameters: what the initialiser takes as parameter words.
-template <class T>
-struct Parameters {
+template <class T> struct Parameters {
     const std::int32_t* length;
     T* buffer;
     Refill<T> refill;
 };
 
 // `tag` ties the addresses to this process, so that an image of it loads nowhere else.
-template <class T>
-struct Source {
+template <class T> struct Source {
     std::int32_t length, position, available;
     T* buffer;
     Refill<T> refill;
     std::uint32_t tag;
 };
 // The bounds of the numbers that the caller makes, in the types that have any.
-template <class T>
-struct State : Source<T> {
-    T a, b;
-};
-template <>
-struct State<std::uint32_t> : Source<std::uint32_t> {};
+template <class T> struct State : Source<T> { T a, b; };
+template <> struct State<std::uint32_t> : Source<std::uint32_t> {};
 
 static_assert(sizeof(State<std::uint32_t>) <= state_bytes_iAbstract);
 static_assert(sizeof(State<double>) <= state_bytes_dAbstract);
@@ -55,8 +48,7 @@ std::uint32_t process_secret() {
 }
 
 // A keyed hash of the addresses and the length.
-template <class T>
-std::uint32_t tag_of(const Source<T>& s) {
+template <class T> std::uint32_t tag_of(const Source<T>& s) {
     std::uint64_t h = process_secret();
     const auto mix = [&h](std::uint64_t word) {
         h = (h ^ word) * 0x9E3779B97F4A7C15u;
@@ -83,12 +75,9 @@ std::int32_t initialise_abstract(std::int32_t method, kef_stream* stream,
             s.tag = tag_of(s);
             return VTS_STATUS_OK;
         }
-        case VTS_INIT_LEAPFROG:
-            return VTS_STATUS_NO_LEAPFROG;
-        case VTS_INIT_SKIPAHEAD:
-            return VTS_STATUS_NO_SKIPAHEAD;
-        default:
-            return VTS_STATUS_BAD_METHOD;
+        case VTS_INIT_LEAPFROG: return VTS_STATUS_NO_LEAPFROG;
+        case VTS_INIT_SKIPAHEAD: return VTS_STATUS_NO_SKIPAHEAD;
+        default: return VTS_STATUS_BAD_METHOD;
     }
 }
 
@@ -137,21 +126,17 @@ std::int32_t draw(kef_stream* stream, std::int32_t n, T* r, Emit emit) {
 }
 
 // The caller's numbers as they are, or moved from their bounds to [a, b).
-template <class T>
-std::int32_t draw_reals(kef_stream* stream, std::int32_t n, T* r, T a, T b) {
+template <class T> std::int32_t draw_reals(kef_stream* stream, std::int32_t n, T* r, T a, T b) {
     const auto& s = state_of<State<T>>(stream);
     const T from = s.a, scale = (b - a) / (s.b - s.a);
     const bool same = a == s.a && b == s.b;
     return draw(stream, n, r, [=](const T* x, std::int32_t count, T* out) {
-        if (same)
-            std::copy_n(x, count, out);
-        else
-            std::transform(x, x + count, out, [=](T v) { return a + (v - from) * scale; });
+        if (same) std::copy_n(x, count, out);
+        else std::transform(x, x + count, out, [=](T v) { return a + (v - from) * scale; });
     });
 }
 
-template <class T>
-bool valid_abstract(const kef_stream* stream) {
+template <class T> bool valid_abstract(const kef_stream* stream) {
     const auto& s = state_of<State<T>>(stream);
     return s.tag == tag_of(s) && s.position >= 0 && s.position <= s.available &&
            s.available <= s.length;

@@ -78,8 +78,7 @@ struct Mcg31m1 {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    class Map : public DoubleScale {
+    template <class Real> class Map : public DoubleScale {
     public:
         Map(std::int32_t, double a, double b) : DoubleScale(unit, a, b) {}
     };

@@ -90,8 +90,7 @@ struct Mcg59 {
         return _mm_min_pd(sum, _mm_set1_pd(0x1p59 - 0x1p6));
     }
 
-    template <class Real>
-    class Map {
+    template <class Real> class Map {
     public:
         Map(std::int32_t, double a, double b) : s_((b - a) * unit), a_(a) {}
         void operator()(const Word* x, std::int32_t n, Real* r) const {

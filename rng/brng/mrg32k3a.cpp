@@ -127,8 +127,7 @@ struct Mrg32k3a {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    class Map : public DoubleScale {
+    template <class Real> class Map : public DoubleScale {
     public:
         Map(std::int32_t, double a, double b) : DoubleScale(unit, a, b) {}
     };

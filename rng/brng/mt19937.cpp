@@ -56,8 +56,7 @@ struct Mt19937 {
     }
     static void step(std::uint32_t* x) { x[n] = Recurrence::step(x[0], x[1], x[397], matrix); }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
 };

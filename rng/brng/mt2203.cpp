@@ -44,8 +44,7 @@ struct Mt2203 {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
 };

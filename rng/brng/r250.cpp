@@ -63,8 +63,7 @@ struct R250 {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
 };

@@ -30,10 +30,8 @@ struct Sfmt19937 {
     using Word = std::uint32_t;
 
     static std::int32_t seed(State& s, std::int32_t words, const std::uint32_t* key, std::int32_t) {
-        if (words == 0)
-            fill(s.x, default_key, 1);
-        else
-            fill(s.x, key, words);
+        if (words == 0) fill(s.x, default_key, 1);
+        else fill(s.x, key, words);
         certify_period(s.x);
         s.left = 0;
         s.spare[0] = 0;
@@ -142,8 +140,7 @@ struct Sfmt19937 {
         store(x + n32, recur(load(x), load(x + 4 * m), load(x + n32 - 8), load(x + n32 - 4)));
     }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State& s, std::int32_t) { return s.left >= 0 && s.left <= n32; }
 };

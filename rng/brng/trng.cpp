@@ -50,8 +50,7 @@ struct Trng {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    using Map = FullWordMap<Real>;
+    template <class Real> using Map = FullWordMap<Real>;
 
     static bool valid(const State&, std::int32_t) { return true; }
 };

@@ -110,8 +110,7 @@ struct WichmannHill {
         return VTS_STATUS_OK;
     }
 
-    template <class Real>
-    class Map {
+    template <class Real> class Map {
     public:
         Map(std::int32_t sub, Real a, Real b) : a_(a), scale_(b - a) {
             const std::uint32_t* m = parameters[sub].m;

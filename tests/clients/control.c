@@ -51,8 +51,9 @@ static int with_callback(kef_vtm_error_callback callback) {
 static void trapped(int signal_number, siginfo_t *info, void *context) {
     static const char *const names[] = {"FLTDIV\n", "FLTOVF\n", "FLTUND\n"};
     const char *name = info->si_code == FPE_FLTINV ? "FLTINV\n"
-                     : info->si_code >= FPE_FLTDIV && info->si_code <= FPE_FLTUND
-                         ? names[info->si_code - FPE_FLTDIV] : "other\n";
+                       : info->si_code >= FPE_FLTDIV && info->si_code <= FPE_FLTUND
+                           ? names[info->si_code - FPE_FLTDIV]
+                           : "other\n";
     (void)signal_number, (void)context;
     _exit(write(STDOUT_FILENO, name, strlen(name)) < 0);
 }
@@ -65,7 +66,7 @@ static int trap(int code) {
     action.sa_sigaction = trapped;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGFPE, &action, NULL);
-    _mm_setcsr(0x1F80 & ~0x0E80);  /* invalid, division by zero, overflow, underflow */
+    _mm_setcsr(0x1F80 & ~0x0E80); /* invalid, division by zero, overflow, underflow */
     if (code == VTM_STATUS_ERRDOM) _vtmdSqrt(1, a, &r);
     else if (code == VTM_STATUS_SING) _vtmdInv(1, a + 1, &r);
     else _vtmdExp(1, a + code - 1, &r);

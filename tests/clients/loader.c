@@ -37,7 +37,7 @@ static void *work(void *argument) {
     for (;;) {
         pthread_barrier_wait(&barrier);
         if (ending) return argument;
-        if (set_status(5) != 0) exit(10);  /* a block of an earlier load */
+        if (set_status(5) != 0) exit(10); /* a block of an earlier load */
         if (set_status(6) != 5) exit(11);
         pthread_barrier_wait(&barrier);
     }
@@ -66,8 +66,7 @@ static int loop(void) {
 /* No thread-local slot is left at load: the first use is fatal. */
 static int keys(void) {
     pthread_key_t key;
-    while (pthread_key_create(&key, NULL) == 0) {
-    }
+    while (pthread_key_create(&key, NULL) == 0) {}
     if (!load()) return 12;
     set_status(0);
     return 0;

@@ -68,10 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case VTS_STATUS_FILE_READ:
         case VTS_STATUS_BAD_FILE:
         case VTS_STATUS_NO_MEMORY:
-        case VTS_STATUS_NO_RDRAND:
-            break;
-        default:
-            fail("load", status);
+        case VTS_STATUS_NO_RDRAND: break;
+        default: fail("load", status);
     }
     return 0;
 }
@@ -97,14 +95,10 @@ int main(int argc, char** argv) {
     // Places that matter: the header, the counters at both ends of the state, the chunk records.
     const auto place = [&](const std::vector<std::uint8_t>& image) -> std::size_t {
         switch (below(4)) {
-            case 0:
-                return below(20);
-            case 1:
-                return std::min(image.size() - 1, 20 + below(32));
-            case 2:
-                return image.size() - 1 - below(std::min<std::size_t>(image.size(), 100));
-            default:
-                return below(image.size());
+            case 0: return below(20);
+            case 1: return std::min(image.size() - 1, 20 + below(32));
+            case 2: return image.size() - 1 - below(std::min<std::size_t>(image.size(), 100));
+            default: return below(image.size());
         }
     };
     for (int round = 0; round < rounds; ++round) {

@@ -26,8 +26,10 @@ struct Printed {
 
 TEST(ErrorHandler, PrintsByCodeArgumentsAndResults) {
     const Printed cases[] = {
-        {VTM_STATUS_BADSIZE, 1, 1, 1, 1, true, "Error (VTM_STATUS_BADSIZE) in vdF: array size 7 is not positive.\n"},
-        {VTM_STATUS_BADMEM, 1, 1, 1, 1, true, "Error (VTM_STATUS_BADMEM) in vdF: NULL pointer is passed.\n"},
+        {VTM_STATUS_BADSIZE, 1, 1, 1, 1, true,
+         "Error (VTM_STATUS_BADSIZE) in vdF: array size 7 is not positive.\n"},
+        {VTM_STATUS_BADMEM, 1, 1, 1, 1, true,
+         "Error (VTM_STATUS_BADMEM) in vdF: NULL pointer is passed.\n"},
         {99, 1, 1, 2, 2, true, "Unknown error in vdF.\na(7)=1\nr(7)=2\n"},
         {-3, 1, 0, 2, 2, true, "Unknown error in vdF.\na(7)=1\nr(7)=2\n"},
         {0, 1, 1, 2, 0, false, "Unknown error in vdF.\na(7)=1\nr(7)=2\n"},
@@ -51,8 +53,8 @@ TEST(ErrorHandler, PrintsByCodeArgumentsAndResults) {
 }
 
 TEST(ErrorHandler, ErrnoOfEveryCode) {
-    const int expected[][2] = {{0, 0}, {-1, 22}, {-2, 13}, {1, 33}, {2, 34}, {3, 34}, {4, 34},
-                               {5, 14}, {-3, 14}};
+    const int expected[][2] = {{0, 0},  {-1, 22}, {-2, 13}, {1, 33}, {2, 34},
+                               {3, 34}, {4, 34},  {5, 14},  {-3, 14}};
     kef_vtm_kernel_SetMode(VTM_ERRMODE_ERRNO);
     for (const auto& [code, value] : expected) {
         double x = 1;
@@ -63,7 +65,8 @@ TEST(ErrorHandler, ErrnoOfEveryCode) {
 }
 
 TEST(ErrorHandler, FlagsOfEveryCode) {
-    const std::uint32_t expected[][2] = {{1, 0x01}, {2, 0x04}, {3, 0x08}, {4, 0x10}, {5, 0}, {0, 0}};
+    const std::uint32_t expected[][2] = {{1, 0x01}, {2, 0x04}, {3, 0x08},
+                                         {4, 0x10}, {5, 0},    {0, 0}};
     kef_vtm_kernel_SetMode(VTM_ERRMODE_EXCEPT);
     for (const auto& [code, flags] : expected) {
         double x = 1;
@@ -115,9 +118,10 @@ TEST(ErrorHandler, ComplexElements) {
     });
     kef_complex8 vector[] = {{1, 2}, {3, 4}, {5, 6}}, result = {7, 8};
     kef_vtm_kernel_SetInterfInputVectorPointer(vector);
-    handle_error(ElementError<kef_complex8>{99, 1, "vcF", &vector[1], {1, 2}, {3, 4}, &result, &result});
+    handle_error(
+        ElementError<kef_complex8>{99, 1, "vcF", &vector[1], {1, 2}, {3, 4}, &result, &result});
     const double got[] = {last.argument1, last.argument1_imag, last.argument2, last.argument2_imag,
-                          last.result1, last.result1_imag, last.result2, last.result2_imag};
+                          last.result1,   last.result1_imag,   last.result2,   last.result2_imag};
     const double expected[] = {1, 2, 3, 4, 7, 8, 7, 8};
     for (int i = 0; i < 8; ++i) EXPECT_EQ(got[i], expected[i]) << i;
     EXPECT_EQ(last.index, 2);
@@ -126,7 +130,8 @@ TEST(ErrorHandler, ComplexElements) {
 
     const kef_complex16 wide = {3, 4};
     double modulus = 5;
-    handle_error(ElementError<kef_complex16, double>{99, 0, "vzAbs", &wide, wide, wide, &modulus, &modulus});
+    handle_error(
+        ElementError<kef_complex16, double>{99, 0, "vzAbs", &wide, wide, wide, &modulus, &modulus});
     EXPECT_EQ(modulus, 0.5);
     EXPECT_EQ(last.argument1_imag, 4.0);
 }

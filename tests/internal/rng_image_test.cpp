@@ -152,10 +152,8 @@ TEST_F(RngImage, HeaderChecks) {
 
 // A device that takes nothing: what is buffered fails at the close, what is not at the write.
 TEST_F(RngImage, FailedSaveIsReported) {
-    if (std::FILE* full = std::fopen("/dev/full", "wb"))
-        std::fclose(full);
-    else
-        GTEST_SKIP() << "no /dev/full";
+    if (std::FILE* full = std::fopen("/dev/full", "wb")) std::fclose(full);
+    else GTEST_SKIP() << "no /dev/full";
     EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_MCG59).get(), "/dev/full", -1),
               VTS_STATUS_FILE_CLOSE);
     EXPECT_EQ(__vtsSaveStreamF(make_stream(VTS_BRNG_NIEDERR).get(), "/dev/full", -1),
@@ -222,10 +220,8 @@ TEST_F(RngImage, ImpossibleStates) {
                 std::memcpy(&image[20 + 4 * word], &value, 4);
                 Stream loaded;
                 const std::int32_t status = load_memory(loaded, image);
-                if (status == VTS_STATUS_OK)
-                    exercise(loaded);
-                else
-                    EXPECT_EQ(status, VTS_STATUS_BAD_IMAGE);
+                if (status == VTS_STATUS_OK) exercise(loaded);
+                else EXPECT_EQ(status, VTS_STATUS_BAD_IMAGE);
                 EXPECT_TRUE(value == 700 || (value == 0x7FFFFFFF && brng == VTS_BRNG_MRG32K3A) ||
                             (value == 0x80000000 && brng == VTS_BRNG_MRG32K3A) ||
                             status != VTS_STATUS_OK)

@@ -14,8 +14,7 @@ std::int32_t script_status = VTS_STATUS_OK;
 std::int32_t scripted_init(std::int32_t, kef_stream*, std::int32_t, const std::uint32_t*) {
     return 0;
 }
-template <class Real>
-std::int32_t scripted(kef_stream*, std::int32_t n, Real* r, Real, Real) {
+template <class Real> std::int32_t scripted(kef_stream*, std::int32_t n, Real* r, Real, Real) {
     calls.push_back(n);
     for (std::int32_t i = 0; i < n; ++i) r[i] = static_cast<Real>(script[i % script.size()]);
     return script_status;

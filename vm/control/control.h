@@ -16,18 +16,19 @@ namespace kef::vm {
 // Flags: an arithmetic kernel raises those of its one operation, as the instruction
 // does. Any other masks all exceptions and forgets what its formulas raise on the
 // way; flags come from the error handler alone, in exception mode.
-template <bool arithmetic>
-class ControlGuard {
+template <bool arithmetic> class ControlGuard {
 public:
     ControlGuard() : callers_(_mm_getcsr()) {
         const bool flush = (mode() & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON;
         own_ = (callers_ & ~controlled) | (flush ? flush_to_zero | denormals_are_zero : 0);
         if constexpr (!arithmetic) own_ |= masks;
-        if (own_ != callers_) [[unlikely]] _mm_setcsr(own_);
+        if (own_ != callers_) [[unlikely]]
+            _mm_setcsr(own_);
     }
     ~ControlGuard() {
         if constexpr (arithmetic) {
-            if (own_ != callers_) [[unlikely]] _mm_setcsr(callers_ | (_mm_getcsr() & flags));
+            if (own_ != callers_) [[unlikely]]
+                _mm_setcsr(callers_ | (_mm_getcsr() & flags));
         } else {
             if (_mm_getcsr() != callers_) _mm_setcsr(callers_);
         }
@@ -37,8 +38,7 @@ public:
 
     // Runs the error handler: with the caller's masks, so that an exception that he
     // unmasked is trapped, and its flags stay.
-    template <class Report>
-    void report(Report handle) {
+    template <class Report> void report(Report handle) {
         if constexpr (!arithmetic) _mm_setcsr((own_ & ~masks) | (callers_ & masks));
         handle();
         if constexpr (!arithmetic) {

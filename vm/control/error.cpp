@@ -5,8 +5,8 @@
 
 #include "service/message.h"
 #include "service/platform.h"
-#include "vm/surface/shapes.h"
 #include "vm/control/thread_state.h"
+#include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
@@ -34,7 +34,8 @@ std::int32_t errno_value(std::int32_t code) {
     switch (code) {
         case VTM_STATUS_OK: return 0;
 #define KEF_STATUS(status, message, value) \
-    case status: return value;
+    case status:                           \
+        return value;
 #include "vm/control/status.def"
 #undef KEF_STATUS
         default: return 14;
@@ -160,9 +161,9 @@ template void handle_error(const ElementError<float>&);
 template void handle_error(const ElementError<double>&);
 template void handle_error(const ElementError<kef_complex8>&);
 template void handle_error(const ElementError<kef_complex16>&);
-template void handle_error(const ElementError<kef_complex8, float>&);    // modulus, argument
+template void handle_error(const ElementError<kef_complex8, float>&);  // modulus, argument
 template void handle_error(const ElementError<kef_complex16, double>&);
-template void handle_error(const ElementError<float, kef_complex8>&);    // CIS
+template void handle_error(const ElementError<float, kef_complex8>&);  // CIS
 template void handle_error(const ElementError<double, kef_complex16>&);
 
 }  // namespace kef::vm

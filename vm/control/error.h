@@ -13,15 +13,14 @@ namespace kef::vm {
 //
 // Argument and Result are element types (vm/surface/shapes.h). A kernel of one argument
 // gives it twice, one with one result gives its address twice.
-template <class Argument, class Result = Argument>
-struct ElementError {
+template <class Argument, class Result = Argument> struct ElementError {
     std::int32_t code;        // VTM_STATUS_...
     std::int32_t index;       // within the kernel's own input; the count for BADSIZE
     const char* name;         // for instance "vdExp" or "sCos_HA"
     const Argument* vector1;  // the first argument vector; what follows is not read
     Argument argument1;       // for BADSIZE and BADMEM
     Argument argument2;
-    Result* result1;          // the element's place in the first result vector
+    Result* result1;  // the element's place in the first result vector
     Result* result2;
 };
 

@@ -9,8 +9,7 @@ constexpr char mode_variable[] = "KEF_VTM_MODE";
 constexpr std::size_t mode_variable_size = 256;  // longest value, NUL included
 constexpr std::uint32_t default_mode = VTM_HA | VTM_ERRMODE_DEFAULT;
 
-template <class T>
-T exchange(T& place, T value) {
+template <class T> T exchange(T& place, T value) {
     const T previous = place;
     place = value;
     return previous;
@@ -40,7 +39,7 @@ void store_mode(std::uint32_t mode) {
 using namespace kef::vm;
 
 // Defines the long name and its short alias.
-#define KEF_CONTROL(result, name, ...)                                       \
+#define KEF_CONTROL(result, name, ...)                                              \
     result _vtm##name(__VA_ARGS__) __attribute__((alias("kef_vtm_kernel_" #name))); \
     result kef_vtm_kernel_##name(__VA_ARGS__)
 
@@ -55,7 +54,9 @@ KEF_CONTROL(std::uint32_t, SetMode, std::uint32_t requested) {
     return previous;
 }
 
-std::int32_t kef_vtm_kernel_GetTTableIndex(void) { return kef_vtm_kernel_GetTTableIndexM(0, mode()); }
+std::int32_t kef_vtm_kernel_GetTTableIndex(void) {
+    return kef_vtm_kernel_GetTTableIndexM(0, mode());
+}
 
 std::int32_t kef_vtm_kernel_GetTTableIndexM(std::int32_t, std::uint32_t mode_word) {
     return static_cast<std::int32_t>(mode_word & VTM_ACCURACY_MASK) - 1;

@@ -27,7 +27,8 @@ ThreadState& state_with_mode();
 // The thread's mode word, likewise. Every call of a kernel asks for it.
 inline std::uint32_t mode() {
     const auto* state = static_cast<const ThreadState*>(platform::thread_slot_get());
-    if (state != nullptr && state->mode != 0) [[likely]] return state->mode;
+    if (state != nullptr && state->mode != 0) [[likely]]
+        return state->mode;
     return state_with_mode().mode;
 }
 

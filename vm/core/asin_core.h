@@ -19,8 +19,7 @@ inline constexpr double pi_high = from_bits(UINT64_C(0x400921FB54442D18));
 inline constexpr double pi_low = from_bits(UINT64_C(0x3CA1A62633145C07));
 
 // asin u = high + low, and the lanes where y > 1/2.
-template <class V>
-struct AsinParts {
+template <class V> struct AsinParts {
     V high, low;
     decltype(V{} > V{}) halved;
 };
@@ -78,8 +77,8 @@ inline d2 asin_polynomial_tail(d2 z) {
 // EP, |x| < 1, without cases: asin x = x F(1 - s), s = sqrt(1 - x^2), relative error 2^-13.1;
 // acos y = sqrt(1 - y) G(y) for y = |x|, relative error 2^-14.1. Both exact at 0.
 inline f4 asin_short(f4 x) {
-    constexpr float f1 = from_bits(0x3EA8D96Fu), f2 = from_bits(0x3E297202u), f3 = from_bits(0xBCE8AF3Cu),
-                    f4th = from_bits(0x3DD47EF2u);
+    constexpr float f1 = from_bits(0x3EA8D96Fu), f2 = from_bits(0x3E297202u),
+                    f3 = from_bits(0xBCE8AF3Cu), f4th = from_bits(0x3DD47EF2u);
     const f4 u = 1.0f - square_root(1.0f - x * x);
     return x * (1.0f + u * (f1 + u * (f2 + u * (f3 + u * f4th))));
 }
@@ -92,8 +91,7 @@ inline f4 acos_short(f4 x) {
 }
 
 // 0 <= y < 1.
-template <class Accuracy, class V>
-inline AsinParts<V> asin_parts(V y) {
+template <class Accuracy, class V> inline AsinParts<V> asin_parts(V y) {
     using T = std::remove_reference_t<decltype(y[0])>;
     const V half = all(T(0.5)) - y * T(0.5);
     const auto halved = y > T(0.5);
@@ -126,8 +124,7 @@ inline DoubleDouble<V> added_angle(V base, V base_low, V high, V low) {
     const V sum = base + high;
     if constexpr (std::is_same_v<Accuracy, HA>)
         return {sum, ((base - sum) + high) + (base_low + low)};
-    else
-        return {sum, low};
+    else return {sum, low};
 }
 
 }  // namespace kef::vm

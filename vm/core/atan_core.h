@@ -22,7 +22,7 @@ extern const AtanEntry atan_table[atan_entries];
 // The two entries for |x|, from the heads in lanes 1 and 3.
 struct AtanEntries {
     const AtanEntry *entry0, *entry1;
-    d2 field(double AtanEntry::* member) const {
+    d2 field(double AtanEntry::*member) const {
         return (d2)_mm_loadh_pd(_mm_load_sd(&(entry0->*member)), &(entry1->*member));
     }
 };
@@ -37,8 +37,7 @@ inline AtanEntries atan_entries_of(d2 x) {
 
 // t^3 q(t^2) with atan t = t + t^3 q(t^2) for |t| <= 2^-6; relative to atan t the
 // error is below 2^-72 (HA) and 2^-57.9 (LA).
-template <class Accuracy>
-inline d2 atan_tail(d2 t) {
+template <class Accuracy> inline d2 atan_tail(d2 t) {
     const d2 t2 = t * t;
     if constexpr (std::is_same_v<Accuracy, HA>) {
         constexpr double a3 = from_bits(UINT64_C(0xBFD5555555555555));
@@ -56,8 +55,7 @@ inline d2 atan_tail(d2 t) {
 
 // atan x for 0 <= x < 2^1000 in two parts; HA: the error of their exact sum is below 0.05
 // ulp: t has 2^-58.4 of it from its quotient.
-template <class Accuracy>
-inline DoubleDouble<d2> atan_parts(d2 x) {
+template <class Accuracy> inline DoubleDouble<d2> atan_parts(d2 x) {
     const AtanEntries entries = atan_entries_of(x);
     const d2 c = entries.field(&AtanEntry::centre);
     const d2 t = (x - c) / (1.0 + c * x);
@@ -71,8 +69,7 @@ inline DoubleDouble<d2> atan_parts(d2 x) {
 }
 
 // The sum: HA 0.53 ulp, LA 1.3 ulp.
-template <class Accuracy>
-inline d2 atan_core(d2 x) {
+template <class Accuracy> inline d2 atan_core(d2 x) {
     const DoubleDouble<d2> parts = atan_parts<Accuracy>(x);
     return parts.high + parts.low;
 }

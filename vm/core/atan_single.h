@@ -14,8 +14,7 @@ inline constexpr double half_pi_low = from_bits(UINT64_C(0x3C91A62633145C07));
 // atan(y/x) for x, y >= 0, not both 0: the smaller over the larger, a polynomial on
 // [0, 1] with relative error 2^-23.1 (LA), 2^-11.9 (EP), and pi/2 minus that where
 // y > x. tools/atan.sollya
-template <class Accuracy>
-inline f4 atan_single(f4 y, f4 x) {
+template <class Accuracy> inline f4 atan_single(f4 y, f4 x) {
     const i4 inverted = y > x;
     const f4 t = minimum(y, x) / maximum(y, x);
     const f4 t2 = t * t;

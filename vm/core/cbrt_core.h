@@ -35,8 +35,8 @@ inline d2 refine_cut(d2 e) {
 // x^(-1/3), relative error 2^-18.4: |e| < 0.1025 after the division by three, by
 // 0x55555556 2^-32 in the upper halves.
 inline d2 inverse_cbrt_estimate(d2 x) {
-    const __m128i third = _mm_mul_epu32(_mm_srli_epi64((__m128i)x, 32),
-                                        (__m128i)all(std::int64_t{0x55555556}));
+    const __m128i third =
+        _mm_mul_epu32(_mm_srli_epi64((__m128i)x, 32), (__m128i)all(std::int64_t{0x55555556}));
     const d2 y = (d2)(INT64_C(0x553EE90000000000) - (l2)third);
     constexpr double c1 = from_bits(UINT64_C(0x3FD555466C3BF25E));
     constexpr double c2 = from_bits(UINT64_C(0x3FCC9B2688C928D8));
@@ -46,8 +46,7 @@ inline d2 inverse_cbrt_estimate(d2 x) {
 }
 
 // The same in single precision, 2^-18.4 (LA, HA) and 2^-14.3 (EP).
-template <class Accuracy>
-inline f4 inverse_cbrt_estimate(f4 x) {
+template <class Accuracy> inline f4 inverse_cbrt_estimate(f4 x) {
     const f4 third = (f4)_mm_cvtepi32_ps((__m128i)x) * (1.0f / 3.0f);
     const f4 y = (f4)(0x54A1F400 - (i4)_mm_cvttps_epi32((__m128)third));
     const f4 e = 1.0f - (x * y) * (y * y);
@@ -72,31 +71,27 @@ inline DoubleDouble<d2> cbrt_parts(d2 x) {
 // x^(-1/3) = high + low: high has 16 bits.
 inline DoubleDouble<d2> inverse_cbrt_parts(d2 x) {
     const d2 t = (d2)((l2)inverse_cbrt_estimate(x) & INT64_C(-0x2000000000));
-    const d2 t3 = (t * t) * t;                                    // 48 bits
-    const d2 x_high = (d2)((l2)x & INT64_C(-0x1000000000000));    // 5 bits
+    const d2 t3 = (t * t) * t;                                  // 48 bits
+    const d2 x_high = (d2)((l2)x & INT64_C(-0x1000000000000));  // 5 bits
     const d2 e = (1.0 - x_high * t3) - (x - x_high) * t3;
     return {t, t * refine_cut(e)};
 }
 
 // In double, relative error below 2^-50.1; y is the estimate.
-inline d2 inverse_cbrt_from(d2 x, d2 y) {
-    return y + y * refine(1.0 - (x * y) * (y * y));
-}
+inline d2 inverse_cbrt_from(d2 x, d2 y) { return y + y * refine(1.0 - (x * y) * (y * y)); }
 inline d2 cbrt_from(d2 x, d2 y) {
     const d2 xy = x * y, c = xy * y;
     return c + c * refine_square(1.0 - xy * (y * y));
 }
 
 // In single precision, LA below 2^-21.5; EP gives the estimate.
-template <class Accuracy>
-inline f4 inverse_cbrt_single(f4 x) {
+template <class Accuracy> inline f4 inverse_cbrt_single(f4 x) {
     const f4 y = inverse_cbrt_estimate<Accuracy>(x);
     if constexpr (std::is_same_v<Accuracy, EP>) return y;
     const f4 e = 1.0f - (x * y) * (y * y);
     return y + (y * e) * (1.0f / 3.0f);
 }
-template <class Accuracy>
-inline f4 cbrt_single(f4 x) {
+template <class Accuracy> inline f4 cbrt_single(f4 x) {
     const f4 y = inverse_cbrt_estimate<Accuracy>(x), xy = x * y, c = xy * y;
     if constexpr (std::is_same_v<Accuracy, EP>) return c;
     const f4 e = 1.0f - xy * (y * y);
@@ -104,15 +99,13 @@ inline f4 cbrt_single(f4 x) {
 }
 
 // formula(x, estimate) in double for four floats.
-template <class Formula>
-inline d2x2 from_single_estimate(f4 x, Formula formula) {
+template <class Formula> inline d2x2 from_single_estimate(f4 x, Formula formula) {
     const d2x2 wide = widen(x), y = widen(inverse_cbrt_estimate<HA>(x));
     return {formula(wide.low, y.low), formula(wide.high, y.high)};
 }
 
 // The gate: |x| normal, and in double above 2^-960, so that no part of x is subnormal.
-template <class T>
-inline i4 cbrt_outside(i4 h) {
+template <class T> inline i4 cbrt_outside(i4 h) {
     constexpr std::uint32_t small =
         std::is_same_v<T, double> ? 0x03F00000 : Format<float>::normal_head;
     return not_between(magnitude(h), small, Format<T>::infinity_head);

@@ -48,12 +48,11 @@ template <> struct ErfTable<EP> {
 };
 
 // u reduced: d, the lanes of c < 1/2, and the entries of the two lanes.
-template <class Entry>
-struct ErfReduced {
+template <class Entry> struct ErfReduced {
     d2 d;
     l2 near;
     const Entry *entry0, *entry1;
-    d2 field(double Entry::* member) const {
+    d2 field(double Entry::*member) const {
         return (d2)_mm_loadh_pd(_mm_load_sd(&(entry0->*member)), &(entry1->*member));
     }
     d2 a(int i) const { return (d2)_mm_loadh_pd(_mm_load_sd(&entry0->a[i]), &entry1->a[i]); }
@@ -76,8 +75,7 @@ inline d2 settled(d2 x) {
 }
 
 // 0 <= u < 6 + 1/64. d is exact.
-template <class Entry>
-inline ErfReduced<Entry> erf_reduce(d2 u, const Entry* table) {
+template <class Entry> inline ErfReduced<Entry> erf_reduce(d2 u, const Entry* table) {
     // leaves 16 c or 32 c in the low bits of the sum
     constexpr double shifter = std::is_same_v<Entry, ErfShortEntry> ? 0x1.8p47 : 0x1.8p48;
     const d2 sum = u + shifter, c = sum - shifter;
@@ -86,8 +84,7 @@ inline ErfReduced<Entry> erf_reduce(d2 u, const Entry* table) {
 }
 
 // a2 + a3 d + ... + a_degree d^(degree - 2), in powers of d^2.
-template <int degree>
-inline d2 erf_curvature(const auto& x, d2 d) {
+template <int degree> inline d2 erf_curvature(const auto& x, d2 d) {
     const d2 square = settled(d * d);
     constexpr int top = degree / 2 * 2;
     d2 sum = degree > top ? x.line(top, d) : x.a(top);
@@ -98,8 +95,7 @@ inline d2 erf_curvature(const auto& x, d2 d) {
 
 // W for d = x.d + low, or x.d where low is not given; with a low part below 0.07 |W| (HA),
 // or rounded.
-template <class Accuracy, int degree>
-inline auto erf_polynomial(const auto& x, auto... low) {
+template <class Accuracy, int degree> inline auto erf_polynomial(const auto& x, auto... low) {
     const d2 d = (x.d + ... + low), q = erf_curvature<degree>(x, d);
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const d2 d_high = leading(x.d), d_low = ((x.d - d_high) + ... + low);
@@ -125,8 +121,7 @@ inline d2 rounded(d2 x) { return x; }
 inline d2 rounded(DoubleDouble<d2> x) { return x.high + x.low; }
 
 // erf u, 0 <= u <= 6.
-template <class Accuracy>
-inline auto erf_table_sum(d2 u) {
+template <class Accuracy> inline auto erf_table_sum(d2 u) {
     const auto x = erf_reduce(u, ErfTable<Accuracy>::table);
     return erf_sum((d2)(~x.near & (l2)all(1.0)), ~x.near & INT64_MIN,
                    erf_polynomial<Accuracy, ErfTable<Accuracy>::erf>(x));
@@ -134,8 +129,7 @@ inline auto erf_table_sum(d2 u) {
 
 // erfc u, or erfc -u in lanes where `sign` has the sign bit; 0 <= u <= 6. For c < 1/2 the base
 // is 1, from there on 1 - 1 or 1 + 1.
-template <class Accuracy>
-inline auto erfc_table_sum(l2 sign, d2 u, auto... low) {
+template <class Accuracy> inline auto erfc_table_sum(l2 sign, d2 u, auto... low) {
     const auto x = erf_reduce(u, ErfTable<Accuracy>::table);
     const d2 one = (d2)(~x.near & ((l2)all(-1.0) ^ sign));
     return erf_sum(1.0 + one, (x.near & INT64_MIN) ^ sign,
@@ -144,8 +138,7 @@ inline auto erfc_table_sum(l2 sign, d2 u, auto... low) {
 
 // 2^shift erfc(u + u_low) for 5.87 <= u <= 28, |u_low| < 2^-25 u, as an unevaluated sum,
 // |low| < 0.03 high; relative error below 2^-58.
-template <int shift>
-inline DoubleDouble<d2> erfc_tail(d2 u, d2 u_low) {
+template <int shift> inline DoubleDouble<d2> erfc_tail(d2 u, d2 u_low) {
     // p(s), relative error of 1 + s p(s) 2^-59.5
     constexpr double p[] = {
         from_bits(UINT64_C(0xBFDFFFFFFFFFFFD5)), from_bits(UINT64_C(0x3FE7FFFFFFFF65B1)),

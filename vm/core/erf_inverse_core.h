@@ -40,10 +40,7 @@ inline constexpr double root2 = from_bits(UINT64_C(0x3FF6A09E667F3BCD));
 enum class ErfInverseGiven { x, q };
 
 // The argument of four floats or two doubles: x, q, and the result's sign.
-template <class V>
-struct ErfInverseArgument {
-    V x, q, sign;
-};
+template <class V> struct ErfInverseArgument { V x, q, sign; };
 
 inline d2 low_lanes(d2 a, d2 b) { return __builtin_shufflevector(a, b, 0, 2); }
 inline d2 high_lanes(d2 a, d2 b) { return __builtin_shufflevector(a, b, 1, 3); }
@@ -62,8 +59,7 @@ struct ErfInverseIntervals {
 
     // c1 + c2 y + ... + c8 y^7; EP: to c4. Each entry is evaluated by itself, the odd and the even
     // powers in the two lanes, so that the coefficients need not change places.
-    template <class Accuracy>
-    d2 slope(d2 y) const {
+    template <class Accuracy> d2 slope(d2 y) const {
         const d2 y2 = y * y;
         const d2 sum0 = halves<Accuracy>(*entry0, low_lanes(y2, y2));
         const d2 sum1 = halves<Accuracy>(*entry1, high_lanes(y2, y2));
@@ -72,8 +68,7 @@ struct ErfInverseIntervals {
 
 private:
     static d2 load_pair(const double* p) { return (d2)_mm_load_pd(p); }
-    template <class Accuracy>
-    static d2 halves(const ErfInverseEntry& e, d2 y2) {
+    template <class Accuracy> static d2 halves(const ErfInverseEntry& e, d2 y2) {
         if constexpr (std::is_same_v<Accuracy, EP>)
             return load_pair(&e.c[0]) + y2 * load_pair(&e.c[2]);
         else
@@ -113,8 +108,7 @@ inline auto erf_inverse_near(d2 x, d2 q) {
 }
 
 // The same for q 2^-shift below 2^-9.7; finite up to 1.
-template <ErfInverseScale scale>
-inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
+template <ErfInverseScale scale> inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
     constexpr double first = 6.75;
     const DoubleDouble<d2> ln = log_parts(q, shift);
     const d2 s = maximum(-(ln.high + ln.low), all(first));
@@ -127,8 +121,7 @@ inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
 
 // r in single precision, for q >= 2^-24; finite for 0 < q < 2^-24. F is of degree 3 (LA) or 1
 // (EP) by 8 intervals of an octave; relative error 2^-23.1 (LA), 2^-11.9 (EP).
-template <class Accuracy>
-inline f4 erf_inverse_single(f4 x, f4 q) {
+template <class Accuracy> inline f4 erf_inverse_single(f4 x, f4 q) {
     constexpr float first = 0x1p-24f;
     const f4 z = maximum(q, all(first));
     const auto index = (__m128i)((i4)z >> 20);
@@ -160,8 +153,7 @@ inline f4 erf_inverse_single(f4 x, f4 q) {
 //
 // and its own gates and special cases. Single HA is the double formula, rounded once; a double
 // beside a midpoint comes to the edge. Single LA and EP compute in single precision.
-template <class Function, class T, class Accuracy>
-struct ErfInverseKernel {
+template <class Function, class T, class Accuracy> struct ErfInverseKernel {
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_floats = single && !std::is_same_v<Accuracy, HA>;
@@ -179,8 +171,7 @@ struct ErfInverseKernel {
     static auto far(V v) {
         if constexpr (in_floats)
             return in_double(v, [](d2 x) { return sum(Function::argument(x), tail); });
-        else
-            return in_doubles(v, tail);
+        else return in_doubles(v, tail);
     }
     // Single HA: the second vector marks the midpoints.
     static i4 refuse(i4, i4 midpoint) requires(single && !in_floats) { return midpoint; }
@@ -192,8 +183,7 @@ struct ErfInverseKernel {
         r = a.sign[0] < 0 ? -size : size;
     }
 
-    template <class Formula>
-    static auto near(const ErfInverseArgument<d2>& a) {
+    template <class Formula> static auto near(const ErfInverseArgument<d2>& a) {
         return erf_inverse_near<Formula, Function::given, Function::scale>(a.x, a.q);
     }
     static DoubleDouble<d2> tail(const ErfInverseArgument<d2>& a) {
@@ -203,10 +193,8 @@ struct ErfInverseKernel {
 private:
     static d2 sum(const ErfInverseArgument<d2>& a, auto parts) {
         const auto r = parts(a);
-        if constexpr (std::is_same_v<decltype(r), const d2>)
-            return with_sign(r, a.sign);
-        else
-            return with_sign(r.high + r.low, a.sign);
+        if constexpr (std::is_same_v<decltype(r), const d2>) return with_sign(r, a.sign);
+        else return with_sign(r.high + r.low, a.sign);
     }
     static auto in_doubles(V v, auto parts) {
         if constexpr (single) {

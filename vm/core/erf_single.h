@@ -10,8 +10,7 @@ namespace kef::vm {
 
 // erf u for u >= 0: u P(u^2) / Q(u^2), cut to 1, which it reaches at the end of the interval
 // [0, 3.92] (LA: relative error 2^-25.6, and 2^-24 added for the end), [0, 2.6] (EP: 2^-11.6).
-template <class Accuracy>
-inline f4 erf_single(f4 u) {
+template <class Accuracy> inline f4 erf_single(f4 u) {
     f4 p, q;
     if constexpr (std::is_same_v<Accuracy, LA>) {
         constexpr float p0 = from_bits(0x3F906EBBu), p1 = from_bits(0x3E42F157u),
@@ -38,8 +37,7 @@ inline f4 erf_single(f4 u) {
 
 // exp(u^2) erfc u for 0 <= u <= 9.3: relative error 2^-27.6 (LA), 2^-14.4 (EP);
 // 1 for u = 0.
-template <class Accuracy>
-inline f4 erfcx_single(f4 u) {
+template <class Accuracy> inline f4 erfcx_single(f4 u) {
     if constexpr (std::is_same_v<Accuracy, LA>) {
         constexpr float p1 = from_bits(0x3F9DA065u), p2 = from_bits(0x3F396EC1u),
                         p3 = from_bits(0x3E672FC5u), p4 = from_bits(0x3D03615Eu);
@@ -58,8 +56,7 @@ inline f4 erfcx_single(f4 u) {
 }
 
 // exp(-f y^2) for 0 <= y <= 13, f = 1 or 1/2: the leading 12 bits of y have an exact square.
-template <class Accuracy>
-inline f4 exp_of_square(f4 y, float f) {
+template <class Accuracy> inline f4 exp_of_square(f4 y, float f) {
     if constexpr (std::is_same_v<Accuracy, EP>) return exp_single<EP>(y * y * -f);
     const f4 y1 = (f4)((i4)y & -0x1000), y2 = y - y1;
     return exp_single<HA>(y1 * y1 * -f, y2 * (y + y1) * -f);

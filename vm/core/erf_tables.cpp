@@ -2,6 +2,7 @@
 
 namespace kef::vm {
 
+// clang-format off
 constinit const ErfEntry erf_table[97] = {
 #define KEF_ERF(a0, a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11, low, slope, slope_low)           \
     {{from_bits(UINT64_C(a0)), from_bits(UINT64_C(a1)), from_bits(UINT64_C(a2)),                   \
@@ -13,7 +14,9 @@ constinit const ErfEntry erf_table[97] = {
      from_bits(UINT64_C(slope_low))},
 #include "vm/tables/erf97.inc"
 };
+// clang-format on
 
+// clang-format off
 constinit const ErfShortEntry erf_short_table[193] = {
 #undef KEF_ERF
 #define KEF_ERF(a0, a1, a2, a3, a4, a5)                                                             \
@@ -21,5 +24,6 @@ constinit const ErfShortEntry erf_short_table[193] = {
       from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5))}},
 #include "vm/tables/erf193_short.inc"
 };
+// clang-format on
 
 }  // namespace kef::vm

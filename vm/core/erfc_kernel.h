@@ -28,12 +28,10 @@ struct ErfcScale {
     static constexpr float last_single = 9.2f;
     static constexpr ErfcLimits of_double = {26.375, 28}, of_single = {9.1875, 10.25};
 
-    template <class T, class Accuracy>
-    static auto near(l2 sign, d2 y) {
+    template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
         return erfc_table_sum<Accuracy>(sign, y);
     }
-    template <int shift>
-    static DoubleDouble<d2> tail(d2 y) {
+    template <int shift> static DoubleDouble<d2> tail(d2 y) {
         return erfc_tail<shift>(y, all(0.0));
     }
     static f4 argument_single(f4 y) { return y; }
@@ -52,15 +50,13 @@ struct CdfNormScale {
     static constexpr double root = from_bits(UINT64_C(0x3FE6A09E667F3BCD));
 
     // y/sqrt2, the high part exact.
-    template <class T>
-    static DoubleDouble<d2> argument(d2 y) {
+    template <class T> static DoubleDouble<d2> argument(d2 y) {
         if constexpr (std::is_same_v<T, float>) return {y * R, y * R_low};
         const d2 y1 = leading(y), y2 = y - y1;
         return {y1 * R, y1 * R_low + y2 * root};
     }
 
-    template <class T, class Accuracy>
-    static auto near(l2 sign, d2 y) {
+    template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
         if constexpr (std::is_same_v<Accuracy, EP>) {
             return 0.5 * erfc_table_sum<EP>(sign, y * root);
         } else {
@@ -70,16 +66,14 @@ struct CdfNormScale {
             else return DoubleDouble<d2>{0.5 * r.high, 0.5 * r.low};
         }
     }
-    template <int shift>
-    static DoubleDouble<d2> tail(d2 y) {
+    template <int shift> static DoubleDouble<d2> tail(d2 y) {
         const DoubleDouble<d2> split = argument<double>(y), u = fast_two_sum(split.high, split.low);
         return erfc_tail<shift - 1>(u.high, u.low);
     }
     static f4 argument_single(f4 y) { return y * static_cast<float>(root); }
 };
 
-template <class T, class Accuracy, class Scale>
-struct ErfcKernel {
+template <class T, class Accuracy, class Scale> struct ErfcKernel {
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
@@ -95,11 +89,7 @@ struct ErfcKernel {
     static i4 outside(i4 h) {
         return held_back(h, T(in_single ? limits.normal_end : Scale::table_end));
     }
-    static i4 beyond(i4 h)
-        requires(!in_single)
-    {
-        return held_back(h, T(limits.normal_end));
-    }
+    static i4 beyond(i4 h) requires(!in_single) { return held_back(h, T(limits.normal_end)); }
 
     static auto fast(V x) {
         if constexpr (in_single) return near_in_single(x);
@@ -140,8 +130,7 @@ private:
         }
     }
 
-    template <class A>
-    static auto near(d2 x) {
+    template <class A> static auto near(d2 x) {
         const l2 sign = sign_bit(x) ^ (Scale::reversed ? INT64_MIN : 0);  // of y
         // Subnormal intermediate results would take long.
         const d2 y = maximum(minimum(absolute(x), all(Scale::last)), all(0x1p-100));

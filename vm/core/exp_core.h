@@ -66,8 +66,7 @@ struct ExpReduced {
 // exponent's bias is part of the shifter: k + (1023 + shift) N lies in the low bits
 // of the sum, and what is above the exponent field falls off the top. `low` is a small
 // correction of x, or nothing.
-template <class Accuracy, int shift = 0>
-inline ExpReduced exp_reduce(d2 x, auto... low) {
+template <class Accuracy, int shift = 0> inline ExpReduced exp_reduce(d2 x, auto... low) {
     using C = ExpConstants<Accuracy>;
     constexpr int size = 1 << C::log2_size;
     constexpr double shifter = shifter52 + (1023 + shift) * size;
@@ -102,8 +101,7 @@ inline ExpParts exp_parts(const ExpReduced& x) {
     const auto [T, t] = exp_table(x);
     return {T, t + (T + t) * p, (d2)x.power};
 }
-template <int shift = 0>
-inline ExpParts exp_parts(d2 x) {
+template <int shift = 0> inline ExpParts exp_parts(d2 x) {
     return exp_parts(exp_reduce<HA, shift>(x));
 }
 
@@ -115,8 +113,7 @@ inline d2 exp_scale(const ExpReduced& x) {
 }
 
 // exp(x) of x reduced.
-template <class Accuracy>
-inline d2 exp_of(const ExpReduced& reduced) {
+template <class Accuracy> inline d2 exp_of(const ExpReduced& reduced) {
     using C = ExpConstants<Accuracy>;
     const d2 r = reduced.r;
     if constexpr (std::is_same_v<Accuracy, HA>) {
@@ -131,8 +128,7 @@ inline d2 exp_of(const ExpReduced& reduced) {
 }
 
 // 2^shift exp(x) where it and its power of two are normal numbers.
-template <class Accuracy, int shift = 0>
-inline d2 exp_core(d2 x) {
+template <class Accuracy, int shift = 0> inline d2 exp_core(d2 x) {
     return exp_of<Accuracy>(exp_reduce<Accuracy, shift>(x));
 }
 
@@ -154,8 +150,7 @@ inline double exp_large(double x) { return exp_half(x) * 2.0; }
 // 2^shift exp(x) = 2^(k + shift) p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
 // relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP), and 2^-28.1 (HA: for functions
 // that are built on it); tools/exp.sollya. `low` is a small correction of x, or nothing.
-template <class Accuracy, int shift = 0>
-inline f4 exp_single(f4 x, auto... low) {
+template <class Accuracy, int shift = 0> inline f4 exp_single(f4 x, auto... low) {
     constexpr float shifter = 0x1.8p23f + shift;
     constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
     const f4 sum = (x + ... + low) * inverse + shifter;

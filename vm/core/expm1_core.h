@@ -47,8 +47,7 @@ inline DoubleDouble<d2> expm1_parts(d2 x) {
 }
 
 // e^x - 1, -40 <= x <= 709: HA within 0.52 ulp; LA below 2^-51.8; EP below 2^-29.
-template <class Accuracy>
-inline d2 expm1_core(d2 x) {
+template <class Accuracy> inline d2 expm1_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const auto e = expm1_parts(x);
         return e.high + e.low;
@@ -68,8 +67,7 @@ inline d2 expm1_core(d2 x) {
 
 // The same in single precision: e^x - 1 = (2^k - 1) + 2^k p(r), |r| <= ln2/2,
 // -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP); EP keeps the sign of zero.
-template <class Accuracy>
-inline f4 expm1_single(f4 x) {
+template <class Accuracy> inline f4 expm1_single(f4 x) {
     constexpr float shifter = 0x1.8p23f + 127;
     const f4 sum = x * from_bits(0x3FB8AA3Bu) + shifter;
     const f4 k = sum - shifter;

@@ -63,15 +63,11 @@ inline d2 gamma_coefficient(const GammaReduced& x, int i) { return d2{x.row0->a[
 
 // a[first] + a[first + 1] t + ... up to `last`; from t^4 on in powers of t^2, which is
 // shorter to wait for.
-template <int first, int last>
-inline d2 gamma_polynomial(const GammaReduced& x) {
+template <int first, int last> inline d2 gamma_polynomial(const GammaReduced& x) {
     const d2 a = gamma_coefficient(x, first);
-    if constexpr (first == last)
-        return a;
-    else if constexpr (first < 4)
-        return a + x.t * gamma_polynomial<first + 1, last>(x);
-    else if constexpr (first + 1 == last)
-        return a + x.t * gamma_coefficient(x, last);
+    if constexpr (first == last) return a;
+    else if constexpr (first < 4) return a + x.t * gamma_polynomial<first + 1, last>(x);
+    else if constexpr (first + 1 == last) return a + x.t * gamma_coefficient(x, last);
     else
         return (a + x.t * gamma_coefficient(x, first + 1)) +
                (x.t * x.t) * gamma_polynomial<first + 2, last>(x);
@@ -90,8 +86,7 @@ inline DoubleDouble<d2> gamma_parts(const GammaReduced& x) {
     return {sum.high, sum.low + (low0 + rest)};
 }
 
-template <class Accuracy>
-inline d2 gamma_value(const GammaReduced& x) {
+template <class Accuracy> inline d2 gamma_value(const GammaReduced& x) {
     constexpr int last = std::is_same_v<Accuracy, EP> ? 7 : 12;
     return gamma_polynomial<0, last>(x);
 }
@@ -100,8 +95,7 @@ inline d2 gamma_value(const GammaReduced& x) {
 inline DoubleDouble<d2> tgamma_near_parts(d2 x) {
     return divide(gamma_parts(gamma_reduce(gamma_table, x)), {x, all(0.0)});
 }
-template <class Accuracy>
-inline d2 tgamma_near(d2 x) {
+template <class Accuracy> inline d2 tgamma_near(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = tgamma_near_parts(x);
         return parts.high + parts.low;
@@ -111,8 +105,7 @@ inline d2 tgamma_near(d2 x) {
 }
 
 // The argument of the logarithm, for c < 1 only; no negative number, from whatever lane.
-template <class V>
-inline V lgamma_factor(V x, V c) {
+template <class V> inline V lgamma_factor(V x, V c) {
     return select(c < 1, maximum(x, V{}), V{} + 1);
 }
 
@@ -123,8 +116,7 @@ inline DoubleDouble<d2> lgamma_near_parts(d2 x) {
     const DoubleDouble<d2> parts = gamma_parts(reduced), sum = two_sum(parts.high, -log.high);
     return {sum.high, sum.low + (parts.low - log.low)};
 }
-template <class Accuracy>
-inline d2 lgamma_near(d2 x) {
+template <class Accuracy> inline d2 lgamma_near(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = lgamma_near_parts(x);
         return parts.high + parts.low;
@@ -146,8 +138,7 @@ inline d2 stirling_rest(d2 y) {
 }
 
 // e(x), |x| >= 20. HA: absolute error 2^-58 up to |x| = 185; LA: relative error 2^-60.
-template <class Accuracy>
-inline DoubleDouble<d2> stirling_exponent(d2 x) {
+template <class Accuracy> inline DoubleDouble<d2> stirling_exponent(d2 x) {
     using namespace gamma_constants;
     const d2 y = absolute(x), s = stirling_rest(y);
     const d2 z = x - 0.5, z_high = leading(z), z_rest = (x - z) - 0.5;
@@ -160,8 +151,7 @@ inline DoubleDouble<d2> stirling_exponent(d2 x) {
 }
 
 // ln Gamma(x) for x > 20, relative error below 2^-50 (LA), 2^-26 (EP).
-template <class Accuracy>
-inline d2 lgamma_stirling(d2 x) {
+template <class Accuracy> inline d2 lgamma_stirling(d2 x) {
     return ((x - 0.5) * log_core<Accuracy>(x) - x) +
            (gamma_constants::plus.high + stirling_rest(x));
 }
@@ -198,8 +188,7 @@ struct GammaScaled {
     DoubleDouble<d2> value;
     d2 power;
 };
-template <int shift = 0>
-inline GammaScaled tgamma_far_parts(d2 x) {
+template <int shift = 0> inline GammaScaled tgamma_far_parts(d2 x) {
     const DoubleDouble<d2> exponent = stirling_exponent<HA>(gamma_outside(x));
     const ExpParts e = exp_parts(exp_reduce<HA, shift>(exponent.high, exponent.low));
     const DoubleDouble<d2> e_parts = {e.high, e.low};
@@ -241,8 +230,7 @@ inline DoubleDouble<d2> lgamma_far_parts(d2 x) {
                                         sum.low + ((plain.low - log.low) - sine.low / sine.high)};
     return select(sign_mask((l2)x), reflected, exponent);
 }
-template <class Accuracy>
-inline d2 lgamma_far(d2 x) {
+template <class Accuracy> inline d2 lgamma_far(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = lgamma_far_parts(x);
         return parts.high + parts.low;
@@ -254,8 +242,7 @@ inline d2 lgamma_far(d2 x) {
 }
 
 // Single precision: the polynomials up to t^6 (LA) and t^3 (EP).
-template <class Accuracy>
-inline f4 gamma_value(const GammaRowSingle* table, f4 x, f4& c) {
+template <class Accuracy> inline f4 gamma_value(const GammaRowSingle* table, f4 x, f4& c) {
     constexpr float shifter = 0x1.8p20f;  // leaves multiples of 1/8
     x = minimum(maximum(x, all(0.0f)), all(static_cast<float>(gamma_table_last)));
     const f4 sum = x + shifter;
@@ -276,13 +263,11 @@ inline f4 gamma_value(const GammaRowSingle* table, f4 x, f4& c) {
     const auto [a4, a5, a6, a7] = columns(4);
     return a0 + t * (a1 + t * (a2 + t * (a3 + t * (a4 + t * (a5 + t * a6)))));
 }
-template <class Accuracy>
-inline f4 tgamma_single(f4 x) {
+template <class Accuracy> inline f4 tgamma_single(f4 x) {
     f4 c;
     return gamma_value<Accuracy>(gamma_table_single, x, c) / x;
 }
-template <class Accuracy>
-inline f4 lgamma_single(f4 x) {
+template <class Accuracy> inline f4 lgamma_single(f4 x) {
     using Log = std::conditional_t<std::is_same_v<Accuracy, LA>, LA, EPTerm>;
     f4 c;
     const f4 value = gamma_value<Accuracy>(lgamma_table_single, x, c);

@@ -20,8 +20,7 @@ template <> struct GammaRange<float> {
     static constexpr std::uint32_t near = 0x41A00001;
 };
 
-template <class Function, class T, class Accuracy>
-struct GammaKernel {
+template <class Function, class T, class Accuracy> struct GammaKernel {
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_double = single && std::is_same_v<Accuracy, HA>;
@@ -39,7 +38,8 @@ struct GammaKernel {
             return Function::template near<Accuracy>(x);
         } else if constexpr (in_double) {
             const d2x2 wide = widen(x);
-            return rounded({Function::template near<LA>(wide.low), Function::template near<LA>(wide.high)});
+            return rounded(
+                {Function::template near<LA>(wide.low), Function::template near<LA>(wide.high)});
         } else {
             return Function::near_single(x);
         }

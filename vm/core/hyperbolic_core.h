@@ -32,8 +32,7 @@ template <> struct HyperbolicRange<float> {
 };
 
 // e^x/2 for x >= large: sinh x and cosh x, with the status.
-template <class T>
-inline int half_exp(T x, T& r) {
+template <class T> inline int half_exp(T x, T& r) {
     if (!(x < HyperbolicRange<T>::half_infinite_above)) r = Format<T>::infinity;
     else r = static_cast<T>(exp_half(x));
     return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
@@ -50,8 +49,7 @@ inline DoubleDouble<d2> twice_sinh_parts(d2 x) {
 }
 
 // HA within 0.53 ulp, LA below 2^-50.6, EP below 2^-28.
-template <class Accuracy>
-inline d2 sinh_core(d2 x) {
+template <class Accuracy> inline d2 sinh_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> twice = twice_sinh_parts(x);
         return 0.5 * (twice.high + twice.low);
@@ -62,8 +60,7 @@ inline d2 sinh_core(d2 x) {
     }
 }
 
-template <class Accuracy>
-inline d2 cosh_core(d2 x) {
+template <class Accuracy> inline d2 cosh_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const auto parts = exp_parts(x);
         const DoubleDouble<d2> e = fast_two_sum(parts.high * parts.power, parts.low * parts.power);
@@ -77,8 +74,7 @@ inline d2 cosh_core(d2 x) {
 }
 
 // tanh(x/2).
-template <class Accuracy>
-inline d2 half_tanh_core(d2 x) {
+template <class Accuracy> inline d2 half_tanh_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const auto parts = expm1_parts(x);
         const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
@@ -91,19 +87,16 @@ inline d2 half_tanh_core(d2 x) {
     }
 }
 
-template <class Accuracy>
-inline f4 sinh_single(f4 x) {
+template <class Accuracy> inline f4 sinh_single(f4 x) {
     const f4 e = expm1_single<Accuracy>(x);
     if constexpr (std::is_same_v<Accuracy, EP>) return 0.5f * (e + e / (e + 1.0f));
     return e - e * (e * (0.5f / (e + 1.0f)));
 }
-template <class Accuracy>
-inline f4 cosh_single(f4 x) {
+template <class Accuracy> inline f4 cosh_single(f4 x) {
     const f4 half = exp_single<Accuracy, -1>(x);
     return half + 0.25f / half;
 }
-template <class Accuracy>
-inline f4 half_tanh_single(f4 x) {
+template <class Accuracy> inline f4 half_tanh_single(f4 x) {
     const f4 e = expm1_single<Accuracy>(x);
     return e / (e + 2.0f);
 }

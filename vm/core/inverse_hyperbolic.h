@@ -26,8 +26,7 @@ inline DoubleDouble<d2> asinh_argument(d2 y) {
     const DoubleDouble<d2> w = fast_two_sum(y, q.high);
     return fast_two_sum(w.high, w.low + q.low);
 }
-template <class V>
-inline V asinh_argument_rounded(V y) {
+template <class V> inline V asinh_argument_rounded(V y) {
     using T = std::remove_reference_t<decltype(y[0])>;
     const V square = y * y;
     return y + square / (T(1) + square_root(T(1) + square));
@@ -46,8 +45,7 @@ inline DoubleDouble<d2> acosh_argument(d2 x) {
     const DoubleDouble<d2> w = fast_two_sum(h.high, t.high);
     return fast_two_sum(w.high, w.low + (h.low + t.low));
 }
-template <class V>
-inline V acosh_argument_rounded(V x) {
+template <class V> inline V acosh_argument_rounded(V x) {
     using T = std::remove_reference_t<decltype(x[0])>;
     const V t = x - T(1);
     return t + square_root(t * (x + T(1)));
@@ -58,8 +56,7 @@ inline DoubleDouble<d2> atanh_argument(d2 y) {
     const DoubleDouble<d2> w = divide({2.0 * y, d2{}}, fast_two_sum(all(1.0), -y));
     return fast_two_sum(w.high, w.low);
 }
-template <class V>
-inline V atanh_argument_rounded(V y) {
+template <class V> inline V atanh_argument_rounded(V y) {
     using T = std::remove_reference_t<decltype(y[0])>;
     return (y + y) / (T(1) - y);
 }
@@ -74,11 +71,11 @@ inline d2 log1p_of(DoubleDouble<d2> w) {
 // Asinh and Acosh of one element, rounded once to T: ln 2x from 2^500 (2^60) on, where the
 // gates end, and the function's own formula for floats next to whose results there is a
 // midpoint.
-template <class T, class Argument>
-inline T log_or_log1p(T x, Argument argument) {
+template <class T, class Argument> inline T log_or_log1p(T x, Argument argument) {
     constexpr T log_twice_from = std::is_same_v<T, double> ? T(0x1p500) : T(0x1p60);
     const d2 y = all(double(x));
-    const DoubleDouble<d2> log = x >= log_twice_from ? log_parts(y, 1) : log1p_parts_of(argument(y));
+    const DoubleDouble<d2> log =
+        x >= log_twice_from ? log_parts(y, 1) : log1p_parts_of(argument(y));
     if constexpr (std::is_same_v<T, double>) return log.high[0] + log.low[0];
     else return rounded_once(log);
 }

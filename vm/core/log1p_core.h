@@ -25,8 +25,7 @@ inline d2 log_rest_factor(d2 s, const LogReduced& reduced, d2 inverse) {
 
 // ln(1 + x + x_low) as an unevaluated sum, |x_low| <= ulp(x)/2; relative error below
 // 0.01 ulp. Without x_low: ln(1 + x).
-template <class... Low>
-inline DoubleDouble<d2> log1p_parts(d2 x, Low... x_low) {
+template <class... Low> inline DoubleDouble<d2> log1p_parts(d2 x, Low... x_low) {
     const OnePlus sum = one_plus(x);
     const LogReduced reduced = log_reduce(sum.s);
     const d2 inverse = log_field(reduced, &LogEntry::inverse);
@@ -38,8 +37,7 @@ inline DoubleDouble<d2> log1p_parts(d2 x, Low... x_low) {
 }
 
 // ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-51; EP: below 2^-27.
-template <class Accuracy>
-inline d2 log1p_core(d2 x) {
+template <class Accuracy> inline d2 log1p_core(d2 x) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // The error counts near 0 alone, and is harmless elsewhere.
         const LogReduced reduced = log_reduce(x + 1.0);
@@ -72,8 +70,7 @@ inline d2x2 log1p_in_double(f4 x) {
     return {log(x4.low, power.low), log(x4.high, power.high)};
 }
 
-template <class Accuracy>
-inline f4 log1p_single(f4 x) {
+template <class Accuracy> inline f4 log1p_single(f4 x) {
     const LogSingleReduced s = log_single_reduce(x + 1.0f);
     return log_single<Accuracy>(s.exponent, select(s.exponent == 0, x, s.z - 1.0f));
 }

@@ -22,7 +22,7 @@ struct LogEntry {
 extern const LogEntry log128_table[128];
 
 namespace log_constants {
-inline constexpr std::int32_t offset = 0x3FE69000;        // head of the lower end of z
+inline constexpr std::int32_t offset = 0x3FE69000;         // head of the lower end of z
 inline constexpr std::int32_t offset_single = 0x3F348000;  // the same for single precision
 // ln2 = high + low, k high a multiple of 2^-43 for |k| < 2^11.
 inline constexpr double ln2_high = from_bits(UINT64_C(0x3FE62E42FEFA3800));
@@ -37,7 +37,7 @@ struct LogReduced {
 };
 
 // Two fields of the entries as one vector.
-inline d2 log_field(const LogReduced& x, double LogEntry::* field) {
+inline d2 log_field(const LogReduced& x, double LogEntry::*field) {
     return (d2)_mm_loadh_pd(_mm_load_sd(&(x.entry0->*field)), &(x.entry1->*field));
 }
 
@@ -57,8 +57,7 @@ inline LogReduced log_reduce(d2 x) {
 
 // ln(1 + r) - r for |r| <= 2^-8; error relative to ln(1 + r) 2^-64.1 (HA), 2^-55.4
 // (LA), 2^-27.1 (EP).
-template <class Accuracy>
-inline d2 log_tail(d2 r) {
+template <class Accuracy> inline d2 log_tail(d2 r) {
     const d2 r2 = r * r;
     if constexpr (std::is_same_v<Accuracy, HA>) {
         constexpr double c2 = -0.5;
@@ -93,15 +92,13 @@ inline DoubleDouble<d2> log_argument(d2 z, d2 inverse) {
 inline DoubleDouble<d2> log_sum(const LogReduced& x, DoubleDouble<d2> r) {
     using namespace log_constants;
     const d2 w = x.k * ln2_high + log_field(x, &LogEntry::high);  // exact
-    const d2 high = w + r.high;  // |w| >= |r| or w = 0
-    const d2 low =
-        ((w - high) + r.high) + (r.low + (log_field(x, &LogEntry::low) + x.k * ln2_low));
+    const d2 high = w + r.high;                                   // |w| >= |r| or w = 0
+    const d2 low = ((w - high) + r.high) + (r.low + (log_field(x, &LogEntry::low) + x.k * ln2_low));
     return {high, low + log_tail<HA>(r.high)};
 }
 
 // The same rounded, in fewer steps.
-template <class Accuracy>
-inline d2 log_sum(const LogReduced& x, d2 r) {
+template <class Accuracy> inline d2 log_sum(const LogReduced& x, d2 r) {
     return (x.k * log_constants::ln2 + log_field(x, &LogEntry::rounded)) +
            (r + log_tail<Accuracy>(r));
 }
@@ -117,8 +114,7 @@ inline DoubleDouble<d2> log_parts(d2 x, double shift = 0) {
 
 // ln x of positive normal numbers. HA: 0.505 ulp; LA: relative error below 2^-51.5;
 // EP: below 2^-27.
-template <class Accuracy>
-inline d2 log_core(d2 x, double shift = 0) {
+template <class Accuracy> inline d2 log_core(d2 x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = log_parts(x, shift);
         return parts.high + parts.low;

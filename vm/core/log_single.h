@@ -28,8 +28,8 @@ inline LogInDouble log_in_double(d2x2 z, i4 exponent, i4 interval) {
     const LogEntry* const table = log128_table;
     return {{z.low, (d2)_mm_cvtepi32_pd(k), &table[_mm_extract_epi16(j, 0)],
              &table[_mm_extract_epi16(j, 2)]},
-            {z.high, (d2)_mm_cvtepi32_pd(_mm_unpackhi_epi64(k, k)),
-             &table[_mm_extract_epi16(j, 4)], &table[_mm_extract_epi16(j, 6)]}};
+            {z.high, (d2)_mm_cvtepi32_pd(_mm_unpackhi_epi64(k, k)), &table[_mm_extract_epi16(j, 4)],
+             &table[_mm_extract_epi16(j, 6)]}};
 }
 
 // Relative error below 2^-52: z has 24 bits, so that z/c - 1 is exact, and the
@@ -48,8 +48,7 @@ struct EPTerm;
 
 // k ln2 + ln(1 + r), |r| < 0.42. Relative error of the polynomials 2^-22.3 (LA), 2^-11.08
 // (EP: rounding included below 2^-11) and 2^-14.0 (EPTerm).
-template <class Accuracy>
-inline f4 log_single(i4 exponent, f4 r) {
+template <class Accuracy> inline f4 log_single(i4 exponent, f4 r) {
     const f4 k = (f4)_mm_cvtepi32_ps((__m128i)exponent), r2 = r * r;
     if constexpr (std::is_same_v<Accuracy, LA>) {
         constexpr float ln2_high = 0x1.62e4p-1f, ln2_low = 0x1.7f7d1cp-20f;
@@ -70,8 +69,7 @@ inline f4 log_single(i4 exponent, f4 r) {
         return k * static_cast<float>(log_constants::ln2) + (r + r2 * (c2 + r * (c3 + r * c4)));
     }
 }
-template <class Accuracy>
-inline f4 log_single(f4 x) {
+template <class Accuracy> inline f4 log_single(f4 x) {
     const LogSingleReduced s = log_single_reduce(x);
     return log_single<Accuracy>(s.exponent, s.z - 1.0f);
 }

@@ -3,7 +3,7 @@
 namespace kef::vm {
 
 constinit const LogEntry log128_table[128] = {
-#define KEF_LOG128(inverse, high, low, rounded)                     \
+#define KEF_LOG128(inverse, high, low, rounded)                                         \
     {from_bits(UINT64_C(inverse)), from_bits(UINT64_C(high)), from_bits(UINT64_C(low)), \
      from_bits(UINT64_C(rounded))},
 #include "vm/tables/log128.inc"

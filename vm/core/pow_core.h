@@ -17,8 +17,7 @@
 namespace kef::vm {
 
 // y in halves, as every power needs it.
-template <class Accuracy>
-inline DoubleDouble<d2> exponent_halves(d2 y) {
+template <class Accuracy> inline DoubleDouble<d2> exponent_halves(d2 y) {
     if constexpr (std::is_same_v<Accuracy, EP>) return {y, y};
     const d2 high = leading(y);
     return {high, y - high};
@@ -62,8 +61,7 @@ inline DoubleDouble<d2> pow_exponent(d2 x, d2 y, DoubleDouble<d2> y_halves, doub
 }
 
 // x^y for the fast path, and y ln x for its gate.
-template <class Accuracy>
-inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y_halves) {
+template <class Accuracy> inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y_halves) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         const LogReduced reduced = log_reduce(x);
         constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFE37EE));
@@ -108,8 +106,7 @@ inline Power pow_positive(double x, double y) {
 }
 
 // x^y of one element, any x and y.
-template <class T>
-inline int pow_edge(T x, T y, T& r) {
+template <class T> inline int pow_edge(T x, T y, T& r) {
     if (y == 0 || x == 1) return r = 1, VTM_STATUS_OK;
     if (is_nan(x) || is_nan(y)) return r = x + y, VTM_STATUS_OK;
     const double a = x < 0 ? -double(x) : double(x);
@@ -121,7 +118,8 @@ inline int pow_edge(T x, T y, T& r) {
     const double whole = nearest<double>(all(double(y)))[0];
     const bool integer = whole == y;
     const double half = whole * 0.5;  // exact where whole is odd
-    const bool negative = to_bits(double(x)) >> 63 && integer && nearest<double>(all(half))[0] != half;
+    const bool negative =
+        to_bits(double(x)) >> 63 && integer && nearest<double>(all(half))[0] != half;
     const T sign = negative ? -1 : 1;
     if (x == 0) {
         r = y < 0 ? sign * Format<T>::infinity : sign * T(0);
@@ -180,8 +178,7 @@ template <> struct PowRange<float> {
     static constexpr std::int32_t large_exponent = 0x42AE0000;                  // 87
 };
 
-template <class T, class Accuracy>
-struct PowFormula {
+template <class T, class Accuracy> struct PowFormula {
     using V = Vector<T>;
     using Range = PowRange<T>;
     static constexpr bool in_double = std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>;
@@ -197,7 +194,9 @@ struct PowFormula {
         else return pow_core<Accuracy>(x, y, exponent_halves<Accuracy>(y));
     }
 
-    static i4 refuse(i4 r) { return not_between(r, Format<T>::normal_head, Format<T>::infinity_head); }
+    static i4 refuse(i4 r) {
+        return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
+    }
     static i4 refuse(i4, i4 exponent) { return magnitude(exponent) >= Range::large_exponent; }
 };
 

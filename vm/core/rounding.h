@@ -16,18 +16,15 @@ inline d2 where(l2 mask, d2 value) { return (d2)(mask & (l2)value); }
 inline f4 where(i4 mask, f4 value) { return (f4)(mask & (i4)value); }
 
 // |x| to the nearest integer, ties to even; `fractions`: lanes |x| < integral_from.
-template <class T>
-inline Vector<T> nearest_magnitude(Vector<T> x, auto fractions) {
+template <class T> inline Vector<T> nearest_magnitude(Vector<T> x, auto fractions) {
     const Vector<T> shifter = where(fractions, all(Format<T>::integral_from));
     return (absolute(x) + shifter) - shifter;
 }
-template <class T>
-inline Vector<T> nearest_magnitude(Vector<T> x) {
+template <class T> inline Vector<T> nearest_magnitude(Vector<T> x) {
     return nearest_magnitude<T>(x, absolute(x) < all(Format<T>::integral_from));
 }
 
-template <class T>
-inline Vector<T> nearest(Vector<T> x) {
+template <class T> inline Vector<T> nearest(Vector<T> x) {
     return with_sign(nearest_magnitude<T>(x), x);
 }
 
@@ -35,8 +32,9 @@ inline Vector<T> nearest(Vector<T> x) {
 // NaN: no flag but inexact, where the value changes.
 inline d2 nearest_with_flags(d2 x) {
     const i4 fractions = magnitude((i4)x) < 0x43300000;
-    return with_sign(nearest_magnitude<double>(
-                         x, (l2)__builtin_shufflevector(fractions, fractions, 1, 1, 3, 3)), x);
+    return with_sign(
+        nearest_magnitude<double>(x, (l2)__builtin_shufflevector(fractions, fractions, 1, 1, 3, 3)),
+        x);
 }
 inline f4 nearest_with_flags(f4 x) {
     return with_sign(nearest_magnitude<float>(x, magnitude((i4)x) < 0x4B000000), x);
@@ -53,21 +51,18 @@ inline f4 truncated(f4 x) {
     return with_sign(x - fraction, x);
 }
 
-template <class T>
-inline Vector<T> floored(Vector<T> x) {
+template <class T> inline Vector<T> floored(Vector<T> x) {
     const Vector<T> t = nearest<T>(x);
     return t - where(t > x, all(T(1)));  // a zero keeps its sign
 }
 
-template <class T>
-inline Vector<T> ceiled(Vector<T> x) {
+template <class T> inline Vector<T> ceiled(Vector<T> x) {
     const Vector<T> t = nearest<T>(x);
     return with_sign(t + where(t < x, all(T(1))), x);
 }
 
 // Halves away from zero.
-template <class T>
-inline Vector<T> rounded(Vector<T> x) {
+template <class T> inline Vector<T> rounded(Vector<T> x) {
     const Vector<T> t = nearest_magnitude<T>(x);
     return with_sign(t + where(absolute(x) - t == all(T(0.5)), all(T(1))), x);
 }

@@ -8,9 +8,7 @@
 namespace kef::vm {
 
 // 2^e, -1022 <= e <= 1023.
-inline double power_of_two(int e) {
-    return from_bits(static_cast<std::uint64_t>(1023 + e) << 52);
-}
+inline double power_of_two(int e) { return from_bits(static_cast<std::uint64_t>(1023 + e) << 52); }
 
 // floor(log2 |x|) for finite x other than 0.
 inline int exponent_of(double x) {

@@ -62,8 +62,7 @@ inline d2 sine_of(l2 k, const TrigPowers& p) {
 }
 
 // Sine (bias 128) or cosine (bias 256).
-template <int bias, TrigReach reach>
-inline d2 sine_core(d2 x) {
+template <int bias, TrigReach reach> inline d2 sine_core(d2 x) {
     const TrigReduced reduced = trig_reduce<bias, reach>(x);
     return sine_of(reduced.k, trig_powers(reduced));
 }
@@ -94,8 +93,7 @@ inline DoubleDouble<d2> tangent_parts(const TrigReduced& x) {
     return {(d2)((l2)q ^ sign), (d2)((l2)(rest * inverse) ^ sign)};
 }
 
-template <TrigReach reach>
-inline d2 tangent_core(d2 x) {
+template <TrigReach reach> inline d2 tangent_core(d2 x) {
     const DoubleDouble<d2> parts = tangent_parts(trig_reduce<sine_bias, reach>(x));
     return parts.high + parts.low;
 }

@@ -32,8 +32,12 @@ template <> struct TrigLast<double, HA> { static constexpr double near = 3072, f
 template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = near; };
 template <> struct TrigLast<double, EP> { static constexpr double near = 0x1p12, far = 0x1p17; };
 template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17, far = near; };
-template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = Format<float>::infinity; };
-template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = Format<float>::infinity; };
+template <> struct TrigLast<float, LA> {
+    static constexpr float near = 252, far = Format<float>::infinity;
+};
+template <> struct TrigLast<float, EP> {
+    static constexpr float near = 124, far = Format<float>::infinity;
+};
 
 // The formulas of a kernel: near(x) and, where there is one, far(x).
 template <class T, class Accuracy, TrigReach reach, Phase phase>
@@ -43,38 +47,31 @@ inline Vector<T> sine_fast(Vector<T> x) {
         const f4 s = in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
         return is_far ? with_huge(x, s, sine_of_turns<phase>) : s;
     } else if constexpr (std::is_same_v<Accuracy, HA>)
-        return sine_core<phase == Phase::sine ? sine_bias : cosine_bias, reach>(x);
-    else
-        return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
+        return sine_core < phase == Phase::sine ? sine_bias : cosine_bias, reach > (x);
+    else return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
 }
 
-template <class T, class Accuracy, TrigReach reach>
-inline Vector<T> tangent_fast(Vector<T> x) {
+template <class T, class Accuracy, TrigReach reach> inline Vector<T> tangent_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far;
     if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
         const f4 t = in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
         return is_far ? with_huge(x, t, tangent_of_turns) : t;
-    } else if constexpr (std::is_same_v<Accuracy, HA>)
-        return tangent_core<reach>(x);
-    else if constexpr (std::is_same_v<T, double>)
-        return tangent_plain<LA>(x);
-    else
-        return tangent_plain(x);
+    } else if constexpr (std::is_same_v<Accuracy, HA>) return tangent_core<reach>(x);
+    else if constexpr (std::is_same_v<T, double>) return tangent_plain<LA>(x);
+    else return tangent_plain(x);
 }
 
 // Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x).
-template <class Function, class T, class Accuracy, bool zeros = false>
-struct TrigKernel {
+template <class Function, class T, class Accuracy, bool zeros = false> struct TrigKernel {
     using V = Vector<T>;
     using Last = TrigLast<T, Accuracy>;
     static constexpr std::uint32_t first = zeros ? 0 : Format<T>::normal_head;
     static i4 outside(i4 h) {
-        if constexpr (zeros) return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::near) - 1)));
+        if constexpr (zeros)
+            return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::near) - 1)));
         else return not_between(magnitude(h), first, head_of(Last::near));
     }
-    static i4 beyond(i4 h)
-        requires(Last::far > Last::near)
-    {
+    static i4 beyond(i4 h) requires(Last::far > Last::near) {
         return not_between(magnitude(h), first, head_of(Last::far));
     }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
@@ -82,8 +79,7 @@ struct TrigKernel {
 };
 
 // NaN and infinity; true where the results are settled.
-template <class T>
-inline bool trig_special(T x, T& r, int& status) {
+template <class T> inline bool trig_special(T x, T& r, int& status) {
     status = VTM_STATUS_OK;
     if (is_nan(x)) return r = quiet(x), true;
     if (is_infinite(x)) return r = Format<T>::invalid, status = VTM_STATUS_ERRDOM, true;
@@ -91,29 +87,28 @@ inline bool trig_special(T x, T& r, int& status) {
 }
 
 // Where sine and tangent equal their argument; a subnormal one may count as zero.
-template <class T>
-inline bool trig_tiny(T x, T& r) {
+template <class T> inline bool trig_tiny(T x, T& r) {
     constexpr T bound = std::is_same_v<T, double> ? T(0x1p-300) : T(0x1p-60);
     if (x >= bound || x <= -bound) return false;
     return r = x == 0 ? x * T(0) : x, true;
 }
 
 // The sum, rounded once to T.
-template <class T>
-inline T rounded_sum(const DoubleDouble<double>& x) {
+template <class T> inline T rounded_sum(const DoubleDouble<double>& x) {
     if constexpr (std::is_same_v<T, double>) return x.high;
     else return narrow(x.high, x.low);
 }
 
 // Reports name the type, the function and the accuracy: "sCos_HA".
-template <class Accuracy, class T>
-constexpr const char* trig_name(const char* const (&names)[6]) {
-    constexpr int accuracy = std::is_same_v<Accuracy, LA> ? 0 : std::is_same_v<Accuracy, HA> ? 1 : 2;
+template <class Accuracy, class T> constexpr const char* trig_name(const char* const (&names)[6]) {
+    constexpr int accuracy = std::is_same_v<Accuracy, LA>   ? 0
+                             : std::is_same_v<Accuracy, HA> ? 1
+                                                            : 2;
     return names[(std::is_same_v<T, float> ? 0 : 3) + accuracy];
 }
-#define KEF_TRIG_NAME(function)                                                              \
-    static constexpr const char* name = trig_name<Accuracy, T>(                              \
-        {"s" #function "_LA", "s" #function "_HA", "s" #function "_EP", "d" #function "_LA", \
-         "d" #function "_HA", "d" #function "_EP"})
+#define KEF_TRIG_NAME(function)                                                                \
+    static constexpr const char* name =                                                        \
+        trig_name<Accuracy, T>({"s" #function "_LA", "s" #function "_HA", "s" #function "_EP", \
+                                "d" #function "_LA", "d" #function "_HA", "d" #function "_EP"})
 
 }  // namespace kef::vm

@@ -70,8 +70,7 @@ inline d2 angle_of(l2 turns) {
 }
 
 // x = k pi + r, |r| <= pi/2.
-template <Phase phase>
-inline d2 sine_of_turns(u2 turns) {
+template <Phase phase> inline d2 sine_of_turns(u2 turns) {
     constexpr std::int64_t quarter = INT64_C(1) << 62;
     constexpr int quarters = phase == Phase::cosine ? 2 : 1;
     const l2 t = (l2)(turns + quarters * static_cast<std::uint64_t>(quarter));
@@ -89,8 +88,7 @@ inline d2 tangent_of_turns(u2 turns) {
 }
 
 // Results for |x| >= 2^17 from the turns, others from `plain`.
-template <class Formula>
-inline f4 with_huge(f4 x, f4 plain, Formula formula) {
+template <class Formula> inline f4 with_huge(f4 x, f4 plain, Formula formula) {
     const i4 huge = magnitude((i4)x) >= static_cast<std::int32_t>(to_bits(0x1p17f));
     if (!any_lane(huge)) [[likely]]
         return plain;

@@ -28,13 +28,13 @@ template <class V> struct WholeTurns {
     V k, sum;  // the last bits of sum count k
     decltype(sign_bit(V())) parity;
 };
-template <class V, Phase phase>
-inline WholeTurns<V> whole_turns(V x, auto inverse) {
+template <class V, Phase phase> inline WholeTurns<V> whole_turns(V x, auto inverse) {
     constexpr bool is_double = std::is_same_v<V, d2>;
     using T = std::conditional_t<is_double, double, float>;
     // One more for cosine: cos(pi/2 + r) = -sin r.
-    constexpr T shifter = (is_double ? T(0x1.8p52) : T(0x1.8p23)) *
-                              (phase == Phase::tangent ? T(0.5) : T(1)) + T(phase == Phase::cosine);
+    constexpr T shifter =
+        (is_double ? T(0x1.8p52) : T(0x1.8p23)) * (phase == Phase::tangent ? T(0.5) : T(1)) +
+        T(phase == Phase::cosine);
     V sum = x * inverse;
     if constexpr (phase == Phase::cosine) sum = sum - T(0.5);
     sum = sum + shifter;
@@ -69,8 +69,7 @@ template <> struct PiParts<EP> {
 };
 
 // sin r, |r| <= pi/2; for cosine too.
-template <Phase phase, class Accuracy>
-inline d2 sine_polynomial(d2 r) {
+template <Phase phase, class Accuracy> inline d2 sine_polynomial(d2 r) {
     const d2 y = r * r;
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // relative error 2^-27.1; 1 at pi/2, nowhere above
@@ -88,7 +87,8 @@ inline d2 sine_polynomial(d2 r) {
         constexpr double s11 = from_bits(UINT64_C(0xBE5AE634DB0007D1));
         constexpr double s13 = from_bits(UINT64_C(0x3DE60E57BB7C22D0));
         constexpr double s15 = from_bits(UINT64_C(0xBD69EED38C9FAF1F));
-        return r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
+        return r +
+               r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * s15)))))));
     } else {
         // relative error 2^-61.6; for sine s3 and s5 are moved by some units: the sine of
         // 0x46199998 is 2^-54 from a midpoint of floats
@@ -101,20 +101,21 @@ inline d2 sine_polynomial(d2 r) {
         constexpr double s13 = from_bits(UINT64_C(0x3DE6123CE53B2D5E));
         constexpr double s15 = from_bits(UINT64_C(0xBD6AE43DD53D1001));
         constexpr double s17 = from_bits(UINT64_C(0x3CE883C312E8FD16));
-        return r + r * (y * (s3 + y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * (s15 + y * s17))))))));
+        return r +
+               r * (y *
+                    (s3 +
+                     y * (s5 + y * (s7 + y * (s9 + y * (s11 + y * (s13 + y * (s15 + y * s17))))))));
     }
 }
 
-template <Phase phase, class Accuracy>
-inline d2 sine_plain(d2 x) {
+template <Phase phase, class Accuracy> inline d2 sine_plain(d2 x) {
     const auto turns = whole_turns<d2, phase>(x, inverse_pi);
     const d2 s = sine_polynomial<phase, Accuracy>(PiParts<Accuracy>::rest(x, turns.k));
     return (d2)((l2)s ^ turns.parity);
 }
 
 // Sine and cosine of x = k pi/2 + r from those of r.
-template <class V>
-inline Two<V> turned(const WholeTurns<V>& turns, V sine, V cosine) {
+template <class V> inline Two<V> turned(const WholeTurns<V>& turns, V sine, V cosine) {
     using Bits = decltype(turns.parity);
     const Bits swap = ((Bits)sine ^ (Bits)cosine) & sign_mask(turns.parity);
     const Bits sine_sign = sign_bit((V)((Bits)turns.sum << (std::is_same_v<V, d2> ? 62 : 30)));
@@ -123,8 +124,7 @@ inline Two<V> turned(const WholeTurns<V>& turns, V sine, V cosine) {
 }
 
 // Double LA and single HA, both at once: x = k pi/2 + r, |r| <= pi/4. |x| < 2^17.
-template <class Accuracy>
-inline Two<d2> sine_cosine_plain(d2 x) {
+template <class Accuracy> inline Two<d2> sine_cosine_plain(d2 x) {
     // sine: relative error 2^-57.9; cosine: absolute 2^-54.1
     constexpr double s3 = from_bits(UINT64_C(0xBFC555555555554E));
     constexpr double s5 = from_bits(UINT64_C(0x3F8111111110F760));
@@ -157,24 +157,25 @@ inline f4 quarter_rest(f4 x, f4 k) {
 // Single LA, both at once.
 inline Two<f4> sine_cosine_plain(f4 x) {
     // sine: relative error 2^-27.9; cosine: absolute 2^-24.9
-    constexpr float s3 = from_bits(0xBE2AAAA3u), s5 = from_bits(0x3C0883BDu), s7 = from_bits(0xB94CAA74u);
-    constexpr float c2 = from_bits(0xBEFFFFDDu), c4 = from_bits(0x3D2A9FD6u), c6 = from_bits(0xBAB23C4Fu);
+    constexpr float s3 = from_bits(0xBE2AAAA3u), s5 = from_bits(0x3C0883BDu),
+                    s7 = from_bits(0xB94CAA74u);
+    constexpr float c2 = from_bits(0xBEFFFFDDu), c4 = from_bits(0x3D2A9FD6u),
+                    c6 = from_bits(0xBAB23C4Fu);
     const WholeTurns<f4> turns = quarter_turns(x);
     const f4 r = quarter_rest(x, turns.k), y = r * r;
-    return turned(turns, r + (r * y) * (s3 + y * (s5 + y * s7)), 1.0f + y * (c2 + y * (c4 + y * c6)));
+    return turned(turns, r + (r * y) * (s3 + y * (s5 + y * s7)),
+                  1.0f + y * (c2 + y * (c4 + y * c6)));
 }
 
 // x = k pi + r for sine, |x| = k pi - r for cosine, with k as above; for cosine it comes from
 // truncation.
-template <Phase phase>
-inline WholeTurns<f4> half_turns(f4 x) {
+template <Phase phase> inline WholeTurns<f4> half_turns(f4 x) {
     constexpr auto inverse = static_cast<float>(inverse_pi);
     if constexpr (phase == Phase::sine) return whole_turns<f4, phase>(x, inverse);
     const i4 k = (i4)_mm_cvttps_epi32((__m128)(absolute(x) * inverse));
     return {(f4)_mm_cvtepi32_ps((__m128i)k) + 0.5f, (f4)k, k << 31};
 }
-template <Phase phase>
-inline f4 sine_rest(f4 x, f4 k, auto first, auto... others) {
+template <Phase phase> inline f4 sine_rest(f4 x, f4 k, auto first, auto... others) {
     if constexpr (phase == Phase::sine) return ((x - k * first) - ... - (k * others));
     else return ((k * first - absolute(x)) + ... + (k * others));
 }
@@ -182,8 +183,7 @@ inline f4 sine_rest(f4 x, f4 k, auto first, auto... others) {
 // pi in parts. LA: |x| < 252, k has 8 bits with the half; EP: |x| < 124, k has 7 bits. The sums'
 // coefficients are neighbours of the best ones for which no rounded result is above 1
 // (tools/sines_within_one.c).
-template <Phase phase, class Accuracy>
-inline f4 sine_plain(f4 x) {
+template <Phase phase, class Accuracy> inline f4 sine_plain(f4 x) {
     const WholeTurns<f4> turns = half_turns<phase>(x);
     f4 s;
     if constexpr (std::is_same_v<Accuracy, EP>) {
@@ -238,8 +238,7 @@ inline Two<d2> tangent_short_fraction(d2 r) {
 }
 
 // LA, single HA: |x| < 2^17.
-template <class Accuracy>
-inline d2 tangent_plain(d2 x) {
+template <class Accuracy> inline d2 tangent_plain(d2 x) {
     const auto turns = whole_turns<d2, Phase::tangent>(x, inverse_pi);
     const Two<d2> f = tangent_fraction(PiParts<Accuracy>::rest(x, turns.k));
     return quotient_by_parity(f.first, f.second, sign_mask(turns.parity), turns.parity);
@@ -248,10 +247,12 @@ inline d2 tangent_plain(d2 x) {
 // |x| < 252.
 inline f4 tangent_plain(f4 x) {
     // relative error 2^-25.8
-    constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u), q2 = from_bits(0x3C1F12DCu);
+    constexpr float p1 = from_bits(0xBDC42863u), q1 = from_bits(0xBEDBB4D4u),
+                    q2 = from_bits(0x3C1F12DCu);
     const WholeTurns<f4> turns = quarter_turns(x);
     const f4 r = quarter_rest(x, turns.k), y = r * r;
-    return quotient_by_parity(r + r * (y * p1), 1.0f + y * (q1 + y * q2), sign_mask(turns.parity), turns.parity);
+    return quotient_by_parity(r + r * (y * p1), 1.0f + y * (q1 + y * q2), sign_mask(turns.parity),
+                              turns.parity);
 }
 
 }  // namespace kef::vm

@@ -9,7 +9,8 @@ namespace {
 // 1/(2 pi) behind two words of zeros, for exponents below 0.
 constexpr int leading_zeros = 2;
 constexpr std::uint32_t inverse_2pi[] = {
-    0, 0,
+    0,
+    0,
 #include "vm/tables/inverse_2pi.inc"
 };
 static_assert(sizeof inverse_2pi == 42 * sizeof(std::uint32_t));
@@ -25,7 +26,8 @@ TrigReduced trig_reduce_one(double x) {
     const int field = static_cast<int>(bits >> 52 & 0x7FF);
     const std::uint64_t fraction = bits & ((UINT64_C(1) << 52) - 1);
     const std::uint64_t m = fraction | UINT64_C(1) << 52;
-    const std::uint32_t m_low = static_cast<std::uint32_t>(m), m_high = static_cast<std::uint32_t>(m >> 32);
+    const std::uint32_t m_low = static_cast<std::uint32_t>(m),
+                        m_high = static_cast<std::uint32_t>(m >> 32);
     const int first_bit = field - 1075 + 32 * leading_zeros;
     const std::uint32_t* window = inverse_2pi + (first_bit >> 5);
     const int shift = first_bit & 31;

@@ -29,8 +29,7 @@ TrigReduced trig_reduce_one(double x);
 // products with the others are exact. k includes `bias`.
 enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k has 27 bits
 
-template <int bias, TrigReach reach>
-inline TrigReduced trig_reduce(d2 x) {
+template <int bias, TrigReach reach> inline TrigReduced trig_reduce(d2 x) {
     constexpr double inverse = from_bits(UINT64_C(0x40545F306DC9C883));  // 256/pi
     constexpr double shifter = 0x1.8p52 + bias;
     const d2 sum = x * inverse + shifter;

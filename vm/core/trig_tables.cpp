@@ -3,7 +3,7 @@
 namespace kef::vm {
 
 alignas(32) constinit const SineEntry sine256_table[256] = {
-#define KEF_SINE(sine, cosine, sine_low, cosine_less)                                \
+#define KEF_SINE(sine, cosine, sine_low, cosine_less)                                       \
     {from_bits(UINT64_C(sine)), from_bits(UINT64_C(cosine)), from_bits(UINT64_C(sine_low)), \
      from_bits(UINT64_C(cosine_less))},
 #include "vm/tables/sine256.inc"

@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Abs {
+template <class T, class> struct Abs {
     using V = Vector<T>;
     KEF_REPORT_NAME(Abs);
     static V fast(V x) { return absolute(x); }

@@ -14,8 +14,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Acos {
+template <class T, class Accuracy> struct Acos {
     using V = Vector<T>;
     KEF_REPORT_NAME(Acos);
     static constexpr bool is_single_ha = std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>;
@@ -40,7 +39,8 @@ struct Acos {
     static auto fast(V x) {
         if constexpr (is_single_ha) {
             const d2x2 wide = widen(x);
-            return with_midpoints({Acos<double, LA>::fast(wide.low), Acos<double, LA>::fast(wide.high)});
+            return with_midpoints(
+                {Acos<double, LA>::fast(wide.low), Acos<double, LA>::fast(wide.high)});
         } else if constexpr (std::is_same_v<Accuracy, EP>) {
             return acos_short(x);
         } else {

@@ -15,8 +15,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Acosh {
+template <class T, class Accuracy> struct Acosh {
     using V = Vector<T>;
     KEF_REPORT_NAME(Acosh);
 
@@ -33,8 +32,7 @@ struct Acosh {
         else if constexpr (std::is_same_v<Accuracy, HA>)
             return with_midpoints(
                 {Acosh<double, LA>::fast(widen(x).low), Acosh<double, LA>::fast(widen(x).high)});
-        else
-            return log1p_single<Accuracy>(acosh_argument_rounded(x));
+        else return log1p_single<Accuracy>(acosh_argument_rounded(x));
     }
 
     // Single HA: the second vector marks the midpoints.

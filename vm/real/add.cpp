@@ -6,8 +6,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Add {
+template <class T, class> struct Add {
     using V = Vector<T>;
     KEF_REPORT_NAME(Add);
     static constexpr bool arithmetic = true;

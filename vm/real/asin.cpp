@@ -13,8 +13,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Asin {
+template <class T, class Accuracy> struct Asin {
     using V = Vector<T>;
     KEF_REPORT_NAME(Asin);
 
@@ -30,8 +29,8 @@ struct Asin {
             // pi/2 - 2 asin u, or asin u.
             const V factor = all(T(1)) - where(part.halved, all(T(3)));
             const auto half_pi = [&](double pi) { return where(part.halved, all(T(pi / 2))); };
-            const DoubleDouble<V> sum = added_angle<Accuracy>(half_pi(pi_high), half_pi(pi_low),
-                                                              factor * part.high, factor * part.low);
+            const DoubleDouble<V> sum = added_angle<Accuracy>(
+                half_pi(pi_high), half_pi(pi_low), factor * part.high, factor * part.low);
             return with_sign(sum.high + sum.low, x);
         }
     }

@@ -15,8 +15,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Asinh {
+template <class T, class Accuracy> struct Asinh {
     using V = Vector<T>;
     KEF_REPORT_NAME(Asinh);
 
@@ -33,7 +32,8 @@ struct Asinh {
             return with_sign(log1p_core<Accuracy>(asinh_argument_rounded(y)), x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
             const d2x2 wide = widen(x);
-            return with_midpoints({Asinh<double, LA>::fast(wide.low), Asinh<double, LA>::fast(wide.high)});
+            return with_midpoints(
+                {Asinh<double, LA>::fast(wide.low), Asinh<double, LA>::fast(wide.high)});
         } else if constexpr (std::is_same_v<Accuracy, EP>) {
             return with_sign(log1p_single<EP>(asinh_argument_short(y)), x);
         } else {

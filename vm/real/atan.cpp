@@ -17,8 +17,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Atan {
+template <class T, class Accuracy> struct Atan {
     using V = Vector<T>;
     KEF_REPORT_NAME(Atan);
 
@@ -46,7 +45,8 @@ struct Atan {
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         const T a = x < 0 ? -x : x;
-        if (std::is_same_v<T, float> && a < 0x1p64f) r = rounded_once(atan_parts<HA>(all(double(a))));
+        if (std::is_same_v<T, float> && a < 0x1p64f)
+            r = rounded_once(atan_parts<HA>(all(double(a))));
         else r = static_cast<T>(half_pi);
         if (x < 0) r = -r;
         return VTM_STATUS_OK;

@@ -67,13 +67,13 @@ inline d2 turned(d2 angle, d2 x, d2 y) {
 }
 inline f4 turned(f4 angle, f4 x, f4 y) {
     const i4 left = sign_bit(x);
-    return with_sign(where(sign_mask(left), all(static_cast<float>(pi))) + (f4)((i4)angle ^ left), y);
+    return with_sign(where(sign_mask(left), all(static_cast<float>(pi))) + (f4)((i4)angle ^ left),
+                     y);
 }
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Atan2 {
+template <class T, class Accuracy> struct Atan2 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Atan2);
 
@@ -118,7 +118,8 @@ struct Atan2 {
             if (e > 62) {
                 angle = half_pi;
             } else if (e >= -62) {
-                angle = Atan2<double, HA>::fast(all(height), all(scaled(left ? -width : width, -e)))[0];
+                angle =
+                    Atan2<double, HA>::fast(all(height), all(scaled(left ? -width : width, -e)))[0];
             } else if (left) {
                 angle = pi;
             } else {  // atan q = q

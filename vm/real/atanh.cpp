@@ -14,8 +14,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Atanh {
+template <class T, class Accuracy> struct Atanh {
     using V = Vector<T>;
     KEF_REPORT_NAME(Atanh);
 
@@ -29,8 +28,7 @@ struct Atanh {
             return with_sign(0.5 * log1p_core<Accuracy>(atanh_argument_rounded(y)), x);
         else if constexpr (std::is_same_v<Accuracy, HA>)
             return in_double(x, Atanh<double, LA>::fast);
-        else
-            return with_sign(0.5f * log1p_single<Accuracy>(atanh_argument_rounded(y)), x);
+        else return with_sign(0.5f * log1p_single<Accuracy>(atanh_argument_rounded(y)), x);
     }
 
     static int edge(T x, T& r) {

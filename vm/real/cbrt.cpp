@@ -13,8 +13,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Cbrt {
+template <class T, class Accuracy> struct Cbrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Cbrt);
 
@@ -24,7 +23,8 @@ struct Cbrt {
         const V a = absolute(x);
         V r;
         if constexpr (std::is_same_v<T, double>) r = in_double(a);
-        else if constexpr (std::is_same_v<Accuracy, HA>) r = narrow(from_single_estimate(a, cbrt_from));
+        else if constexpr (std::is_same_v<Accuracy, HA>)
+            r = narrow(from_single_estimate(a, cbrt_from));
         else r = cbrt_single<Accuracy>(a);
         return with_sign(r, x);
     }

@@ -11,8 +11,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct CdfNorm : ErfcKernel<T, Accuracy, CdfNormScale> {
+template <class T, class Accuracy> struct CdfNorm : ErfcKernel<T, Accuracy, CdfNormScale> {
     KEF_REPORT_NAME(CdfNorm);
 };
 

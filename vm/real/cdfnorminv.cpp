@@ -17,18 +17,14 @@ namespace kef::vm {
 namespace {
 
 // Heads of 2^-11, 1 - 2^-11, and 2^-25, 1 for the formula in single precision.
-template <class T, bool in_floats>
-struct CdfNormInvRange;
-template <>
-struct CdfNormInvRange<double, false> {
+template <class T, bool in_floats> struct CdfNormInvRange;
+template <> struct CdfNormInvRange<double, false> {
     static constexpr std::uint32_t first = 0x3F400000, last = 0x3FEFFC00;
 };
-template <>
-struct CdfNormInvRange<float, false> {
+template <> struct CdfNormInvRange<float, false> {
     static constexpr std::uint32_t first = 0x3A000000, last = 0x3F7FE000;
 };
-template <>
-struct CdfNormInvRange<float, true> {
+template <> struct CdfNormInvRange<float, true> {
     static constexpr std::uint32_t first = 0x33000000, last = 0x3F800000;
 };
 
@@ -46,8 +42,7 @@ struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
     static i4 beyond(i4 h) { return not_between(h, Format<T>::normal_head, Format<T>::one_head); }
 
     // q is the smaller of 2 p and 2 - 2 p, exactly.
-    template <class V>
-    static ErfInverseArgument<V> argument(V p) {
+    template <class V> static ErfInverseArgument<V> argument(V p) {
         using E = decltype(p[0] + 0);
         const V twice = p + p, x = twice - all(E(1));
         return {absolute(x), minimum(twice, all(E(2)) - twice), x};

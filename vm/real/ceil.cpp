@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Ceil {
+template <class T, class> struct Ceil {
     using V = Vector<T>;
     KEF_REPORT_NAME(Ceil);
     static V fast(V x) { return ceiled<T>(x); }

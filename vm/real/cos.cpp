@@ -10,13 +10,12 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Cos
-    : TrigKernel<Cos<T, Accuracy>, T, Accuracy, std::is_same_v<T, float> || !std::is_same_v<Accuracy, EP>> {
+struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy,
+                        std::is_same_v<T, float> || !std::is_same_v<Accuracy, EP>> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Cos);
 
-    template <TrigReach reach>
-    static V compute(V x) {
+    template <TrigReach reach> static V compute(V x) {
         return sine_fast<T, Accuracy, reach, Phase::cosine>(x);
     }
 

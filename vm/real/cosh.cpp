@@ -13,8 +13,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Cosh {
+template <class T, class Accuracy> struct Cosh {
     using V = Vector<T>;
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Cosh);

@@ -14,23 +14,18 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Div {
+template <class T, class> struct Div {
     using V = Vector<T>;
     KEF_REPORT_NAME(Div);
     static constexpr bool arithmetic = true;
     static V fast(V a, V b) { return a / b; }
     // A gate on quotients makes the divider wait. In double precision there is one on the
     // arguments instead: |a| < 2^511 and 2^-511 <= |b| < 2^511.
-    static i4 outside(i4 a, i4 b)
-        requires std::is_same_v<T, double>
-    {
+    static i4 outside(i4 a, i4 b) requires std::is_same_v<T, double> {
         constexpr std::int32_t first = 0x20000000, last = 0x5FE00000;
         return (magnitude(a) >= last) | not_between(magnitude(b), first, last);
     }
-    static i4 refuse(i4 quotient)
-        requires std::is_same_v<T, float>
-    {
+    static i4 refuse(i4 quotient) requires std::is_same_v<T, float> {
         return not_finite<T>(quotient);
     }
 

@@ -30,8 +30,7 @@ constexpr double slope_low = from_bits(UINT64_C(0x3C71AE3A914FED80));
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Erf {
+template <class T, class Accuracy> struct Erf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Erf);
 

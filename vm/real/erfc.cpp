@@ -11,8 +11,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Erfc : ErfcKernel<T, Accuracy, ErfcScale> {
+template <class T, class Accuracy> struct Erfc : ErfcKernel<T, Accuracy, ErfcScale> {
     KEF_REPORT_NAME(Erfc);
 };
 

@@ -17,18 +17,14 @@ namespace kef::vm {
 namespace {
 
 // Heads of 2^-10, 2 - 2^-10, and 2^-24, 2 for the formula in single precision.
-template <class T, bool in_floats>
-struct ErfcInvRange;
-template <>
-struct ErfcInvRange<double, false> {
+template <class T, bool in_floats> struct ErfcInvRange;
+template <> struct ErfcInvRange<double, false> {
     static constexpr std::uint32_t first = 0x3F500000, last = 0x3FFFFC00, two = 0x40000000;
 };
-template <>
-struct ErfcInvRange<float, false> {
+template <> struct ErfcInvRange<float, false> {
     static constexpr std::uint32_t first = 0x3A800000, last = 0x3FFFE000, two = 0x40000000;
 };
-template <>
-struct ErfcInvRange<float, true> {
+template <> struct ErfcInvRange<float, true> {
     static constexpr std::uint32_t first = 0x33800000, last = 0x40000000, two = 0x40000000;
 };
 
@@ -46,8 +42,7 @@ struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
     static i4 beyond(i4 h) { return not_between(h, Format<T>::normal_head, Range::two); }
 
     // q is the smaller of v and 2 - v, exactly.
-    template <class V>
-    static ErfInverseArgument<V> argument(V v) {
+    template <class V> static ErfInverseArgument<V> argument(V v) {
         using E = decltype(v[0] + 0);
         const V x = all(E(1)) - v;
         return {absolute(x), minimum(v, all(E(2)) - v), x};

@@ -20,14 +20,11 @@ namespace {
 
 // Heads: below `tiny` exact products would underflow, or the result; from `near_end` on
 // 1 - |x| < 2^-10.
-template <class T>
-struct ErfInvRange;
-template <>
-struct ErfInvRange<double> {
+template <class T> struct ErfInvRange;
+template <> struct ErfInvRange<double> {
     static constexpr std::uint32_t tiny = 0x04000000, near_end = 0x3FEFF800;
 };
-template <>
-struct ErfInvRange<float> {
+template <> struct ErfInvRange<float> {
     static constexpr std::uint32_t tiny = 0x01000000, near_end = 0x3F7FC000;
 };
 
@@ -50,8 +47,7 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
         return not_between(magnitude(h), Range::tiny, Format<T>::one_head);
     }
 
-    template <class V>
-    static ErfInverseArgument<V> argument(V v) {
+    template <class V> static ErfInverseArgument<V> argument(V v) {
         const V x = absolute(v);
         return {x, all(decltype(x[0] + 0)(1)) - x, v};
     }

@@ -22,13 +22,14 @@ namespace {
 template <class T> struct ExpBounds;
 template <> struct ExpBounds<double> {
     static constexpr std::int32_t gate = 0x4086232B;  // |x| < 708.39599609375
-    static constexpr double zero_below = from_bits(UINT64_C(0xC0874910D52D3052));       // ln 2^-1075
-    static constexpr double subnormal_below = from_bits(UINT64_C(0xC086232BDD7ABCD3));  // ln 2^-1022
-    static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));   // ln 2^1024
+    static constexpr double zero_below = from_bits(UINT64_C(0xC0874910D52D3052));  // ln 2^-1075
+    static constexpr double subnormal_below =
+        from_bits(UINT64_C(0xC086232BDD7ABCD3));                                       // ln 2^-1022
+    static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));  // ln 2^1024
     static constexpr double late_scaling_above = from_bits(UINT64_C(0x40862E37E7D8BA72));
 };
 template <> struct ExpBounds<float> {
-    static constexpr std::int32_t gate = 0x42AEAC4F;  // |x| < 87.33654
+    static constexpr std::int32_t gate = 0x42AEAC4F;                  // |x| < 87.33654
     static constexpr float zero_below = from_bits(0xC2CFF1B5u);       // ln 2^-150
     static constexpr float subnormal_below = from_bits(0xC2AEAC50u);  // ln 2^-126
     static constexpr float infinite_above = from_bits(0x42B17218u);   // ln 2^128
@@ -36,8 +37,7 @@ template <> struct ExpBounds<float> {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Exp {
+template <class T, class Accuracy> struct Exp {
     using V = Vector<T>;
     using Bounds = ExpBounds<T>;
     KEF_REPORT_NAME(Exp);
@@ -57,10 +57,8 @@ struct Exp {
         if (x >= Bounds::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
         if constexpr (std::is_same_v<T, float>)
             r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
-        else if (x <= Bounds::subnormal_below)
-            r = exp_subnormal(x);
-        else
-            r = x >= Bounds::late_scaling_above ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
+        else if (x <= Bounds::subnormal_below) r = exp_subnormal(x);
+        else r = x >= Bounds::late_scaling_above ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
         return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };

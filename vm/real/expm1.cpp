@@ -31,8 +31,7 @@ template <> struct Expm1Range<float> {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Expm1 {
+template <class T, class Accuracy> struct Expm1 {
     using V = Vector<T>;
     using Range = Expm1Range<T>;
     KEF_REPORT_NAME(Expm1);
@@ -50,7 +49,8 @@ struct Expm1 {
         const V y = maximum(all(Range::minus_one_from), x);  // the second one where x is NaN
         // with_sign: of -0.
         if constexpr (std::is_same_v<T, double>) return with_sign(expm1_core<Accuracy>(y), x);
-        else if constexpr (std::is_same_v<Accuracy, HA>) return with_sign(in_double(y, expm1_core<LA>), x);
+        else if constexpr (std::is_same_v<Accuracy, HA>)
+            return with_sign(in_double(y, expm1_core<LA>), x);
         else if constexpr (std::is_same_v<Accuracy, LA>) return with_sign(expm1_single<LA>(y), x);
         else return expm1_single<EP>(y);
     }

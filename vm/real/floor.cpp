@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Floor {
+template <class T, class> struct Floor {
     using V = Vector<T>;
     KEF_REPORT_NAME(Floor);
     static V fast(V x) { return floored<T>(x); }

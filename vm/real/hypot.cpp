@@ -36,8 +36,7 @@ inline d2 root(d2 x) { return square_root(x); }
 inline double root(double x) { return square_root(all(x))[0]; }
 
 // The root and its error.
-template <class V>
-inline DoubleDouble<V> root_of_squares(V a, V b) {
+template <class V> inline DoubleDouble<V> root_of_squares(V a, V b) {
     const DoubleDouble<V> a2 = two_square(a), b2 = two_square(b);
     const DoubleDouble<V> sum = two_sum(a2.high, b2.high);
     const V s = root(sum.high);
@@ -48,8 +47,7 @@ inline DoubleDouble<V> root_of_squares(V a, V b) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Hypot {
+template <class T, class Accuracy> struct Hypot {
     using V = Vector<T>;
     KEF_REPORT_NAME(Hypot);
     static constexpr bool accurate = std::is_same_v<Accuracy, HA>;
@@ -82,20 +80,10 @@ struct Hypot {
                       square_root(x.high * x.high + y.high * y.high));
     }
 
-    static i4 beyond(i4 a, i4 b)
-        requires(is_single && !accurate)
-    {
-        return infinite_or_nan(a, b);
-    }
-    static V far(V a, V b)
-        requires(is_single && !accurate)
-    {
-        return in_double(a, b);
-    }
+    static i4 beyond(i4 a, i4 b) requires(is_single && !accurate) { return infinite_or_nan(a, b); }
+    static V far(V a, V b) requires(is_single && !accurate) { return in_double(a, b); }
     // Overflow and subnormal results are for the edge.
-    static i4 refuse(i4 r)
-        requires(is_single)
-    {
+    static i4 refuse(i4 r) requires(is_single) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
 

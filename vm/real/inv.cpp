@@ -11,8 +11,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Inv {
+template <class T, class> struct Inv {
     using V = Vector<T>;
     KEF_REPORT_NAME(Inv);
     static constexpr bool arithmetic = true;

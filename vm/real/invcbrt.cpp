@@ -14,8 +14,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct InvCbrt {
+template <class T, class Accuracy> struct InvCbrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(InvCbrt);
 
@@ -25,7 +24,8 @@ struct InvCbrt {
         const V a = absolute(x);
         V r;
         if constexpr (std::is_same_v<T, double>) r = in_double(a);
-        else if constexpr (std::is_same_v<Accuracy, HA>) r = narrow(from_single_estimate(a, inverse_cbrt_from));
+        else if constexpr (std::is_same_v<Accuracy, HA>)
+            r = narrow(from_single_estimate(a, inverse_cbrt_from));
         else r = inverse_cbrt_single<Accuracy>(a);
         return with_sign(r, x);
     }

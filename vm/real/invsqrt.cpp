@@ -6,17 +6,16 @@
 //   x = +infinity           +0
 //
 // Double HA corrects the quotient t = 1/sqrt(x) cut to 22 bits, for which 1 - x t^2 is
-// exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. The single kernels start from the
-// reciprocal instruction, whose last bits depend on the processor: EP is 2^-11.4, LA
-// 2^-22, HA corrects that in double and rounds once, so that its bits do not depend.
+// exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. The single kernels start from
+// the reciprocal instruction, whose last bits depend on the processor: EP is 2^-11.4, LA 2^-22, HA
+// corrects that in double and rounds once, so that its bits do not depend.
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct InvSqrt {
+template <class T, class Accuracy> struct InvSqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(InvSqrt);
 

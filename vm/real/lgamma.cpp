@@ -18,16 +18,13 @@ namespace {
 
 // The formulas take first <= x < large and first <= -x < last, from where all numbers
 // are integers.
-template <class T>
-struct LGammaRange;
-template <>
-struct LGammaRange<double> {
+template <class T> struct LGammaRange;
+template <> struct LGammaRange<double> {
     static constexpr std::uint32_t large = 0x7F400000;  // 2^1013
     static constexpr std::uint32_t last = 0x43300000;   // 2^52
     static constexpr double infinite_above = from_bits(UINT64_C(0x7F5754D9278B51A8));
 };
-template <>
-struct LGammaRange<float> {
+template <> struct LGammaRange<float> {
     static constexpr std::uint32_t large = 0x7C44AF8E;  // infinite_above
     static constexpr std::uint32_t last = 0x4B000000;   // 2^23
     static constexpr float infinite_above = from_bits(0x7C44AF8Eu);
@@ -52,8 +49,7 @@ DoubleDouble<d2> lgamma_one(double x) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<LGamma, T, Accuracy>;
     using Range = LGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
@@ -65,8 +61,7 @@ struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
                not_between(h, negative + first, negative + Range::last);
     }
 
-    template <class A>
-    static d2 near(d2 x) { return lgamma_near<A>(x); }
+    template <class A> static d2 near(d2 x) { return lgamma_near<A>(x); }
     static f4 near_single(f4 x) { return lgamma_single<Accuracy>(x); }
     static d2 far_one(d2 x) {
         using Inner = std::conditional_t<Kernel::in_double, LA, EP>;
@@ -84,10 +79,8 @@ struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
             return r = Format<T>::infinity, VTM_STATUS_SING;
         if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
         const DoubleDouble<d2> parts = lgamma_one(x);
-        if constexpr (Kernel::single)
-            r = rounded_once(parts);
-        else
-            r = parts.high[0] + parts.low[0];
+        if constexpr (Kernel::single) r = rounded_once(parts);
+        else r = parts.high[0] + parts.low[0];
         return VTM_STATUS_OK;
     }
 };

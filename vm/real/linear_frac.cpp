@@ -36,7 +36,8 @@ inline DoubleDouble<V> quotient(DoubleDouble<V> numerator, DoubleDouble<V> denom
     const V inverse = 1.0 / denominator.high;
     const V q = numerator.high * inverse;
     const DoubleDouble<V> back = two_product(q, denominator.high);
-    const V rest = ((numerator.high - back.high) - back.low) + (numerator.low - q * denominator.low);
+    const V rest =
+        ((numerator.high - back.high) - back.low) + (numerator.low - q * denominator.low);
     return {q, rest * inverse};
 }
 
@@ -63,7 +64,8 @@ struct ScaledLinear {
     int exponent;
 };
 ScaledLinear linear_scaled(double scale, double x, double shift) {
-    if (!is_finite(scale) || !is_finite(x) || !is_finite(shift)) return {{scale * x + shift, 0.0}, 0};
+    if (!is_finite(scale) || !is_finite(x) || !is_finite(shift))
+        return {{scale * x + shift, 0.0}, 0};
     if (scale == 0 || x == 0) {
         const double sum = scale * x + shift;
         const int e = sum == 0 ? 0 : exponent_of(sum);
@@ -75,7 +77,8 @@ ScaledLinear linear_scaled(double scale, double x, double shift) {
     // Beyond 2^-400 of the shift the product only decides a tie.
     const int below = product_e - e < -400 ? -400 : product_e - e;
     const double s = scaled(scale, -scale_e);
-    DoubleDouble<double> sum = linear(s, split(s), scaled(scaled(x, -x_e), below), scaled(shift, -e));
+    DoubleDouble<double> sum =
+        linear(s, split(s), scaled(scaled(x, -x_e), below), scaled(shift, -e));
     if (sum.high == 0) return {sum, 0};
     const int normal = exponent_of(sum.high);
     return {{scaled(sum.high, -normal), scaled(sum.low, -normal)}, e + normal};
@@ -83,8 +86,7 @@ ScaledLinear linear_scaled(double scale, double x, double shift) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-class LinearFrac {
+template <class T, class Accuracy> class LinearFrac {
 public:
     using V = Vector<T>;
     KEF_REPORT_NAME(LinearFrac);
@@ -115,23 +117,29 @@ public:
     Two<V> fast(V a, V b) const {
         if constexpr (!is_exact) {
             const auto linear = [](T scale, V x, T shift) {
-                if constexpr (std::is_same_v<Accuracy, LA>) return linear_in_parts(all(scale), x, all(shift));
+                if constexpr (std::is_same_v<Accuracy, LA>)
+                    return linear_in_parts(all(scale), x, all(shift));
                 else return scale * x + shift;
             };
-            const V numerator = linear(scalea_, a, shifta_), denominator = linear(scaleb_, b, shiftb_);
+            const V numerator = linear(scalea_, a, shifta_),
+                    denominator = linear(scaleb_, b, shiftb_);
             const auto room = [](V sum, std::int64_t least) { return (l2)absolute(sum) - least; };
             return {numerator / denominator,
                     (V)(room(numerator, least_numerator_) | room(denominator, least_denominator_))};
         } else if constexpr (!is_single) {
-            const DoubleDouble<V> numerator = linear(all(scalea_), split(all(scalea_)), a, all(shifta_));
-            const DoubleDouble<V> denominator = linear(all(scaleb_), split(all(scaleb_)), b, all(shiftb_));
+            const DoubleDouble<V> numerator =
+                linear(all(scalea_), split(all(scalea_)), a, all(shifta_));
+            const DoubleDouble<V> denominator =
+                linear(all(scaleb_), split(all(scaleb_)), b, all(shiftb_));
             const DoubleDouble<V> q = quotient(numerator, denominator);
             const V r = q.high + q.low;
-            return {r, minimum(absolute(r), minimum(absolute(numerator.high), absolute(denominator.high)))};
+            return {r, minimum(absolute(r),
+                               minimum(absolute(numerator.high), absolute(denominator.high)))};
         } else {
             const d2x2 x = widen(a), y = widen(b);
             const auto part = [this](d2 u, d2 v) {
-                return (u * double(scalea_) + double(shifta_)) / (v * double(scaleb_) + double(shiftb_));
+                return (u * double(scalea_) + double(shifta_)) /
+                       (v * double(scaleb_) + double(shiftb_));
             };
             const V r = narrow(part(x.low, y.low), part(x.high, y.high));
             return {r, all(T(1))};
@@ -140,18 +148,15 @@ public:
 
     // Larger arguments: times 2^-300, the shifts and so the sums times 2^-600. What of a
     // shift underflows does not count beside a sum that the gate lets pass.
-    i4 beyond(i4 a, i4 b) const
-        requires(!is_exact)
-    {
+    i4 beyond(i4 a, i4 b) const requires(!is_exact) {
         const auto finite = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
         const std::int32_t last = last_ < 0 ? -1 : finite;
         return (last - magnitude(a)) | (last - magnitude(b));
     }
-    Two<V> far(V a, V b) const
-        requires(!is_exact)
-    {
+    Two<V> far(V a, V b) const requires(!is_exact) {
         constexpr T s = T(0x1p-300);
-        return LinearFrac(scalea_ * s, shifta_ * (s * s), scaleb_ * s, shiftb_ * (s * s)).fast(a * s, b * s);
+        return LinearFrac(scalea_ * s, shifta_ * (s * s), scaleb_ * s, shiftb_ * (s * s))
+            .fast(a * s, b * s);
     }
 
     i4 refuse(i4 r, i4 guard) const {
@@ -185,11 +190,10 @@ private:
     std::int32_t last_;  // largest head of ordinary arguments; -1: the scalars are not ordinary
 };
 
-#define KEF_LINEAR_FRAC(type, accuracy)                                                         \
-    void type##LinearFrac_##accuracy(std::int32_t n, const element_##type* a,                   \
-                                     const element_##type* b, element_##type scalea,            \
-                                     element_##type shifta, element_##type scaleb,              \
-                                     element_##type shiftb, element_##type* r) {                \
+#define KEF_LINEAR_FRAC(type, accuracy)                                                           \
+    void type##LinearFrac_##accuracy(                                                             \
+        std::int32_t n, const element_##type* a, const element_##type* b, element_##type scalea,  \
+        element_##type shifta, element_##type scaleb, element_##type shiftb, element_##type* r) { \
         map2<LinearFrac<element_##type, accuracy>>(n, a, b, r, {scalea, shifta, scaleb, shiftb}); \
     }
 KEF_LINEAR_FRAC(s, HA)

@@ -15,8 +15,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Ln {
+template <class T, class Accuracy> struct Ln {
     using V = Vector<T>;
     KEF_REPORT_NAME(Ln);
 

@@ -27,8 +27,7 @@ inline DoubleDouble<d2> log10_parts(DoubleDouble<d2> log) {
     return {high * log10_e_high, high * log10_e_low + rest * log10_e};
 }
 
-template <class Accuracy>
-inline d2 log10_core(d2 x, double shift = 0) {
+template <class Accuracy> inline d2 log10_core(d2 x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const DoubleDouble<d2> parts = log10_parts(log_parts(x, shift));
         return parts.high + parts.low;
@@ -39,8 +38,7 @@ inline d2 log10_core(d2 x, double shift = 0) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Log10 {
+template <class T, class Accuracy> struct Log10 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Log10);
 

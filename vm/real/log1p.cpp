@@ -28,8 +28,7 @@ template <> struct Log1pRange<float> {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Log1p {
+template <class T, class Accuracy> struct Log1p {
     using V = Vector<T>;
     using Range = Log1pRange<T>;
     KEF_REPORT_NAME(Log1p);

@@ -7,8 +7,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Modf {
+template <class T, class> struct Modf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Modf);
     static i4 outside(i4 h) { return not_finite<T>(h); }

@@ -6,8 +6,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Mul {
+template <class T, class> struct Mul {
     using V = Vector<T>;
     KEF_REPORT_NAME(Mul);
     static constexpr bool arithmetic = true;

@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct NearbyInt {
+template <class T, class> struct NearbyInt {
     using V = Vector<T>;
     KEF_REPORT_NAME(NearbyInt);
     static V fast(V x) { return nearest<T>(x); }

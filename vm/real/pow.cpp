@@ -18,8 +18,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Pow : PowFormula<T, Accuracy> {
+template <class T, class Accuracy> struct Pow : PowFormula<T, Accuracy> {
     KEF_REPORT_NAME(Pow);
     static i4 outside(i4 a, i4 b) { return Pow::x_outside(a) | Pow::y_outside(b); }
     static int edge(T a, T b, T& r) { return pow_edge(a, b, r); }

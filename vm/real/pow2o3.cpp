@@ -13,8 +13,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Pow2o3 {
+template <class T, class Accuracy> struct Pow2o3 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Pow2o3);
 
@@ -24,7 +23,9 @@ struct Pow2o3 {
         const V a = absolute(x);
         V r;
         if constexpr (std::is_same_v<T, double>) r = in_double(a);
-        else if constexpr (std::is_same_v<Accuracy, HA>) r = narrow(from_single_estimate(a, [](d2 x, d2 y) { return x * inverse_cbrt_from(x, y); }));
+        else if constexpr (std::is_same_v<Accuracy, HA>)
+            r = narrow(
+                from_single_estimate(a, [](d2 x, d2 y) { return x * inverse_cbrt_from(x, y); }));
         else r = a * inverse_cbrt_single<Accuracy>(a);
         return r;
     }

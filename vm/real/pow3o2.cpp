@@ -40,8 +40,7 @@ inline DoubleDouble<d2> pow3o2_parts(d2 x) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Pow3o2 {
+template <class T, class Accuracy> struct Pow3o2 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Pow3o2);
 

@@ -6,8 +6,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-class Powx : public PowFormula<T, Accuracy> {
+template <class T, class Accuracy> class Powx : public PowFormula<T, Accuracy> {
 public:
     using V = Vector<T>;
     KEF_REPORT_NAME(Powx);
@@ -23,10 +22,10 @@ private:
     i4 b_outside_;
 };
 
-#define KEF_POWX(type, accuracy)                                                              \
-    void type##Powx_##accuracy(std::int32_t n, const element_##type* a, element_##type b,     \
-                               element_##type* r) {                                           \
-        map1<Powx<element_##type, accuracy>>(n, a, r, Powx<element_##type, accuracy>(b));     \
+#define KEF_POWX(type, accuracy)                                                          \
+    void type##Powx_##accuracy(std::int32_t n, const element_##type* a, element_##type b, \
+                               element_##type* r) {                                       \
+        map1<Powx<element_##type, accuracy>>(n, a, r, Powx<element_##type, accuracy>(b)); \
     }
 KEF_POWX(s, HA)
 KEF_POWX(s, EP)

@@ -6,8 +6,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Rint {
+template <class T, class> struct Rint {
     using V = Vector<T>;
     KEF_REPORT_NAME(Rint);
     static constexpr bool arithmetic = true;

@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Round {
+template <class T, class> struct Round {
     using V = Vector<T>;
     KEF_REPORT_NAME(Round);
     static V fast(V x) { return rounded<T>(x); }

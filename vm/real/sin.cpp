@@ -15,8 +15,7 @@ struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, std::is_same_v<Accuracy, 
     using V = Vector<T>;
     KEF_TRIG_NAME(Sin);
 
-    template <TrigReach reach>
-    static V compute(V x) {
+    template <TrigReach reach> static V compute(V x) {
         return sine_fast<T, Accuracy, reach, Phase::sine>(x);
     }
 

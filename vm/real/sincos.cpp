@@ -10,13 +10,11 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy> struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(SinCos);
 
-    template <TrigReach reach>
-    static Two<V> compute(V x) {
+    template <TrigReach reach> static Two<V> compute(V x) {
         if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>) {
             const TrigReduced reduced = trig_reduce<sine_bias, reach>(x);
             const TrigPowers p = trig_powers(reduced);

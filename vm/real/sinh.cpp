@@ -14,8 +14,7 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Sinh {
+template <class T, class Accuracy> struct Sinh {
     using V = Vector<T>;
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Sinh);
@@ -43,7 +42,8 @@ struct Sinh {
         if (is_infinite(x)) return r = x, VTM_STATUS_OK;
         const T a = x < 0 ? -x : x;
         int status = VTM_STATUS_OK;
-        if (a < Range::large_value) r = static_cast<T>(0.5f * rounded_once(twice_sinh_parts(all(double(a)))));
+        if (a < Range::large_value)
+            r = static_cast<T>(0.5f * rounded_once(twice_sinh_parts(all(double(a)))));
         else status = half_exp(a, r);
         if (x < 0) r = -r;
         return status;

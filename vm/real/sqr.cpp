@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Sqr {
+template <class T, class> struct Sqr {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqr);
     static constexpr bool arithmetic = true;

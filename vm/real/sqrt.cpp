@@ -11,8 +11,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Sqrt {
+template <class T, class> struct Sqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sqrt);
     static constexpr bool arithmetic = true;

@@ -6,8 +6,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Sub {
+template <class T, class> struct Sub {
     using V = Vector<T>;
     KEF_REPORT_NAME(Sub);
     static constexpr bool arithmetic = true;

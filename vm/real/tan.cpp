@@ -12,15 +12,11 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy>
-struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy> struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Tan);
 
-    template <TrigReach reach>
-    static V compute(V x) {
-        return tangent_fast<T, Accuracy, reach>(x);
-    }
+    template <TrigReach reach> static V compute(V x) { return tangent_fast<T, Accuracy, reach>(x); }
 
     static int edge(T x, T& r) {
         int status;

@@ -29,8 +29,7 @@ inline f4 tanh_rational(f4 x) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct Tanh {
+template <class T, class Accuracy> struct Tanh {
     using V = Vector<T>;
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Tanh);

@@ -20,18 +20,15 @@ namespace kef::vm {
 namespace {
 
 // The formulas take first <= |x| < last; 1/x is Gamma(x) below first.
-template <class T>
-struct TGammaRange;
-template <>
-struct TGammaRange<double> {
-    static constexpr std::uint32_t last = 0x40654000;   // 170
+template <class T> struct TGammaRange;
+template <> struct TGammaRange<double> {
+    static constexpr std::uint32_t last = 0x40654000;  // 170
     static constexpr double first_value = 0x1p-963;
     static constexpr double infinite_above = from_bits(UINT64_C(0x406573FAE561F648));
     static constexpr double zero_below = -184;  // |Gamma(x)| < 2^-1080
 };
-template <>
-struct TGammaRange<float> {
-    static constexpr std::uint32_t last = 0x42300000;   // 44
+template <> struct TGammaRange<float> {
+    static constexpr std::uint32_t last = 0x42300000;  // 44
     static constexpr float first_value = 0x1p-126f;
     static constexpr float infinite_above = from_bits(0x420C2910u);
     static constexpr float zero_below = -42;  // |Gamma(x)| < 2^-151
@@ -57,8 +54,7 @@ bool tgamma_one(double x, DoubleDouble<double>& r) {
 
 }  // namespace
 
-template <class T, class Accuracy>
-struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<TGamma, T, Accuracy>;
     using Range = TGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
@@ -66,8 +62,7 @@ struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
 
     static i4 beyond(i4 h) { return not_between(magnitude(h), first, Range::last); }
 
-    template <class A>
-    static d2 near(d2 x) { return tgamma_near<A>(x); }
+    template <class A> static d2 near(d2 x) { return tgamma_near<A>(x); }
     static f4 near_single(f4 x) { return tgamma_single<Accuracy>(x); }
     static d2 far_one(d2 x) { return tgamma_far(x); }
 

@@ -5,8 +5,7 @@
 
 namespace kef::vm {
 
-template <class T, class>
-struct Trunc {
+template <class T, class> struct Trunc {
     using V = Vector<T>;
     KEF_REPORT_NAME(Trunc);
     static V fast(V x) { return truncated(x); }

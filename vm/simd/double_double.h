@@ -8,28 +8,22 @@
 namespace kef::vm {
 
 // high + low; normalised where |low| <= ulp(high)/2.
-template <class V>
-struct DoubleDouble {
-    V high, low;
-};
+template <class V> struct DoubleDouble { V high, low; };
 
 // a + b exactly, for |a| >= |b| or a = 0.
-template <class V>
-inline DoubleDouble<V> fast_two_sum(V a, V b) {
+template <class V> inline DoubleDouble<V> fast_two_sum(V a, V b) {
     const V sum = a + b;
     return {sum, b - (sum - a)};
 }
 
 // a + b exactly.
-template <class V>
-inline DoubleDouble<V> two_sum(V a, V b) {
+template <class V> inline DoubleDouble<V> two_sum(V a, V b) {
     const V sum = a + b, b_part = sum - a;
     return {sum, (a - (sum - b_part)) + (b - b_part)};
 }
 
 // a as two halves of at most 26 bits; |a| < 2^996.
-template <class V>
-inline DoubleDouble<V> split(V a) {
+template <class V> inline DoubleDouble<V> split(V a) {
     const V t = a * 134217729.0;  // 2^27 + 1
     const V high = t - (t - a);
     return {high, a - high};
@@ -49,18 +43,17 @@ inline DoubleDouble<V> two_product(V a, DoubleDouble<V> a_halves, V b, DoubleDou
     return {product, low};
 }
 
-template <class V>
-inline DoubleDouble<V> two_product(V a, V b) {
+template <class V> inline DoubleDouble<V> two_product(V a, V b) {
     return two_product(a, split(a), b, split(b));
 }
 
 // a^2 exactly, as two_product.
-template <class V>
-inline DoubleDouble<V> two_square(V a) {
+template <class V> inline DoubleDouble<V> two_square(V a) {
     const DoubleDouble<V> halves = split(a);
     const V square = a * a;
     const V cross = halves.high * halves.low;
-    return {square, ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
+    return {square,
+            ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
 }
 
 // a b for normalised a and b, normalised; relative error below 2^-77.

@@ -15,7 +15,7 @@ template <> struct Format<double> {
     using Bits = std::uint64_t;
     static constexpr std::uint32_t infinity_head = 0x7FF00000;  // also: smallest NaN
     static constexpr std::int32_t one_head = 0x3FF00000;
-    static constexpr std::uint32_t normal_head = 0x00100000;    // smallest normal number
+    static constexpr std::uint32_t normal_head = 0x00100000;  // smallest normal number
     static constexpr double infinity = from_bits(UINT64_C(0x7FF0000000000000));
     static constexpr double smallest_normal = from_bits(UINT64_C(0x0010000000000000));
     static constexpr double invalid = from_bits(UINT64_C(0xFFF8000000000000));  // domain error

@@ -22,10 +22,10 @@
 //
 // The loop owns the count test, the control register, groups of four (where there are no
 // gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
-// with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a gate
-// holds a group back, the group tries the second formula for its lanes outside; then
-// each element of it goes through the gates alone, and only those that are held back then come to the edge. So an element's result does not
-// depend on its place, its neighbours, on n or on alignment.
+// with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a
+// gate holds a group back, the group tries the second formula for its lanes outside; then each
+// element of it goes through the gates alone, and only those that are held back then come to the
+// edge. So an element's result does not depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
 #include <array>
@@ -43,10 +43,7 @@ struct LA;
 struct HA;
 struct EP;
 
-template <class V>
-struct Two {
-    V first, second;
-};
+template <class V> struct Two { V first, second; };
 
 // Doubles as float results, and the lanes that are midpoints for the gate `refuse`.
 inline Two<f4> with_midpoints(d2x2 x) {
@@ -128,8 +125,7 @@ template <class K, std::size_t... N>
 int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
     if constexpr (std::tuple_size_v<std::remove_cvref_t<decltype(r)>> == 1)
         return k.edge(x[N]..., r[0]);
-    else
-        return k.edge(x[N]..., r[0], r[1]);
+    else return k.edge(x[N]..., r[0], r[1]);
 }
 
 // The verdicts of the optional gates.
@@ -141,8 +137,7 @@ inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) 
 }
 template <class K, class Vectors, std::size_t... N>
 inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) {
-    if constexpr (requires { k.refuse(y[N].head()...); })
-        return any_lane(k.refuse(y[N].head()...));
+    if constexpr (requires { k.refuse(y[N].head()...); }) return any_lane(k.refuse(y[N].head()...));
     return false;
 }
 
@@ -150,9 +145,11 @@ inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) 
 template <class K, class T, std::size_t I, class Store>
 inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
     constexpr auto indices = std::make_index_sequence<I>();
-    if (is_outside(k, x, indices)) [[unlikely]] return false;
+    if (is_outside(k, x, indices)) [[unlikely]]
+        return false;
     const auto y = apply([&](auto... v) { return k.fast(v...); }, x, indices);
-    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]] return false;
+    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]]
+        return false;
     store_results(y);
     return true;
 }
@@ -161,7 +158,8 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_
 template <class K, std::size_t I>
 inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) {
     return requires(const K& k, i4 h) { k.beyond((static_cast<void>(N), h)...); };
-}(std::make_index_sequence<I>());
+}
+(std::make_index_sequence<I>());
 
 // The same for a group that the first gate holds back, where there is a second formula.
 template <class K, class T, std::size_t I, class Store>
@@ -170,7 +168,8 @@ inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_re
         constexpr auto indices = std::make_index_sequence<I>();
         const auto [outside, beyond] = [&]<std::size_t... N>(std::index_sequence<N...>) {
             return std::array<i4, 2>{k.outside(x[N].head()...), k.beyond(x[N].head()...)};
-        }(indices);
+        }
+        (indices);
         if (any_lane(beyond)) return false;
         auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
         if (!all_lanes(outside)) {
@@ -206,8 +205,8 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
         if (status != VTM_STATUS_OK)
             guard.report([&] {
-                handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1],
-                                             &out[0][i], &out[O - 1][i]});
+                handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
+                                             &out[O - 1][i]});
             });
     }
 }
@@ -244,11 +243,11 @@ inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& ou
 }
 
 template <class K, class T, std::size_t I, std::size_t O>
-inline void run(const K k, int n, const std::array<const T*, I>& in,
-                const std::array<T*, O>& out) {
+inline void run(const K k, int n, const std::array<const T*, I>& in, const std::array<T*, O>& out) {
     if (n <= 0) return;
     constexpr bool has_edge = requires { &K::edge; };
-    ControlGuard<requires { K::arithmetic; }> guard;
+    constexpr bool arithmetic = requires { K::arithmetic; };
+    ControlGuard<arithmetic> guard;
 
     int i = 0;
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
@@ -259,7 +258,8 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
             for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
         });
         if constexpr (has_edge)
-            if (!done) [[unlikely]] again(k, i, group, guard, in, out);
+            if (!done) [[unlikely]]
+                again(k, i, group, guard, in, out);
     }
 
     const int rest = n - i;
@@ -270,7 +270,8 @@ inline void run(const K k, int n, const std::array<const T*, I>& in,
         for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, rest);
     });
     if constexpr (has_edge)
-        if (!done) [[unlikely]] again(k, i, rest, guard, in, out);
+        if (!done) [[unlikely]]
+            again(k, i, rest, guard, in, out);
 }
 
 }  // namespace frame
@@ -291,19 +292,19 @@ template <class K, class T>
 
 // Define the kernel of a slot, named as in surface.def, from the functor
 // template Function<element, accuracy>.
-#define KEF_MAP1(type, function, accuracy)                                          \
+#define KEF_MAP1(type, function, accuracy)                                                         \
     void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* r) { \
-        map1<function<element_##type, accuracy>>(n, a, r);                          \
+        map1<function<element_##type, accuracy>>(n, a, r);                                         \
     }
-#define KEF_MAP2(type, function, accuracy)                                          \
-    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
-                                     const element_##type* b, element_##type* r) {  \
-        map2<function<element_##type, accuracy>>(n, a, b, r);                       \
+#define KEF_MAP2(type, function, accuracy)                                         \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,      \
+                                     const element_##type* b, element_##type* r) { \
+        map2<function<element_##type, accuracy>>(n, a, b, r);                      \
     }
-#define KEF_MAP1X2(type, function, accuracy)                                        \
-    void type##function##_##accuracy(std::int32_t n, const element_##type* a,       \
-                                     element_##type* y, element_##type* z) {        \
-        map1x2<function<element_##type, accuracy>>(n, a, y, z);                     \
+#define KEF_MAP1X2(type, function, accuracy)                                                     \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* y, \
+                                     element_##type* z) {                                        \
+        map1x2<function<element_##type, accuracy>>(n, a, y, z);                                  \
     }
 
 }  // namespace kef::vm

@@ -94,8 +94,9 @@ inline l2 sign_mask(l2 x) {
 inline i4 sign_mask(i4 x) { return x >> 31; }
 
 // x, or what is nearest to it in [-bound, bound].
-template <class V, class T>
-inline V within(V x, T bound) { return minimum(maximum(x, all(-bound)), all(bound)); }
+template <class V, class T> inline V within(V x, T bound) {
+    return minimum(maximum(x, all(-bound)), all(bound));
+}
 
 // The lanes of `mask` from x, the others from y.
 inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
@@ -130,8 +131,7 @@ inline float narrow(double high, double low) {
 }
 
 // A single-precision formula computed in double precision.
-template <class Formula>
-inline f4 in_double(f4 x, Formula formula) {
+template <class Formula> inline f4 in_double(f4 x, Formula formula) {
     const d2x2 wide = widen(x);
     return narrow(formula(wide.low), formula(wide.high));
 }

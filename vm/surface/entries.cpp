@@ -24,8 +24,7 @@ constexpr bool consistent(Kernel k0, Kernel k1, Kernel k2, float c0, float c1, f
 // Dispatch table and, right behind it, cost table: one object, so that nothing
 // can come between. Not in an unnamed namespace: then the tables
 // would not be exported. The library reads a slot at every call and writes none.
-template <class Function>
-struct Tables {
+template <class Function> struct Tables {
     Function* slot[3];
     float cost[3];
 };
@@ -47,13 +46,13 @@ struct Tables {
 #define KEF_DATA_LABEL(name)
 #define KEF_TABLE
 #endif
-#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)                                   \
+#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)                                     \
     static_assert(consistent(k0, k1, k2, c0, c1, c2), "one kernel, two costs: " #type #function); \
-    extern KEF_TABLE Tables<shape::form<element_##type>> tables_##type##function                \
-        __asm__(KEF_LABEL(kef_vtm_kernel_##type##function##_ttab));                              \
-    Tables<shape::form<element_##type>> tables_##type##function = {                              \
-        {type##function##_##k0, type##function##_##k1, type##function##_##k2}, {c0, c1, c2}};    \
-    static_assert(offsetof(Tables<shape::form<element_##type>>, cost) == 3 * sizeof(void*));     \
+    extern KEF_TABLE Tables<shape::form<element_##type>> tables_##type##function __asm__(         \
+        KEF_LABEL(kef_vtm_kernel_##type##function##_ttab));                                       \
+    Tables<shape::form<element_##type>> tables_##type##function = {                               \
+        {type##function##_##k0, type##function##_##k1, type##function##_##k2}, {c0, c1, c2}};     \
+    static_assert(offsetof(Tables<shape::form<element_##type>>, cost) == 3 * sizeof(void*));      \
     __asm__(".globl " KEF_LABEL(kef_vtm_kernel_##type##function##_ctab) "\n"                     \
             ".set " KEF_LABEL(kef_vtm_kernel_##type##function##_ctab) ", "                       \
             KEF_LABEL(kef_vtm_kernel_##type##function##_ttab) " + 3 * "                          \
@@ -104,17 +103,17 @@ using namespace kef::vm;
 #define KEF_JOIN_(a, b) a##b
 #define KEF_JOIN(a, b) KEF_JOIN_(a, b)
 
-#define KEF_ENTRY(type, function, form, suffix, number)                                         \
-    void KEF_JOIN(_vtm##type##function, suffix) KEF_PARAMETERS_##form(element_##type) {         \
-        tables_##type##function.slot[number] KEF_ARGUMENTS_##form;                              \
+#define KEF_ENTRY(type, function, form, suffix, number)                                 \
+    void KEF_JOIN(_vtm##type##function, suffix) KEF_PARAMETERS_##form(element_##type) { \
+        tables_##type##function.slot[number] KEF_ARGUMENTS_##form;                      \
     }
 
 extern "C" {
-#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)           \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)             \
-    KEF_ENTRY(type, function, form, _HA, 1)                             \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)             \
-    void _vtm##type##function KEF_PARAMETERS_##form(element_##type)     \
+#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)       \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)         \
+    KEF_ENTRY(type, function, form, _HA, 1)                         \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)         \
+    void _vtm##type##function KEF_PARAMETERS_##form(element_##type) \
         __attribute__((alias("_vtm" #type #function "_HA")));
 #include "vm/surface/surface.def"
 #undef KEF_ROW
