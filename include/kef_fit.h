@@ -31,36 +31,16 @@ KEF_BEGIN_DECLS
 
 typedef struct kef_df_task kef_df_task;
 
+/* DF_STATUS_..., listed with their meanings in kef_fit_status.def. */
 enum {
-    DF_STATUS_OK = 0,
-    DF_STATUS_NULL_TASK = -1000,
-    DF_STATUS_NO_MEMORY = -1001,
-    DF_STATUS_METHOD = -1002, /* method argument of a compute entry */
-    DF_STATUS_NX = -1004,     /* too few breakpoints, or 2^31 and more */
-    DF_STATUS_X = -1005,      /* null; with the check flag: not finite and ascending */
-    DF_STATUS_X_HINT = -1006,
-    DF_STATUS_NY = -1007, /* no functions, or values without functions */
-    DF_STATUS_Y = -1008,  /* null, or a function without values */
-    DF_STATUS_Y_HINT = -1009,
-    DF_STATUS_ORDER = -1010,
-    DF_STATUS_TYPE = -1011,
-    DF_STATUS_INTERNAL_TYPE = -1012,
-    DF_STATUS_INTERNAL_CONDITIONS = -1013,
-    DF_STATUS_BOUNDARY_TYPE = -1014,
-    DF_STATUS_BOUNDARY_CONDITIONS = -1015,
-    DF_STATUS_COEFFICIENTS = -1016, /* null, or a function without coefficients */
-    DF_STATUS_COEFFICIENT_HINT = -1017,
-    DF_STATUS_PARAMETER = -1019,  /* parameter identifier or row index */
-    DF_STATUS_SITE_COUNT = -1020, /* negative number of sites or limits */
-    DF_STATUS_SITES = -1021,      /* null sites or limits */
-    DF_STATUS_SITE_HINT = -1022,
-    DF_STATUS_DERIVATIVES = -1023, /* no derivative asked for */
-    DF_STATUS_RESULTS = -1024,     /* null results or cells */
-    DF_STATUS_RESULT_HINT = -1025,
-    DF_STATUS_SEARCH_FUNCTION = -1026, /* null search function */
-    DF_STATUS_CHECK_FLAG = -1036,
-    DF_STATUS_NULL_OUTPUT = -1037
+#define KEF_STATUS_ROW(name, code, meaning) name = code,
+#include "kef_fit_status.def"
+#undef KEF_STATUS_ROW
 };
+
+/* The meaning of a status in a few English words, for messages; "unknown status" for a code
+ * that is none. Never null; the text belongs to the library. */
+KEF_API const char *kef_df_status_text(int32_t status);
 
 /* Parameter identifiers. */
 enum {

@@ -12,38 +12,17 @@
 
 KEF_BEGIN_DECLS
 
-/* Status of every function here that says "status": 0 or one of these. */
+/* Status of every function here that says "status": VTS_STATUS_OK or one of the codes listed with
+ * their meanings in kef_rng_status.def. */
 enum {
-    VTS_STATUS_OK = 0,
-    VTS_STATUS_BAD_METHOD = -2,      /* an initialiser was given an unknown method */
-    VTS_STATUS_BAD_ARGUMENT = -3,    /* zero length, null pointer, wrong count of parameters */
-    VTS_STATUS_NO_MEMORY = -4,       /* an allocation failed */
-    VTS_STATUS_NULL_ENTRY = -5,      /* registration with a null routine */
-    VTS_STATUS_BAD_BRNG = -1000,     /* unknown, out-of-range, refused or differing generator id */
-    VTS_STATUS_NO_LEAPFROG = -1002,  /* the generator cannot leapfrog, or not by this count */
-    VTS_STATUS_NO_SKIPAHEAD = -1003, /* the generator cannot skip ahead */
-    VTS_STATUS_BAD_STATE_SIZE = -1008,      /* registration: negative state size */
-    VTS_STATUS_BAD_WORD_SIZE = -1009,       /* registration: word size not 4, 8 or 16 */
-    VTS_STATUS_BAD_SEED_COUNT = -1010,      /* registration: seed count not positive */
-    VTS_STATUS_BAD_BIT_COUNT = -1011,       /* registration: bit count not positive */
-    VTS_STATUS_REGISTRY_FULL = -1012,       /* registration: all 512 rows are in use */
-    VTS_STATUS_BAD_LEAPFROG_COUNT = -1013,  /* leapfrog with a negative number of streams */
-    VTS_STATUS_NO_BITS = -1014,             /* the generator has no 32 or 64 random bits */
-    VTS_STATUS_FILE_CLOSE = -1100,          /* closing a stream file failed */
-    VTS_STATUS_FILE_OPEN = -1101,           /* opening a stream file failed */
-    VTS_STATUS_FILE_WRITE = -1102,          /* a write to a stream file was short */
-    VTS_STATUS_FILE_READ = -1103,           /* a read from a stream file was short */
-    VTS_STATUS_TOO_LARGE = -1104,           /* an image has no room for the state or chunks */
-    VTS_STATUS_BAD_FILE = -1110,            /* the content of a stream file was not accepted */
-    VTS_STATUS_NO_NUMBERS = -1120,          /* a refill callback gave no number */
-    VTS_STATUS_BAD_REFILL = -1121,          /* a refill callback claims too many numbers */
-    VTS_STATUS_WRONG_ABSTRACT_TYPE = -1122, /* an abstract stream makes another type */
-    VTS_STATUS_NO_RDRAND = -1130,           /* the processor has no working RDRAND instruction */
-    VTS_STATUS_RDRAND_FAILED = -1131,       /* RDRAND gave nothing in ten tries */
-    VTS_STATUS_BAD_IMAGE = -1200,           /* the content of a memory image was not accepted */
-    VTS_STATUS_RO_ENTRY_NOT_FOUND = -3000,  /* shared table: id null, zero or absent */
-    VTS_STATUS_RO_TABLE_FULL = -3001        /* shared table: 128 entries in use */
+#define KEF_STATUS_ROW(name, code, meaning) name = code,
+#include "kef_rng_status.def"
+#undef KEF_STATUS_ROW
 };
+
+/* The meaning of a status in a few English words, for messages; "unknown status" for a code
+ * that is none. Never null; the text belongs to the library. */
+KEF_API const char *kef_vts_status_text(int32_t status);
 
 /* Generator ids: (row + 1) << 20, plus the number of a sub-generator. Below
  * 0x100000 stand the small ids 0 MCG31M1, 1 R250, 2 MRG32K3A, 3 MCG59, 4 to 276

@@ -21,16 +21,17 @@ typedef struct kef_complex16 {
     double re, im;
 } kef_complex16;
 
-/* Status of a vector-math call: the last element error of the thread. */
+/* Status of a vector-math call, the last element error of the thread: VTM_STATUS_OK or one of the
+ * codes listed with their meanings in kef_vm_status.def. */
 enum {
-    VTM_STATUS_OK = 0,       /* no error since the status was last cleared */
-    VTM_STATUS_BADSIZE = -1, /* an array size is not positive */
-    VTM_STATUS_BADMEM = -2,  /* a null pointer was passed */
-    VTM_STATUS_ERRDOM = 1,   /* an argument is outside the function's domain */
-    VTM_STATUS_SING = 2,     /* an argument is a pole of the function */
-    VTM_STATUS_OVERFLOW = 3, /* a finite result is too large for its type */
-    VTM_STATUS_UNDERFLOW = 4 /* a non-zero result is subnormal or too small */
+#define KEF_STATUS_ROW(name, code, meaning) name = code,
+#include "kef_vm_status.def"
+#undef KEF_STATUS_ROW
 };
+
+/* The meaning of a status in a few English words, for messages; "unknown status" for a code
+ * that is none. Never null; the text belongs to the library. */
+KEF_API const char *kef_vtm_status_text(int32_t status);
 
 /* Mode word: the OR of at most one value of each field. */
 enum {

@@ -32,7 +32,8 @@ std::vector<std::string> lines_of(const std::vector<std::string>& command) {
 std::set<std::string> declared_names() {
     std::vector<std::string> command = {"gcc", "-E", "-P", "-x", "c"};
     for (const auto& header : std::filesystem::directory_iterator(KEF_SOURCE_DIR "/include"))
-        if (header.path().filename() != "kef_vm_functions.h")  // part of kef_vm.h
+        if (header.path().extension() == ".h" &&
+            header.path().filename() != "kef_vm_functions.h")  // part of kef_vm.h
             command.insert(command.end(), {"-include", header.path()});
     command.push_back("/dev/null");
     std::string all;
