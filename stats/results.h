@@ -169,6 +169,12 @@ template <class T> std::int32_t take_up(const Task& task, BasicState& state) {
         return static_cast<const T*>(array)[i];
     };
 
+    // A lone last variable stands in both lanes, and its kernels read both.
+    const auto put = [&](d2& pair, std::ptrdiff_t a, double value) {
+        pair[a & 1] = value;
+        if (A.pair[a / 2].alone()) pair[1] = value;
+    };
+
     // The k-th central sums: `sum` where it is written, else `moment`.
     const auto central = [&](FieldSet sum_field, const void* sum, FieldSet moment_field,
                              const void* moment, d2 CentralSums::*member) {
@@ -177,7 +183,7 @@ template <class T> std::int32_t take_up(const Task& task, BasicState& state) {
         if (!sums && !has(moment_field)) return false;
         for (std::ptrdiff_t a = 0; a < state.count; ++a) {
             const std::ptrdiff_t i = state.variable[a];
-            (A.sums[a / 2].central.*member)[a & 1] = sums ? at(sum, i) : at(moment, i) * N;
+            put(A.sums[a / 2].central.*member, a, sums ? at(sum, i) : at(moment, i) * N);
         }
         return true;
     };
@@ -185,14 +191,15 @@ template <class T> std::int32_t take_up(const Task& task, BasicState& state) {
                          const void* moment) {
         for (std::ptrdiff_t a = 0; a < state.count; ++a) {
             const std::ptrdiff_t i = state.variable[a];
-            if (has(sum_field)) A.sums[a / 2].raw_high[k - 1][a & 1] = at(sum, i);
-            else if (has(moment_field)) A.sums[a / 2].raw_high[k - 1][a & 1] = at(moment, i) * W;
+            d2& raw_sum = A.sums[a / 2].raw_high[k - 1];
+            if (has(sum_field)) put(raw_sum, a, at(sum, i));
+            else if (has(moment_field)) put(raw_sum, a, at(moment, i) * W);
         }
     };
 
     if (has(mean))
         for (std::ptrdiff_t a = 0; a < state.count; ++a)
-            A.sums[a / 2].mean_high[a & 1] = at(task.mean, state.variable[a]);
+            put(A.sums[a / 2].mean_high, a, at(task.mean, state.variable[a]));
     raw(1, sum, task.sum, mean, task.mean);
     raw(2, raw_sum_2, task.raw_sum_2, raw_moment_2, task.raw_moment_2);
     raw(3, raw_sum_3, task.raw_sum_3, raw_moment_3, task.raw_moment_3);

@@ -242,6 +242,55 @@ TEST(StatsBasic, TakesUpTheStateInTheArrays) {
         }
 }
 
+// Each block in a task of its own, with the arrays and the weights brought over.
+template <class T> void check_state_carried_by_arrays(double bound) {
+    std::mt19937 random(7);
+    const std::uint64_t sets[] = {everything,
+                                  moments,
+                                  sums | VTS_SS_ESTIMATE_MEAN,
+                                  mean_and_variance,
+                                  moments | matrices,
+                                  mean_and_variance | VTS_SS_ESTIMATE_COVARIANCE};
+    for (int p = 1; p <= 5; ++p)
+        for (int storage : {VTS_SS_STORAGE_ROWS, VTS_SS_STORAGE_COLUMNS})
+            for (int method : data_methods)
+                for (int blocks : {1, 2, 7, 30}) {
+                    const int n = 90 + int(random() % 600);
+                    const std::uint64_t estimates = sets[random() % std::size(sets)];
+                    SCOPED_TRACE(testing::Message()
+                                 << "p " << p << " n " << n << " storage " << storage << " method "
+                                 << method << " blocks " << blocks << " estimates " << estimates);
+                    const auto data = normal_data<T>(p, n, 3, random());
+                    const auto w = random() % 2 ? weights_for<T>(n) : std::vector<T>();
+                    Problem<T> whole(p, n, data, w, storage), carried(p, n, data, w, storage);
+                    ASSERT_EQ(VTS_SS_STATUS_OK, whole.basic(estimates, method));
+                    std::set<int> cuts = {0, n};
+                    while (int(cuts.size()) <= blocks) cuts.insert(random() % n);
+                    for (auto end = std::next(cuts.begin()); end != cuts.end(); ++end) {
+                        const int first = *std::prev(end), count = *end - first;
+                        Problem<T> block(
+                            p, count, {data.begin() + first * p, data.begin() + *end * p},
+                            w.empty() ? w : std::vector<T>(w.begin() + first, w.begin() + *end),
+                            storage);
+                        const auto from = carried.results(), to = block.results();
+                        for (std::size_t k = 0; k < from.size(); ++k)
+                            *to[k].second = *from[k].second;
+                        block.accumulated = carried.accumulated;
+                        block.set(VTS_SS_ID_ACCUMULATED_WEIGHTS, block.accumulated);
+                        ASSERT_EQ(VTS_SS_STATUS_OK, block.basic(estimates, method));
+                        for (std::size_t k = 0; k < from.size(); ++k)
+                            *from[k].second = *to[k].second;
+                        carried.accumulated = block.accumulated;
+                    }
+                    expect_same(whole, carried, bound);
+                }
+}
+
+TEST(StatsBasic, StateGoesFromTaskToTask) {
+    check_state_carried_by_arrays<double>(1e-11);
+    check_state_carried_by_arrays<float>(1e-3);
+}
+
 // W = 0 starts anew whatever the arrays hold, and no array of totals means the same.
 TEST(StatsBasic, StartsAnew) {
     const auto data = normal_data<double>(2, 50, 1);
