@@ -75,7 +75,8 @@ typedef struct kef_vtm_error_record {
     int32_t index; /* position in the caller's vector; the offending
                       count for VTM_STATUS_BADSIZE */
     double argument1;
-    double argument2; /* equals argument1 for one-argument functions */
+    double argument2; /* the scalar for Powx; equals argument1 for
+                         one-argument functions */
     double result1;   /* may be replaced by the callback */
     double result2;   /* likewise; equals result1 where there is one */
     char name[64];    /* the reporting function, for instance "vdExp" */

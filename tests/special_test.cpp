@@ -167,6 +167,8 @@ void check(const Case& c, int slot) {
                 EXPECT_TRUE(record.name == "v" + name || record.name == with_accuracy)
                     << record.name;
                 EXPECT_EQ(record.argument1, first_component(row, c.arguments[0]));
+                const Bytes& second = row.scalars == 1 ? c.scalars[0] : c.arguments.back();
+                EXPECT_EQ(record.argument2, first_component(row, second));
                 const double result = first_component(row, c.results[0]);
                 EXPECT_TRUE(record.result1 == result ||
                             (std::isnan(result) && std::isnan(record.result1)));

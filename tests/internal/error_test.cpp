@@ -148,5 +148,24 @@ TEST(ErrorHandler, UnrelatedInterfaceVector) {
     }
 }
 
+// Distances of half the address space and more, forwards and back.
+TEST(ErrorHandler, IndexInAVectorOfAnyLength) {
+    kef_vtm_kernel_SetErrorCallBack(keep);
+    constexpr std::uintptr_t start = 0x1000, half = ~std::uintptr_t{0} / 2 + 1;
+    const auto index_of = [](std::uintptr_t vector, std::uintptr_t start_of_all) {
+        double r = 1;
+        kef_vtm_kernel_SetInterfInputVectorPointer(reinterpret_cast<const void*>(start_of_all));
+        handle_error(ElementError<double>{99, 3, "vdF", reinterpret_cast<const double*>(vector), 1,
+                                          1, &r, &r});
+        return last.index;
+    };
+    for (const std::uintptr_t distance : {std::uintptr_t{40}, half + 40, half + half / 2 + 80}) {
+        const auto elements = static_cast<std::int32_t>(distance / sizeof(double));
+        EXPECT_EQ(index_of(start + distance, start), elements + 3);
+        EXPECT_EQ(index_of(start, start + distance), 3 - elements);
+    }
+    kef_vtm_kernel_SetInterfInputVectorPointer(nullptr);
+}
+
 }  // namespace
 }  // namespace kef::vm

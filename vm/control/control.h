@@ -5,28 +5,28 @@
 
 #include <xmmintrin.h>
 
+#include "vm/control/error.h"
 #include "vm/control/thread_state.h"
 
 namespace kef::vm {
 
-// Rounds to nearest, and flushes subnormals only where the mode word asks for it.
-// Puts the caller's control bits back at the end, and loads the register only
-// where that is a change.
+// Rounds to nearest, masks all exceptions, and flushes subnormals only where the mode
+// word asks for it. Puts the caller's control bits back at the end, and loads the register
+// only where that is a change. A trap comes from the error handler alone.
 //
-// Flags: an arithmetic kernel raises those of its one operation, as the instruction
-// does. Any other masks all exceptions and forgets what its formulas raise on the
-// way; flags come from the error handler alone, in exception mode.
+// Flags: an arithmetic kernel adds those of its one operation to the caller's. Any other
+// forgets what its formulas raise on the way. Those of the error handler stay.
 template <bool arithmetic> class ControlGuard {
 public:
     ControlGuard() : callers_(_mm_getcsr()) {
         const bool flush = (mode() & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON;
-        own_ = (callers_ & ~controlled) | (flush ? flush_to_zero | denormals_are_zero : 0);
-        if constexpr (!arithmetic) own_ |= masks;
+        own_ = (callers_ & ~controlled) | masks | (flush ? flush_to_zero | denormals_are_zero : 0);
         if (own_ != callers_) [[unlikely]]
             _mm_setcsr(own_);
     }
     ~ControlGuard() {
         if constexpr (arithmetic) {
+            // A flag that is loaded together with its mask open does not trap.
             if (own_ != callers_) [[unlikely]]
                 _mm_setcsr(callers_ | (_mm_getcsr() & flags));
         } else {
@@ -37,14 +37,14 @@ public:
     ControlGuard& operator=(const ControlGuard&) = delete;
 
     // Runs the error handler: with the caller's masks, so that an exception that he
-    // unmasked is trapped, and its flags stay.
-    template <class Report> void report(Report handle) {
-        if constexpr (!arithmetic) _mm_setcsr((own_ & ~masks) | (callers_ & masks));
-        handle();
-        if constexpr (!arithmetic) {
-            callers_ |= _mm_getcsr() & flags;
-            _mm_setcsr(own_);
-        }
+    // unmasked is trapped, and with the flags that he had, so that a signal names the
+    // exception of the report; what the handler raises stays.
+    template <class T> [[gnu::noinline, gnu::cold]] void report(const ElementError<T>& error) {
+        const std::uint32_t computing = _mm_getcsr();
+        _mm_setcsr((own_ & ~(masks | flags)) | (callers_ & (masks | flags)));
+        handle_error(error);
+        callers_ |= _mm_getcsr() & flags;
+        _mm_setcsr(arithmetic ? computing : own_);
     }
 
 private:

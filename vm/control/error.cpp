@@ -135,11 +135,15 @@ void handle_error(const ElementError<Argument, Result>& error) {
     }
 
     if (state.interface_input != nullptr) {
-        const auto distance = reinterpret_cast<std::intptr_t>(error.vector1) -
-                              reinterpret_cast<std::intptr_t>(state.interface_input);
+        const auto vector = reinterpret_cast<std::uintptr_t>(error.vector1);
+        const auto start = reinterpret_cast<std::uintptr_t>(state.interface_input);
+        const std::uintptr_t elements =
+            (vector >= start ? vector - start : start - vector) / sizeof(Argument);
         // Cut to 32 bits: the pointer may belong to another vector.
-        record.index = static_cast<std::int32_t>(
-            error.index + distance / static_cast<std::intptr_t>(sizeof(Argument)));
+        const auto index = static_cast<std::uint32_t>(error.index);
+        const auto distance = static_cast<std::uint32_t>(elements);
+        record.index =
+            static_cast<std::int32_t>(vector >= start ? index + distance : index - distance);
     }
     widen(error.argument1, record.argument1, record.argument1_imag);
     widen(error.argument2, record.argument2, record.argument2_imag);

@@ -6,8 +6,7 @@
 //   a/0                     infinity, singularity
 //   quotient too large      infinity, overflow
 //
-// The division itself raises the flags; every case shows as an infinite or NaN
-// quotient, which is the gate.
+// The flags are those of the division.
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -19,8 +18,8 @@ template <class T, class> struct Div {
     KEF_REPORT_NAME(Div);
     static constexpr bool arithmetic = true;
     static V fast(V a, V b) { return a / b; }
-    // A gate on quotients makes the divider wait. In double precision there is one on the
-    // arguments instead: |a| < 2^511 and 2^-511 <= |b| < 2^511.
+    // Single: the quotient is finite. In double precision that gate would make the divider
+    // wait; the one on the arguments, |a| < 2^511 and 2^-511 <= |b| < 2^511, does not.
     static i4 outside(i4 a, i4 b) requires std::is_same_v<T, double> {
         constexpr std::int32_t first = 0x20000000, last = 0x5FE00000;
         return (magnitude(a) >= last) | not_between(magnitude(b), first, last);
@@ -31,9 +30,11 @@ template <class T, class> struct Div {
 
     static int edge(T a, T b, T& r) {
         r = a / b;
-        if (is_nan(a) || is_nan(b)) return VTM_STATUS_OK;
-        if (is_nan(r)) return VTM_STATUS_ERRDOM;
-        if (is_infinite(a) || !is_infinite(r)) return VTM_STATUS_OK;
+        if (is_finite(r)) return VTM_STATUS_OK;
+        // No comparison from here on meets a subnormal number but one that was divided by.
+        if (!is_finite(a))
+            return is_nan(r) && !is_nan(a) && is_infinite(b) ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
+        if (is_nan(r)) return is_finite(b) ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
         return b == 0 ? VTM_STATUS_SING : VTM_STATUS_OVERFLOW;
     }
 };

@@ -2,9 +2,9 @@
 //
 //   x NaN                   NaN
 //   x = +-0                 +-infinity, singularity
-//   |x| < about 2^-1024     +-infinity, overflow (single: 2^-128)
+//   |x| <= 2^-1024          +-infinity, overflow (single: 2^-128)
 //
-// The gate is the finite quotient, as for Div.
+// The flags are those of the division.
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -16,7 +16,7 @@ template <class T, class> struct Inv {
     KEF_REPORT_NAME(Inv);
     static constexpr bool arithmetic = true;
     static V fast(V x) { return all(T(1)) / x; }
-    // Of the argument: a gate on the quotients would make the divider wait.
+    // Normal numbers: a gate on the quotients would make the divider wait.
     static i4 outside(i4 h) {
         return not_between(magnitude(h), Format<T>::normal_head, Format<T>::infinity_head);
     }

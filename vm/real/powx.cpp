@@ -16,6 +16,7 @@ public:
     i4 outside(i4 a) const { return Powx::x_outside(a) | b_outside_; }
     auto fast(V a) const { return PowFormula<T, Accuracy>::fast(a, all(b_)); }
     int edge(T a, T& r) const { return pow_edge(a, b_, r); }
+    T scalar() const { return b_; }
 
 private:
     T b_;

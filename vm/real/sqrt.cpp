@@ -4,7 +4,7 @@
 //   x = +-0                 x
 //   x < 0                   invalid NaN, domain error
 //
-// The instruction raises the flags; the gate is a finite root.
+// The flags are those of the instruction; the gate is a finite root.
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -20,8 +20,8 @@ template <class T, class> struct Sqrt {
 
     static int edge(T x, T& r) {
         r = square_root(all(x))[0];
-        // Comparing a quiet NaN would raise invalid.
-        return !is_nan(x) && x < 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
+        // By bits first: a comparison raises a flag for a subnormal number.
+        return is_nan(r) && (is_finite(x) || !is_nan(x)) ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
 };
 

@@ -34,13 +34,14 @@ template <> struct Format<float> {
     static constexpr float integral_from = 0x1p23f;
 };
 
+// Comparisons, which raise flags for subnormal numbers and signalling NaN.
 template <class T> inline bool is_nan(T x) { return x != x; }
 template <class T> inline bool is_infinite(T x) {
     return x == Format<T>::infinity || x == -Format<T>::infinity;
 }
-// By bits: raises no flag for a signalling NaN or for infinity minus itself.
+// By bits: raises no flag.
 template <class T> inline bool is_finite(T x) {
-    return (to_bits(x) << 1) < (to_bits(Format<T>::infinity) << 1);
+    return (static_cast<std::uint32_t>(head(x)) & 0x7FFFFFFF) < Format<T>::infinity_head;
 }
 
 // A NaN argument as result: the same payload, quiet.

@@ -17,7 +17,8 @@
 //                          `outside` holds back and `beyond` does not
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
-//   K::arithmetic          optional: one arithmetic operation, whose flags are raised;
+//   k.scalar()             the second argument of a kernel that has a vector and a scalar
+//   K::arithmetic          optional: one arithmetic operation, whose flags stay raised;
 //                          all other kernels raise none (vm/control/control.h)
 //
 // The loop owns the count test, the control register, groups of four (where there are no
@@ -33,12 +34,12 @@
 #include <utility>
 
 #include "vm/control/control.h"
-#include "vm/control/error.h"
 #include "vm/simd/simd.h"
 
 namespace kef::vm {
 
-// The accuracy tags; each names a slot.
+// The accuracy tags: they tell the kernels of a function apart. Which of them stand in which
+// slots is said in surface.def.
 struct LA;
 struct HA;
 struct EP;
@@ -128,6 +129,13 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
     else return k.edge(x[N]..., r[0], r[1]);
 }
 
+// The second argument in a report.
+template <class K, class T, std::size_t I>
+inline T second_argument(const K& k, const std::array<T, I>& x) {
+    if constexpr (requires { k.scalar(); }) return k.scalar();
+    else return x[I - 1];
+}
+
 // The verdicts of the optional gates.
 template <class K, class Vectors, std::size_t... N>
 inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) {
@@ -203,11 +211,9 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
         std::array<T, O> r;
         const int status = edge(k, x, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
-        if (status != VTM_STATUS_OK)
-            guard.report([&] {
-                handle_error(ElementError<T>{status, i, K::name, in[0], x[0], x[I - 1], &out[0][i],
-                                             &out[O - 1][i]});
-            });
+        if (status != VTM_STATUS_OK) [[unlikely]]
+            guard.report(ElementError<T>{status, i, K::name, in[0], x[0], second_argument(k, x),
+                                         &out[0][i], &out[O - 1][i]});
     }
 }
 
