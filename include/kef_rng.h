@@ -161,7 +161,9 @@ KEF_API int32_t __vtssNewAbstractStream(kef_stream **stream, int32_t n, float *b
                                         float b, kef_refill_float refill);
 
 /* A new stream that continues like the source, with chunks of its own. On failure
- * *stream is null, except after VTS_STATUS_BAD_BRNG. */
+ * *stream is null, except after VTS_STATUS_BAD_BRNG. The copy of an abstract stream shares buffer
+ * and callback with its source: draw from one of them only, or the refill of one overwrites
+ * numbers of the other. */
 KEF_API int32_t __vtsCopyStream(kef_stream **stream, const kef_stream *source);
 
 /* Copies the generator's state; both streams must be of the same generator, by its small id
@@ -184,17 +186,25 @@ KEF_API int32_t __vtsGetStreamStateBrng(const kef_stream *stream);
 
 /* --- chunks ---------------------------------------------------------------- */
 
-/* Attaches `size` bytes of data at the end of the list. Without a shared id (null or zero) the
- * stream takes the data over, a block of the library's allocator; null data with a
- * positive size asks for a new block of zeros. With the id of an entry in the shared table the
- * chunk refers to the entry's data, and data given is freed. */
+/* A block of `size` bytes at an address that is a multiple of 128, not initialised, or null; such
+ * blocks are what chunks and shared entries take over. __vtsFree gives back a block that
+ * nothing took over, or null. */
+KEF_API void *__vtsAllocate(uint64_t size);
+KEF_API void __vtsFree(void *block);
+
+/* Attaches `size` bytes of data at the end of the list. The stream takes the data over, a block of
+ * __vtsAllocate; null data with a positive size, and without a shared id (null or zero), asks
+ * for a new block of zeros. With the id of an entry in the shared table whose block holds
+ * `size` bytes the chunk refers to the entry's data, and data given is freed; where the entry is
+ * absent or smaller the chunk keeps the id and what was given, null data too.
+ * VTS_STATUS_NO_MEMORY leaves stream and data as they were. */
 KEF_API int32_t __vtsAddChunk(kef_stream *stream, int32_t key, const uint32_t *shared_id,
                               void *data, int32_t size);
 /* Data of the first chunk with the key, or null. */
 KEF_API void *__vtsSearchChunk(const kef_stream *stream, int32_t key);
 KEF_API int32_t __vtsGetNumChunks(const kef_stream *stream);
 KEF_API int32_t __vtsDeleteChunks(kef_stream *stream);
-/* Appends copies of the source's chunks: private data is copied, shared data gets
+/* Appends copies of the source's chunks: data of its own is copied, shared data gets
  * one more reference. VTS_STATUS_NO_MEMORY leaves the destination as it was. */
 KEF_API int32_t __vtsCopyChunks(kef_stream *destination, const kef_stream *source);
 
@@ -208,11 +218,12 @@ KEF_API int32_t _vtsCopyChunks(kef_stream *destination, const kef_stream *source
 /* --- shared read-only data -------------------------------------------------- */
 
 /* Data that chunks of several streams use; at most 128 entries. An entry may move
- * when another one is removed. Guarded by one spin lock. */
+ * when another one is removed. Guarded by one spin lock. Data that chunks of streams refer to
+ * outlives its entry, should that be unregistered once too often. */
 typedef struct kef_shared_entry {
     uint32_t id[4];
     uint32_t references;
-    void *data; /* a block of the library's allocator, freed with the last reference; or null */
+    void *data; /* a block of __vtsAllocate, freed with the last reference; or null */
 } kef_shared_entry;
 
 enum { VTS_MAX_SHARED_ENTRIES = 128 };
@@ -221,7 +232,8 @@ KEF_API int32_t __vtsFindGlobRODataTableEntry(const uint32_t *id, kef_shared_ent
 /* Appends an entry with one reference. */
 KEF_API int32_t __vtsCreateGlobRODataTableEntry(kef_shared_entry **entry, const uint32_t *id,
                                                 void *data);
-/* One more reference; the chunk's data pointer becomes the entry's. */
+/* One more reference; the chunk's data pointer becomes the entry's. VTS_STATUS_BAD_ARGUMENT when
+ * the entry's block does not hold the chunk's size. */
 KEF_API int32_t __vtsRegisterGlobRODataReference(const uint32_t *id, kef_chunk *chunk);
 /* One reference less; the last one removes the entry. */
 KEF_API int32_t __vtsUnregisterGlobRODataReference(const uint32_t *id);
@@ -237,10 +249,14 @@ KEF_API int32_t __vtsGenerateNewGlobalRODataTableEntryId(uint32_t *id, int32_t t
  * A name of negative length ends with a zero byte. */
 KEF_API int32_t __vtsSaveStreamF(const kef_stream *stream, const char *name, int32_t length);
 KEF_API int32_t __vtsLoadStreamF(kef_stream **stream, const char *name, int32_t length);
-/* The buffer holds __vtsGetStreamSize bytes. */
+/* The buffer holds __vtsGetStreamSize bytes. __vtsLoadStreamM believes the counts and sizes in the
+ * image; an image from outside is loaded with the number of bytes that are there, and one that
+ * claims more is refused with VTS_STATUS_BAD_IMAGE. */
 KEF_API int32_t __vtsSaveStreamM(const kef_stream *stream, void *image);
 KEF_API int32_t __vtsLoadStreamM(kef_stream **stream, const void *image);
-/* Bytes of the image, or a negative status. */
+KEF_API int32_t __vtsLoadStreamMBounded(kef_stream **stream, const void *image, uint64_t size);
+/* Bytes of the image, or the status by which saving refuses the stream: VTS_STATUS_BAD_BRNG,
+ * VTS_STATUS_TOO_LARGE. */
 KEF_API int32_t __vtsGetStreamSize(const kef_stream *stream);
 
 /* --- basic generators -------------------------------------------------------- */

@@ -1,7 +1,7 @@
 // What all basic generators share. A generator G states
 //   struct State                               what follows the stream's header
 //   using Word                                 its raw word
-//   seed(State&, n, words, sub)                status; n >= 0
+//   seed(State&, n, words, sub)                status; n > 0, one word 1 where the caller has none
 //   words(State&, r, n, sub)                   status; n > 0 raw words, the state advances
 //   template <class Real> class Map            Map(sub, a, b), then map(words, n, r)
 // and, where the mathematics allows it,
@@ -22,13 +22,17 @@ inline std::int32_t sub_generator(const kef_stream* stream) {
     return resolve(stream->header.brng).sub;
 }
 
+// The seed of a request without words.
+inline constexpr std::uint32_t default_seed[1] = {1};
+
 template <class G>
 std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
                         const std::uint32_t* parameters) {
     auto& state = state_of<typename G::State>(stream);
     switch (method) {
         case VTS_INIT_SEED:
-            return G::seed(state, std::max(n, 0), parameters, sub_generator(stream));
+            return n > 0 ? G::seed(state, n, parameters, sub_generator(stream))
+                         : G::seed(state, 1, default_seed, sub_generator(stream));
         case VTS_INIT_LEAPFROG:
             if constexpr (requires { G::leapfrog(stream, state, 0u, 0); })
                 return G::leapfrog(stream, state, parameters[0], n);
@@ -83,6 +87,16 @@ void draw_from_block(std::uint32_t (&x)[n], std::int32_t& position, std::uint32_
         r += taken;
         count -= taken;
     }
+}
+
+// Whether a position and a block of n words can be those of a stream: a linear recurrence never
+// leads to zeros. `first_mask`: the bits of x[0] that take part in it when the whole block is used.
+template <std::int32_t n>
+bool valid_block(const std::uint32_t (&x)[n], std::int32_t position,
+                 std::uint32_t first_mask = ~std::uint32_t{0}) {
+    return position >= 0 && position <= n &&
+           ((x[0] & first_mask) != 0 ||
+            std::any_of(x + 1, x + n, [](std::uint32_t w) { return w != 0; }));
 }
 
 // --- maps of 32-bit words ------------------------------------------------------------------

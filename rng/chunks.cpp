@@ -21,24 +21,44 @@ void delete_list(kef_chunk* chunk) {
     }
 }
 
-void* copy_block(const void* data, std::int32_t size) {
-    void* const copy = allocate_aligned(static_cast<std::size_t>(size));
-    if (copy != nullptr) std::memcpy(copy, data, static_cast<std::size_t>(size));
+kef_chunk* new_chunk(std::int32_t key, const std::uint32_t* shared_id, void* data,
+                     std::int32_t size) {
+    auto* chunk = static_cast<kef_chunk*>(allocate_aligned(sizeof(kef_chunk)));
+    if (chunk == nullptr) return nullptr;
+    *chunk = {key, size, data, nullptr, {}};
+    if (shared_id != nullptr) std::copy_n(shared_id, 4, chunk->shared_id);
+    return chunk;
+}
+
+// With one more reference, or a copy of the data; null when there is no memory.
+kef_chunk* copy_of(const kef_chunk& source) {
+    kef_chunk* const copy = new_chunk(source.key, source.shared_id, nullptr, source.size);
+    if (copy == nullptr || refer_alike(*copy, source)) return copy;
+    if (source.data == nullptr || source.size <= 0) return copy;
+    const auto size = static_cast<std::size_t>(source.size);
+    copy->data = allocate_aligned(size);
+    if (copy->data == nullptr) {
+        free_aligned(copy);
+        return nullptr;
+    }
+    std::memcpy(copy->data, source.data, size);
     return copy;
+}
+
+void append(kef_stream* stream, kef_chunk* chunk) {
+    Header& header = stream->header;
+    (header.last == nullptr ? header.first : header.last->next) = chunk;
+    header.last = chunk;
 }
 
 }  // namespace
 
 std::int32_t attach(kef_stream* stream, std::int32_t key, const std::uint32_t* shared_id,
-                    void* data, std::int32_t size, bool check_size) {
-    auto* chunk = static_cast<kef_chunk*>(allocate_aligned(sizeof(kef_chunk)));
+                    void* data, std::int32_t size) {
+    kef_chunk* const chunk = new_chunk(key, shared_id, data, size);
     if (chunk == nullptr) return VTS_STATUS_NO_MEMORY;
-    *chunk = {key, size, data, nullptr, {}};
-    if (shared_id != nullptr) std::copy_n(shared_id, 4, chunk->shared_id);
-    if (refer(*chunk, check_size) && chunk->data != data) free_aligned(data);
-    Header& header = stream->header;
-    (header.last == nullptr ? header.first : header.last->next) = chunk;
-    header.last = chunk;
+    if (refer(*chunk) && chunk->data != data) free_aligned(data);
+    append(stream, chunk);
     return VTS_STATUS_OK;
 }
 
@@ -90,22 +110,15 @@ KEF_TWO_NAMES(std::int32_t, vtsCopyChunks, kef_stream* destination, const kef_st
     kef_chunk* const old_last = header.last;
     const kef_chunk* const end = source->header.last;  // also where source is destination
     for (const kef_chunk* chunk = source->header.first; chunk != nullptr; chunk = chunk->next) {
-        void* data = nullptr;
-        std::int32_t status = VTS_STATUS_OK;
-        if (chunk->data != nullptr && chunk->size > 0) {
-            data = copy_block(chunk->data, chunk->size);
-            if (data == nullptr) status = VTS_STATUS_NO_MEMORY;
-        }
-        if (status == VTS_STATUS_OK)
-            status = attach(destination, chunk->key, chunk->shared_id, data, chunk->size);
-        if (status != VTS_STATUS_OK) {
-            free_aligned(data);
+        kef_chunk* const copy = copy_of(*chunk);
+        if (copy == nullptr) {
             kef_chunk*& added = old_last == nullptr ? header.first : old_last->next;
             delete_list(added);
             added = nullptr;
             header.last = old_last;
-            return status;
+            return VTS_STATUS_NO_MEMORY;
         }
+        append(destination, copy);
         if (chunk == end) break;
     }
     return VTS_STATUS_OK;

@@ -26,6 +26,9 @@ template <std::int32_t capacity> struct DigitalNet {
         std::uint32_t* x() { return body; }
         std::uint32_t* v(std::int32_t bit) { return body + dimension * (1 + bit); }
         std::uint32_t* prefix(std::uint32_t i) { return body + dimension * (33 + i); }
+        const std::uint32_t* x() const { return body; }
+        const std::uint32_t* v(std::int32_t bit) const { return body + dimension * (1 + bit); }
+        const std::uint32_t* prefix(std::uint32_t i) const { return body + dimension * (33 + i); }
     };
     static constexpr std::uint32_t group = 32;
     static bool has_prefixes(const State& s) { return s.dimension * (33 + group) <= capacity; }
@@ -53,7 +56,7 @@ template <std::int32_t capacity> struct DigitalNet {
     static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* words,
                              std::uint32_t default_dimensions, std::uint32_t index, Fill fill) {
         std::memset(&s, 0, sizeof s);
-        const std::uint32_t wanted = n == 0 ? 1 : words[0];
+        const std::uint32_t wanted = words[0];
         if (n > 1) {
             if (wanted == 0 || wanted > max_dimension ||
                 static_cast<std::uint32_t>(n) != 1 + 32 * wanted)
@@ -194,9 +197,25 @@ template <std::int32_t capacity> struct DigitalNet {
 
     template <class Real> using Map = FullWordMap<Real>;
 
+    // The counters in their ranges, and the point and the prefixes those of the direction numbers.
+    // After a leapfrog one coordinate of the point goes on alone.
     static bool valid(const State& s, std::int32_t) {
-        return s.dimension != 0 && s.dimension <= max_dimension && s.component < s.dimension &&
-               s.leap <= 1;
+        if (s.dimension == 0 || s.dimension > max_dimension || s.component >= s.dimension ||
+            s.leap > 1)
+            return false;
+        for (std::uint32_t c = 0; c < s.dimension; ++c) {
+            if (s.leap != 0 && c != s.component) continue;
+            std::uint32_t x = 0;
+            for (std::uint32_t gray = s.index ^ s.index >> 1; gray != 0; gray &= gray - 1)
+                x ^= s.v(std::countr_zero(gray))[c];
+            if (s.x()[c] != x) return false;
+        }
+        for (std::uint32_t i = 0; i < group && has_prefixes(s); ++i)
+            for (std::uint32_t c = 0; c < s.dimension; ++c)
+                if (s.prefix(i)[c] !=
+                    (i == 0 ? 0 : s.prefix(i - 1)[c] ^ s.v(std::countr_zero(i))[c]))
+                    return false;
+        return true;
     }
 };
 

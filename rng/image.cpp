@@ -56,15 +56,20 @@ class MemoryReader {
 public:
     static constexpr std::int32_t bad_content = VTS_STATUS_BAD_IMAGE;
     static constexpr std::size_t trusted = std::numeric_limits<std::size_t>::max();
-    explicit MemoryReader(const void* image) : at_(static_cast<const char*>(image)) {}
+    MemoryReader(const void* image, std::size_t size)
+        : at_(static_cast<const char*>(image)), left_(size) {}
+    bool may_hold(std::size_t size) const { return size <= left_; }
     std::int32_t read(void* data, std::size_t size) {
+        if (!may_hold(size)) return bad_content;
         std::memcpy(data, at_, size);
         at_ += size;
+        left_ -= size;
         return VTS_STATUS_OK;
     }
 
 private:
     const char* at_;
+    std::size_t left_;
 };
 
 // The caller's name: zero-terminated when the length is negative.
@@ -92,6 +97,7 @@ public:
     std::int32_t write(const void* data, std::size_t size) {
         return std::fwrite(data, size, 1, file_) == 1 ? VTS_STATUS_OK : VTS_STATUS_FILE_WRITE;
     }
+    bool may_hold(std::size_t) const { return true; }
     std::int32_t read(void* data, std::size_t size) {
         return std::fread(data, size, 1, file_) == 1 ? VTS_STATUS_OK : VTS_STATUS_FILE_READ;
     }
@@ -112,16 +118,17 @@ std::int32_t data_size(const kef_chunk& chunk) {
     return chunk.data == nullptr || chunk.size < 0 ? 0 : chunk.size;
 }
 
-std::size_t state_size(const Place& place) {
-    const std::int32_t size = place.brng().stream_state_size - std::int32_t{sizeof(Header)};
-    return size > 0 ? static_cast<std::size_t>(size) : 0;
-}
-
-// What the 16-bit fields have no room for cannot be saved.
-std::int32_t check_fields(const Place& place, const kef_stream* stream) {
+// Bytes of the image, or the status of a stream that cannot be saved: the fields for the size of
+// the state and the number of chunks have 16 bits.
+std::int32_t image_size(const kef_stream* stream) {
     constexpr std::int32_t most = 0xFFFF;
-    return state_size(place) > most || __vtsGetNumChunks(stream) > most ? VTS_STATUS_TOO_LARGE
-                                                                        : VTS_STATUS_OK;
+    const Place place = resolve(stream->header.brng);
+    if (!valid(place)) return VTS_STATUS_BAD_BRNG;
+    if (state_bytes(place) > most || __vtsGetNumChunks(stream) > most) return VTS_STATUS_TOO_LARGE;
+    auto size = static_cast<std::int64_t>(sizeof(ImageHeader) + state_bytes(place));
+    for (const kef_chunk* chunk = stream->header.first; chunk != nullptr; chunk = chunk->next)
+        size += static_cast<std::int64_t>(sizeof(ChunkRecord)) + data_size(*chunk);
+    return size > INT32_MAX ? VTS_STATUS_TOO_LARGE : static_cast<std::int32_t>(size);
 }
 
 template <class Writer> std::int32_t save(const kef_stream* stream, Writer& writer) {
@@ -130,7 +137,7 @@ template <class Writer> std::int32_t save(const kef_stream* stream, Writer& writ
     header.version = 1;
     std::copy_n(magic, sizeof magic, header.magic);
     header.header_size = sizeof header;
-    header.state_size = static_cast<std::uint16_t>(state_size(place));
+    header.state_size = static_cast<std::uint16_t>(state_bytes(place));
     header.chunks = static_cast<std::uint16_t>(__vtsGetNumChunks(stream));
     header.brng = stream->header.brng;
     std::int32_t status = VTS_STATUS_OK;
@@ -154,13 +161,14 @@ bool accepted(const ImageHeader& header) {
     const auto has_magic = [](const void* at) { return std::memcmp(at, magic, sizeof magic) == 0; };
     if (!has_magic(header.magic) && !has_magic(&header)) return false;
     const Place place = resolve(header.brng);
-    return valid(place) && header.state_size == state_size(place) &&
+    return valid(place) && header.state_size == state_bytes(place) &&
            header.header_size >= sizeof header;
 }
 
 // A new block with `size` bytes of input. A size that the input may not have is believed
 // piece by piece.
 template <class Reader> std::int32_t read_block(Reader& reader, std::size_t size, void*& block) {
+    if (!reader.may_hold(size)) return Reader::bad_content;
     std::size_t room = std::min(size, Reader::trusted), filled = 0;
     auto* data = static_cast<char*>(allocate_aligned(room));
     std::int32_t status = data == nullptr ? VTS_STATUS_NO_MEMORY : VTS_STATUS_OK;
@@ -193,7 +201,7 @@ template <class Reader> std::int32_t read_chunk(kef_stream* stream, Reader& read
     void* data = nullptr;
     if (record.size > 0) status = read_block(reader, static_cast<std::size_t>(record.size), data);
     if (status != VTS_STATUS_OK) return status;
-    status = attach(stream, record.key, record.shared_id, data, record.size, true);
+    status = attach(stream, record.key, record.shared_id, data, record.size);
     if (status != VTS_STATUS_OK) free_aligned(data);
     return status;
 }
@@ -229,44 +237,52 @@ template <class Reader> std::int32_t load(kef_stream** stream, Reader& reader) {
 using namespace kef::rng;
 
 std::int32_t __vtsSaveStreamF(const kef_stream* stream, const char* name, std::int32_t length) {
-    std::int32_t status = check_fields(resolve(stream->header.brng), stream);
-    if (status != VTS_STATUS_OK) return status;
+    const std::int32_t size = image_size(stream);
+    if (size < 0) return size;
     File file;
-    status = file.open(name, length, "wb");
+    const std::int32_t status = file.open(name, length, "wb");
     if (status != VTS_STATUS_OK) return status;
     return file.close(save(stream, file));
 }
 
 std::int32_t __vtsSaveStreamM(const kef_stream* stream, void* image) {
-    const std::int32_t status = check_fields(resolve(stream->header.brng), stream);
-    if (status != VTS_STATUS_OK) return status;
+    const std::int32_t size = image_size(stream);
+    if (size < 0) return size;
     MemoryWriter writer(image);
     return save(stream, writer);
 }
 
+namespace {
+
+// `status`, with no stream left where it is an error.
+std::int32_t settled(kef_stream** stream, std::int32_t status) {
+    if (status != VTS_STATUS_OK) __vtsDeleteStream(stream);
+    return status;
+}
+
+std::int32_t load_memory(kef_stream** stream, const void* image, std::size_t size) {
+    *stream = nullptr;
+    MemoryReader reader(image, size);
+    return settled(stream, load(stream, reader));
+}
+
+}  // namespace
+
 std::int32_t __vtsLoadStreamF(kef_stream** stream, const char* name, std::int32_t length) {
     *stream = nullptr;
     File file;
-    std::int32_t status = file.open(name, length, "rb");
+    const std::int32_t status = file.open(name, length, "rb");
     if (status != VTS_STATUS_OK) return status;
-    status = file.close(load(stream, file));
-    if (status != VTS_STATUS_OK) __vtsDeleteStream(stream);
-    return status;
+    return settled(stream, file.close(load(stream, file)));
 }
 
 std::int32_t __vtsLoadStreamM(kef_stream** stream, const void* image) {
-    *stream = nullptr;
-    MemoryReader reader(image);
-    const std::int32_t status = load(stream, reader);
-    if (status != VTS_STATUS_OK) __vtsDeleteStream(stream);
-    return status;
+    return load_memory(stream, image, SIZE_MAX);
 }
 
-std::int32_t __vtsGetStreamSize(const kef_stream* stream) {
-    const Place place = resolve(stream->header.brng);
-    if (!valid(place)) return VTS_STATUS_BAD_BRNG;
-    std::int64_t size = static_cast<std::int64_t>(sizeof(ImageHeader) + state_size(place));
-    for (const kef_chunk* chunk = stream->header.first; chunk != nullptr; chunk = chunk->next)
-        size += static_cast<std::int64_t>(sizeof(ChunkRecord)) + data_size(*chunk);
-    return size > INT32_MAX ? VTS_STATUS_TOO_LARGE : static_cast<std::int32_t>(size);
+std::int32_t __vtsLoadStreamMBounded(kef_stream** stream, const void* image, std::uint64_t size) {
+    return load_memory(stream, image,
+                       static_cast<std::size_t>(std::min<std::uint64_t>(size, SIZE_MAX)));
 }
+
+std::int32_t __vtsGetStreamSize(const kef_stream* stream) { return image_size(stream); }

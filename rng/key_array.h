@@ -33,13 +33,4 @@ void fill_by_key_array(std::uint32_t (&x)[n], const std::uint32_t* key, std::int
     x[0] = 0x80000000;
 }
 
-// The key of a seed request without words.
-inline constexpr std::uint32_t default_key[1] = {1};
-
-template <std::int32_t n>
-void fill_by_seed(std::uint32_t (&x)[n], std::int32_t words, const std::uint32_t* key) {
-    if (words == 0) fill_by_key_array(x, default_key, 1);
-    else fill_by_key_array(x, key, words);
-}
-
 }  // namespace kef::rng

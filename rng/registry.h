@@ -49,11 +49,16 @@ inline Place resolve(std::int32_t brng) {
 
 bool valid(const Place& place);
 
+// Bytes of state behind the header of a stream block; a user's generator may count too few.
+inline std::size_t state_bytes(const Place& place) {
+    const std::int32_t size = place.brng().stream_state_size - std::int32_t{sizeof(Header)};
+    return size > 0 ? static_cast<std::size_t>(size) : 0;
+}
+
 // The row in __RegBrngsNew of the same generator; for valid places.
 std::int32_t family_row(const Place& place);
 
-// False for a state that no stream of the generator can have and that would lead its routines
-// out of bounds. A user's generator is trusted.
+// False for a state that no stream of the generator can have. A user's generator is trusted.
 bool valid_state(const Place& place, const kef_stream* stream);
 
 #define KEF_BRNG(name, ...) bool valid_state_##name(const kef_stream* stream);

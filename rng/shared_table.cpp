@@ -27,38 +27,93 @@ public:
     Lock& operator=(const Lock&) = delete;
 };
 
-kef_shared_entry table[VTS_MAX_SHARED_ENTRIES];
-std::int32_t entries = 0;
+// `held` of the references are those of chunks in streams. Entries in use stand at the front. One
+// whose references are used up while chunks still hold its data (one Unregister too many) is in
+// use no more, and stands at the back until the last of them lets go.
+struct Entry : kef_shared_entry {
+    std::uint32_t held;
+};
+Entry table[VTS_MAX_SHARED_ENTRIES];
+std::int32_t entries = 0, orphans = 0;
 
-// Under the lock.
-kef_shared_entry* find(const std::uint32_t* id) {
-    kef_shared_entry* const end = table + entries;
-    kef_shared_entry* const entry = std::find_if(
-        table, end, [id](const kef_shared_entry& e) { return std::equal(e.id, e.id + 4, id); });
-    return entry == end ? nullptr : entry;
+// --- under the lock ---
+
+template <class Matches> Entry* find(Entry* first, std::int32_t count, Matches matches) {
+    Entry* const found = std::find_if(first, first + count, matches);
+    return found == first + count ? nullptr : found;
 }
 
-// Under the lock. The block to free when this was the last reference, else null.
-void* drop_reference(kef_shared_entry& entry) {
+bool has_id(const Entry& e, const std::uint32_t* id) { return std::equal(e.id, e.id + 4, id); }
+
+Entry* find(const std::uint32_t* id) {
+    if (is_null_id(id)) return nullptr;
+    return find(table, entries, [id](const Entry& e) { return has_id(e, id); });
+}
+
+Entry* first_orphan() { return table + VTS_MAX_SHARED_ENTRIES - orphans; }
+
+// What the chunk refers to, else null: a chunk whose entry was absent or too small when it was
+// attached has data of its own.
+Entry* referred(const kef_chunk& chunk) {
+    const auto matches = [&chunk](const Entry& e) {
+        return e.data == chunk.data && has_id(e, chunk.shared_id);
+    };
+    Entry* const entry = find(table, entries, matches);
+    return entry != nullptr ? entry : find(first_orphan(), orphans, matches);
+}
+
+// Whether a chunk of this size may refer to the entry. Without data on either side there is nothing
+// to lose and nothing to read.
+bool has_room(const Entry& entry, const kef_chunk& chunk) {
+    if (chunk.size <= 0) return true;
+    if (entry.data == nullptr) return chunk.data == nullptr;
+    return static_cast<std::size_t>(chunk.size) <= block_size(entry.data);
+}
+
+void take_reference(Entry& entry, kef_chunk& chunk) {
+    ++entry.references;
+    chunk.data = entry.data;
+}
+
+// The block to free when nothing uses it any more, else null.
+void* drop_reference(Entry& entry) {
     if (--entry.references != 0) return nullptr;
-    void* const data = entry.data;
+    const Entry last = entry;
     entry = table[--entries];
+    if (last.held == 0) return last.data;
+    ++orphans;
+    *first_orphan() = last;
+    return nullptr;
+}
+void* drop_held_reference(Entry& entry) {
+    if (entry.held != 0) --entry.held;
+    if (&entry < table + entries) return drop_reference(entry);
+    if (entry.held != 0) return nullptr;
+    void* const data = entry.data;
+    entry = *first_orphan();
+    --orphans;
     return data;
 }
 
 }  // namespace
 
-bool refer(kef_chunk& chunk, bool check_size) {
+bool refer(kef_chunk& chunk) {
     if (is_null_id(chunk.shared_id)) return false;
     const Lock lock;
-    kef_shared_entry* const entry = find(chunk.shared_id);
+    Entry* const entry = find(chunk.shared_id);
+    if (entry == nullptr || !has_room(*entry, chunk)) return false;
+    take_reference(*entry, chunk);
+    ++entry->held;
+    return true;
+}
+
+bool refer_alike(kef_chunk& copy, const kef_chunk& source) {
+    if (is_null_id(source.shared_id)) return false;
+    const Lock lock;
+    Entry* const entry = referred(source);
     if (entry == nullptr) return false;
-    if (check_size && chunk.size > 0) {
-        const std::size_t held = entry->data == nullptr ? 0 : block_size(entry->data);
-        if (static_cast<std::size_t>(chunk.size) > held) return false;
-    }
-    ++entry->references;
-    chunk.data = entry->data;
+    take_reference(*entry, copy);
+    ++entry->held;
     return true;
 }
 
@@ -66,9 +121,8 @@ void release(const kef_chunk& chunk) {
     void* data = chunk.data;
     if (!is_null_id(chunk.shared_id)) {
         const Lock lock;
-        kef_shared_entry* const entry = find(chunk.shared_id);
-        // A chunk whose entry was absent when it was attached has data of its own.
-        if (entry != nullptr && entry->data == data) data = drop_reference(*entry);
+        Entry* const entry = referred(chunk);
+        if (entry != nullptr) data = drop_held_reference(*entry);
     }
     free_aligned(data);
 }
@@ -78,9 +132,8 @@ void release(const kef_chunk& chunk) {
 using namespace kef::rng;
 
 std::int32_t __vtsFindGlobRODataTableEntry(const std::uint32_t* id, kef_shared_entry** entry) {
-    if (is_null_id(id)) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
     const Lock lock;
-    kef_shared_entry* const found = find(id);
+    Entry* const found = find(id);
     if (found == nullptr) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
     *entry = found;
     return VTS_STATUS_OK;
@@ -89,29 +142,27 @@ std::int32_t __vtsFindGlobRODataTableEntry(const std::uint32_t* id, kef_shared_e
 std::int32_t __vtsCreateGlobRODataTableEntry(kef_shared_entry** entry, const std::uint32_t* id,
                                              void* data) {
     const Lock lock;
-    if (entries == VTS_MAX_SHARED_ENTRIES) return VTS_STATUS_RO_TABLE_FULL;
-    kef_shared_entry& created = table[entries++];
-    created = {{id[0], id[1], id[2], id[3]}, 1, data};
+    if (entries + orphans == VTS_MAX_SHARED_ENTRIES) return VTS_STATUS_RO_TABLE_FULL;
+    Entry& created = table[entries++];
+    created = {{{id[0], id[1], id[2], id[3]}, 1, data}, 0};
     *entry = &created;
     return VTS_STATUS_OK;
 }
 
 std::int32_t __vtsRegisterGlobRODataReference(const std::uint32_t* id, kef_chunk* chunk) {
-    if (is_null_id(id)) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
     const Lock lock;
-    kef_shared_entry* const entry = find(id);
+    Entry* const entry = find(id);
     if (entry == nullptr) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
-    ++entry->references;
-    chunk->data = entry->data;
+    if (!has_room(*entry, *chunk)) return VTS_STATUS_BAD_ARGUMENT;
+    take_reference(*entry, *chunk);
     return VTS_STATUS_OK;
 }
 
 std::int32_t __vtsUnregisterGlobRODataReference(const std::uint32_t* id) {
-    if (is_null_id(id)) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
     void* data = nullptr;
     {
         const Lock lock;
-        kef_shared_entry* const entry = find(id);
+        Entry* const entry = find(id);
         if (entry == nullptr) return VTS_STATUS_RO_ENTRY_NOT_FOUND;
         data = drop_reference(*entry);
     }

@@ -11,11 +11,15 @@ inline bool is_null_id(const std::uint32_t* id) {
     return id == nullptr || (id[0] | id[1] | id[2] | id[3]) == 0;
 }
 
-// Takes a reference for a chunk and sets its data pointer; false when the id is null or absent,
-// or, where `check_size` asks for it, when the entry's block holds less than the chunk's size.
-bool refer(kef_chunk& chunk, bool check_size);
+// Takes a reference to the entry of the chunk's id and sets the chunk's data pointer; false when
+// the id is null or absent, or when the entry has no room for the chunk's size.
+bool refer(kef_chunk& chunk);
 
-// Gives back the data of a chunk: a reference where it has the entry's data, else the block.
+// Takes one more reference to the data that `source` refers to, for its copy; false when that has
+// data of its own.
+bool refer_alike(kef_chunk& copy, const kef_chunk& source);
+
+// Gives back the data of a chunk: a reference where it refers, else the block.
 void release(const kef_chunk& chunk);
 
 }  // namespace kef::rng

@@ -1,7 +1,6 @@
 // Life of a stream and the requests that its generator's initialiser serves.
 #include "rng/stream.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "service/alloc.h"
@@ -9,9 +8,7 @@
 namespace kef::rng {
 
 kef_stream* allocate_stream(const Place& place, std::int32_t brng) {
-    // A user's generator may have no state at all; the header is there always.
-    const std::size_t size = std::max<std::size_t>(
-        static_cast<std::size_t>(place.brng().stream_state_size), sizeof(Header));
+    const std::size_t size = sizeof(Header) + state_bytes(place);
     auto* stream = static_cast<kef_stream*>(allocate_aligned(size));
     if (stream == nullptr) return nullptr;
     std::memset(stream, 0, size);
@@ -48,7 +45,7 @@ std::int32_t __vtsCopyStream(kef_stream** stream, const kef_stream* source) {
     kef_stream* copy = allocate_stream(place, source->header.brng);
     *stream = copy;
     if (copy == nullptr) return VTS_STATUS_NO_MEMORY;
-    std::memcpy(copy, source, static_cast<std::size_t>(place.brng().stream_state_size));
+    std::memcpy(copy, source, sizeof(Header) + state_bytes(place));
     copy->header.first = copy->header.last = nullptr;
     const std::int32_t status = __vtsCopyChunks(copy, source);
     if (status != VTS_STATUS_OK) __vtsDeleteStream(stream);
@@ -59,8 +56,7 @@ std::int32_t __vtsCopyStreamState(kef_stream* destination, const kef_stream* sou
     const Place from = resolve(source->header.brng), to = resolve(destination->header.brng);
     if (!valid(from) || !valid(to) || family_row(from) != family_row(to) || from.sub != to.sub)
         return VTS_STATUS_BAD_BRNG;
-    const std::int32_t size = from.brng().stream_state_size - std::int32_t{sizeof(Header)};
-    if (size > 0) std::memmove(destination + 1, source + 1, static_cast<std::size_t>(size));
+    std::memmove(destination + 1, source + 1, state_bytes(from));
     return VTS_STATUS_OK;
 }
 
@@ -83,5 +79,11 @@ std::int32_t __vtsSkipAheadStream(kef_stream* stream, std::uint64_t count) {
                                     static_cast<std::uint32_t>(count >> 32)};
     return resolve(stream->header.brng).brng().init_stream(VTS_INIT_SKIPAHEAD, stream, 2, words);
 }
+
+void* __vtsAllocate(std::uint64_t size) {
+    return size > SIZE_MAX ? nullptr : kef::allocate_aligned(static_cast<std::size_t>(size));
+}
+
+void __vtsFree(void* block) { kef::free_aligned(block); }
 
 std::int32_t __vtsGetStreamStateBrng(const kef_stream* stream) { return stream->header.brng; }

@@ -10,9 +10,10 @@
 namespace kef::rng {
 
 template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask> struct Twister {
+    static constexpr std::uint32_t upper_mask = ~lower_mask;
     static std::uint32_t step(std::uint32_t x0, std::uint32_t x1, std::uint32_t xm,
                               std::uint32_t a) {
-        const std::uint32_t y = (x0 & ~lower_mask) | (x1 & lower_mask);
+        const std::uint32_t y = (x0 & upper_mask) | (x1 & lower_mask);
         return xm ^ y >> 1 ^ (-(y & 1) & a);
     }
 

@@ -87,6 +87,41 @@ TEST(RngGenerators, PublishedMrg32k3a) {
     for (int i = 0; i < 5; ++i) EXPECT_NEAR(u[i], published[i], 1e-9);
 }
 
+// Words that a seed cannot keep are reduced or replaced.
+TEST(RngGenerators, SeedsAtTheLimits) {
+    using Seed = std::vector<std::uint32_t>;
+    const auto same = [](std::int32_t brng, const Seed& seed, const Seed& meant) {
+        SCOPED_TRACE(testing::Message() << std::hex << brng << ", " << seed.size() << " words");
+        EXPECT_EQ(draw_raw(make_stream(brng, seed), 300), draw_raw(make_stream(brng, meant), 300));
+    };
+    constexpr std::uint32_t m31 = 0x7FFFFFFF, m1 = 4294967087, m2 = 4294944443, most = 0xFFFFFFFF;
+    for (const Seed& seed : {Seed{}, {0}, {m31}, {m31 + 1}}) same(VTS_BRNG_MCG31M1, seed, {1});
+    same(VTS_BRNG_MCG31M1, {most}, {1});
+    same(VTS_BRNG_MCG31M1, {m31 - 1, 5}, {m31 - 1});
+    for (const Seed& seed : {Seed{}, {0}, {0, 0x08000000}, {1, 0xF8000000}})
+        same(VTS_BRNG_MCG59, seed, {1});
+    same(VTS_BRNG_MCG59, {3, most, 9}, {3, 0x07FFFFFF});
+    same(VTS_BRNG_MRG32K3A, {}, {1, 1, 1, 1, 1, 1});
+    same(VTS_BRNG_MRG32K3A, {7, 8}, {7, 8, 1, 1, 1, 1});
+    same(VTS_BRNG_MRG32K3A, Seed(7, most), {208, 208, 208, 22852, 22852, 22852});
+    same(VTS_BRNG_MRG32K3A, {m1, 5, 6, m2, 7, 8}, {0, 5, 6, 0, 7, 8});
+    same(VTS_BRNG_MRG32K3A, {m1 - 1, 5, 6, m2 - 1, m2, m2}, {m1 - 1, 5, 6, m2 - 1, 0, 0});
+    same(VTS_BRNG_MRG32K3A, {m1, m1, m1, m2, m2, m2}, {1, 0, 0, 1, 0, 0});
+    same(VTS_BRNG_WH + 2, {0, 5}, {1, 5, 1, 1});
+    Seed single_bit(250, 0);
+    single_bit[0] = 1;
+    same(VTS_BRNG_R250, Seed(250, 0), single_bit);
+    same(VTS_BRNG_R250, Seed(251, 0), single_bit);
+    EXPECT_EQ(draw_raw(make_stream(VTS_BRNG_R250, single_bit), 1)[0], 1u);
+    for (const std::int32_t brng : repeatable_generators) same(brng, {}, {1});
+    // A negative count is none.
+    for (const std::int32_t brng : repeatable_generators) {
+        kef_stream* handle = nullptr;
+        ASSERT_EQ(__vtsNewStreamEx(&handle, brng, -7, nullptr), VTS_STATUS_OK);
+        EXPECT_EQ(draw_raw(Stream(handle), 9), draw_raw(make_stream(brng, {1}), 9));
+    }
+}
+
 // Doubles and floats are the documented function of the raw words, bit for bit.
 TEST(RngGenerators, Mappings) {
     constexpr int n = 1003;
@@ -204,6 +239,10 @@ TEST(RngGenerators, AbstractRefill) {
     std::uint32_t buffer[5] = {1, 2, 3, 4, 5};
     kef_stream* handle = nullptr;
     EXPECT_EQ(__vtsiNewAbstractStream(&handle, 0, buffer, counting_refill),
+              VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(__vtsiNewAbstractStream(&handle, -1, buffer, counting_refill),
+              VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(__vtsiNewAbstractStream(&handle, INT32_MIN, buffer, counting_refill),
               VTS_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(__vtsiNewAbstractStream(&handle, 5, nullptr, counting_refill),
               VTS_STATUS_BAD_ARGUMENT);

@@ -100,6 +100,24 @@ TEST(RngJumps, LeapfrogTilesTheParent) {
     }
 }
 
+// No streams at all: number k for ever.
+TEST(RngJumps, LeapfrogByNothing) {
+    for (const std::int32_t brng : {VTS_BRNG_MCG31M1 + 0, VTS_BRNG_MCG59 + 0, VTS_BRNG_WH + 3}) {
+        const Stream parent = make_stream(brng, {12345, 2, 3, 4});
+        const auto whole = draw_raw(copy_of(parent), 20);
+        const std::size_t width = whole.size() / 20;
+        for (const int k : {0, 1, 17}) {
+            const Stream part = copy_of(parent);
+            ASSERT_EQ(__vtsLeapfrogStream(part.get(), k, 0), VTS_STATUS_OK);
+            const auto words = draw_raw(part, 30);
+            for (std::size_t i = 0; i < words.size(); ++i)
+                ASSERT_EQ(words[i], whole[static_cast<std::size_t>(k) * width + i % width]) << brng;
+        }
+    }
+    for (const std::int32_t brng : {VTS_BRNG_SOBOL, VTS_BRNG_NIEDERR})
+        EXPECT_EQ(__vtsLeapfrogStream(make_stream(brng, {4}).get(), 0, 0), VTS_STATUS_NO_LEAPFROG);
+}
+
 // One coordinate of the quasi-random points, from the start of a point and from inside it.
 TEST(RngJumps, LeapfrogSelectsACoordinate) {
     for (const std::int32_t brng : {VTS_BRNG_SOBOL + 0, VTS_BRNG_NIEDERR + 0})

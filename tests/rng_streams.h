@@ -48,6 +48,16 @@ inline std::vector<double> draw_doubles(const Stream& stream, int n, double a = 
     return r;
 }
 
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes image_of(const Stream& stream) {
+    Bytes image(static_cast<std::size_t>(__vtsGetStreamSize(stream.get())) + 1, 0xA5);
+    EXPECT_EQ(__vtsSaveStreamM(stream.get(), image.data()), VTS_STATUS_OK);
+    EXPECT_EQ(image.back(), 0xA5) << "written past the end";
+    image.pop_back();
+    return image;
+}
+
 // One id of every generator that makes numbers by itself and repeatably.
 inline const std::vector<std::int32_t> repeatable_generators = {VTS_BRNG_MCG31M1,
                                                                 VTS_BRNG_R250,

@@ -18,8 +18,8 @@ struct Mcg31m1 {
     };
     using Word = std::uint32_t;
 
-    static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* key, std::int32_t) {
-        s.x = n == 0 ? 1 : key[0] % m31;
+    static std::int32_t seed(State& s, std::int32_t, const std::uint32_t* key, std::int32_t) {
+        s.x = key[0] % m31;
         if (s.x == 0) s.x = 1;
         s.a = multiplier;
         return VTS_STATUS_OK;

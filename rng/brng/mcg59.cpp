@@ -17,7 +17,7 @@ struct Mcg59 {
     using Word = std::uint64_t;
 
     static std::int32_t seed(State& s, std::int32_t n, const std::uint32_t* key, std::int32_t) {
-        s.x = n == 0 ? 1 : key[0];
+        s.x = key[0];
         if (n >= 2) s.x |= static_cast<std::uint64_t>(key[1]) << 32 & mask59;
         if (s.x == 0) s.x = 1;
         s.a = multiplier;
@@ -115,8 +115,9 @@ struct Mcg59 {
         double s_, a_;
     };
 
+    // The powers of the multiplier are the residues that are 1 modulo 4.
     static bool valid(const State& s, std::int32_t) {
-        return s.x != 0 && s.x <= mask59 && s.a <= mask59;
+        return s.x != 0 && s.x <= mask59 && s.a <= mask59 && s.a % 4 == 1;
     }
 };
 

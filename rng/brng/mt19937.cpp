@@ -28,7 +28,7 @@ struct Mt19937 {
     using Word = std::uint32_t;
 
     static std::int32_t seed(State& s, std::int32_t words, const std::uint32_t* key, std::int32_t) {
-        fill_by_seed(s.x, words, key);
+        fill_by_key_array(s.x, key, words);
         s.position = n;
         return VTS_STATUS_OK;
     }
@@ -58,7 +58,9 @@ struct Mt19937 {
 
     template <class Real> using Map = FullWordMap<Real>;
 
-    static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
+    static bool valid(const State& s, std::int32_t) {
+        return valid_block(s.x, s.position, Recurrence::upper_mask);
+    }
 };
 
 }  // namespace

@@ -16,6 +16,7 @@ struct Mt2203 {
 
     struct Parameters {
         std::uint32_t matrix, b, c;
+        bool operator==(const Parameters&) const = default;
     };
     static constexpr Parameters parameters[sets] = {
 #include "rng/brng/tables/mt2203.inc"
@@ -31,7 +32,7 @@ struct Mt2203 {
 
     static std::int32_t seed(State& s, std::int32_t words, const std::uint32_t* key,
                              std::int32_t sub) {
-        fill_by_seed(s.x, words, key);
+        fill_by_key_array(s.x, key, words);
         s.position = n;
         s.set = parameters[sub];
         return VTS_STATUS_OK;
@@ -46,7 +47,9 @@ struct Mt2203 {
 
     template <class Real> using Map = FullWordMap<Real>;
 
-    static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
+    static bool valid(const State& s, std::int32_t sub) {
+        return s.set == parameters[sub] && valid_block(s.x, s.position, Recurrence::upper_mask);
+    }
 };
 
 }  // namespace

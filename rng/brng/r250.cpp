@@ -31,7 +31,7 @@ struct R250 {
             if (std::all_of(s.x, s.x + n, [](std::uint32_t w) { return w == 0; })) s.x[0] = 1;
             return VTS_STATUS_OK;
         }
-        fill_by_seed(s.x, words, key);
+        fill_by_key_array(s.x, key, words);
         for (std::int32_t i = 0; i < 32; ++i) {
             const std::uint32_t bit = 0x80000000u >> i;
             s.x[7 * i + 3] = (s.x[7 * i + 3] & (bit - 1)) | bit;
@@ -65,7 +65,7 @@ struct R250 {
 
     template <class Real> using Map = FullWordMap<Real>;
 
-    static bool valid(const State& s, std::int32_t) { return s.position >= 0 && s.position <= n; }
+    static bool valid(const State& s, std::int32_t) { return valid_block(s.x, s.position); }
 };
 
 }  // namespace

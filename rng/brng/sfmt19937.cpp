@@ -30,8 +30,7 @@ struct Sfmt19937 {
     using Word = std::uint32_t;
 
     static std::int32_t seed(State& s, std::int32_t words, const std::uint32_t* key, std::int32_t) {
-        if (words == 0) fill(s.x, default_key, 1);
-        else fill(s.x, key, words);
+        fill(s.x, key, words);
         certify_period(s.x);
         s.left = 0;
         s.spare[0] = 0;
@@ -142,7 +141,7 @@ struct Sfmt19937 {
 
     template <class Real> using Map = FullWordMap<Real>;
 
-    static bool valid(const State& s, std::int32_t) { return s.left >= 0 && s.left <= n32; }
+    static bool valid(const State& s, std::int32_t) { return valid_block(s.x, s.left); }
 };
 
 }  // namespace

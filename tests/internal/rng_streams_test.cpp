@@ -4,7 +4,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "service/alloc.h"
+#include "tests/internal/failing_allocator.h"
 
 namespace {
 
@@ -159,7 +159,7 @@ TEST(RngStreams, CopiesContinueAlike) {
 }
 
 void* block_of(std::initializer_list<char> bytes) {
-    auto* block = static_cast<char*>(kef::allocate_aligned(bytes.size()));
+    auto* block = static_cast<char*>(__vtsAllocate(bytes.size()));
     std::copy(bytes.begin(), bytes.end(), block);
     return block;
 }
@@ -249,6 +249,94 @@ TEST(RngStreams, SharedData) {
     }
     EXPECT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, nullptr), VTS_STATUS_RO_TABLE_FULL);
     for (const auto& i : ids) EXPECT_EQ(__vtsUnregisterGlobRODataReference(i), VTS_STATUS_OK);
+}
+
+// A chunk refers only where the entry holds as many bytes as the chunk says that it has: what is
+// copied and saved is what is there.
+TEST(RngStreams, SharedSizes) {
+    const std::uint32_t id[4] = {9, 9, 9, 1};
+    void* const large = __vtsAllocate(4096);
+    std::memset(large, 0x5A, 4096);
+    // Own data under an absent id, and an entry of 16 bytes that comes later.
+    const Stream stream = make_stream(VTS_BRNG_MCG59);
+    ASSERT_EQ(__vtsAddChunk(stream.get(), 1, id, large, 4096), VTS_STATUS_OK);
+    kef_shared_entry* entry = nullptr;
+    void* const small = block_of({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, small), VTS_STATUS_OK);
+    const Bytes image = image_of(stream);
+    EXPECT_EQ(image.size(), 20u + 16 + 24 + 4096);
+    {
+        const Stream copy = copy_of(stream);
+        EXPECT_EQ(image_of(copy), image);
+        EXPECT_EQ(entry->references, 1u);
+        // A chunk without data gets none, and one that fits refers.
+        ASSERT_EQ(__vtsAddChunk(copy.get(), 7, id, nullptr, 4096), VTS_STATUS_OK);
+        EXPECT_EQ(__vtsSearchChunk(copy.get(), 7), nullptr);
+        ASSERT_EQ(__vtsAddChunk(copy.get(), 8, id, nullptr, 17), VTS_STATUS_OK);
+        EXPECT_EQ(__vtsSearchChunk(copy.get(), 8), nullptr);
+        EXPECT_EQ(entry->references, 1u);
+        ASSERT_EQ(__vtsAddChunk(copy.get(), 9, id, nullptr, 16), VTS_STATUS_OK);
+        EXPECT_EQ(__vtsSearchChunk(copy.get(), 9), small);
+        EXPECT_EQ(entry->references, 2u);
+        EXPECT_EQ(image_of(copy).size(), image.size() + 3 * 24 + 16);
+        EXPECT_EQ(entry->references, 2u);
+    }
+    EXPECT_EQ(entry->references, 1u);
+    kef_chunk chunk = {};
+    chunk.size = 17;
+    EXPECT_EQ(__vtsRegisterGlobRODataReference(id, &chunk), VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(chunk.data, nullptr);
+    EXPECT_EQ(entry->references, 1u);
+    // An entry without data holds none that could be lost.
+    const std::uint32_t empty[4] = {9, 9, 9, 2};
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, empty, nullptr), VTS_STATUS_OK);
+    ASSERT_EQ(__vtsAddChunk(stream.get(), 2, empty, nullptr, 5), VTS_STATUS_OK);
+    EXPECT_EQ(entry->references, 2u);
+    ASSERT_EQ(__vtsAddChunk(stream.get(), 3, empty, block_of({7}), 1), VTS_STATUS_OK);
+    EXPECT_EQ(entry->references, 2u);
+    EXPECT_EQ(*static_cast<char*>(__vtsSearchChunk(stream.get(), 3)), 7);
+    EXPECT_EQ(__vtsDeleteChunks(stream.get()), VTS_STATUS_OK);
+    EXPECT_EQ(entry->references, 1u);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(empty), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_OK);
+}
+
+// One Unregister too many takes the entry from the table, and the data from nobody.
+TEST(RngStreams, SharedDataOutlivesItsEntry) {
+    const long before = kef::test::live_blocks();
+    const std::uint32_t id[4] = {7, 7, 7, 7};
+    kef_shared_entry* entry = nullptr;
+    void* const data = block_of({1, 2, 3});
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, data), VTS_STATUS_OK);
+    Stream first = make_stream(VTS_BRNG_MCG59), second = make_stream(VTS_BRNG_MCG59), third;
+    ASSERT_EQ(__vtsAddChunk(first.get(), 1, id, nullptr, 3), VTS_STATUS_OK);
+    ASSERT_EQ(__vtsAddChunk(second.get(), 1, id, nullptr, 3), VTS_STATUS_OK);
+    const Bytes image = image_of(first);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsFindGlobRODataTableEntry(id, &entry), VTS_STATUS_RO_ENTRY_NOT_FOUND);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_RO_ENTRY_NOT_FOUND);
+    EXPECT_EQ(image_of(first), image);
+    // A new entry of the id is another one.
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, nullptr), VTS_STATUS_OK);
+    first.reset();
+    third = copy_of(second);
+    EXPECT_EQ(__vtsSearchChunk(third.get(), 1), data);
+    second.reset();
+    EXPECT_EQ(image_of(third), image);
+    EXPECT_EQ(entry->references, 1u);
+    third.reset();
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_OK);
+    EXPECT_EQ(kef::test::live_blocks(), before);
+}
+
+TEST(RngStreams, Blocks) {
+    void* const block = __vtsAllocate(1000);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 128, 0u);
+    std::memset(block, 1, 1000);
+    __vtsFree(block);
+    __vtsFree(nullptr);
+    EXPECT_EQ(__vtsAllocate(~std::uint64_t{0}), nullptr);
+    EXPECT_EQ(__vtsAllocate(SIZE_MAX), nullptr);
 }
 
 TEST(RngStreams, QuasiRandomParameters) {
