@@ -1,16 +1,18 @@
 // Worst and mean error of every real function, by slot and interval.
 //
-//   accuracy [function...] [--quick | --count N] [--peers] [--summary] [--markdown]
-//   accuracy [function...] --exhaustive | --rounding [--state DIR] [--markdown]
+//   accuracy [function...] [--quick | --count N] [--peers] [--summary | --means] [--markdown]
+//   accuracy [function...] --search | --exhaustive | --rounding [--state DIR] [--markdown]
 //
 // A function is named with or without its type: Exp, dExp. --summary takes all
-// intervals together, with the mean of the first. Ends with status 1 where a kernel misses its
-// bound or the 80-bit screen is worse than its row says.
+// intervals together, with the mean of the first; --means leaves out the worst errors, which a
+// sample does not tell. --search looks for the worst errors: over
+// every float where that is all, else by bench/search.h. Ends with status 1 where a kernel misses
+// its bound or the 80-bit screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"
-#include "bench/meter.h"
 #include "bench/peers.h"
+#include "bench/search.h"
 #include "bench/select.h"
 #include "bench/table.h"
 #include "include/kef_vm.h"
@@ -22,6 +24,7 @@ namespace {
 struct Options {
     Selection selection;
     bool exhaustive = false, rounding = false, markdown = false, peers = false, summary = false;
+    bool search = false, means = false;
     std::uint64_t count = 1 << 22;  // arguments of an interval
     std::string state = ".";
 };
@@ -80,43 +83,10 @@ template <class T> std::string argument(T x) {
                   hex(x).c_str());
 }
 
-// Measures `count` arguments of an interval, edges first.
-template <class T>
-void measure(Meter<T>& meter, const kef_test::Row& row, const std::vector<Kernel<T>>& kernels,
-             const reference::Interval& interval, std::uint64_t count,
-             typename Meter<T>::Tallies& tallies) {
-    constexpr std::uint64_t size = 1024;
-    const bool two = row.arguments == 2, scalar = row.scalars == 1;
-    Batch<T> batch(size);
-    for (std::size_t i = 0; i < 4; ++i) batch.scalars[i] = static_cast<T>(interval.scalars[i]);
-    reference::Random random(row.name() + text(interval, row));
-    const auto edges_a = reference::edges<T>(interval.a);
-    const auto edges_b = two || scalar ? reference::edges<T>(interval.b) : std::vector<T>(1);
-    const std::uint64_t edge_count = (scalar ? size : edges_a.size()) * edges_b.size();
-    const bool bounded = std::isfinite(interval.a.high - interval.a.low);
-
-    count = (std::max(count, 2 * edge_count) + size - 1) / size * size;
-    for (std::uint64_t first = 0; first < count; first += size) {
-        const std::uint64_t round = first / size;
-        const bool a_by_value = round % 2 == 0, b_by_value = round / 2 % 2 == 0;
-        if (scalar)
-            batch.scalars[0] =
-                round < edges_b.size() ? edges_b[round] : random.draw<T>(interval.b, b_by_value);
-        for (std::uint64_t i = 0; i < size; ++i) {
-            const std::uint64_t n = scalar ? i : first + i;
-            const bool edge =
-                first < edge_count && n < edges_a.size() * (scalar ? 1 : edges_b.size());
-            batch.a[i] =
-                edge ? edges_a[n % edges_a.size()] : random.draw<T>(interval.a, a_by_value);
-            if (scalar) batch.b[i] = batch.scalars[0];
-            if (two)
-                batch.b[i] =
-                    edge ? edges_b[n / edges_a.size()] : random.draw<T>(interval.b, b_by_value);
-        }
-        const bool for_mean =
-            first >= edge_count && (!bounded || (a_by_value && (b_by_value || !(two || scalar))));
-        meter.take(kernels, batch, for_mean, tallies);
-    }
+// A figure that the measured error does not exceed.
+std::string rounded_up(double x) {
+    if (!(x < 1000)) return format("%.0f", std::ceil(x));
+    return format("%.4f", std::ceil(x * 1e4) / 1e4);
 }
 
 class Run {
@@ -136,21 +106,16 @@ public:
 
 private:
     template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
-        Table table({"function", "kernel", "arguments", "worst ulp", "at", "mean ulp", "bits",
-                     "misrounded", "bound"});
-        if (!options_.exhaustive) sample<T>(table, row, reference);
-        else if (std::is_same_v<T, float> && row.arguments == 1 && row.scalars == 0)
-            exhaust(table, row, reference);
+        Table table(columns({"function", "kernel", "arguments", "worst ulp", "at", "mean ulp",
+                             "bits", "misrounded", "bound"}));
+        const bool every_one = std::is_same_v<T, float> && row.arguments == 1 && row.scalars == 0;
+        if (every_one && (options_.exhaustive || options_.search)) exhaust(table, row, reference);
+        else if (options_.search) search<T>(table, row, reference);
+        else if (!options_.exhaustive) sample<T>(table, row, reference);
     }
 
     template <class T>
     void sample(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
-        std::vector<reference::Interval> intervals = {reference.main};
-        for (const auto* more :
-             {&reference.both, std::is_same_v<T, float> ? &reference.s : &reference.d})
-            intervals.insert(intervals.end(), more->begin(), more->end());
-        intervals.push_back({reference::everything, reference::everything, reference.main.scalars});
-
         std::vector<Kernel<T>> all = kernels<T>(row);
         if (options_.peers)
             for (const Peer<T>& peer : peers<T>())
@@ -158,14 +123,20 @@ private:
                     all.push_back({peer.name, peer.run});
         Meter<T> meter(reference);
         typename Meter<T>::Tallies total(all.size());
-        for (const reference::Interval& interval : intervals) {
+        bool with_mean = true;
+        for (const reference::Interval& interval : intervals_of<T>(reference)) {
             typename Meter<T>::Tallies tallies(all.size());
-            measure(meter, row, all, interval, options_.count, tallies);
+            Sampling<T> sampling(row, interval, row.name() + text(interval, row));
+            const std::uint64_t count = sampling.rounded_count(options_.count);
+            for (std::uint64_t first = 0; first < count; first += sampling.size) {
+                sampling.draw(first);
+                meter.take(all, sampling.batch, sampling.for_mean, tallies);
+            }
             if (!options_.summary)
                 report<T>(table, row, reference, text(interval, row), all, tallies);
-            const bool with_mean = &interval == &intervals[0];
             for (std::size_t k = 0; k < all.size(); ++k)
                 for (int j = 0; j < row.results; ++j) total[k][j].merge(tallies[k][j], with_mean);
+            with_mean = false;
         }
         if (options_.summary) report<T>(table, row, reference, "all intervals", all, total);
         if (options_.markdown && !options_.summary) std::printf("## %s\n\n", row.name().c_str());
@@ -173,15 +144,33 @@ private:
         check_screen(row, reference, meter.screen_error());
     }
 
+    template <class T>
+    void search(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
+        const auto run = std::make_unique<Search<T>>(reference, row, options_.state);
+        const SearchState<T>& state = run->run();
+        const double count = static_cast<double>(state.tallies[0][0].count);
+        report<T>(table, row, reference, format("%.0f million", count * 1e-6), kernels<T>(row),
+                  state.tallies, true);
+        print(table);
+        check_screen(row, reference, state.screen_error);
+    }
+
     void exhaust(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
         const auto total = every_float(reference, row, options_.state, options_.rounding);
-        const Peer<double>* screen = options_.rounding ? screening_peer(reference) : nullptr;
+        const std::string screen =
+            (options_.rounding ? screening_peer(reference) : own_screen(reference)).name;
         if (!options_.rounding) {
             report<float>(table, row, reference, "every float", kernels<float>(row),
                           total->tallies);
             print(table);
         }
-        if (options_.markdown) return check_screen(row, reference, total->screen_error);
+        if (!total->screen_holds) {
+            std::fprintf(stderr, "%s: %s misses the error that its row states\n",
+                         row.name().c_str(), screen.c_str());
+            failed_ = true;
+        }
+        check_screen(row, reference, total->screen_error);
+        if (options_.markdown || options_.search) return;
         for (int j = 0; j < row.results; ++j) {
             const Tally<float>& tally = total->tallies[0][j];
             std::printf("%s HA, result %d: %llu of %llu misrounded", row.name().c_str(), j + 1,
@@ -193,22 +182,16 @@ private:
                     std::min<std::uint64_t>(tally.misrounded, tally.max_failing));
             std::sort(failing.begin(), failing.end());
             for (const float x : failing) std::printf(" %s", hex(x).c_str());
-            std::puts(screen ? ("; screened by " + screen->name).c_str() : "");
+            std::puts(("; screened by " + screen).c_str());
             if (options_.rounding) failed_ |= tally.misrounded > 0;
         }
-        if (!total->peer_holds) {
-            std::fprintf(stderr, "%s: %s misses the error that its row states\n",
-                         row.name().c_str(), screen->name.c_str());
-            failed_ = true;
-        }
         if (!options_.rounding) std::puts("");
-        check_screen(row, reference, total->screen_error);
     }
 
     template <class T>
     void report(Table& table, const kef_test::Row& row, const reference::Reference& reference,
                 const std::string& arguments, const std::vector<Kernel<T>>& kernels,
-                const auto& tallies) {
+                const auto& tallies, bool searched = false) {
         const bool two = row.arguments == 2 || row.scalars == 1;
         const auto ulps = [](double x) { return format("%.*f", x < 1000 ? 4 : 0, x); };
         for (std::size_t k = 0; k < kernels.size(); ++k)
@@ -219,19 +202,26 @@ private:
                 failed_ |= !holds;
                 std::string at = argument(tally.ulps.a);
                 if (two) at += ", " + argument(tally.ulps.b);
-                table.add(
+                table.add(columns(
                     {row.results > 1 ? format("%s %d", row.name().c_str(), j + 1) : row.name(),
-                     kernels[k].name, arguments, ulps(tally.ulps.error), at, ulps(tally.mean()),
-                     tally.relative.error == 0 ? "exact"
-                                               : format("%.2f", -std::log2(tally.relative.error)),
-                     format("%.3g %%", 100.0 * tally.misrounded / tally.count),
-                     bound.text() + (holds ? "" : "  MISSED")});
+                     kernels[k].name, arguments, rounded_up(tally.ulps.error), at,
+                     ulps(tally.mean()),
+                     tally.relative.error == 0
+                         ? "exact"
+                         : format("%.2f", std::floor(-std::log2(tally.relative.error) * 100) / 100),
+                     searched ? "" : format("%.3g %%", 100.0 * tally.misrounded / tally.count),
+                     bound.text() + (holds ? "" : "  MISSED")}));
             }
+    }
+
+    Table::Row columns(Table::Row row) const {
+        if (options_.means) row = {row[0], row[1], row[2], row[5], row[7]};
+        return row;
     }
 
     // Tables of one line a kernel go on under one head.
     void print(const Table& table) {
-        const bool one = options_.summary || options_.exhaustive;
+        const bool one = options_.summary || options_.exhaustive || options_.search;
         table.print(options_.markdown, head_);
         if (!one) std::puts("");
         head_ = !one;
@@ -256,7 +246,9 @@ int main(int argc, char** argv) {
         const std::string_view word = argv[i];
         if (word == "--exhaustive") options.exhaustive = true;
         else if (word == "--rounding") options.exhaustive = options.rounding = true;
+        else if (word == "--search") options.search = true;
         else if (word == "--markdown") options.markdown = true;
+        else if (word == "--means") options.means = true;
         else if (word == "--summary") options.summary = true;
         else if (word == "--peers") options.peers = true;
         else if (word == "--quick") options.count = 1 << 16;

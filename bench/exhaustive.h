@@ -4,7 +4,6 @@
 
 #include <bitset>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,70 +11,195 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
 #include "bench/meter.h"
 #include "bench/peers.h"
+#include "bench/saved_state.h"
 #include "include/kef_vm.h"
 
 namespace kef {
 
+// A double-precision function that keeps `ulps` on every float.
+struct Screen {
+    std::string name;
+    double ulps;
+    std::function<void(Batch<double>&)> run;
+};
+
 // The function of another library that is to decide: of those within 4 ulp everywhere the
-// least accurate, as the fastest. Null where there is none.
-inline const Peer<double>* screening_peer(const reference::Reference& reference) {
+// least accurate, as the fastest. Without one our own HA kernel, within its bound.
+inline Screen own_screen(const reference::Reference& reference) {
+    const kef_test::Row& row = *kef_test::find_row("d" + std::string(reference.name));
+    return {"double HA", std::max(reference.bound, 0.5), kernels<double>(row)[0].run};
+}
+inline Screen screening_peer(const reference::Reference& reference) {
     const Peer<double>* best = nullptr;
     for (const Peer<double>& peer : peers<double>())
         if (peer.function == reference.name && peer.everywhere && peer.ulps <= 4 &&
             (!best || peer.ulps > best->ulps))
             best = &peer;
-    return best;
+    return best ? Screen{best->name, best->ulps, best->run} : own_screen(reference);
 }
 
-// Decides for most floats whether the HA kernel rounds correctly, by a double precision
-// function of another library: where the interval of its value and its error rounds to one
-// float, that must be the result. The others, and those that seem misrounded, are left
-// open. The error is checked on every `check_every`-th element that it decides.
+// Judges most floats by a double-precision function. The interval of its value and its
+// error decides on the rounding where it rounds to one float, and on the error
+// where that is no new worst one. The other elements are left open. The error of the screen is
+// checked in 113 bits on every `check_every`-th element that it decides.
 class Sieve {
 public:
-    explicit Sieve(const reference::Reference& reference)
-        : reference_(reference), peer_(screening_peer(reference)), wide_(size) {}
+    Sieve(const reference::Reference& reference, Screen screen, bool rounding_only)
+        : reference_(reference),
+          screen_(std::move(screen)),
+          rounding_only_(rounding_only),
+          margin_((screen_.ulps + 0.5) * 0x1p-51),
+          wide_(size) {}
     static constexpr int size = 1024;
     static constexpr unsigned check_every = 1 << 12;
 
-    // Whether the peer kept within the error that its row states.
-    bool peer_holds() const { return peer_holds_; }
+    // Whether the screen kept within the error that it states.
+    bool screen_holds() const { return screen_holds_; }
 
-    // Judges one batch of `size` elements; appends the open ones.
-    void take(const Kernel<float>& kernel, Batch<float>& x, std::vector<float>& open) {
-        if (!peer_) {
-            open.insert(open.end(), x.a.begin(), x.a.end());
-            return;
+    // Judges one batch of `size` elements; appends the arguments left open, which are not counted.
+    void take(const std::vector<Kernel<float>>& kernels, Batch<float>& x,
+              Meter<float>::Tallies& tallies, std::vector<float>& open) {
+        got_.resize(kernels.size());
+        for (std::size_t k = 0; k < kernels.size(); ++k) {
+            kernels[k].run(x);
+            got_[k] = x.result;
         }
-        kernel.run(x);
         std::copy(x.a.begin(), x.a.end(), wide_.a.begin());
-        peer_->run(wide_);
+        screen_.run(wide_);
+        const int results = reference_.exact2 ? 2 : 1;
+        std::fill(std::begin(clear_), std::end(clear_), 1.0);
+        for (int j = 0; j < results; ++j)
+            for (std::size_t k = 0; k < kernels.size(); ++k)
+                glance(x.a.data(), wide_.result[j].data(), got_[k][j].data(), tallies[k][j],
+                       glances_[k][j]);
+        const auto clear = static_cast<int>(sum([&](int i) { return clear_[i]; }));
+        for (int j = 0; j < results; ++j)
+            for (std::size_t k = 0; k < kernels.size(); ++k)
+                enter(x.a.data(), clear, tallies[k][j], glances_[k][j]);
         for (int i = 0; i < size; ++i) {
             bool decided = true;
-            for (int j = 0; j < (reference_.exact2 ? 2 : 1); ++j) {
-                const double about = wide_.result[j][i], margin = margin_of(about, x.a[i]);
-                const float low = static_cast<float>(about - margin), got = x.result[j][i];
-                const bool same = low == got && static_cast<float>(about + margin) == got;
-                decided &= same || (about != about && got != got);
+            if (clear_[i] == 0) {
+                for (int j = 0; j < results; ++j)
+                    for (std::size_t k = 0; k < kernels.size(); ++k)
+                        decided &=
+                            judge(i, j, x.a[i], got_[k][j][i], tallies[k][j], verdicts_[k][j]);
+                for (int j = 0; decided && j < results; ++j)
+                    for (std::size_t k = 0; k < kernels.size(); ++k)
+                        enter(x.a[i], tallies[k][j], verdicts_[k][j]);
             }
             if (!decided) open.push_back(x.a[i]);
-            else if (elements_ % check_every == 0) check(x.a[i], i);
-            ++elements_;
+            else if (elements_++ % check_every == 0) check(x.a[i], i, results);
         }
     }
 
 private:
-    // Twice the stated error and one ulp more; nothing for infinities.
+    // Errors of one kernel, those of doubtful elements excepted.
+    struct Glance {
+        double ulps[size], misrounded[size];  // 1 or 0
+    };
+    struct Verdict {
+        bool misrounded;
+        double ulps;
+    };
+
+    // The sum of f(0 .. size - 1), in eight chains.
+    template <class F> static double sum(F f) {
+        double chain[8] = {};
+        for (int i = 0; i < size; i += 8)
+            for (int c = 0; c < 8; ++c) chain[c] += f(i + c);
+        double result = 0;
+        for (const double part : chain) result += part;
+        return result;
+    }
+
+    // The ordinary cases of `judge` without a branch, so that the compiler makes vectors of
+    // it: finite numbers below the largest float. The others become doubtful.
+    void glance(const float* __restrict x, const double* __restrict screen,
+                const float* __restrict got, const Tally<float>& tally, Glance& __restrict result) {
+        constexpr double smallest = std::numeric_limits<float>::min();
+        constexpr double largest = std::numeric_limits<float>::max();
+        constexpr std::uint64_t exponent = UINT64_C(0x7FF) << 52;
+        constexpr double small = std::numeric_limits<float>::epsilon() / 8;
+        const double least = std::max(smallest, reference_.least), margin = margin_;
+        const double most_ulps =
+            rounding_only_ ? INFINITY : std::max(tally.ulps.error, 0.25) - margin * 0x1p24;
+        const double most_relative =
+            rounding_only_ ? INFINITY : std::max(tally.relative.error, small) - margin;
+        for (int i = 0; i < size; ++i) {
+            const double about = screen[i], r = got[i];
+            const double floor = x[i] < 0 ? least : smallest, magnitude = std::fabs(about);
+            const double extent = magnitude > floor ? magnitude : floor;
+            const double low = static_cast<float>(about - margin * extent);
+            const double high = static_cast<float>(about + margin * extent);
+            const double difference = std::fabs(r - about);
+            // 2^(23 - e), e the exponent of `extent`.
+            const double per_ulp = std::bit_cast<double>(
+                (UINT64_C(2069) << 52) - (std::bit_cast<std::uint64_t>(extent) & exponent));
+            const double ulps = difference * per_ulp;
+            double clear = low == high ? 1.0 : 0.0;
+            clear = ulps <= most_ulps ? clear : 0.0;
+            clear = difference <= most_relative * extent ? clear : 0.0;
+            clear = extent < largest ? clear : 0.0;
+            if (rounding_only_) clear = r == low ? clear : 0.0;
+            const double misrounded = r == low ? 0.0 : 1.0;
+            clear_[i] *= clear;
+            result.ulps[i] = clear > 0 ? ulps : 0.0;
+            result.misrounded[i] = misrounded;
+        }
+    }
+
+    void enter(const float* x, int clear, Tally<float>& tally, const Glance& glance) const {
+        double misrounded = sum([&](int i) { return glance.misrounded[i] * clear_[i]; });
+        tally.count += clear;
+        if (!rounding_only_) {
+            tally.mean_count += clear;
+            tally.sum += sum([&](int i) { return glance.ulps[i] * clear_[i]; });
+        }
+        for (int i = 0; misrounded > 0 && i < size && tally.misrounded < tally.max_failing; ++i)
+            if (clear_[i] * glance.misrounded[i] != 0) {
+                tally.failing[tally.misrounded++] = x[i];
+                --misrounded;
+            }
+        tally.misrounded += static_cast<std::uint64_t>(misrounded);
+    }
+
     double margin_of(double value, float x) const {
         const double magnitude = std::max(std::fabs(value), x < 0 ? reference_.least : 0);
-        return magnitude < INFINITY ? (peer_->ulps + 0.5) * 0x1p-51 * magnitude : 0;
+        return magnitude < INFINITY ? margin_ * magnitude : 0;
     }
-    void check(float x, int i) {
-        for (int j = 0; j < (reference_.exact2 ? 2 : 1); ++j) {
+
+    // False where the screen's error leaves a doubt.
+    bool judge(int i, int j, float x, float got, const Tally<float>& tally,
+               Verdict& verdict) const {
+        const double about = wide_.result[j][i], margin = margin_of(about, x);
+        const float low = static_cast<float>(about - margin);
+        const bool nan = about != about;
+        if (!nan && low != static_cast<float>(about + margin)) return false;
+        verdict.misrounded = !(nan ? got != got : low == got);
+        if (rounding_only_) return !verdict.misrounded;
+        const double least = x < 0 ? reference_.least : 0;
+        const reference::Error e = reference::error(got, about, least);
+        verdict.ulps = e.ulps;
+        constexpr double small = std::numeric_limits<float>::epsilon() / 8;
+        return e.ulps + margin_ * 0x1p24 <= std::max(tally.ulps.error, 0.25) &&
+               e.relative + margin_ <= std::max(tally.relative.error, small);
+    }
+
+    void enter(float x, Tally<float>& tally, const Verdict& verdict) const {
+        ++tally.count;
+        if (verdict.misrounded) {
+            if (tally.misrounded < tally.max_failing) tally.failing[tally.misrounded] = x;
+            ++tally.misrounded;
+        }
+        if (rounding_only_) return;
+        ++tally.mean_count;
+        tally.sum += verdict.ulps;
+    }
+
+    void check(float x, int i, int results) {
+        for (int j = 0; j < results; ++j) {
             const auto exact = (j ? reference_.exact2 : reference_.exact)(x, 0, {});
             const double about = wide_.result[j][i];
             if (exact != exact && about != about) continue;
@@ -83,65 +207,41 @@ private:
             const auto single = static_cast<float>(static_cast<double>(exact));
             if (static_cast<float>(about) == single && (single == 0 || std::isinf(single)))
                 continue;
-            if (!(fabsq(exact - about) <= margin_of(about, x))) peer_holds_ = false;
+            if (!(fabsq(exact - about) <= margin_of(about, x))) screen_holds_ = false;
         }
     }
 
     const reference::Reference& reference_;
-    const Peer<double>* const peer_;
+    const Screen screen_;
+    const bool rounding_only_;
+    const double margin_;  // twice the stated error and one ulp more, relative
     Batch<double> wide_;
+    std::vector<std::array<std::vector<float>, 2>> got_;
+    std::array<std::array<Verdict, 2>, 3> verdicts_;
+    std::array<std::array<Glance, 2>, 3> glances_;
+    double clear_[size] = {};  // 0: some kernel's result is doubtful; else 1
     unsigned elements_ = 0;
-    bool peer_holds_ = true;
+    bool screen_holds_ = true;
 };
 
 struct Exhaustive {
     static constexpr std::uint32_t chunk_count = 4096, chunk_size = 1 << 20;
-    std::uint64_t build = 0;  // of the library: state of another build is not used
+    std::uint64_t code = 0;
     std::bitset<chunk_count> done;
     double screen_error = 0;
-    bool peer_holds = true;
+    bool screen_holds = true;
     std::array<std::array<Tally<float>, 2>, 3> tallies;
 };
-static_assert(std::is_trivially_copyable_v<Exhaustive>, "it is saved as it stands");
 
-// FNV-1a hash of the file that holds the code.
-inline std::uint64_t file_hash(kef_test::Code code) {
-    Dl_info info;
-    if (dladdr(reinterpret_cast<const void*>(code), &info) == 0) return 0;
-    std::uint64_t hash = 0xCBF29CE484222325u;
-    if (std::FILE* file = std::fopen(info.dli_fname, "rb")) {
-        for (int c; (c = std::getc(file)) != EOF;)
-            hash = (hash ^ static_cast<unsigned>(c)) * 0x100000001B3u;
-        std::fclose(file);
-    }
-    return hash;
-}
-
-// With `rounding_only` the HA kernel alone, and no more than whether its results are
-// correctly rounded: many times as fast.
+// With `rounding_only` the HA kernel alone, no more than whether its results are
+// correctly rounded, and by another library's function where there is one.
 inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& reference,
                                                const kef_test::Row& row,
                                                const std::string& directory, bool rounding_only) {
-    const std::string path =
-        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive");
-    const std::string draft = path + ".new";
-    const std::uint64_t build = file_hash(row.slots[0]);
-    auto total = std::make_unique<Exhaustive>();
-    if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
-        if (std::fread(total.get(), sizeof *total, 1, file) != 1 || total->build != build)
-            *total = Exhaustive();
-        std::fclose(file);
-    }
-    total->build = build;
-    const auto save = [&] {
-        std::FILE* file = std::fopen(draft.c_str(), "wb");
-        const bool written = file && std::fwrite(total.get(), sizeof *total, 1, file) == 1;
-        if (!file || std::fclose(file) != 0 || !written ||
-            std::rename(draft.c_str(), path.c_str()) != 0) {
-            std::fprintf(stderr, "\ncannot write %s\n", path.c_str());
-            std::exit(1);
-        }
-    };
+    SavedState<Exhaustive> saved(
+        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive"), row, 1);
+    Exhaustive& total = *saved.state;
+    const bool fresh = !total.done.all();
 
     std::vector<Kernel<float>> all = kernels<float>(row);
     if (rounding_only) all.resize(1);
@@ -151,52 +251,56 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
         kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
         constexpr std::uint32_t size = Sieve::size;
         Batch<float> batch(size);
-        Sieve sieve(reference);
+        Sieve sieve(reference, rounding_only ? screening_peer(reference) : own_screen(reference),
+                    rounding_only);
         std::vector<float> open;
         for (;;) {
             std::uint32_t chunk;
+            Meter<float>::Tallies tallies(all.size());
             {
                 const std::lock_guard guard(lock);
-                while (next < Exhaustive::chunk_count && total->done[next]) ++next;
+                while (next < Exhaustive::chunk_count && total.done[next]) ++next;
                 if (next == Exhaustive::chunk_count) return;
                 chunk = next++;
+                // Errors that were seen elsewhere are no new worst ones.
+                for (std::size_t k = 0; k < all.size(); ++k)
+                    for (int j = 0; j < 2; ++j) {
+                        tallies[k][j].ulps = total.tallies[k][j].ulps;
+                        tallies[k][j].relative = total.tallies[k][j].relative;
+                    }
             }
-            Meter<float>::Tallies tallies(all.size());
-            Meter<float> meter(reference, rounding_only && screening_peer(reference) ? 1 : 1 << 14,
-                               rounding_only);
+            Meter<float> meter(reference, 1, rounding_only);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
-                if (rounding_only) sieve.take(all[0], batch, open);
-                else meter.take(all, batch, true, tallies);
-            }
-            if (rounding_only) {
+                sieve.take(all, batch, tallies, open);
+                if (open.empty()) continue;
                 Batch<float> rest(open.size());
                 rest.a = std::exchange(open, {});
-                meter.take(all, rest, false, tallies);
-                const std::uint64_t decided = Exhaustive::chunk_size - rest.a.size();
-                for (auto& tally : tallies[0]) tally.count += decided;
+                meter.take(all, rest, true, tallies);
             }
             const std::lock_guard guard(lock);
             for (std::size_t k = 0; k < all.size(); ++k)
-                for (int j = 0; j < meter.results(); ++j) total->tallies[k][j].merge(tallies[k][j]);
-            total->screen_error = std::max(total->screen_error, meter.screen_error());
-            total->peer_holds &= sieve.peer_holds();
-            total->done[chunk] = true;
-            const std::size_t count = total->done.count();
-            if (count % 32 == 0) save();
+                for (int j = 0; j < meter.results(); ++j) total.tallies[k][j].merge(tallies[k][j]);
+            total.screen_error = std::max(total.screen_error, meter.screen_error());
+            total.screen_holds &= sieve.screen_holds();
+            total.done[chunk] = true;
+            const std::size_t count = total.done.count();
+            if (count % 32 == 0) saved.save();
             std::fprintf(stderr, "\r%s: %5.1f %%, %llu misrounded ", row.name().c_str(),
                          100.0 * count / Exhaustive::chunk_count,
-                         static_cast<unsigned long long>(total->tallies[0][0].misrounded));
+                         static_cast<unsigned long long>(total.tallies[0][0].misrounded));
         }
     };
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < std::max(1u, std::thread::hardware_concurrency()); ++i)
         threads.emplace_back(work);
     for (std::thread& thread : threads) thread.join();
-    save();
-    std::fputc('\n', stderr);
-    return total;
+    if (fresh) {
+        saved.save();
+        std::fputc('\n', stderr);
+    }
+    return std::move(saved.state);
 }
 
 }  // namespace kef

@@ -63,11 +63,19 @@ public:
     // Largest error of the 80-bit values seen, in units of 2^-63.
     double screen_error() const { return screen_error_; }
 
+    // The largest errors of each kernel and result in the last batch, as the screen sees them:
+    // by ulp and relative.
+    struct Worst {
+        typename Tally<T>::At ulps = {-1, 0, 0, 0}, relative = {-1, 0, 0, 0};
+    };
+    const std::array<Worst, 2>& worst(std::size_t kernel) const { return worst_[kernel]; }
+
     // Runs and judges every kernel on one batch of arguments.
     void take(const std::vector<Kernel<T>>& kernels, Batch<T>& x, bool for_mean, Tallies& tallies) {
         reference::Scalars scalars;
         for (std::size_t i = 0; i < scalars.size(); ++i) scalars[i] = x.scalars[i];
         got_.resize(kernels.size());
+        worst_.assign(kernels.size(), {});
         for (std::size_t k = 0; k < kernels.size(); ++k) {
             kernels[k].run(x);
             got_[k] = x.result;
@@ -77,7 +85,7 @@ public:
                 Element value(row_, j, x.a[i], x.b[i], scalars);
                 if (++elements_ % check_every_ == 0) check_screen(value);
                 for (std::size_t k = 0; k < kernels.size(); ++k)
-                    judge(value, got_[k][j][i], for_mean, tallies[k][j]);
+                    judge(value, got_[k][j][i], for_mean, tallies[k][j], worst_[k][j]);
             }
     }
 
@@ -112,15 +120,15 @@ private:
         const reference::Scalars& scalars;
         double least;
         bool screened, known = false;
-        wide about;
-        quad value;
-        T rounded;
+        wide about = 0;
+        quad value = 0;
+        T rounded = 0;
     };
 
     // Errors of floats are screened in double arithmetic, which is faster.
     using Screen = std::conditional_t<std::is_same_v<T, float>, double, wide>;
 
-    void judge(Element& value, T got, bool for_mean, Tally<T>& tally) const {
+    void judge(Element& value, T got, bool for_mean, Tally<T>& tally, Worst& worst) const {
         using reference::error;
         const bool same = got == value.rounded || (got != got && value.rounded != value.rounded);
         if (!same) {
@@ -131,6 +139,8 @@ private:
         if (same && rounding_only_) return;
         auto e = value.screened ? error(got, static_cast<Screen>(value.about), value.least)
                                 : error(got, value.exact(), value.least);
+        if (e.ulps > worst.ulps.error) worst.ulps = {e.ulps, value.a, value.b, got};
+        if (e.relative > worst.relative.error) worst.relative = {e.relative, value.a, value.b, got};
         // Errors below a quarter of an ulp are of no interest to more digits.
         constexpr double small = std::numeric_limits<T>::epsilon() / 8;
         if (value.screened && (e.ulps + margin_ulps_ > std::max(tally.ulps.error, 0.25) ||
@@ -166,6 +176,7 @@ private:
     const double margin_, margin_ulps_;  // of the screened error of a result
     unsigned elements_ = 0;
     std::vector<std::array<std::vector<T>, 2>> got_;
+    std::vector<std::array<Worst, 2>> worst_;
     double screen_error_ = 0;
 };
 
