@@ -8,6 +8,7 @@ The kernels and costs come from vm/surface/surface.def, the errors from the meas
 docs/accuracy.md, the conditions from docs/errors.md.
 """
 import pathlib
+import math
 import re
 import sys
 
@@ -58,7 +59,10 @@ def measured():
         for slot in m[3].split():
             exact = bits == "exact" or "rounded" in bound
             key = (m[1], slot)
-            text = "rounded" if exact else f"{float(ulp):.2f} ulp" if "ulp" in bound else f"{float(bits):.1f} bits"
+            # No figure promises more than was measured.
+            up = math.ceil(float(ulp) * 100) / 100
+            down = math.floor(float(bits) * 10) / 10 if not exact else 0
+            text = "rounded" if exact else f"{up:.2f} ulp" if "ulp" in bound else f"{down:.1f} bits"
             # The second result of a function; ulp count upwards, bits downwards.
             worse = max if "ulp" in text else min
             found[key] = worse(found[key], text) if key in found else text
