@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "service/alloc.h"
+#include "service/platform.h"
 
 namespace kef::rng {
 
@@ -14,15 +15,18 @@ namespace {
 
 std::uint32_t lock_word = 0;
 
+void take_lock() {
+    std::uint32_t free = 0;
+    while (!__atomic_compare_exchange_n(&lock_word, &free, 1, false, __ATOMIC_ACQUIRE,
+                                        __ATOMIC_RELAXED))
+        free = 0;
+}
+void drop_lock() { __atomic_store_n(&lock_word, 0, __ATOMIC_RELEASE); }
+
 class Lock {
 public:
-    Lock() {
-        std::uint32_t free = 0;
-        while (!__atomic_compare_exchange_n(&lock_word, &free, 1, false, __ATOMIC_ACQUIRE,
-                                            __ATOMIC_RELAXED))
-            free = 0;
-    }
-    ~Lock() { __atomic_store_n(&lock_word, 0, __ATOMIC_RELEASE); }
+    Lock() { take_lock(); }
+    ~Lock() { drop_lock(); }
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 };
@@ -128,6 +132,10 @@ void release(const kef_chunk& chunk) {
 }
 
 }  // namespace kef::rng
+
+// A child of fork() has the forking thread alone: it finds the lock free, and the table whole.
+void kef::platform::before_fork() { kef::rng::take_lock(); }
+void kef::platform::after_fork() { kef::rng::drop_lock(); }
 
 using namespace kef::rng;
 

@@ -1,27 +1,30 @@
-// Everything that the library asks of the operating system, and the three
-// events that the system tells the library. One implementation per system.
+// Everything that the library asks of the operating system. One implementation per system.
 #pragma once
 
 #include <cstddef>
 
+#if defined(__ELF__)
+#include <pthread.h>
+#endif
+
 namespace kef::platform {
 
-// The one thread-local slot. Get gives null where nothing was set, or where the
-// slot could not be had at attach; set is false when the system refuses.
+// The calling thread's block: zeros at the thread's first use; it goes with the thread, or with
+// the library. Null when there is no memory. Leaves errno and the system's last error alone.
+inline constexpr std::size_t thread_block_size = 8 * sizeof(void*);
 #if defined(__ELF__)
-// Initial-exec: one instruction at every call of a kernel, and a word of the static TLS block.
-[[gnu::tls_model("initial-exec")]] extern constinit thread_local void* slot_value;
-inline void* thread_slot_get() { return slot_value; }
+extern pthread_key_t block_key;  // its value is the block, while the key lives
+extern bool key_is_live;
+void* find_thread_block();
+inline void* thread_block() {
+    if (__atomic_load_n(&key_is_live, __ATOMIC_ACQUIRE)) [[likely]]
+        if (void* known = pthread_getspecific(block_key)) [[likely]]
+            return known;
+    return find_thread_block();
+}
 #else
-void* thread_slot_get();
+void* thread_block();
 #endif
-bool thread_slot_set(void* value);
-
-// The private heap of the thread blocks: created at the first allocation, given
-// back as a whole at process detach. A block belongs to the thread that allocated
-// it. Null when there is no memory.
-void* heap_allocate(std::size_t size);
-void heap_free(void* block);
 
 // Copies the environment value and its NUL into `buffer`. False when it is
 // absent, empty or does not fit.
@@ -37,10 +40,9 @@ void write_standard_error(const char* text, std::size_t length);
 using ErrnoAccessor = int* (*)();
 ErrnoAccessor find_errno_accessor();
 
-// Events; implemented by the vector-math control (vm/control/thread_state.cpp). The
-// slot exists before the attach event and until after the detach event.
-bool on_process_attach();                 // false: loading should fail
-void on_thread_detach(void* slot_value);  // the ending thread's slot, never null
-void on_process_detach();                 // unloading, not process termination
+// Around fork(), where there is one: the child is to find no lock of another thread. Implemented
+// by the owner of the library's one lock (rng/shared_table.cpp).
+void before_fork();
+void after_fork();  // in the parent and in the child
 
 }  // namespace kef::platform

@@ -1,4 +1,4 @@
-// POSIX: pthread key, constructor and destructor of the shared object.
+// POSIX: thread-local storage, pthread key, constructor and destructor of the shared object.
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -10,113 +10,55 @@
 
 namespace kef::platform {
 
+// A thread's first access to its block makes the loader allocate, and where there is no memory the
+// loader ends the process in a way of its own. Hence the key, whose value says that the block is
+// there. It has no destructor, and it goes at unloading and at the exit of the process; other
+// threads may still compute then, and need it no more.
+pthread_key_t block_key;
+bool key_is_live = false;
+
 namespace {
 
-// The key lives from load to unload, or to the exit of the process. Its value is for the
-// end of a thread; what a thread reads is slot_value.
-enum class Key { none, live, gone };
-pthread_key_t key;
-Key key_state = Key::none;
-Key state_of_key() { return __atomic_load_n(&key_state, __ATOMIC_ACQUIRE); }
-
-// The heap is a ring of C library blocks, so that unloading can give back those
-// of threads that live on.
-struct Link {
-    Link* next;
-    Link* previous;
+// The block is thread-local storage, which the loader makes, clears and frees again, at the end of
+// a thread and after unloading. So no code of ours runs when a thread ends, and none can be
+// missing then. Not of the initial-exec model: each load of a library takes its share of a small
+// area of the process for that, and dlclose cannot always give it back.
+struct alignas(16) Block {
+    unsigned char bytes[thread_block_size];
 };
-constexpr std::size_t link_size = (sizeof(Link) + 15) / 16 * 16;
-pthread_mutex_t heap_mutex = PTHREAD_MUTEX_INITIALIZER;
-Link heap = {&heap, &heap};
+[[gnu::tls_model("global-dynamic")]] constinit thread_local Block block = {};
 
-void lock_heap() { pthread_mutex_lock(&heap_mutex); }
-void unlock_heap() { pthread_mutex_unlock(&heap_mutex); }
-
-void* block_of(Link* link) { return reinterpret_cast<char*>(link) + link_size; }
-
-void unlink_and_free(Link* link) {
-    link->next->previous = link->previous;
-    link->previous->next = link->next;
-    std::free(link);
-}
-
-void heap_destroy() {
-    lock_heap();
-    while (heap.next != &heap) unlink_and_free(heap.next);
-    unlock_heap();
-}
-
-// Without the key no thread runs code of ours at its end.
-void delete_key() {
-    __atomic_store_n(&key_state, Key::gone, __ATOMIC_RELEASE);
-    pthread_key_delete(key);
-}
-
-// exit() runs atexit handlers before the destructors of shared objects, dlclose
-// after them: this is how process_detach tells the two apart.
-// A library that is linked to the program is constructed before the program's start
-// registers those destructors, and its handler would come after them: so the handler
-// is registered again for the first block of a further thread.
-bool exiting = false;
-void mark_exiting() { exiting = true; }
-bool attached = false;
-bool registered_late = false;
-void watch_exit() {
-    if (attached && !__atomic_exchange_n(&registered_late, true, __ATOMIC_RELAXED))
-        std::atexit(mark_exiting);
+bool memory_for_block() {
+    constexpr std::size_t enough = 4096;  // for the loader's list of a thread's blocks, too
+    void* probe = std::malloc(enough);
+    asm("" : "+r"(probe));  // no compiler leaves the allocation out
+    std::free(probe);
+    return probe != nullptr;
 }
 
 [[gnu::constructor]] void process_attach() {
-    if (pthread_key_create(&key, on_thread_detach) == 0) key_state = Key::live;
-    // ELF has no way to refuse loading; the first use on a thread reports the
-    // same failure as fatal.
-    if (key_state == Key::live) on_process_attach();
-    std::atexit(mark_exiting);
-    pthread_atfork(lock_heap, unlock_heap, unlock_heap);
-    attached = true;
+    key_is_live = pthread_key_create(&block_key, nullptr) == 0;
+    thread_block();  // without memory for it, the first use says so
+    pthread_atfork(before_fork, after_fork, after_fork);
 }
 
 [[gnu::destructor]] void process_detach() {
-    if (key_state != Key::live) return;
-    if (exiting) {
-        // Other threads may still compute, and an exit handler may be unloading us.
-        delete_key();
-        return;
-    }
-    on_process_detach();
-    delete_key();
-    heap_destroy();
+    if (!key_is_live) return;
+    __atomic_store_n(&key_is_live, false, __ATOMIC_RELEASE);
+    pthread_key_delete(block_key);
 }
 
 }  // namespace
 
-[[gnu::tls_model("initial-exec")]] constinit thread_local void* slot_value = nullptr;
-
-bool thread_slot_set(void* value) {
-    const Key state = state_of_key();
-    const bool stored =
-        state == Key::gone || (state == Key::live && pthread_setspecific(key, value) == 0);
-    if (stored) slot_value = value;
-    return stored;
-}
-
-void* heap_allocate(std::size_t size) {
-    watch_exit();
-    auto* link = static_cast<Link*>(std::malloc(link_size + size));
-    if (link == nullptr) return nullptr;
-    lock_heap();
-    link->next = heap.next;
-    link->previous = &heap;
-    heap.next->previous = link;
-    heap.next = link;
-    unlock_heap();
-    return block_of(link);
-}
-
-void heap_free(void* block) {
-    lock_heap();
-    unlink_and_free(reinterpret_cast<Link*>(static_cast<char*>(block) - link_size));
-    unlock_heap();
+// Not to be part of a caller: where the loader allocates, some C libraries lose the vector
+// registers that a descriptor's function is to keep.
+[[gnu::noipa, gnu::cold]] void* find_thread_block() {
+    if (!__atomic_load_n(&key_is_live, __ATOMIC_ACQUIRE)) return &block;
+    const int saved_errno = errno;
+    if (!memory_for_block()) return nullptr;
+    pthread_setspecific(block_key, &block);  // a value that is not kept is asked for again
+    errno = saved_errno;
+    return &block;
 }
 
 bool environment_value(const char* name, char* buffer, std::size_t size) {

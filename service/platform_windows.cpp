@@ -25,15 +25,44 @@ HANDLE existing_heap() {
     return other;
 }
 
-bool process_attach() {
-    slot = TlsAlloc();
-    return slot != TLS_OUT_OF_INDEXES && on_process_attach();
+// The caller's last error, which a function of the library leaves as it was.
+class LastErrorKept {
+public:
+    LastErrorKept() : value_(GetLastError()) {}
+    ~LastErrorKept() { SetLastError(value_); }
+    LastErrorKept(const LastErrorKept&) = delete;
+    LastErrorKept& operator=(const LastErrorKept&) = delete;
+
+private:
+    DWORD value_;
+};
+
+void* first_use() {
+    HANDLE handle = existing_heap();
+    if (handle == nullptr) return nullptr;
+    void* block = HeapAlloc(handle, HEAP_ZERO_MEMORY, thread_block_size);
+    if (block != nullptr && !TlsSetValue(slot, block)) {
+        HeapFree(handle, 0, block);
+        return nullptr;
+    }
+    return block;
 }
 
-// Also called where attaching failed half-way.
+bool process_attach() {
+    slot = TlsAlloc();
+    return slot != TLS_OUT_OF_INDEXES && thread_block() != nullptr;
+}
+
+void thread_detach() {
+    void* block = TlsGetValue(slot);
+    if (block == nullptr) return;
+    TlsSetValue(slot, nullptr);
+    HeapFree(heap, 0, block);
+}
+
+// Unloading; also where attaching failed half-way. The heap goes with the blocks of all threads.
 void process_detach() {
     if (slot == TLS_OUT_OF_INDEXES) return;
-    on_process_detach();
     TlsFree(slot);
     slot = TLS_OUT_OF_INDEXES;
     if (heap != nullptr) HeapDestroy(heap);
@@ -42,24 +71,12 @@ void process_detach() {
 
 }  // namespace
 
-void* thread_slot_get() {
+void* thread_block() {
+    const LastErrorKept kept;  // TlsGetValue clears it
     if (slot == TLS_OUT_OF_INDEXES) return nullptr;
-    const DWORD last_error = GetLastError();  // the caller's; TlsGetValue clears it
-    void* value = TlsGetValue(slot);
-    SetLastError(last_error);
-    return value;
+    void* known = TlsGetValue(slot);
+    return known != nullptr ? known : first_use();
 }
-
-bool thread_slot_set(void* value) {
-    return slot != TLS_OUT_OF_INDEXES && TlsSetValue(slot, value) != 0;
-}
-
-void* heap_allocate(std::size_t size) {
-    HANDLE handle = existing_heap();
-    return handle != nullptr ? HeapAlloc(handle, 0, size) : nullptr;
-}
-
-void heap_free(void* block) { HeapFree(heap, 0, block); }
 
 bool environment_value(const char* name, char* buffer, std::size_t size) {
     const DWORD length = GetEnvironmentVariableA(name, buffer, static_cast<DWORD>(size));
@@ -95,9 +112,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID process_ends) {
     using namespace kef::platform;
     switch (reason) {
         case DLL_PROCESS_ATTACH: return process_attach();
-        case DLL_THREAD_DETACH:
-            if (void* value = thread_slot_get()) on_thread_detach(value);
-            break;
+        case DLL_THREAD_DETACH: thread_detach(); break;
         case DLL_PROCESS_DETACH:
             // At the end of the process its memory goes with it, and a thread that was
             // stopped may have held the heap's lock.

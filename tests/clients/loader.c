@@ -1,4 +1,4 @@
-/* A program that loads the library while it runs: loader CASE LIBRARY. */
+/* A program that loads the library while it runs: loader CASE LIBRARY [ROUNDS [NEIGHBOUR]]. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <limits.h>
@@ -63,13 +63,65 @@ static int loop(void) {
     return 0;
 }
 
-/* No thread-local slot is left at load: the first use is fatal. */
+/* Threads that use the library and end while it is unloaded, at every moment of both. */
+enum { racers = 2 };
+static pthread_barrier_t used;
+static void *race(void *argument) {
+    volatile unsigned delay = (unsigned)(size_t)argument;
+    if (set_status(5) != 0) exit(10);
+    pthread_barrier_wait(&used);
+    while (delay > 0) --delay;
+    return NULL;
+}
+static int unload_while_threads_end(int races) {
+    size_t before = 0;
+    int i, k;
+    mallopt(M_ARENA_MAX, 1);
+    pthread_barrier_init(&used, NULL, racers + 1);
+    for (i = 0; i < races; ++i) {
+        pthread_t thread[racers];
+        if (i == races / 2) before = mallinfo2().uordblks;
+        if (!load()) return 12;
+        for (k = 0; k < racers; ++k)
+            pthread_create(&thread[k], NULL, race, (void *)(size_t)(i * (k + 1) % 5000));
+        pthread_barrier_wait(&used);
+        if (!unload()) return 13;
+        for (k = 0; k < racers; ++k) pthread_join(thread[k], NULL);
+    }
+    return mallinfo2().uordblks > before + 200 ? 14 : 0;
+}
+
+/* A neighbour with thread-local storage of its own is loaded and unloaded in turns. */
+static int alternate(int turns, const char *neighbour) {
+    int i;
+    for (i = 0; i < turns; ++i) {
+        void *other;
+        if (!load()) return 12;
+        if (set_status(5) != 0) return 10;
+        other = dlopen(neighbour, RTLD_NOW);
+        if (other == NULL) {
+            fprintf(stderr, "round %d: %s\n", i, dlerror());
+            return 15;
+        }
+        if (!unload()) return 13;
+        dlclose(other);
+    }
+    return 0;
+}
+
+/* No key for thread-specific data is left at load. */
+static void *fresh(void *argument) {
+    return set_status(7) == 0 && set_status(8) == 7 ? argument : NULL;
+}
 static int keys(void) {
     pthread_key_t key;
+    pthread_t thread;
+    void *result = NULL;
     while (pthread_key_create(&key, NULL) == 0) {}
-    if (!load()) return 12;
-    set_status(0);
-    return 0;
+    if (!load() || set_status(5) != 0 || set_status(6) != 5) return 12;
+    pthread_create(&thread, NULL, fresh, &key);
+    pthread_join(thread, &result);
+    return result == NULL || set_status(0) != 6;
 }
 
 /* An exit handler unloads the library; a thread that used it ends afterwards. */
@@ -95,9 +147,11 @@ static int exit_handler(void) {
 }
 
 int main(int count, char **words) {
-    if (count != 3) return 2;
+    if (count < 3) return 2;
     library = words[2];
     if (strcmp(words[1], "loop") == 0) return loop();
+    if (strcmp(words[1], "race") == 0 && count > 3) return unload_while_threads_end(atoi(words[3]));
+    if (strcmp(words[1], "alternate") == 0 && count > 4) return alternate(atoi(words[3]), words[4]);
     if (strcmp(words[1], "keys") == 0) return keys();
     if (strcmp(words[1], "exit") == 0) return exit_handler();
     return 2;

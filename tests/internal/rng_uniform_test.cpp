@@ -139,7 +139,7 @@ TEST(RngUniform, BracketRestores) {
         for (const auto callback :
              {&callback_of_caller, static_cast<decltype(&callback_of_caller)>(nullptr)}) {
             kef_vtm_kernel_SetErrorCallBack(callback);
-            kef::vm::store_mode(mode);
+            kef::vm::store_mode(kef::vm::thread_state(), mode);
             {
                 const kef::dist::Bracket bracket(callback_of_bracket);
                 EXPECT_EQ(kef_vtm_kernel_GetMode() & VTM_ERRMODE_MASK, VTM_ERRMODE_CALLBACK + 0u);
@@ -155,7 +155,7 @@ TEST(RngUniform, BracketRestores) {
             EXPECT_EQ(kef_vtm_kernel_GetErrorCallBack(), callback);
         }
     kef_vtm_kernel_SetErrorCallBack(nullptr);
-    kef::vm::store_mode(saved);
+    kef::vm::store_mode(kef::vm::thread_state(), saved);
 }
 
 }  // namespace

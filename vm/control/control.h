@@ -19,7 +19,7 @@ namespace kef::vm {
 template <bool arithmetic> class ControlGuard {
 public:
     ControlGuard() : callers_(_mm_getcsr()) {
-        const bool flush = (mode() & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON;
+        const bool flush = flushes_subnormals();
         own_ = (callers_ & ~controlled) | masks | (flush ? flush_to_zero | denormals_are_zero : 0);
         if (own_ != callers_) [[unlikely]]
             _mm_setcsr(own_);

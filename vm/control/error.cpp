@@ -117,9 +117,9 @@ bool report(kef_vtm_error_record& record, std::uint32_t mode_word,
 
 template <class Argument, class Result>
 void handle_error(const ElementError<Argument, Result>& error) {
-    ThreadState& state = thread_state();
+    ThreadState& state = state_with_mode();
     state.status = error.code;
-    const std::uint32_t mode_word = mode();
+    const std::uint32_t mode_word = state.mode;
     if ((mode_word & VTM_ERRMODE_MASK) == ignore_all) return;
 
     kef_vtm_error_record record = {};

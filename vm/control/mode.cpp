@@ -1,7 +1,17 @@
 // Mode word, error status and callback of the calling thread.
+#include "service/platform.h"
 #include "vm/control/thread_state.h"
 
 namespace kef::vm {
+
+bool flushing_was_asked = false;
+
+void store_mode(ThreadState& state, std::uint32_t mode) {
+    if ((mode & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON)
+        __atomic_store_n(&flushing_was_asked, true, __ATOMIC_RELAXED);
+    state.mode = mode;
+    state.zero_mode = mode == 0;
+}
 
 namespace {
 
@@ -15,23 +25,24 @@ template <class T> T exchange(T& place, T value) {
     return previous;
 }
 
-}  // namespace
-
-ThreadState& state_with_mode() {
-    ThreadState& state = thread_state();
-    if (state.mode == 0 && !state.zero_mode) {
-        char text[mode_variable_size];
-        std::uint32_t value = default_mode;
-        if (platform::environment_value(mode_variable, text, sizeof text)) parse_mode(text, value);
-        state.mode = value;
-    }
-    return state;
+// SetMode; the mode word before.
+std::uint32_t merge_mode(ThreadState& state, std::uint32_t requested) {
+    const std::uint32_t previous = state.mode, next = merged_mode(previous, requested);
+    if (next != previous) store_mode(state, next);
+    return previous;
 }
 
-void store_mode(std::uint32_t mode) {
-    ThreadState& state = thread_state();
-    state.mode = mode;
-    state.zero_mode = mode == 0;
+}  // namespace
+
+bool thread_flushes_subnormals() {
+    return (state_with_mode().mode & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON;
+}
+
+void read_start_up_mode(ThreadState& state) {
+    if (state.zero_mode) return;
+    char text[mode_variable_size];
+    state.mode = default_mode;
+    if (platform::environment_value(mode_variable, text, sizeof text)) parse_mode(text, state.mode);
 }
 
 }  // namespace kef::vm
@@ -45,17 +56,14 @@ using namespace kef::vm;
 
 extern "C" {
 
-KEF_CONTROL(std::uint32_t, GetMode, void) { return mode(); }
+KEF_CONTROL(std::uint32_t, GetMode, void) { return state_with_mode().mode; }
 
 KEF_CONTROL(std::uint32_t, SetMode, std::uint32_t requested) {
-    const std::uint32_t previous = mode();
-    const std::uint32_t next = merged_mode(previous, requested);
-    if (next != previous) store_mode(next);
-    return previous;
+    return merge_mode(state_with_mode(), requested);
 }
 
 std::int32_t kef_vtm_kernel_GetTTableIndex(void) {
-    return kef_vtm_kernel_GetTTableIndexM(0, mode());
+    return kef_vtm_kernel_GetTTableIndexM(0, state_with_mode().mode);
 }
 
 std::int32_t kef_vtm_kernel_GetTTableIndexM(std::int32_t, std::uint32_t mode_word) {
@@ -71,11 +79,12 @@ KEF_CONTROL(std::int32_t, SetErrStatus, std::int32_t status) {
 KEF_CONTROL(std::int32_t, ClearErrStatus, void) { return exchange(thread_state().status, 0); }
 
 KEF_CONTROL(kef_vtm_error_callback, SetErrorCallBack, kef_vtm_error_callback callback) {
+    ThreadState& state = state_with_mode();
     if (callback != nullptr)
-        kef_vtm_kernel_SetMode((mode() & VTM_ERRMODE_MASK) | VTM_ERRMODE_CALLBACK);
-    else if ((mode() & VTM_ERRMODE_CALLBACK) != 0)
-        store_mode(mode() & ~VTM_ERRMODE_CALLBACK);  // SetMode would keep an empty field
-    return exchange(thread_state().callback, callback);
+        merge_mode(state, (state.mode & VTM_ERRMODE_MASK) | VTM_ERRMODE_CALLBACK);
+    else if ((state.mode & VTM_ERRMODE_CALLBACK) != 0)
+        store_mode(state, state.mode & ~VTM_ERRMODE_CALLBACK);  // SetMode would keep an empty field
+    return exchange(state.callback, callback);
 }
 
 KEF_CONTROL(kef_vtm_error_callback, GetErrorCallBack, void) { return thread_state().callback; }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "kef_vm.h"
+#include "service/message.h"
 #include "service/platform.h"
 
 namespace kef::vm {
@@ -16,20 +18,35 @@ struct ThreadState {
     // The mode word was set, to zero: clearing the callback took its last bit.
     bool zero_mode;
 };
+static_assert(sizeof(ThreadState) <= platform::thread_block_size);
+static_assert(std::is_trivial_v<ThreadState>);  // a block of zeros is its initial value
 
 // The calling thread's block, made at its first use. Never fails: where there is
 // no memory the process ends with the fatal memory message.
-ThreadState& thread_state();
+inline ThreadState& thread_state() {
+    void* const block = platform::thread_block();
+    if (block == nullptr) [[unlikely]]
+        fatal_memory_error();
+    return *static_cast<ThreadState*>(block);
+}
 
 // The same with the mode word read from the environment at first use.
-ThreadState& state_with_mode();
+void read_start_up_mode(ThreadState& state);
+inline ThreadState& state_with_mode() {
+    ThreadState& state = thread_state();
+    if (state.mode == 0) [[unlikely]]
+        read_start_up_mode(state);
+    return state;
+}
 
-// The thread's mode word, likewise. Every call of a kernel asks for it.
-inline std::uint32_t mode() {
-    const auto* state = static_cast<const ThreadState*>(platform::thread_slot_get());
-    if (state != nullptr && state->mode != 0) [[likely]]
-        return state->mode;
-    return state_with_mode().mode;
+// Whether any thread has ever asked for flushing of subnormal numbers; the environment cannot.
+extern bool flushing_was_asked;
+
+// Whether the calling thread asks for it. Every call of a kernel wants to know, and
+// looks into the thread's block only where the answer may be yes.
+bool thread_flushes_subnormals();
+inline bool flushes_subnormals() {
+    return __atomic_load_n(&flushing_was_asked, __ATOMIC_RELAXED) && thread_flushes_subnormals();
 }
 
 // A mode word after SetMode: a field that is zero in `requested` stays; precision control always
@@ -42,7 +59,7 @@ inline std::uint32_t merged_mode(std::uint32_t previous, std::uint32_t requested
 }
 
 // Stores a mode word as it is, without the field rules of SetMode.
-void store_mode(std::uint32_t mode);
+void store_mode(ThreadState& state, std::uint32_t mode);
 
 // Parses the value of the start-up environment variable into `mode`; false, with
 // `mode` untouched, where any token is wrong. `text` is NUL-terminated.
