@@ -8,10 +8,10 @@
 
 #define NO_REFERENCE NAN
 
-/* The arguments of f in a line of the list, as values of one type. */
-#define TAKE_x(T, first, second) \
-    const T x = first;           \
-    (void)x
+/* What f in a line of the list may name, as values of one type. */
+#define TAKE_x(T, first, second)                                             \
+    const T x = first, root2 = (T)1.41421356237309504880168872420969807857L; \
+    (void)x, (void)root2
 #define TAKE_ab(T, first, second) const T a = first, b = second
 
 /* What a line becomes for one type: five small functions, then a row. The tables
