@@ -17,8 +17,10 @@ static double mean(const double *x, int32_t n) {
 
 /* One line; `status` tells whether the vectors behind the value had errors. */
 static void print_value(const char *what, double value, int32_t status, const char *how) {
-    if (status == VTM_STATUS_OK) printf("   %-20s %-14.9g %s\n", what, value, how);
-    else printf("   %-20s %-14s %s: %s\n", what, "not defined", how, status_name(status));
+    if (status != VTM_STATUS_OK)
+        printf("   %-20s %-14s %s: %s\n", what, "not defined", how, status_name(status));
+    else if (how[0] != '\0') printf("   %-20s %-14.9g %s\n", what, value, how);
+    else printf("   %-20s %.9g\n", what, value);
 }
 
 static void print_histogram(const double *z, double *work, int32_t n, double centre, double width) {

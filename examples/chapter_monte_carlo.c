@@ -122,7 +122,7 @@ static bool print_histogram(const int64_t *count, int64_t total) {
     return chi_square < 56.5;
 }
 
-bool monte_carlo_chapter(const struct session *session) {
+bool montecarlo_chapter(const struct session *session) {
     static double price[ASSETS * BLOCK];
     static struct simulation pseudo, quasi;
     struct report {

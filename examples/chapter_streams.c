@@ -59,7 +59,8 @@ static bool estimate_pi(void) {
     bool good = streams[0] != NULL && streams[1] != NULL;
     int64_t drawn = 0, inside[2] = {0, 0};
     double error[2] = {1, 1};
-    printf("\n   %10s   %-22s %-22s\n", "points", "MT19937 (error)", "SOBOL (error)");
+    printf("\n   pi from the share of random points in a quarter of the unit circle:\n");
+    printf("   %10s   %-22s %s\n", "points", "MT19937 (error)", "SOBOL (error)");
     for (int doubling = 0; doubling <= DOUBLINGS && good; ++doubling) {
         const int64_t wanted = (int64_t)FIRST_POINTS << doubling;
         for (; drawn < wanted && good; drawn += BLOCK_POINTS)
@@ -75,7 +76,7 @@ static bool estimate_pi(void) {
         for (int s = 0; s < 2; ++s) {
             const double estimate = 4.0 * (double)inside[s] / (double)drawn;
             error[s] = fabs(estimate - pi);
-            printf(" %.7f (%.1e)   ", estimate, error[s]);
+            printf("%s %.7f (%.1e)", s > 0 ? "   " : "", estimate, error[s]);
         }
         printf("\n");
     }
@@ -102,7 +103,7 @@ static bool save_and_continue(void) {
     if (copy != NULL) __vtsDeleteStream(&copy);
     if (loaded != NULL) __vtsDeleteStream(&loaded);
     __vtsDeleteStream(&stream);
-    printf("\n   SFMT19937 saved after %d numbers (%d bytes) and loaded again: %s\n", EACH,
+    printf("\n   SFMT19937 saved after %d numbers (%d bytes) and loaded again:\n   %s\n", EACH,
            (int)bytes,
            good ? "the next ones are those of the unbroken stream" : "IT DOES NOT CONTINUE");
     return good;

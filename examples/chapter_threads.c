@@ -23,9 +23,11 @@ bool threads_chapter(const struct session *session) {
     static const char *const names[] = {"dExp", "dLn", "sExp", "dSqrt", "dAdd"};
     const int32_t n = session->elements;
     bool equal = true;
-    printf("   %d elements, at most %d thread%s\n\n", (int)n, session->threads,
-           session->threads == 1 ? "" : "s");
-    printf("   function    cost   worth threads   one thread, ms   divided, ms   results\n");
+    printf(
+        "   %d elements, at most %d thread%s. What an element costs, from the cost table of the\n"
+        "   function, tells how many threads a call is worth.\n\n",
+        (int)n, session->threads, session->threads == 1 ? "" : "s");
+    printf("   function    cost   threads worth   one thread, ms   divided, ms   results\n");
     for (size_t i = 0; i < sizeof names / sizeof names[0]; ++i) {
         const struct function *f = find_function(names[i]);
         void *a = allocate((size_t)n, f->size), *b = allocate((size_t)n, f->size);

@@ -7,50 +7,57 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* The chapters, in the order of the output. */
 static const struct {
     const char *name, *title;
     chapter_function *print;
 } chapters[] = {
-    {"measurements", "Real measurements", measurements_chapter},
-    {"accuracy", "Three accuracies of one function", accuracy_chapter},
-    {"errors", "Element errors", errors_chapter},
-    {"threads", "Long vectors over several threads", threads_chapter},
-    {"streams", "Random streams", streams_chapter},
-    {"montecarlo", "A Monte Carlo valuation", monte_carlo_chapter},
-    {"statistics", "Statistics, block by block", statistics_chapter},
-    {"summary", "What each accuracy costs and gives", summary_chapter},
-    {"fitting", "Splines through tabulated data", fitting_chapter},
+#define CHAPTER(name, title) {#name, title, name##_chapter},
+#include "chapters.def"
+#undef CHAPTER
 };
 enum { CHAPTERS = sizeof chapters / sizeof chapters[0] };
 
+/* The options, and what stands for their values; null: there is none. */
+enum option {
+#define OPTION(name, value, meaning) OPTION_##name,
+#define FLAG(name, meaning) OPTION_##name,
+#include "options.def"
+#undef OPTION
+#undef FLAG
+    OPTIONS
+};
+static const struct {
+    const char *name, *value, *meaning;
+} options[OPTIONS] = {
+#define OPTION(name, value, meaning) {"--" #name, #value, meaning},
+#define FLAG(name, meaning) {"--" #name, NULL, meaning},
+#include "options.def"
+#undef OPTION
+#undef FLAG
+};
+
 enum { GOOD = 0, FAILED = 1, USAGE = 2, MOST_ELEMENTS = 100000000, MOST_THREADS = 64 };
 
-static int usage(FILE *to) {
-    fprintf(to,
-            "usage: frontend [option...] DATAFILE\n"
-            "\n"
-            "Runs the functions of the library over the measurements in DATAFILE (one number\n"
-            "a line; lines that begin with # are comments) and over long vectors.\n"
-            "\n"
-            "  --elements N   length of the long vectors (1..%d; default 1000000)\n"
-            "  --threads N    use at most N threads for one call (1..%d; default: one for\n"
-            "                 each processor)\n"
-            "  --picture FILE draw the splines as an SVG picture\n"
-            "  --chapter NAME print this chapter only; may be repeated:\n"
-            "                ",
-            MOST_ELEMENTS, MOST_THREADS);
-    for (int i = 0; i < CHAPTERS; ++i) fprintf(to, " %s", chapters[i].name);
-    fprintf(to,
-            "\n"
-            "  --help         this text\n"
-            "\n"
-            "The environment variable KEF_VTM_MODE sets accuracy and error mode at the start,\n"
-            "for instance KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR.\n"
-            "\n"
-            "Exit status: 0 all is well; 1 the data cannot be used, memory or output failed, or\n"
-            "a result was not what it must be; 2 wrong usage.\n");
-    return to == stdout ? GOOD : USAGE;
+static int usage(void) {
+    printf(
+        "usage: frontend [option...] FILE\n"
+        "\n"
+        "Runs the functions of the library over the measurements in FILE (one number a\n"
+        "line; lines that begin with # are comments) and over long vectors.\n"
+        "\n");
+    for (int i = 0; i < OPTIONS; ++i)
+        printf("  %-10s %-5s %s\n", options[i].name, options[i].value ? options[i].value : "",
+               options[i].meaning);
+    printf("\nChapters:");
+    for (int i = 0; i < CHAPTERS; ++i) printf(" %s", chapters[i].name);
+    printf(
+        "\n\n"
+        "The environment variable KEF_VTM_MODE sets accuracy and error mode at the start,\n"
+        "for instance KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR.\n"
+        "\n"
+        "Exit status: 0 all is well; 1 the data cannot be used, memory or output failed, or\n"
+        "a result was not what it must be; 2 wrong usage.\n");
+    return GOOD;
 }
 
 static int usage_error(const char *what, const char *text) {
@@ -72,42 +79,48 @@ int main(int argc, char **argv) {
     const char *path = NULL;
 
     for (int i = 1; i < argc; ++i) {
-        const char *option = argv[i];
-        if (strcmp(option, "--help") == 0 || strcmp(option, "-h") == 0) return usage(stdout);
-        if (option[0] != '-' || option[1] == '\0') {
-            if (path != NULL) return usage_error("more than one data file: ", option);
-            path = option;
+        const char *word = argv[i];
+        if (word[0] != '-' || word[1] == '\0') {
+            if (path != NULL) return usage_error("more than one data file: ", word);
+            path = word;
             continue;
         }
-        const bool elements = strcmp(option, "--elements") == 0;
-        const bool threads = strcmp(option, "--threads") == 0;
-        const bool picture = strcmp(option, "--picture") == 0;
-        if (!elements && !threads && !picture && strcmp(option, "--chapter") != 0)
-            return usage_error("unknown option ", option);
-        if (++i == argc) return usage_error("no value after ", option);
-        if (picture) {
-            session.picture = argv[i];
-            continue;
+        int option = 0, k = 0;
+        while (option < OPTIONS && strcmp(word, options[option].name) != 0) ++option;
+        if (option == OPTIONS) return usage_error("unknown option ", word);
+        if (options[option].value != NULL && ++i == argc)
+            return usage_error("no value after ", word);
+        long count;
+        switch ((enum option)option) {
+            case OPTION_help: return usage();
+            case OPTION_table: session.table = true; break;
+            case OPTION_picture: session.picture = argv[i]; break;
+            case OPTION_elements:
+                if (!parse_count(argv[i], MOST_ELEMENTS, &count))
+                    return usage_error("wrong number of elements: ", argv[i]);
+                session.elements = (int32_t)count;
+                break;
+            case OPTION_threads:
+                if (!parse_count(argv[i], MOST_THREADS, &count))
+                    return usage_error("wrong number of threads: ", argv[i]);
+                session.threads = (int)count;
+                break;
+            case OPTION_chapter:
+                while (k < CHAPTERS && strcmp(argv[i], chapters[k].name) != 0) ++k;
+                if (k == CHAPTERS) return usage_error("unknown chapter ", argv[i]);
+                chosen[k] = true;
+                all = false;
+                break;
+            case OPTIONS: break;
         }
-        if (elements || threads) {
-            long value;
-            if (!parse_count(argv[i], elements ? MOST_ELEMENTS : MOST_THREADS, &value))
-                return usage_error(
-                    elements ? "wrong number of elements: " : "wrong number of threads: ", argv[i]);
-            if (elements) session.elements = (int32_t)value;
-            else session.threads = (int)value;
-            continue;
-        }
-        int k = 0;
-        while (k < CHAPTERS && strcmp(argv[i], chapters[k].name) != 0) ++k;
-        if (k == CHAPTERS) return usage_error("unknown chapter ", argv[i]);
-        chosen[k] = true;
-        all = false;
     }
     if (path == NULL) return usage_error("no data file given", "");
     if (!read_measurements(path, &session)) return FAILED;
 
     int result = GOOD;
+    printf(
+        "KEF computes elementary functions, random numbers, statistics and splines over whole\n"
+        "arrays, on x86 processors with SSE2 and SSE3, and states how exact each result is.\n\n");
     for (int k = 0; k < CHAPTERS; ++k) {
         if (!all && !chosen[k]) continue;
         printf("%d. %s\n\n", k + 1, chapters[k].title);
@@ -116,7 +129,7 @@ int main(int argc, char **argv) {
             fprintf(stderr, "frontend: a check failed in chapter \"%s\"\n", chapters[k].name);
             result = FAILED;
         }
-        printf("\n");
+        if (k < CHAPTERS - 1) printf("\n");
         fflush(stdout);
     }
     free(session.measurements);

@@ -1,6 +1,6 @@
 /* A small front end to the vector math: what a math library does that loads it.
  *
- *   frontend.c    the command line, and the list of chapters
+ *   frontend.c    the command line; options.def and chapters.def, its lists
  *   chapter_*.c   one chapter of the output each
  *   vector.c      the front end proper: checked calls at the accuracy of the
  *                 mode word, divided over threads by the cost tables
@@ -26,12 +26,14 @@ struct session {
     int32_t elements;    /* of the long arrays */
     int threads;         /* at most so many for one call */
     const char *picture; /* file to draw to, or null */
+    bool table;          /* every function in the summary */
 };
 
 /* A chapter prints its part; false when a check in it failed. */
 typedef bool chapter_function(const struct session *session);
-chapter_function measurements_chapter, accuracy_chapter, errors_chapter, threads_chapter,
-    streams_chapter, monte_carlo_chapter, statistics_chapter, fitting_chapter, summary_chapter;
+#define CHAPTER(name, title) chapter_function name##_chapter;
+#include "chapters.def"
+#undef CHAPTER
 
 /* Reads one number a line into session->measurements, and the title from the
  * first comment. Empty lines and lines that begin with # are left out. On any

@@ -7,12 +7,17 @@ directory=$(mktemp -d)
 trap 'rm -rf "$directory"' EXIT
 failures=0
 
-# expect STATUS WORDS ARGUMENT...: runs the program on the arguments.
+# expect STATUS WORDS ARGUMENT...: runs the program on the arguments. No line may be longer than 100.
 expect() {
     status=$1 words=$2
     shift 2
-    "$program" "$@" >"$directory/output" 2>&1
+    "$program" "$@" >"$directory/output" 2>"$directory/errors"
     got=$?
+    if grep -E '.{101}' "$directory/output"; then
+        echo "frontend $*: longer than 100 columns"
+        failures=$((failures + 1))
+    fi
+    cat "$directory/errors" >>"$directory/output"
     if [ $got != "$status" ] || ! grep -qF -e "$words" "$directory/output"; then
         echo "frontend $*: status $got, expected $status; expected the words: $words; output:"
         head -20 "$directory/output"
@@ -34,12 +39,17 @@ expect 0 "the same bits" "$data" --chapter accuracy
 expect 0 "chi-square" "$data" --elements 54321 --chapter montecarlo
 expect 0 "agree" "$data" --elements 54321 --chapter statistics
 expect 0 "dExp" "$data" --elements 1
+summary=$("$program" "$data" --elements 1 2>/dev/null | sed -n '/^9\. /,$p' | wc -l)
+[ "$summary" -ge 10 ] && [ "$summary" -le 20 ] ||
+    { echo "$summary lines of summary"; failures=$((failures + 1)); }
+expect 0 "sNearbyInt" "$data" --elements 100 --chapter summary --table
 expect 0 "1790 to 1970" "$data" --chapter fitting
 expect 0 "The picture is in" "$data" --chapter fitting --picture "$directory/picture.svg"
 grep -q '</svg>' "$directory/picture.svg" || { echo "no picture"; failures=$((failures + 1)); }
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"
 export KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR
-expect 0 "0x403: accuracy EP; errors +message" "$data" --elements 1000
+expect 0 "0x403: accuracy EP" "$data" --elements 1000
+expect 0 "errors +message" "$data" --chapter accuracy
 unset KEF_VTM_MODE
 
 file '# A title\n\n  1.5  \r\n2.5'

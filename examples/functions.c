@@ -42,11 +42,11 @@
         return output == 0 ? f : g;                                                         \
     }
 #define BOTH(...) DEFINE(s, float, __VA_ARGS__) DEFINE(d, double, __VA_ARGS__)
-#define MAP1(name, low, high, f) BOTH(name, (n, u, y), x, 1, f, 0)
-#define MAP2(name, low, high, f) BOTH(name, (n, u, v, y), ab, 1, f, 0)
-#define MAPX(name, low, high, f) BOTH(name, (n, u, POWER, y), x, 1, f, 0)
-#define MAP1X2(name, low, high, f, g) BOTH(name, (n, u, y, z), x, 2, f, g)
-#define FRACTION(name, low, high, f) \
+#define MAP1(name, low, high, bound, f) BOTH(name, (n, u, y), x, 1, f, 0)
+#define MAP2(name, low, high, bound, f) BOTH(name, (n, u, v, y), ab, 1, f, 0)
+#define MAPX(name, low, high, bound, f) BOTH(name, (n, u, POWER, y), x, 1, f, 0)
+#define MAP1X2(name, low, high, bound, f, g) BOTH(name, (n, u, y, z), x, 2, f, g)
+#define FRACTION(name, low, high, bound, f) \
     BOTH(name, (n, u, v, SCALE_A, SHIFT_A, SCALE_B, SHIFT_B, y), ab, 1, f, 0)
 #include "functions.def"
 #undef MAP1
@@ -55,24 +55,28 @@
 #undef MAP1X2
 #undef FRACTION
 
-#define ROW(t, T, name, inputs, outputs, low, high) \
-    {#t #name,                                      \
-     sizeof(T),                                     \
-     inputs,                                        \
-     outputs,                                       \
-     low,                                           \
-     high,                                          \
-     call_##t##name,                                \
-     kernel_##t##name,                              \
-     cost_##t##name,                                \
-     loop_##t##name,                                \
+#define ROW(t, T, name, inputs, outputs, low, high, bound) \
+    {#t #name,                                             \
+     sizeof(T),                                            \
+     inputs,                                               \
+     outputs,                                              \
+     low,                                                  \
+     high,                                                 \
+     bound,                                                \
+     call_##t##name,                                       \
+     kernel_##t##name,                                     \
+     cost_##t##name,                                       \
+     loop_##t##name,                                       \
      reference_##t##name},
-#define ROWS(...) ROW(s, float, __VA_ARGS__) ROW(d, double, __VA_ARGS__)
-#define MAP1(name, low, high, f) ROWS(name, 1, 1, low, high)
-#define MAP2(name, low, high, f) ROWS(name, 2, 1, low, high)
-#define MAPX(name, low, high, f) ROWS(name, 1, 1, low, high)
-#define MAP1X2(name, low, high, f, g) ROWS(name, 1, 2, low, high)
-#define FRACTION(name, low, high, f) ROWS(name, 2, 1, low, high)
+/* In single precision what depends on one number is correctly rounded, anything else almost. */
+#define ROWS(name, inputs, outputs, low, high, bound, single)                                \
+    ROW(s, float, name, inputs, outputs, low, high, (bound) < (single) ? (bound) : (single)) \
+    ROW(d, double, name, inputs, outputs, low, high, bound)
+#define MAP1(name, low, high, bound, f) ROWS(name, 1, 1, low, high, bound, 0.5)
+#define MAP2(name, low, high, bound, f) ROWS(name, 2, 1, low, high, bound, 0.501)
+#define MAPX(name, low, high, bound, f) ROWS(name, 1, 1, low, high, bound, 0.501)
+#define MAP1X2(name, low, high, bound, f, g) ROWS(name, 1, 2, low, high, bound, 0.5)
+#define FRACTION(name, low, high, bound, f) ROWS(name, 2, 1, low, high, bound, 0.501)
 const struct function functions[] = {
 #include "functions.def"
 };

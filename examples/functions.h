@@ -23,6 +23,7 @@ struct function {
     size_t size;      /* of an element */
     int inputs, outputs;
     double low, high; /* interval of the arguments in the summary */
+    double bound;     /* promised worst error of HA, in ulp */
 
     /* Calls the kernel of a slot through the dispatch table. */
     void (*call)(int slot, int32_t n, const void *a, const void *b, void *y, void *z);

@@ -40,15 +40,16 @@ const char *accuracy_name(int slot) {
 
 void print_mode(const char *before, uint32_t mode) {
     const int slot = kef_vtm_kernel_GetTTableIndexM(0, mode);
-    printf("%s0x%X: accuracy %s; errors", before, (unsigned)mode, accuracy_name(slot));
+    printf("%s0x%X: accuracy %s; subnormal numbers %s;\n   errors", before, (unsigned)mode,
+           accuracy_name(slot),
+           (mode & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON ? "count as zero" : "kept");
     if ((mode & VTM_ERRMODE_MASK) == VTM_ERRMODE_IGNORE) printf(" ignored");
     if ((mode & VTM_ERRMODE_MASK) == 0) printf(" recorded");
     if (mode & VTM_ERRMODE_ERRNO) printf(" +errno");
     if (mode & VTM_ERRMODE_STDERR) printf(" +message");
     if (mode & VTM_ERRMODE_EXCEPT) printf(" +exception");
     if (mode & VTM_ERRMODE_CALLBACK) printf(" +callback");
-    printf("; subnormal numbers %s\n",
-           (mode & VTM_FTZDAZ_MASK) == VTM_FTZDAZ_ON ? "count as zero" : "kept");
+    printf("\n");
 }
 
 int current_slot(void) {
