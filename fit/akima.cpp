@@ -50,7 +50,6 @@ constexpr BoundarySet boundaries = two_sided | no_conditions;
 template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr Requirements need = {2, DF_CUBIC, 1u << DF_TYPE_AKIMA, boundaries};
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
     const LocalSlopes<AkimaSlopes> slopes = {{}, boundary_of<T>(*task, boundaries)};
     return construct<T>(*task, DF_CUBIC, HermiteMethod<LocalSlopes<AkimaSlopes>>{slopes});
 }

@@ -63,8 +63,8 @@ struct Boundary {
 // One end of a partition as seen from it: distance and divided difference of the
 // first cell and of the second, and the slopes behind them.
 struct EndView {
-    double h0, d0, h1, d1, s1, s2;
-    double side;  // -1 on the left, +1 on the right
+    double h0 = 0, d0 = 0, h1 = 0, d1 = 0, s1 = 0, s2 = 0;
+    double side = 0;  // -1 on the left, +1 on the right
 };
 
 // End slopes by condition; s1 and s2 are the neighbouring slopes.

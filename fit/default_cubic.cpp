@@ -9,8 +9,9 @@ namespace kef::fit {
 
 namespace {
 
-// The end second derivative from the neighbouring ones m1 and m2.
-double end_second(End condition, double value, const EndView& e, double m1, double m2, bool three) {
+// The end second derivative; the view holds the second derivatives m.
+double end_second(End condition, double value, const EndView& e, bool three) {
+    const double m1 = e.s1, m2 = e.s2;
     switch (condition) {
         case End::second: return value;
         case End::first: return (e.side * 6 * (value - e.d0) / e.h0 - m1) / 2;
@@ -30,14 +31,11 @@ template <class T> struct SecondDerivatives {
     }
     void fit(const Mesh& mesh, const double* y, const double* d, const Coefficients<T>& c) {
         const std::size_t n = mesh.n;
-        const double* h = mesh.h;
-        const EndView left = {h[0], d[0], h[1], 0, 0, 0, -1};
-        const EndView right = {h[n - 2], d[n - 2], h[n - 3], 0, 0, 0, +1};
-        m[0] = end_second(boundary.left, boundary.left_value, left, m[1], m[2], n == 3);
-        m[n - 1] =
-            end_second(boundary.right, boundary.right_value, right, m[n - 2], m[n - 3], n == 3);
+        const EndView left = left_end(mesh, d, m), right = right_end(mesh, d, m);
+        m[0] = end_second(boundary.left, boundary.left_value, left, n == 3);
+        m[n - 1] = end_second(boundary.right, boundary.right_value, right, n == 3);
         each(n - 1, [&]<class V>(std::size_t i, V) {
-            const V hi = load_as<V>(h + i), a = load_as<V>(m + i), b = load_as<V>(m + i + 1);
+            const V hi = load_as<V>(mesh.h + i), a = load_as<V>(m + i), b = load_as<V>(m + i + 1);
             store_cells(c.first + i * c.stride, c.stride, load_as<V>(y + i),
                         load_as<V>(d + i) - hi * (2.0 * a + b) / 6.0, a * 0.5,
                         (b - a) / (6.0 * hi));
@@ -50,7 +48,6 @@ template <class T> std::int32_t construct_entry(const Task* task, std::int64_t m
     constexpr std::uint32_t either = 1u << DF_INTERNAL_FIRST | 1u << DF_INTERNAL_SECOND;
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
     if (const std::int32_t status = check_internal(*task, either)) return status;
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
     // One cell has no inner derivative: the two kinds are one.
     if (task->ic_type == DF_INTERNAL_FIRST || (task->nx == 2 && task->bc_type != DF_PERIODIC))
         return construct_hermite<T>(*task);

@@ -3,20 +3,17 @@
 #include <cstring>
 
 #include "fit/task.h"
-#include "service/alloc.h"
 
 namespace kef::fit {
 
 namespace {
 
-std::int32_t edit_pointer(Task* task, std::int64_t id, const void* array) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
+std::int32_t edit_pointer(Task& task, std::int64_t id, const void* array) {
     switch (id) {
 #define KEF_DF_ARRAY(id, field, status)      \
     case id:                                 \
         if (array == nullptr) return status; \
-        task->field = array;                 \
+        task.field = array;                  \
         return DF_STATUS_OK;
 #define KEF_DF_ROWS(id, field, status)       \
     case id:                                 \
@@ -25,22 +22,20 @@ std::int32_t edit_pointer(Task* task, std::int64_t id, const void* array) {
 #include "fit/params.def"
         default: return DF_STATUS_PARAMETER;
     }
-    return id == DF_Y ? set_y(*task, array) : set_coefficients(*task, array);
+    return id == DF_Y ? set_y(task, array) : set_coefficients(task, array);
 }
 
-template <class T> std::int32_t query_pointer(const Task* task, std::int64_t id, T** array) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
+template <class T> std::int32_t query_pointer(const Task& task, std::int64_t id, T** array) {
     if (array == nullptr) return DF_STATUS_NULL_OUTPUT;
     const void* found = nullptr;
     switch (id) {
 #define KEF_DF_ARRAY(id, field, status) \
     case id:                            \
-        found = task->field;            \
+        found = task.field;             \
         break;
-#define KEF_DF_ROWS(id, field, status)                             \
-    case id:                                                       \
-        found = task->field == nullptr ? nullptr : task->field[0]; \
+#define KEF_DF_ROWS(id, field, status)                           \
+    case id:                                                     \
+        found = task.field == nullptr ? nullptr : task.field[0]; \
         break;
 #include "fit/params.def"
         default: return DF_STATUS_PARAMETER;
@@ -58,32 +53,25 @@ struct Rows {
 };
 
 Rows rows_of(Task& task, std::int64_t id) {
-    const auto count = [&](std::int64_t hint) { return hint == DF_BY_COLUMNS ? 1 : +task.ny; };
-    if (id == DF_Y) return {&task.y_rows, &task.y_slots, count(task.y_hint), DF_STATUS_Y};
+    if (id == DF_Y)
+        return {&task.y_rows, &task.y_slots, row_count(task.y_hint, task.ny), DF_STATUS_Y};
     if (id == DF_COEFFICIENTS)
-        return {&task.coefficient_rows, &task.coefficient_slots, count(task.coefficient_hint),
-                DF_STATUS_COEFFICIENTS};
+        return {&task.coefficient_rows, &task.coefficient_slots,
+                row_count(task.coefficient_hint, task.ny), DF_STATUS_COEFFICIENTS};
     return {nullptr, nullptr, 0, 0};
 }
 
-// Appends null slots up to `count`.
+// Appends null slots up to the count.
 std::int32_t grow(Rows& rows) {
-    const auto count = static_cast<std::size_t>(rows.count);
-    if (rows.count > INT32_MAX / static_cast<std::int64_t>(sizeof(void*)))
-        return DF_STATUS_NO_MEMORY;
-    auto** grown = static_cast<const void**>(kef::allocate_aligned(count * sizeof(void*)));
+    const void** grown = allocate_rows(rows.count);
     if (grown == nullptr) return DF_STATUS_NO_MEMORY;
-    std::fill(std::copy_n(*rows.rows, *rows.slots, grown), grown + count, nullptr);
-    kef::free_aligned(*rows.rows);
-    *rows.rows = grown;
-    *rows.slots = static_cast<std::uint32_t>(count);
+    std::fill(std::copy_n(*rows.rows, *rows.slots, grown), grown + rows.count, nullptr);
+    replace_rows(*rows.rows, *rows.slots, grown, rows.count);
     return DF_STATUS_OK;
 }
 
-std::int32_t edit_row(Task* task, std::int64_t id, std::int64_t index, const void* array) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
-    Rows rows = rows_of(*task, id);
+std::int32_t edit_row(Task& task, std::int64_t id, std::int64_t index, const void* array) {
+    Rows rows = rows_of(task, id);
     if (rows.rows == nullptr) return DF_STATUS_PARAMETER;
     if (array == nullptr) return rows.null_status;
     if (index < 0 || index >= rows.count) return DF_STATUS_PARAMETER;
@@ -94,14 +82,51 @@ std::int32_t edit_row(Task* task, std::int64_t id, std::int64_t index, const voi
 }
 
 template <class T>
-std::int32_t query_row(const Task* task, std::int64_t id, std::int64_t index, T** array) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
+std::int32_t query_row(const Task& task, std::int64_t id, std::int64_t index, T** array) {
     if (array == nullptr) return DF_STATUS_NULL_OUTPUT;
-    const Rows rows = rows_of(const_cast<Task&>(*task), id);
+    const Rows rows = rows_of(const_cast<Task&>(task), id);
     if (rows.rows == nullptr || index < 0 || index >= rows.count) return DF_STATUS_PARAMETER;
     const void* row = index < *rows.slots ? (*rows.rows)[index] : nullptr;
     *array = static_cast<T*>(const_cast<void*>(row));
+    return DF_STATUS_OK;
+}
+
+std::int32_t edit_integer(Task& task, std::int64_t id, std::int64_t value) {
+    switch (id) {
+#define KEF_DF_INTEGER(id, field, accepted, status) \
+    case id:                                        \
+        if (!(accepted)) return status;             \
+        task.field = value;                         \
+        break;
+#define KEF_DF_FLAG(id, field, accepted, status)       \
+    case id:                                           \
+        if (!(accepted)) return status;                \
+        task.field = static_cast<std::int32_t>(value); \
+        break;
+#include "fit/params.def"
+        default: return DF_STATUS_PARAMETER;
+    }
+    if (id == DF_X_HINT) build_search_table(task);
+    return DF_STATUS_OK;
+}
+
+std::int32_t query_integer(const Task& task, std::int64_t id, void* value) {
+    if (value == nullptr) return DF_STATUS_NULL_OUTPUT;
+    std::int64_t found;
+    switch (id) {
+#define KEF_DF_INTEGER(id, field, accepted, status) \
+    case id:                                        \
+        found = task.field;                         \
+        break;
+#define KEF_DF_FLAG(id, field, accepted, status) \
+    case id:                                     \
+        found = task.field;                      \
+        break;
+#include "fit/params.def"
+        default: return DF_STATUS_PARAMETER;
+    }
+    // Little-endian: the low word alone, or both.
+    std::memcpy(value, &found, task.int64_flag != 0 ? sizeof found : sizeof(std::int32_t));
     return DF_STATUS_OK;
 }
 
@@ -111,63 +136,28 @@ std::int32_t query_row(const Task* task, std::int64_t id, std::int64_t index, T*
 
 using namespace kef::fit;
 
-#define KEF_DF_EDITORS(letter, T)                                                              \
-    int32_t kef_df_kernel_##letter##EditPtr(kef_df_task* task, int64_t id, const T* array) {   \
-        return edit_pointer(task, id, array);                                                  \
-    }                                                                                          \
-    int32_t kef_df_kernel_##letter##QueryPtr(const kef_df_task* task, int64_t id, T** array) { \
-        return query_pointer(task, id, array);                                                 \
-    }                                                                                          \
-    int32_t kef_df_kernel_##letter##EditIdxPtr(kef_df_task* task, int64_t id, int64_t index,   \
-                                               const T* array) {                               \
-        return edit_row(task, id, index, array);                                               \
-    }                                                                                          \
-    int32_t kef_df_kernel_##letter##QueryIdxPtr(const kef_df_task* task, int64_t id,           \
-                                                int64_t index, T** array) {                    \
-        return query_row(task, id, index, array);                                              \
+#define KEF_DF_EDITORS(letter, T)                                                                 \
+    int32_t kef_df_kernel_##letter##EditPtr(kef_df_task* task, int64_t id, const T* array) {      \
+        return with_task<T>(task, [&](Task& t) { return edit_pointer(t, id, array); });           \
+    }                                                                                             \
+    int32_t kef_df_kernel_##letter##QueryPtr(const kef_df_task* task, int64_t id, T** array) {    \
+        return with_task<T>(task, [&](const Task& t) { return query_pointer(t, id, array); });    \
+    }                                                                                             \
+    int32_t kef_df_kernel_##letter##EditIdxPtr(kef_df_task* task, int64_t id, int64_t index,      \
+                                               const T* array) {                                  \
+        return with_task<T>(task, [&](Task& t) { return edit_row(t, id, index, array); });        \
+    }                                                                                             \
+    int32_t kef_df_kernel_##letter##QueryIdxPtr(const kef_df_task* task, int64_t id,              \
+                                                int64_t index, T** array) {                       \
+        return with_task<T>(task, [&](const Task& t) { return query_row(t, id, index, array); }); \
     }
 KEF_DF_EDITORS(d, double)
 KEF_DF_EDITORS(s, float)
 
 int32_t kef_df_kernel_iEditVal(kef_df_task* task, int64_t id, int64_t value) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
-    switch (id) {
-#define KEF_DF_INTEGER(id, field, accepted, status) \
-    case id:                                        \
-        if (!(accepted)) return status;             \
-        task->field = value;                        \
-        break;
-#define KEF_DF_FLAG(id, field, accepted, status)        \
-    case id:                                            \
-        if (!(accepted)) return status;                 \
-        task->field = static_cast<std::int32_t>(value); \
-        break;
-#include "fit/params.def"
-        default: return DF_STATUS_PARAMETER;
-    }
-    if (id == DF_X_HINT) build_search_table(*task);
-    return DF_STATUS_OK;
+    return with_task(task, [&](Task& t) { return edit_integer(t, id, value); });
 }
 
 int32_t kef_df_kernel_iQueryVal(const kef_df_task* task, int64_t id, void* value) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
-    if (value == nullptr) return DF_STATUS_NULL_OUTPUT;
-    std::int64_t found;
-    switch (id) {
-#define KEF_DF_INTEGER(id, field, accepted, status) \
-    case id:                                        \
-        found = task->field;                        \
-        break;
-#define KEF_DF_FLAG(id, field, accepted, status) \
-    case id:                                     \
-        found = task->field;                     \
-        break;
-#include "fit/params.def"
-        default: return DF_STATUS_PARAMETER;
-    }
-    // Little-endian: the low word alone, or both.
-    std::memcpy(value, &found, task->int64_flag != 0 ? sizeof found : sizeof(std::int32_t));
-    return DF_STATUS_OK;
+    return with_task(task, [&](const Task& t) { return query_integer(t, id, value); });
 }

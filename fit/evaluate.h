@@ -2,8 +2,8 @@
 // with the distances from the cells' left ends.
 #pragma once
 
-#include "fit/cells.h"
-#include "fit/construct.h"
+#include "fit/arrays.h"
+#include "fit/cells/choose.h"
 #include "fit/knots.h"
 
 namespace kef::fit {
@@ -14,7 +14,10 @@ template <class T> std::int32_t check_spline(const Task& task) {
     if (task.type > DF_TYPE_AKIMA) return DF_STATUS_TYPE;
     if (task.type == DF_TYPE_SUBBOTIN && (task.ic_type & DF_INTERNAL_KNOTS) && task.ic == nullptr)
         return DF_STATUS_INTERNAL_CONDITIONS;
-    return check_arrays<T>(task, false);
+    if (!is_storage_hint(task.coefficient_hint)) return DF_STATUS_COEFFICIENT_HINT;
+    if (task.ny <= 0) return DF_STATUS_NY;
+    if (!has_coefficients(task)) return DF_STATUS_COEFFICIENTS;
+    return partition_is_accepted<T>(task) ? DF_STATUS_OK : DF_STATUS_X;
 }
 
 inline bool is_result_hint(std::int64_t h) { return is_storage_hint(h) && h != DF_SEPARATE_ROWS; }

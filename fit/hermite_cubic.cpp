@@ -10,7 +10,6 @@ template <class T> std::int32_t construct_entry(const Task* task, std::int64_t m
     constexpr Requirements need = {2, DF_CUBIC, 1u << DF_TYPE_HERMITE, two_sided};
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
     if (const std::int32_t status = check_internal(*task, 1u << DF_INTERNAL_FIRST)) return status;
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
     return construct_hermite<T>(*task);
 }
 

@@ -5,6 +5,7 @@
 // cells: the rest of the first one, the whole ones between, the start of the last
 // one, the whole ones summed as an unevaluated pair of doubles.
 #include "fit/evaluate.h"
+#include "service/alloc.h"
 
 namespace kef::fit {
 
@@ -83,45 +84,41 @@ private:
     const Sum* sums_ = nullptr;
 };
 
-// A block of intervals with the cells of their limits.
-template <class T> struct Intervals {
-    alignas(16) T left_grid[block_size];
-    alignas(16) T right_grid[block_size];
-    std::uint32_t left_cell[block_size], right_cell[block_size];
-    const T *left, *right;
-    std::int64_t from;
-    std::uint32_t n;
+// The left and the right limits of a block of intervals, located.
+template <class T, class Search> class Intervals {
+public:
+    Intervals(const CellMap<T>& map, const Search& search, const Sites<T>& left,
+              const Sites<T>& right)
+        : map_(map), left_(map.partition(), search, left), right_(map.partition(), search, right) {}
 
-    // The limits of interval j in ascending order with their cells.
+    bool next() { return left_.next() && right_.next(); }
+    std::uint32_t size() const { return left_.n; }
+    std::size_t from() const { return static_cast<std::size_t>(left_.from); }
+    T left(std::uint32_t j) const { return left_.site[j]; }
+    T right(std::uint32_t j) const { return right_.site[j]; }
+
+    // Hands the limits of interval j in ascending order, each behind its cell, to `use`.
     template <class Use> auto ordered(std::uint32_t j, Use use) const {
-        return left[j] <= right[j] ? use(left_cell[j], left[j], right_cell[j], right[j])
-                                   : use(right_cell[j], right[j], left_cell[j], left[j]);
+        const T a = left(j), b = right(j);
+        const std::size_t i = map_.cell(left_.cell[j], a), k = map_.cell(right_.cell[j], b);
+        return a <= b ? use(i, a, k, b) : use(k, b, i, a);
     }
+
+private:
+    const CellMap<T>& map_;
+    Located<T, Search> left_, right_;
 };
 
-// Locates the limits block by block, as long as use(block) is true.
+// Calls use(intervals) once.
 template <class T, class Use>
-void each_block(const Task& task, const CellMap<T>& map, const Sites<T>& left,
-                const Sites<T>& right, Use use) {
-    const Partition<T>& partition = map.partition();
-    const bool ascending = left.ascending() && right.ascending();
-    with_search(task, partition, SearchMethod::automatic, ascending, left.size(), [&](auto search) {
-        auto search_right = search;
-        Intervals<T> b;
-        for (b.from = 0; b.from < left.size(); b.from += block_size) {
-            b.n = static_cast<std::uint32_t>(
-                std::min<std::int64_t>(block_size, left.size() - b.from));
-            b.left = left.block(b.from, b.n, b.left_grid);
-            b.right = right.block(b.from, b.n, b.right_grid);
-            locate(partition, search, b.left, b.n, b.left_cell);
-            locate(partition, search_right, b.right, b.n, b.right_cell);
-            for (std::uint32_t j = 0; j < b.n; ++j) {
-                b.left_cell[j] = map.cell(b.left_cell[j], b.left[j]);
-                b.right_cell[j] = map.cell(b.right_cell[j], b.right[j]);
-            }
-            if (!use(b)) return;
-        }
-    });
+void with_intervals(const Task& task, const CellMap<T>& map, const Sites<T>& left,
+                    const Sites<T>& right, Use use) {
+    with_search(task, map.partition(), SearchMethod::automatic,
+                left.ascending() && right.ascending(), left.size(),
+                [&]<class Search>(const Search& search) {
+                    Intervals<T, Search> intervals(map, search, left, right);
+                    use(intervals);
+                });
 }
 
 // True if the intervals together span more cells than there are.
@@ -129,11 +126,11 @@ template <class T>
 bool span_many_cells(const Task& task, const CellMap<T>& map, const Sites<T>& left,
                      const Sites<T>& right) {
     std::size_t cells = 0;
-    each_block(task, map, left, right, [&](const Intervals<T>& b) {
-        for (std::uint32_t j = 0; j < b.n; ++j)
-            cells +=
-                b.ordered(j, [](std::size_t i, T, std::size_t j, T) { return j > i ? j - i : 0; });
-        return cells <= map.cells();
+    with_intervals(task, map, left, right, [&](auto& b) {
+        while (cells <= map.cells() && b.next())
+            for (std::uint32_t j = 0; j < b.size(); ++j)
+                cells += b.ordered(
+                    j, [](std::size_t i, T, std::size_t k, T) { return k > i ? k - i : 0; });
     });
     return cells > map.cells();
 }
@@ -142,11 +139,10 @@ template <class T>
 std::int32_t integrate(const Task* task, std::int64_t method, std::int64_t nlimit, const T* left,
                        std::int64_t left_hint, const T* right, std::int64_t right_hint, T* result,
                        std::int64_t result_hint) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
+    if (const std::int32_t status = check_precision<T>(task)) return status;
     if (method != 0) return DF_STATUS_METHOD;
-    if (nlimit < 0) return DF_STATUS_SITE_COUNT;
-    if (!is_site_hint(left_hint) || !is_site_hint(right_hint)) return DF_STATUS_SITE_HINT;
-    if (nlimit > 0 && (left == nullptr || right == nullptr)) return DF_STATUS_SITES;
+    if (const std::int32_t status = check_sites(nlimit, {left_hint, right_hint}, {left, right}))
+        return status;
     if (nlimit > 0 && result == nullptr) return DF_STATUS_RESULTS;
     if (!is_result_hint(result_hint)) return DF_STATUS_RESULT_HINT;
     if (const std::int32_t status = check_spline<T>(*task)) return status;
@@ -163,16 +159,18 @@ std::int32_t integrate(const Task* task, std::int64_t method, std::int64_t nlimi
         Integrator<T> integrator(*task, map);
         integrator.select(Coefficients<T>(*task, f, static_cast<std::size_t>(task->order)));
         if (sums != nullptr) integrator.make_running_sums(sums);
-        each_block(*task, map, lefts, rights, [&](const Intervals<T>& b) {
-            for (std::uint32_t j = 0; j < b.n; ++j) {
-                double integral = b.left[j] == b.right[j] ? 0 : b.ordered(j, [&](auto... limits) {
-                    return integrator.between(limits...);
-                });
-                if (b.left[j] > b.right[j]) integral = -integral;
-                const std::size_t at = static_cast<std::size_t>(b.from) + j;
-                result[columns ? at * ny + f : f * n + at] = static_cast<T>(integral);
+        with_intervals(*task, map, lefts, rights, [&](auto& b) {
+            while (b.next()) {
+                for (std::uint32_t j = 0; j < b.size(); ++j) {
+                    const T a = b.left(j), z = b.right(j);
+                    double integral = a == z ? 0 : b.ordered(j, [&](auto... limits) {
+                        return integrator.between(limits...);
+                    });
+                    if (a > z) integral = -integral;
+                    const std::size_t at = b.from() + j;
+                    result[columns ? at * ny + f : f * n + at] = static_cast<T>(integral);
+                }
             }
-            return true;
         });
     }
     free_aligned(sums);

@@ -8,6 +8,7 @@ namespace kef::fit {
 
 namespace {
 
+using vm::d2;
 template <class T> using V = vm::Vector<T>;
 
 constexpr double falling(int k, int r) {  // k!/(k-r)!
@@ -46,8 +47,7 @@ using Kernel = void (*)(const T* c, const std::uint32_t* at, const T* t, std::ui
 template <class T, int order, int r>
 void fixed_order(const T* c, const std::uint32_t* at, const T* t, std::uint32_t n, std::int64_t,
                  std::int64_t, T* value) {
-    constexpr std::uint32_t lanes = sizeof(V<T>) / sizeof(T);
-    for (std::uint32_t j = 0; j < n; j += lanes) {
+    for (std::uint32_t j = 0; j < n; j += lanes<T>) {
         V<T> k[order];
         gather<order>(c, at + j, k);
         const V<T> tj = vm::load(t + j);
@@ -127,38 +127,19 @@ template <class T> struct Results {
     }
 };
 
-// A block of sites with their cells.
-template <class T> struct SiteBlock {
-    alignas(16) T grid[block_size];
-    alignas(16) T distance[block_size];
-    alignas(16) T value[block_size];
-    std::uint32_t cell[block_size], place[block_size];
-    const T* site;
-    std::int64_t from;
-    std::uint32_t n;
-    bool all_inside;
-};
-
-// Locates the sites block by block and hands each block to use(block); stores their
-// cells where the caller wants them.
+// Locates the sites block by block, stores their cells where the caller wants them, and
+// hands each block to use(located).
 template <class T, class Use>
 void each_block(const Task& task, const Partition<T>& partition, const Sites<T>& sites, void* cell,
                 Use use) {
     with_search(task, partition, SearchMethod::automatic, sites.ascending(), sites.size(),
-                [&](auto search) {
-                    SiteBlock<T> b;
-                    for (b.from = 0; b.from < sites.size(); b.from += block_size) {
-                        b.n = static_cast<std::uint32_t>(
-                            std::min<std::int64_t>(block_size, sites.size() - b.from));
-                        b.site = sites.block(b.from, b.n, b.grid);
-                        b.all_inside = locate(partition, search, b.site, b.n, b.cell);
-                        const auto store = [&](auto* to) {
-                            store_counts(partition, b.site, b.cell, b.n, b.all_inside, to + b.from);
-                        };
+                [&]<class Search>(const Search& search) {
+                    Located<T, Search> located(partition, search, sites);
+                    while (located.next()) {
                         if (cell != nullptr && task.int64_flag != 0)
-                            store(static_cast<std::int64_t*>(cell));
-                        else if (cell != nullptr) store(static_cast<std::int32_t*>(cell));
-                        use(b);
+                            located.store(static_cast<std::int64_t*>(cell));
+                        else if (cell != nullptr) located.store(static_cast<std::int32_t*>(cell));
+                        use(located);
                     }
                 });
 }
@@ -170,17 +151,19 @@ void evaluate_spline(const Task& task, const Sites<T>& sites, const Orders& orde
     const std::size_t order = static_cast<std::size_t>(task.order);
     const Coefficients<T> coefficients(task, 0, order);
     const auto stride = static_cast<std::uint32_t>(coefficients.stride);
-    each_block(task, map.partition(), sites, cell, [&](SiteBlock<T>& b) {
-        map.map(b.cell, b.site, b.n, stride, b.place, b.distance);
-        const std::uint32_t padded = (b.n + group - 1) / group * group;
+    alignas(16) T distance[block_size], value[block_size];
+    std::uint32_t place[block_size];
+    each_block(task, map.partition(), sites, cell, [&](const auto& b) {
+        map.map(b.cell, b.site, b.n, stride, place, distance);
         for (std::size_t i = 0; i < results.ny; ++i) {
             const T* c = Coefficients<T>(task, i, order).first;
             orders.each_order([&](std::int64_t r, std::size_t position) {
-                kernel_of<T>(task.order, r)(c, b.place, b.distance, padded, task.order, r, b.value);
+                kernel_of<T>(task.order, r)(c, place, distance, whole_groups(b.n), task.order, r,
+                                            value);
                 if (!b.all_inside) [[unlikely]]
                     for (std::uint32_t j = 0; j < b.n; ++j)
-                        if (b.site[j] != b.site[j]) b.value[j] = b.site[j];
-                results.store(b.value, b.from, b.n, i, position);
+                        if (b.site[j] != b.site[j]) value[j] = b.site[j];
+                results.store(value, b.from, b.n, i, position);
             });
         }
     });
@@ -190,20 +173,18 @@ template <class T>
 void look_up(const Task& task, const Sites<T>& sites, const Orders& orders,
              const Results<T>& results, void* cell) {
     const Partition<T> partition(task);
-    const bool columns = task.y_hint == DF_BY_COLUMNS;
-    each_block(task, partition, sites, cell, [&](SiteBlock<T>& b) {
+    T value[block_size];
+    each_block(task, partition, sites, cell, [&](const auto& b) {
         for (std::size_t i = 0; i < results.ny; ++i) {
-            const T* y = static_cast<const T*>(task.y_rows[columns ? 0 : i]) + (columns ? i : 0);
-            const std::size_t stride = columns ? results.ny : 1;
+            const Values<T> y(task, i);
             orders.each_order([&](std::int64_t r, std::size_t position) {
                 for (std::uint32_t j = 0; j < b.n; ++j) {
                     const T q = b.site[j];
                     const std::uint32_t k = q == partition.last ? partition.n - 1 : b.cell[j];
-                    b.value[j] = r == 0 && partition.x[k] == q
-                                     ? y[k * stride]
-                                     : std::numeric_limits<T>::quiet_NaN();
+                    value[j] = r == 0 && partition.x[k] == q ? y.first[k * y.stride]
+                                                             : std::numeric_limits<T>::quiet_NaN();
                 }
-                results.store(b.value, b.from, b.n, i, position);
+                results.store(value, b.from, b.n, i, position);
             });
         }
     });
@@ -212,8 +193,7 @@ void look_up(const Task& task, const Sites<T>& sites, const Orders& orders,
 template <class T> std::int32_t check_lookup(const Task& task) {
     if (!is_storage_hint(task.y_hint)) return DF_STATUS_Y_HINT;
     if (task.ny <= 0) return DF_STATUS_NY;
-    if (!has_rows(task.y_rows, task.y_slots, task.y_hint == DF_BY_COLUMNS ? 1 : +task.ny))
-        return DF_STATUS_Y;
+    if (!has_values(task)) return DF_STATUS_Y;
     return partition_is_accepted<T>(task) ? DF_STATUS_OK : DF_STATUS_X;
 }
 
@@ -221,11 +201,9 @@ template <class T>
 std::int32_t interpolate(const Task* task, std::int64_t method, std::int64_t nsite, const T* site,
                          std::int64_t site_hint, std::int64_t norder, const void* derivatives,
                          T* result, std::int64_t result_hint, void* cell) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
+    if (const std::int32_t status = check_precision<T>(task)) return status;
     if (method != DF_SPLINE && method != DF_LOOKUP) return DF_STATUS_METHOD;
-    if (nsite < 0) return DF_STATUS_SITE_COUNT;
-    if (!is_site_hint(site_hint)) return DF_STATUS_SITE_HINT;
-    if (nsite > 0 && site == nullptr) return DF_STATUS_SITES;
+    if (const std::int32_t status = check_sites(nsite, {site_hint}, {site})) return status;
     if (norder <= 0 || derivatives == nullptr) return DF_STATUS_DERIVATIVES;
     const Orders orders(*task, norder, derivatives);
     const std::size_t m = orders.count();

@@ -21,7 +21,6 @@ struct Linear {
 template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr Requirements need = {2, DF_LINEAR, 1u << DF_TYPE_DEFAULT, no_conditions};
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
     return construct<T>(*task, DF_LINEAR, Linear{});
 }
 

@@ -1,8 +1,7 @@
 // End slopes of the cubics whose inner slopes come from their neighbourhood.
 #pragma once
 
-#include "fit/conditions.h"
-#include "fit/construct.h"
+#include "fit/hermite.h"
 
 namespace kef::fit {
 
@@ -22,7 +21,8 @@ inline double end_slope(End condition, double value, const EndView& end, double 
 
 // Two points have one cell: the slopes that the conditions leave open are those of
 // the chord; second derivatives at both ends are met together.
-inline void two_point_slopes(const Boundary& boundary, double h, double d, double* s) {
+inline void two_point_slopes(const Boundary& boundary, const Mesh& mesh, double d, double* s) {
+    const double h = mesh.h[0];
     const double v0 = boundary.left_value, v1 = boundary.right_value;
     const bool second0 = boundary.left == End::second, second1 = boundary.right == End::second;
     s[0] = boundary.left == End::first ? v0 : d;
@@ -31,20 +31,18 @@ inline void two_point_slopes(const Boundary& boundary, double h, double d, doubl
         s[0] = d - h * (2 * v0 + v1) / 6;
         s[1] = d + h * (v0 + 2 * v1) / 6;
     } else if (second0) {
-        s[0] = slope_of_second({h, d, 0, 0, s[1], 0, -1}, v0);
+        s[0] = slope_of_second(left_end(mesh, &d, s), v0);
     } else if (second1) {
-        s[1] = slope_of_second({h, d, 0, 0, s[0], 0, +1}, v1);
+        s[1] = slope_of_second(right_end(mesh, &d, s), v1);
     }
 }
 
 // Sets s[0] and s[n-1], which hold the method's own slopes, by the conditions.
 inline void set_end_slopes(const Boundary& boundary, const Mesh& mesh, const double* d, double* s) {
-    const std::size_t n = mesh.n;
-    const double* h = mesh.h;
-    const EndView left = {h[0], d[0], h[1], d[1], s[1], s[2], -1};
-    const EndView right = {h[n - 2], d[n - 2], h[n - 3], d[n - 3], s[n - 2], s[n - 3], +1};
-    s[0] = end_slope(boundary.left, boundary.left_value, left, s[0], n == 3);
-    s[n - 1] = end_slope(boundary.right, boundary.right_value, right, s[n - 1], n == 3);
+    const EndView left = left_end(mesh, d, s), right = right_end(mesh, d, s);
+    double &first = s[0], &last = s[mesh.n - 1];
+    first = end_slope(boundary.left, boundary.left_value, left, first, mesh.n == 3);
+    last = end_slope(boundary.right, boundary.right_value, right, last, mesh.n == 3);
 }
 
 // The frame of such a method: inner(mesh, d, s) sets s[1 .. n-2] and its own ends.
@@ -55,7 +53,7 @@ template <class Inner> struct LocalSlopes {
     ArrayCount arrays() const { return {}; }
     void prepare(const Mesh&, Scratch&) {}
     void find(const Mesh& mesh, double* d, double* s) const {
-        if (mesh.n == 2) return two_point_slopes(boundary, mesh.h[0], d[0], s);
+        if (mesh.n == 2) return two_point_slopes(boundary, mesh, d[0], s);
         inner(mesh, d, s, boundary.left == End::periodic);
         set_end_slopes(boundary, mesh, d, s);
     }

@@ -13,11 +13,7 @@
 //
 // Elimination needs no pivoting: inner rows are strictly dominant, and after the
 // not-a-knot row the pivot of row 1 is h_0 + h_1 > 0. The factors depend on x alone.
-#include <array>
-#include <utility>
-
-#include "fit/conditions.h"
-#include "fit/construct.h"
+#include "fit/hermite.h"
 #include "fit/tridiagonal.h"
 
 namespace kef::fit {
@@ -38,19 +34,20 @@ struct SlopeRows {
 struct SmoothSlopes {
     Boundary boundary;
     TwoEnded<SlopeRows> system{};
-    double *r = nullptr, *u = nullptr;
+    Period period{};
+    double* r = nullptr;
     bool parabola = false;  // three points and not-a-knot: the rows coincide
-    double wrap_pivot = 1;
 
     bool periodic() const { return boundary.left == End::periodic; }
     ArrayCount arrays() const {
-        return ArrayCount{.transient = periodic() ? 2u : 1u} + TwoEnded<SlopeRows>::arrays;
+        const ArrayCount always = ArrayCount{.transient = 1} + TwoEnded<SlopeRows>::arrays;
+        return periodic() ? always + Period::arrays : always;
     }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         parabola = boundary.left == End::not_a_knot && mesh.n == 3;
         if (!parabola) factor(mesh, scratch);
         r = scratch.take_transient();
-        if (periodic()) prepare_period(mesh, scratch);
+        if (periodic()) period.prepare(system, around(mesh), mesh.n, scratch);
     }
 
     void find(const Mesh& mesh, double* d, double* s) const {
@@ -66,12 +63,11 @@ struct SmoothSlopes {
             const V right = 2.0 * (d1 - si) + (d1 - load_as<V>(s + i + 2));
             store_as(r + i + 1, load_as<V>(h + i + 1) * left + load_as<V>(h + i) * right);
         });
-        const EndView left = {h[0], d[0], 0, 0, s[1], 0, -1};
-        const EndView right = {h[n - 2], d[n - 2], 0, 0, s[n - 2], 0, +1};
+        const EndView left = left_end(mesh, d, s), right = right_end(mesh, d, s);
         const d2 z0 = {end_constant(boundary.left, boundary.left_value, left, s[0]),
                        end_constant(boundary.right, boundary.right_value, right, s[n - 1])};
         system.solve(z0, r);
-        if (periodic()) close_period(mesh, d, s);
+        if (periodic()) period.close(known_around(mesh, d, s), r);
         each(n, [&]<class V>(std::size_t i, V) {
             store_as(s + i, load_as<V>(s + i) + load_as<V>(r + i));
         });
@@ -109,10 +105,7 @@ private:
         const std::size_t n = mesh.n;
         const double* h = mesh.h;
         double* q = r;  // q[i] belongs to x_i
-        each(n - 2, [&]<class V>(std::size_t i, V) {
-            store_as(q + i + 1, (load_as<V>(d + i + 1) - load_as<V>(d + i)) /
-                                    (load_as<V>(h + i) + load_as<V>(h + i + 1)));
-        });
+        divide_second_differences(mesh, d, q);
         const auto third = [&](std::size_t i) {
             return n == 3 ? 0.0 : (q[i + 1] - q[i]) / (h[i - 1] + h[i] + h[i + 1]);
         };
@@ -130,50 +123,24 @@ private:
         if (periodic()) s[0] = s[n - 1] = (h[0] * d[n - 2] + h[n - 2] * d[0]) / (h[n - 2] + h[0]);
     }
 
-    // The common end value sigma is eliminated last: the unknowns are the solution with
-    // end values zero plus sigma times u, the one with end values one and no data.
-    void prepare_period(const Mesh& mesh, Scratch& scratch) {
-        u = scratch.take_transient();
-        const std::size_t n = mesh.n;
-        const double before = mesh.h[n - 2], after = mesh.h[0];
-        std::fill_n(u, n, 0.0);
-        system.solve(d2{1, 1}, u);
-        wrap_pivot = 2 * (before + after) + after * u[n - 2] + before * u[1];
+    // Row 0, with x_{-1} one period before x_{n-2}; and its right-hand side.
+    static Row<double> around(const Mesh& mesh) {
+        const double before = mesh.h[mesh.n - 2], after = mesh.h[0];
+        return {after, 2 * (before + after), before};
     }
-    void close_period(const Mesh& mesh, const double* d, const double* s) const {
+    static double known_around(const Mesh& mesh, const double* d, const double* s) {
         const std::size_t n = mesh.n;
         const double before = mesh.h[n - 2], after = mesh.h[0], d0 = d[n - 2], d1 = d[0];
-        const double known =
-            after * ((d0 - s[n - 2]) + 2 * (d0 - s[0])) + before * (2 * (d1 - s[0]) + (d1 - s[1]));
-        const double sigma = (known - after * r[n - 2] - before * r[1]) / wrap_pivot;
-        each(n, [&]<class V>(std::size_t i, V) {
-            store_as(r + i, load_as<V>(r + i) + sigma * load_as<V>(u + i));
-        });
+        return after * ((d0 - s[n - 2]) + 2 * (d0 - s[0])) +
+               before * (2 * (d1 - s[0]) + (d1 - s[1]));
     }
 };
-
-// The variants: boundary type by uniform breakpoints by storage of the values.
-template <class T, std::size_t variant> std::int32_t construct_variant(const Task& task) {
-    const auto* bc = static_cast<const T*>(task.bc);
-    const Boundary boundary(boundary_types[variant / 4], [&](int i) { return double(bc[i]); });
-    return construct<T, (variant & 2) != 0, (variant & 1) != 0>(
-        task, DF_CUBIC, HermiteMethod<SmoothSlopes>{{boundary}});
-}
-
-template <class T, std::size_t... variant>
-constexpr auto table_of(std::index_sequence<variant...>) {
-    return std::array{construct_variant<T, variant>...};
-}
-template <class T>
-constexpr auto variants = table_of<T>(std::make_index_sequence<two_sided_types * 4>());
 
 template <class T> std::int32_t construct_entry(const Task* task, std::int64_t method) {
     constexpr Requirements need = {3, 0, 0, two_sided};
     if (const std::int32_t status = check_task<T>(task, method, need)) return status;
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
-    const int boundary = find_boundary(task->bc_type, two_sided);
-    const bool uniform = (task->x_hint & DF_UNIFORM) != 0, columns = task->y_hint == DF_BY_COLUMNS;
-    return variants<T>[4 * boundary + 2 * uniform + columns](*task);
+    return construct<T>(*task, DF_CUBIC,
+                        HermiteMethod<SmoothSlopes>{{boundary_of<T>(*task, two_sided)}});
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 // matrix is totally positive, so elimination needs no pivoting. It is solved for the
 // deviation from second divided differences: data of a parabola come back exactly
 // wherever those are exact.
-#include "fit/conditions.h"
 #include "fit/construct.h"
 #include "fit/knots.h"
 #include "fit/tridiagonal.h"
@@ -52,16 +51,17 @@ private:
     }
 
     // s_i = s_i(0) + (-1)^i sigma: the sigma of least jumps, from a start with equal
-    // curvature in the first two cells.
+    // curvature in the first two cells. Distances in units of the first one keep the
+    // squares finite.
     double least_jumps(const Mesh& mesh, const double* d) const {
         double above = 0, below = 0, sign = 1;
         for (std::size_t i = 0; i + 2 < mesh.n; ++i, sign = -sign) {
-            const double weight = 1 / mesh.h[i] + 1 / mesh.h[i + 1];
+            const double weight = mesh.h[0] / mesh.h[i] + mesh.h[0] / mesh.h[i + 1];
             const double jump = (d[i + 1] - s[i + 1]) / mesh.h[i + 1] - (d[i] - s[i]) / mesh.h[i];
             above -= sign * jump * weight;
             below += weight * weight;
         }
-        return above / below;
+        return mesh.h[0] * (above / below);
     }
 
     void find_slopes(const Mesh& mesh, const double* d) {
@@ -102,17 +102,19 @@ template <class T> struct BetweenBreakpoints {
     Boundary boundary;
     Knots<T> knots;
     TwoEnded<KnotRows> system{};
-    double *p = nullptr, *r = nullptr, *q = nullptr, *v = nullptr, *u = nullptr;
-    double wrap_pivot = 1;
+    Period period{};
+    double *p = nullptr, *r = nullptr, *q = nullptr, *v = nullptr;
 
     ArrayCount arrays() const {
-        return ArrayCount{.lasting = 3, .transient = 2} + TwoEnded<KnotRows>::arrays;
+        const ArrayCount always =
+            ArrayCount{.lasting = 3, .transient = 1} + TwoEnded<KnotRows>::arrays;
+        return periodic() ? always + Period::arrays : always;
     }
     void prepare(const Mesh& mesh, Scratch& scratch) {
         const std::size_t n = mesh.n;
         const double* h = mesh.h;
         p = scratch.take(), r = scratch.take(), q = scratch.take();
-        v = scratch.take_transient(), u = scratch.take_transient();
+        v = scratch.take_transient();
         // A midpoint is where it was rounded to; in double precision that is near enough.
         const bool midpoints =
             knots.given == nullptr && (mesh.uniform || sizeof(T) == sizeof(double));
@@ -124,10 +126,10 @@ template <class T> struct BetweenBreakpoints {
         const d2 g0 = {end_factor(boundary.left, h[0], r[0]),
                        end_factor(boundary.right, h[n - 2], p[n - 2])};
         system.factor({h, p, r, n}, n, g0, midpoints && mesh.uniform, scratch);
-        if (boundary.left != End::periodic) return;
-        std::fill_n(u, n, 0.0);
-        system.solve(d2{1, 1}, u);
-        wrap_pivot = (h[n - 2] - p[n - 2]) + (h[0] - r[0]) + p[n - 2] * u[n - 2] + r[0] * u[1];
+        if (!periodic()) return;
+        // Row 0, with x_{-1} one period before x_{n-2}.
+        const double before = p[n - 2], after = r[0];
+        period.prepare(system, {before, (h[n - 2] - before) + (h[0] - after), after}, n, scratch);
     }
 
     void fit(const Mesh& mesh, const double* y, const double* d, const Coefficients<T>& c) {
@@ -144,6 +146,8 @@ template <class T> struct BetweenBreakpoints {
     }
 
 private:
+    bool periodic() const { return boundary.left == End::periodic; }
+
     // End rows: (h - w) q_0 + w q_1 = known for a slope, q_0 = q_1 for not-a-knot.
     static double end_factor(End condition, double h, double w) {
         switch (condition) {
@@ -152,12 +156,11 @@ private:
             default: return 0;
         }
     }
-    // The constant of the deviation at an end whose guess is q0, its neighbour's q1.
-    static double end_constant(End condition, double value, const EndView& e, double w, double q0,
-                               double q1) {
+    // The constant of the deviation at an end whose guess is q0; the view holds the q.
+    static double end_constant(End condition, double value, const EndView& e, double w, double q0) {
         switch (condition) {
             case End::first:
-                return (e.side * (value - e.d0) - e.h0 * q0 - w * (q1 - q0)) / (e.h0 - w);
+                return (e.side * (value - e.d0) - e.h0 * q0 - w * (e.s1 - q0)) / (e.h0 - w);
             case End::second: return value / 2 - q0;
             default: return 0;
         }
@@ -165,31 +168,21 @@ private:
 
     void find_curvatures(const Mesh& mesh, const double* d) {
         const std::size_t n = mesh.n;
-        const double* h = mesh.h;
-        each(n - 2, [&]<class V>(std::size_t i, V) {
-            store_as(q + i + 1, (load_as<V>(d + i + 1) - load_as<V>(d + i)) /
-                                    (load_as<V>(h + i) + load_as<V>(h + i + 1)));
-        });
+        divide_second_differences(mesh, d, q);
         q[0] = q[1], q[n - 1] = q[n - 2];
-        const bool periodic = boundary.left == End::periodic;
-        if (periodic) q[0] = q[n - 1] = (d[0] - d[n - 2]) / (h[n - 2] + h[0]);
+        if (periodic()) q[0] = q[n - 1] = (d[0] - d[n - 2]) / (mesh.h[n - 2] + mesh.h[0]);
         // A row's coefficients sum up to h_{i-1} + h_i.
         each(n - 2, [&]<class V>(std::size_t i, V) {
             const V qi = load_as<V>(q + i + 1);
             store_as(v + i + 1, load_as<V>(p + i) * (qi - load_as<V>(q + i)) +
                                     load_as<V>(r + i + 1) * (qi - load_as<V>(q + i + 2)));
         });
-        const EndView left = {h[0], d[0], 0, 0, 0, 0, -1};
-        const EndView right = {h[n - 2], d[n - 2], 0, 0, 0, 0, +1};
-        system.solve(d2{end_constant(boundary.left, boundary.left_value, left, r[0], q[0], q[1]),
-                        end_constant(boundary.right, boundary.right_value, right, p[n - 2],
-                                     q[n - 1], q[n - 2])},
-                     v);
-        if (periodic) {
-            const double known = p[n - 2] * (q[0] - q[n - 2]) + r[0] * (q[0] - q[1]);
-            const double sigma = (known - p[n - 2] * v[n - 2] - r[0] * v[1]) / wrap_pivot;
-            for (std::size_t i = 0; i < n; ++i) v[i] += sigma * u[i];
-        }
+        const EndView left = left_end(mesh, d, q), right = right_end(mesh, d, q);
+        system.solve(
+            d2{end_constant(boundary.left, boundary.left_value, left, r[0], q[0]),
+               end_constant(boundary.right, boundary.right_value, right, p[n - 2], q[n - 1])},
+            v);
+        if (periodic()) period.close(p[n - 2] * (q[0] - q[n - 2]) + r[0] * (q[0] - q[1]), v);
         each(n, [&]<class V>(std::size_t i, V) {
             store_as(q + i, load_as<V>(q + i) + load_as<V>(v + i));
         });
@@ -207,7 +200,6 @@ template <class T> std::int32_t construct_entry(const Task* task, std::int64_t m
         if (!(task->ic_type & DF_INTERNAL_KNOTS)) return DF_STATUS_INTERNAL_TYPE;
         if (task->ic == nullptr) return DF_STATUS_INTERNAL_CONDITIONS;
     }
-    if (const std::int32_t status = check_arrays<T>(*task, true)) return status;
     if (!between)
         return construct<T>(*task, DF_QUADRATIC,
                             AtBreakpoints{task->bc_type, boundary_of<T>(*task, at)});

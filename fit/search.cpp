@@ -1,6 +1,6 @@
 // The cell-search entries.
-#include "fit/cells.h"
-#include "fit/partition_check.h"
+#include "fit/arrays.h"
+#include "fit/cells/choose.h"
 
 namespace kef::fit {
 
@@ -9,30 +9,18 @@ namespace {
 template <class T>
 std::int32_t check(const Task* task, std::int64_t nsite, const T* site, std::int64_t site_hint,
                    const void* cell) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (nsite < 0) return DF_STATUS_SITE_COUNT;
-    if (!is_site_hint(site_hint)) return DF_STATUS_SITE_HINT;
-    if (nsite > 0 && site == nullptr) return DF_STATUS_SITES;
+    if (const std::int32_t status = check_precision<T>(task)) return status;
+    if (const std::int32_t status = check_sites(nsite, {site_hint}, {site})) return status;
     if (nsite > 0 && cell == nullptr) return DF_STATUS_RESULTS;
     return partition_is_accepted<T>(*task) ? DF_STATUS_OK : DF_STATUS_X;
 }
 
-// Locates the sites block by block; search.begin(site, count) comes before each.
 template <class T, class Int, class Search>
-std::int32_t locate_all(const Partition<T>& partition, const Sites<T>& sites, Search& search,
+std::int32_t locate_all(const Partition<T>& partition, const Sites<T>& sites, const Search& search,
                         Int* cell) {
-    alignas(16) T buffer[block_size];
-    std::uint32_t at[block_size];
-    for (std::int64_t from = 0; from < sites.size(); from += block_size) {
-        const auto n =
-            static_cast<std::uint32_t>(std::min<std::int64_t>(block_size, sites.size() - from));
-        const T* site = sites.block(from, n, buffer);
-        if constexpr (requires { search.begin(site, n); })
-            if (const std::int32_t status = search.begin(site, n)) return status;
-        const bool all_inside = locate(partition, search, site, n, at);
-        store_counts(partition, site, at, n, all_inside, cell + from);
-    }
-    return DF_STATUS_OK;
+    Located<T, Search> located(partition, search, sites);
+    while (located.next()) located.store(cell);
+    return located.status();
 }
 
 template <class T, class Int>
@@ -43,7 +31,7 @@ std::int32_t search(SearchMethod method, const Task* task, std::int64_t nsite, c
     const Partition<T> partition(*task);
     const Sites<T> sites(site, nsite, site_hint);
     with_search(*task, partition, method, sites.ascending(), nsite,
-                [&](auto search) { locate_all(partition, sites, search, cell); });
+                [&](const auto& search) { locate_all(partition, sites, search, cell); });
     return DF_STATUS_OK;
 }
 
@@ -58,7 +46,7 @@ template <class T> struct Proposed {
     const Task* task;
     Callback<T> function;
     void* user;
-    std::int64_t proposal[block_size];
+    std::int64_t proposal[block_size];  // of the block that begin() was told
 
     std::int32_t begin(const T* site, std::uint32_t n) {
         std::fill_n(proposal, block_size, 0);
@@ -95,9 +83,9 @@ std::int32_t search_with(bool uniform, const Task* task, std::int64_t nsite, con
     if (nsite == 0) return DF_STATUS_OK;
     const Partition<T> partition(*task);
     const Sites<T> sites(site, nsite, site_hint);
-    Proposed<T> proposed{task, function, user, {}};
+    const Proposed<T> proposed{task, function, user, {}};
     if (!uniform) return locate_all(partition, sites, proposed, cell);
-    ProposedOrUniform<T> either{proposed, UniformSearch<T>(partition), &partition};
+    const ProposedOrUniform<T> either{proposed, UniformSearch<T>(partition), &partition};
     return locate_all(partition, sites, either, cell);
 }
 

@@ -11,23 +11,16 @@ namespace {
 
 constexpr std::size_t table_size = max_bins * sizeof(Bin);
 
-// Replaces an owned array of row pointers by `slots` new ones, the first `filled`
-// of them `stride` bytes apart from `first` on and the others null.
-std::int32_t set_rows(const void**& rows, std::uint32_t& slots, std::int64_t wanted,
+// Replaces an owned array of row pointers by `count` new ones, the first `filled` of
+// them `stride` bytes apart from `first` on and the others null.
+std::int32_t set_rows(const void**& rows, std::uint32_t& slots, std::int64_t count,
                       std::int64_t filled, const void* first, std::uint64_t stride) {
-    free_aligned(rows);
-    rows = nullptr;
-    slots = 0;
-    constexpr std::int64_t most = INT32_MAX / static_cast<std::int64_t>(sizeof(void*));
-    if (wanted > most) return DF_STATUS_NO_MEMORY;
-    const auto count = static_cast<std::size_t>(wanted);
-    rows = static_cast<const void**>(allocate_aligned(count * sizeof(void*)));
-    if (rows == nullptr) return DF_STATUS_NO_MEMORY;
-    slots = static_cast<std::uint32_t>(count);
+    const void** made = allocate_rows(count);
+    if (made == nullptr) return DF_STATUS_NO_MEMORY;
     auto row = reinterpret_cast<std::uintptr_t>(first);
-    for (std::size_t i = 0; i < count; ++i, row += static_cast<std::uintptr_t>(stride))
-        rows[i] =
-            i < static_cast<std::size_t>(filled) ? reinterpret_cast<const void*>(row) : nullptr;
+    for (std::int64_t i = 0; i < count; ++i, row += static_cast<std::uintptr_t>(stride))
+        made[i] = i < filled ? reinterpret_cast<const void*>(row) : nullptr;
+    replace_rows(rows, slots, made, count);
     return DF_STATUS_OK;
 }
 
@@ -40,9 +33,22 @@ void destroy(Task* task) {
 
 }  // namespace
 
+const void** allocate_rows(std::int64_t count) {
+    constexpr std::int64_t most = INT32_MAX / static_cast<std::int64_t>(sizeof(void*));
+    if (count > most) return nullptr;
+    return static_cast<const void**>(
+        allocate_aligned(static_cast<std::size_t>(count) * sizeof(void*)));
+}
+
+void replace_rows(const void**& rows, std::uint32_t& slots, const void** made, std::int64_t count) {
+    free_aligned(rows);
+    rows = made;
+    slots = static_cast<std::uint32_t>(count);
+}
+
 std::int32_t set_y(Task& task, const void* y) {
     if (task.ny <= 0) return DF_STATUS_NY;
-    const std::int64_t slots = task.y_hint == DF_BY_COLUMNS ? 1 : task.ny;
+    const std::int64_t slots = row_count(task.y_hint, task.ny);
     const std::int64_t filled = task.y_hint == DF_SEPARATE_ROWS ? 1 : slots;
     return set_rows(task.y_rows, task.y_slots, slots, filled, y,
                     static_cast<std::uint64_t>(task.nx) * task.element_size);
@@ -96,33 +102,31 @@ std::int32_t new_task(Task** out, std::int64_t nx, const T* x, std::int64_t x_hi
 }
 
 template <class T>
-std::int32_t edit_spline(Task* task, std::int64_t order, std::int64_t type, std::int64_t bc_type,
+std::int32_t edit_spline(Task& task, std::int64_t order, std::int64_t type, std::int64_t bc_type,
                          const T* bc, std::int64_t ic_type, const T* ic, T* coefficients,
                          std::int64_t hint) {
-    if (task == nullptr) return DF_STATUS_NULL_TASK;
-    if (!is_one_dimensional(*task)) return DF_STATUS_OK;
     if (order < 0) return DF_STATUS_ORDER;
     if (type < 0) return DF_STATUS_TYPE;
-    task->order = order;
-    task->type = type;
+    task.order = order;
+    task.type = type;
     const bool without_values = bc_type == DF_NO_CONDITIONS || bc_type == DF_NOT_A_KNOT ||
                                 bc_type == DF_FREE_END || bc_type == DF_PERIODIC;
     if (!without_values && bc == nullptr) return DF_STATUS_BOUNDARY_CONDITIONS;
-    task->bc_type = bc_type;
-    task->bc = bc;
+    task.bc_type = bc_type;
+    task.bc = bc;
     if (ic_type != 0 && ic == nullptr) return DF_STATUS_INTERNAL_CONDITIONS;
     if (ic_type == 0 && ic != nullptr) return DF_STATUS_INTERNAL_TYPE;
-    task->ic_type = ic_type;
-    task->ic = ic;
+    task.ic_type = ic_type;
+    task.ic = ic;
     if (coefficients != nullptr) {
-        const std::int64_t hint_before = task->coefficient_hint;
-        task->coefficient_hint = hint;
-        if (const std::int32_t status = set_coefficients(*task, coefficients)) {
-            task->coefficient_hint = hint_before;
+        const std::int64_t hint_before = task.coefficient_hint;
+        task.coefficient_hint = hint;
+        if (const std::int32_t status = set_coefficients(task, coefficients)) {
+            task.coefficient_hint = hint_before;
             return status;
         }
     }
-    task->coefficient_hint = hint;
+    task.coefficient_hint = hint;
     return DF_STATUS_OK;
 }
 
@@ -141,8 +145,10 @@ using namespace kef::fit;
     int32_t kef_df_kernel_##letter##EditPPSpline1D(                                       \
         kef_df_task* task, int64_t order, int64_t type, int64_t bc_type, const T* bc,     \
         int64_t ic_type, const T* ic, T* coefficients, int64_t coefficient_hint) {        \
-        return edit_spline(task, order, type, bc_type, bc, ic_type, ic, coefficients,     \
-                           coefficient_hint);                                             \
+        return with_task<T>(task, [&](Task& t) {                                          \
+            return edit_spline(t, order, type, bc_type, bc, ic_type, ic, coefficients,    \
+                               coefficient_hint);                                         \
+        });                                                                               \
     }
 KEF_DF_TASK_FUNCTIONS(d, double)
 KEF_DF_TASK_FUNCTIONS(s, float)

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "kef_fit.h"
 
@@ -53,8 +54,27 @@ static_assert(offsetof(Task, dimension) == 12 && offsetof(Task, nx) == 16 &&
               offsetof(Task, bins) == 120 && offsetof(Task, inverse_bin_width) == 124);
 #endif
 
-// Editors and queries leave a task of another dimension alone.
-inline bool is_one_dimensional(const Task& task) { return task.dimension == 1; }
+// The check of the task of a compute entry: it is there, and of the entry's precision.
+template <class T> inline std::int32_t check_precision(const Task* task) {
+    if (task == nullptr) return DF_STATUS_NULL_TASK;
+    return task->element_size == sizeof(T) ? DF_STATUS_OK : DF_STATUS_PRECISION;
+}
+
+// An editor or a query: f(*task), but for tasks of another dimension, which are left alone.
+// T is its precision, if it has one.
+template <class T = void, class MaybeConstTask, class F>
+inline std::int32_t with_task(MaybeConstTask* task, F f) {
+    if (task == nullptr) return DF_STATUS_NULL_TASK;
+    if (task->dimension != 1) return DF_STATUS_OK;
+    if constexpr (!std::is_void_v<T>)
+        if (const std::int32_t status = check_precision<T>(task)) return status;
+    return f(*task);
+}
+
+// How many rows ny functions have under a storage hint.
+inline std::int64_t row_count(std::int64_t hint, std::int64_t ny) {
+    return hint == DF_BY_COLUMNS ? 1 : ny;
+}
 
 inline std::size_t cell_count(const Task& task) {
     return static_cast<std::size_t>(task.type == DF_TYPE_SUBBOTIN ? task.nx : task.nx - 1);
@@ -67,6 +87,12 @@ inline int bin_count_for(std::int64_t nx) {
 
 // Makes the search table of the task's breakpoints, unless they are uniform.
 void build_search_table(Task& task);
+
+// An owned array of row pointers: a new one (null where there is no memory, or more rows
+// than memory has), and the exchange of the old one for it. In this order a call that
+// finds no memory leaves the task as it was.
+const void** allocate_rows(std::int64_t count);
+void replace_rows(const void**& rows, std::uint32_t& slots, const void** made, std::int64_t count);
 
 // Lay out the rows of y or of the coefficients from their first element; the old
 // array is given back.

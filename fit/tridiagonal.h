@@ -90,4 +90,34 @@ private:
     double middle_pivot_ = 1;
 };
 
+// The row around the period of a periodic system, whose common end value v_0 = v_{n-1} is
+// eliminated last: the unknowns are the solution with end values zero plus v_0 times u,
+// the one with end values one and no data. The factored system has g_0 = 0.
+class Period {
+public:
+    static constexpr ArrayCount arrays = {.transient = 1};
+
+    // The row is lower v_{n-2} + diagonal v_0 + upper v_1.
+    template <class Rows>
+    void prepare(const TwoEnded<Rows>& system, const Row<double>& row, std::size_t n,
+                 Scratch& scratch) {
+        u_ = scratch.take_transient(), n_ = n, lower_ = row.outer, upper_ = row.inner;
+        std::fill_n(u_, n, 0.0);
+        system.solve(d2{1, 1}, u_);
+        pivot_ = row.diagonal + lower_ * u_[n - 2] + upper_ * u_[1];
+    }
+    // Completes the solution v for end values zero; `known` is the row's right-hand side.
+    void close(double known, double* v) const {
+        const double end = (known - lower_ * v[n_ - 2] - upper_ * v[1]) / pivot_;
+        each(n_, [&]<class V>(std::size_t i, V) {
+            store_as(v + i, load_as<V>(v + i) + end * load_as<V>(u_ + i));
+        });
+    }
+
+private:
+    double* u_ = nullptr;
+    std::size_t n_ = 0;
+    double lower_ = 0, upper_ = 0, pivot_ = 1;
+};
+
 }  // namespace kef::fit

@@ -7,9 +7,15 @@
  * interpolation and integration use them. docs/fitting.md tells the conventions
  * and formulas with their sources.
  *
- * Names: d for double arrays, s for float arrays; one task is of one kind. A task
+ * Names: d for double arrays, s for float arrays; a task is of the precision that it was
+ * created in, and calls of the other one are refused with DF_STATUS_PRECISION. A task
  * carries no lock: one thread at a time edits it; compute entries do not change it.
  * Every function returns DF_STATUS_OK or a negative status.
+ *
+ * Arrays that are read may overlap one another (functions may share a row of values).
+ * An array that is written overlaps nothing, but for results that take the place of the
+ * sites or limits themselves, where there is one result for each: one function, and one
+ * value of it.
  *
  *     kef_df_task *task;
  *     kef_df_kernel_dNewTask1D(&task, nx, x, DF_NON_UNIFORM, 1, y, DF_BY_ROWS, 0);
@@ -195,25 +201,30 @@ KEF_API int32_t kef_df_kernel_iQueryVal(const kef_df_task *task, int64_t id, voi
  *   LinearSpline1D      DEFAULT   2      2 ..  0
  *   QuadraticSpline1D   DEFAULT   3      2 ..  0, 1, 4, 8, 16, 32
  *                       SUBBOTIN  3      3 ..  1, 2, 12, 24, 36, 48, 64  0, 8
- *   NaturalCubicSpline1D any      (4)    3 ..  1, 2, 12, 24, 36, 48, 64
+ *   NaturalCubicSpline1D any      4, 0   3 ..  1, 2, 12, 24, 36, 48, 64
  *   HermiteCubicSpline1D HERMITE  4      2 ..  1, 2, 12, 24, 36, 48, 64  1
  *   BesselCubicSpline1D BESSEL    4      2 ..  0, 1, 2, 12, 24, 36, 48, 64
  *   AkimaCubicSpline1D  AKIMA     4      2 ..  0, 1, 2, 12, 24, 36, 48, 64
  *   DefaultCubicSpline1D DEFAULT  4      2 ..  1, 2, 12, 24, 36, 48, 64  1, 2
  *
- * NaturalCubicSpline1D (twice differentiable) does not look at type and order: it
- * writes 4 coefficients a cell. DF_UNIFORM: the spacing is (x_{nx-1} - x_0)/(nx-1), and
- * the breakpoints are read only for that. DF_PERIODIC makes slopes and second
- * derivatives equal and does not ask for y_0 = y_{nx-1}. DefaultCubicSpline1D with
- * DF_INTERNAL_SECOND is continuous; its slopes are as continuous as data and second
- * derivatives agree.
+ * NaturalCubicSpline1D (twice differentiable) does not look at the type; of the order it
+ * asks no more than that the rows have room for its 4 coefficients a cell (0: never set).
+ * DF_UNIFORM: the spacing is (x_{nx-1} - x_0)/(nx-1), and the breakpoints are read only for
+ * that. DF_PERIODIC makes slopes and second derivatives equal and does not ask for
+ * y_0 = y_{nx-1}. DefaultCubicSpline1D with DF_INTERNAL_SECOND is continuous; its slopes are
+ * as continuous as data and second derivatives agree.
  *
- * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _METHOD, _NX, _Y_HINT,
+ * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _PRECISION, _METHOD, _NX, _Y_HINT,
  * _ORDER, _TYPE, _BOUNDARY_TYPE, _BOUNDARY_CONDITIONS, _INTERNAL_TYPE,
- * _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _Y, _COEFFICIENTS, _X (with the check
- * flag), _NO_MEMORY. Without the check flag, equal breakpoints give infinite or NaN
- * coefficients, in the twice differentiable splines in all cells, in the others in the
- * cells nearby; descending ones give coefficients without a meaning. */
+ * _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _Y, _COEFFICIENTS, then DF_STATUS_ORDER
+ * or _COEFFICIENTS where the rows of the coefficients have no room for the order that is
+ * written (laid out for a smaller one, or reaching into one another), _X (with the check
+ * flag), _NO_MEMORY. A call that is refused has written nothing.
+ *
+ * Values that are not finite, and without the check flag equal breakpoints, give infinite
+ * or NaN coefficients: in quadratic splines and the natural family up to all of them, in
+ * the others in the cells nearby (Akima: three to each side). Descending breakpoints give
+ * coefficients without a meaning. */
 KEF_API int32_t kef_df_kernel_dDFLinearSpline1D(const kef_df_task *task, int64_t method);
 KEF_API int32_t kef_df_kernel_sDFLinearSpline1D(const kef_df_task *task, int64_t method);
 KEF_API int32_t kef_df_kernel_dDFQuadraticSpline1D(const kef_df_task *task, int64_t method);
@@ -251,7 +262,7 @@ enum {
  * spline's is 0. At a NaN site all is NaN; at an infinite one the result is infinite
  * or NaN. A spline of order DF_STEP is coefficient 0 of the site's cell; if its
  * coefficients are y itself (nx values), y_{nx-1} from the last breakpoint on.
- * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _METHOD, _SITE_COUNT,
+ * Statuses, in the order of the checks: DF_STATUS_NULL_TASK, _PRECISION, _METHOD, _SITE_COUNT,
  * _SITE_HINT, _SITES, _DERIVATIVES, _RESULTS, _RESULT_HINT, then with DF_SPLINE _ORDER,
  * _TYPE, _INTERNAL_CONDITIONS, _COEFFICIENT_HINT, _NY, _COEFFICIENTS, with DF_LOOKUP
  * _Y_HINT, _NY, _Y, and _X. */
@@ -300,7 +311,7 @@ KEF_API int32_t kef_df_kernel_sDFIntegrate1D(const kef_df_task *task, int64_t me
  *   HybridSearch1D        any breakpoints: the task's table of bins, then bisection
  *   PeakSearch1D          breakpoints crowded in few places: as Hybrid, with an
  *                         interpolation step in crowded bins
- * Statuses: DF_STATUS_NULL_TASK, _SITE_COUNT, _SITE_HINT, _SITES, _RESULTS, _X. */
+ * Statuses: DF_STATUS_NULL_TASK, _PRECISION, _SITE_COUNT, _SITE_HINT, _SITES, _RESULTS, _X. */
 KEF_API int32_t kef_df_kernel_dDFSearch1D(const kef_df_task *task, int64_t nsite,
                                           const double *site, int64_t site_hint, int64_t *cell);
 KEF_API int32_t kef_df_kernel_dDFSearch1D32(const kef_df_task *task, int64_t nsite,

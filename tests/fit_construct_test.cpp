@@ -256,7 +256,8 @@ TEST(FitConstruct, LocalSlopesAndEnds) {
         for (int64_t boundary : kind.boundaries) {
             for (int64_t internal : kind.internals) {
                 for (std::size_t n : {2, 3, 4, 9, 10}) {
-                    if (internal == 2 && n == 2) continue;
+                    // The two kinds of conditions are one where none stands inside.
+                    if (internal == 2 && n == 2 && boundary != DF_PERIODIC) continue;
                     Spline<double> s;
                     s.x = uneven<double>(n, n), s.y = noise<double>(n, n + 5);
                     s.set_conditions(boundary, internal);
@@ -394,6 +395,120 @@ template <class T> void expect_same_bits_in_all_storage() {
 
 TEST(FitConstruct, StorageDouble) { expect_same_bits_in_all_storage<double>(); }
 TEST(FitConstruct, StorageSingle) { expect_same_bits_in_all_storage<float>(); }
+
+// A straight line over a range that is infinite, though distances are not; and over ones
+// whose squares overflow or vanish. The breakpoints by equal distances or one by one, the
+// sites likewise.
+TEST(FitConstruct, RangesThatOverflow) {
+    const int n = 9;
+    for (const double end : {1.5e308, 1e160, 0x1p-530}) {
+        const double h = end / 4;
+        for (const Kind& kind : kinds()) {
+            for (int64_t boundary : kind.boundaries) {
+                if (boundary == DF_PERIODIC) continue;  // no line
+                for (int64_t x_hint : {DF_NON_UNIFORM, DF_QUASI_UNIFORM, DF_UNIFORM}) {
+                    Spline<double> s;
+                    s.x_hint = x_hint;
+                    for (int i = 0; i < n; ++i) s.x.push_back(h * (i - 4)), s.y.push_back(i);
+                    s.set_conditions(boundary, kind.internals[0]);
+                    const auto derivative = [&](int64_t first) {
+                        return boundary & first ? 1 / h : 0;
+                    };
+                    s.bc = {derivative(DF_LEFT_FIRST), derivative(DF_RIGHT_FIRST)};
+                    if (boundary == DF_RIGHT_FIRST) s.bc[0] = s.bc[1];
+                    for (double& v : s.ic) v = 1 / h;
+                    s.fit(kind);
+                    const double ends[] = {-end, end};
+                    std::vector<double> at_grid(61);
+                    const int32_t value = 1;
+                    ASSERT_EQ(DF_STATUS_OK, kef_df_kernel_dDFInterpolate1D(
+                                                s.task, DF_SPLINE, 61, ends, DF_UNIFORM, 1, &value,
+                                                at_grid.data(), DF_BY_ROWS, nullptr));
+                    for (int j = 0; j < 61; ++j)
+                        ASSERT_NEAR(8.0 * j / 60, at_grid[j], 1e-14)
+                            << kind.name << " boundary " << boundary << " hint " << x_hint
+                            << " end " << end;
+                }
+            }
+        }
+    }
+}
+
+// A constructor writes `order` coefficients a cell: rows that were laid out for fewer, or
+// for fewer cells, are refused, and nothing is written.
+TEST(FitConstruct, RowsHaveRoomForTheOrder) {
+    const auto natural = kef_df_kernel_dDFNaturalCubicSpline1D;
+    for (int64_t hint : {DF_BY_ROWS, DF_BY_COLUMNS}) {
+        for (int64_t order : {3, 4}) {
+            Spline<double> s;
+            s.x = uneven<double>(6, 1), s.y = noise<double>(12, 1);
+            s.ny = 2, s.bc_type = DF_FREE_END, s.c_hint = hint, s.type = DF_TYPE_NATURAL;
+            s.order = order;
+            s.set_up();
+            const std::vector<double> before = s.c;
+            EXPECT_EQ(order == 3 ? DF_STATUS_ORDER : DF_STATUS_OK, natural(s.task, 0));
+            EXPECT_EQ(order == 3, s.c == before);
+        }
+    }
+    Spline<double> s;
+    s.x = uneven<double>(6, 1), s.y = noise<double>(12, 1);
+    s.ny = 2, s.bc_type = DF_FREE_END, s.type = DF_TYPE_NATURAL;
+    s.order = 3;
+    s.set_up();
+    s.c.assign(64, -77);
+    kef_df_kernel_dEditPtr(s.task, DF_COEFFICIENTS, s.c.data());
+    kef_df_kernel_iEditVal(s.task, DF_ORDER, 4);  // does not lay out the rows anew
+    EXPECT_EQ(DF_STATUS_COEFFICIENTS, natural(s.task, 0));
+    for (std::ptrdiff_t distance : {19, -19, 0}) {
+        kef_df_kernel_dEditIdxPtr(s.task, DF_COEFFICIENTS, 0, &s.c[20]);
+        kef_df_kernel_dEditIdxPtr(s.task, DF_COEFFICIENTS, 1, &s.c[20 + distance]);
+        EXPECT_EQ(DF_STATUS_COEFFICIENTS, natural(s.task, 0)) << distance;
+    }
+    EXPECT_EQ(s.c, std::vector<double>(64, -77));
+    for (std::ptrdiff_t distance : {20, -20}) {
+        kef_df_kernel_dEditIdxPtr(s.task, DF_COEFFICIENTS, 1, &s.c[20 + distance]);
+        EXPECT_EQ(DF_STATUS_OK, natural(s.task, 0)) << distance;
+    }
+    // An order that was never set says nothing about one function's room.
+    kef_df_task* bare = nullptr;
+    ASSERT_EQ(DF_STATUS_OK, kef_df_kernel_dNewTask1D(&bare, 6, s.x.data(), 0, 1, s.y.data(), 0, 0));
+    kef_df_kernel_iEditVal(bare, DF_BOUNDARY_TYPE, DF_FREE_END);
+    kef_df_kernel_dEditPtr(bare, DF_COEFFICIENTS, s.c.data());
+    EXPECT_EQ(DF_STATUS_BOUNDARY_CONDITIONS, [&] {
+        kef_df_kernel_iEditVal(bare, DF_BOUNDARY_TYPE, DF_PERIODIC);  // type DEFAULT
+        return natural(bare, 0);
+    }());
+    kef_df_kernel_iEditVal(bare, DF_BOUNDARY_TYPE, DF_FREE_END);
+    EXPECT_EQ(DF_STATUS_OK, natural(bare, 0));
+    kef_df_kernel_DeleteTask(&bare);
+}
+
+// A value that is not finite changes a local spline in the cells nearby alone.
+TEST(FitConstruct, LocalSplinesKeepBadValuesNearby) {
+    const int n = 20, at = 9;
+    for (const Kind& kind : kinds()) {
+        const bool local = kind.order != 3 && kind.type != DF_TYPE_NATURAL;
+        for (int64_t boundary : kind.boundaries) {
+            for (double bad : {double(INFINITY), double(NAN)}) {
+                Spline<double> clean, s;
+                for (Spline<double>* p : {&clean, &s}) {
+                    p->x = uneven<double>(n, 1), p->y = noise<double>(n, 1);
+                    if (p == &s) p->y[at] = bad;
+                    p->set_conditions(boundary, kind.internals[0]);
+                    p->fit(kind);
+                }
+                for (int i = 0; i < static_cast<int>(s.cells()); ++i)
+                    for (int k = 0; k < kind.order; ++k) {
+                        const double right = clean.cell(i)[k], got = s.cell(i)[k];
+                        if (i < at - 3 || i > at + 2)
+                            EXPECT_TRUE(!local || got == right) << kind.name << ' ' << i;
+                        if (i == at && k + 1 == kind.order)
+                            EXPECT_FALSE(std::isfinite(got)) << kind.name;
+                    }
+            }
+        }
+    }
+}
 
 TEST(FitConstruct, BadInput) {
     Spline<double> s;

@@ -19,7 +19,10 @@ template <class T> struct Api;
     template <> struct Api<T> {                                                          \
         static constexpr auto new_task = kef_df_kernel_##letter##NewTask1D;              \
         static constexpr auto edit_spline = kef_df_kernel_##letter##EditPPSpline1D;      \
+        static constexpr auto edit_pointer = kef_df_kernel_##letter##EditPtr;            \
+        static constexpr auto query_pointer = kef_df_kernel_##letter##QueryPtr;          \
         static constexpr auto edit_row = kef_df_kernel_##letter##EditIdxPtr;             \
+        static constexpr auto query_row = kef_df_kernel_##letter##QueryIdxPtr;           \
         static constexpr auto interpolate = kef_df_kernel_##letter##DFInterpolate1D;     \
         static constexpr auto integrate = kef_df_kernel_##letter##DFIntegrate1D;         \
         static constexpr auto linear = kef_df_kernel_##letter##DFLinearSpline1D;         \
@@ -33,6 +36,35 @@ template <class T> struct Api;
 KEF_FIT_API(double, d)
 KEF_FIT_API(float, s)
 #undef KEF_FIT_API
+
+// The cell searches of a precision, in both widths of cells.
+template <class T, class Int>
+using Search = int32_t (*)(const kef_df_task*, int64_t, const T*, int64_t, Int*);
+template <class T> struct Searches;
+#define KEF_FIT_SEARCHES(T, letter)                                                            \
+    template <> struct Searches<T> {                                                           \
+        static constexpr Search<T, int64_t> wide[] = {                                         \
+            kef_df_kernel_##letter##DFSearch1D,                                                \
+            kef_df_kernel_##letter##DFSortedSearch1D,                                          \
+            kef_df_kernel_##letter##DFUniformSearch1D,                                         \
+            kef_df_kernel_##letter##DFQuasiUniformSearch1D,                                    \
+            kef_df_kernel_##letter##DFHybridSearch1D,                                          \
+            kef_df_kernel_##letter##DFPeakSearch1D};                                           \
+        static constexpr Search<T, int32_t> narrow[] = {                                       \
+            kef_df_kernel_##letter##DFSearch1D32,                                              \
+            kef_df_kernel_##letter##DFSortedSearch1D32,                                        \
+            kef_df_kernel_##letter##DFUniformSearch1D32,                                       \
+            kef_df_kernel_##letter##DFQuasiUniformSearch1D32,                                  \
+            kef_df_kernel_##letter##DFHybridSearch1D32,                                        \
+            kef_df_kernel_##letter##DFPeakSearch1D32};                                         \
+        static constexpr auto user = kef_df_kernel_##letter##DFUserDefSearch1D;                \
+        static constexpr auto user_uniform = kef_df_kernel_##letter##DFUniUserDefSearch1D;     \
+        static constexpr auto user32 = kef_df_kernel_##letter##DFUserDefSearch1D32;            \
+        static constexpr auto user_uniform32 = kef_df_kernel_##letter##DFUniUserDefSearch1D32; \
+    };
+KEF_FIT_SEARCHES(double, d)
+KEF_FIT_SEARCHES(float, s)
+#undef KEF_FIT_SEARCHES
 
 using Constructor = int32_t (*)(const kef_df_task*, int64_t);
 

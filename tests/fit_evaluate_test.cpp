@@ -289,6 +289,42 @@ TEST(FitEvaluate, RunningSumsAreStable) {
     }
 }
 
+// Results may take the place of the sites, or of either limit, from arrays and grids.
+template <class T> void expect_in_place() {
+    Spline<T> s;
+    s.x = uneven<T>(40, 8), s.y = noise<T>(40, 8);
+    s.set_conditions(DF_FREE_END, 0);
+    s.fit(kinds()[3]);
+    const std::vector<T> sites = some_sites(s, 700);
+    const auto n = static_cast<int64_t>(sites.size());
+    const int32_t value = 1;
+    for (int64_t hint : {DF_ANY_ORDER, DF_UNIFORM}) {
+        std::vector<T> expected(n), r = sites;
+        for (T* to : {expected.data(), r.data()})
+            ASSERT_EQ(DF_STATUS_OK,
+                      Api<T>::interpolate(s.task, DF_SPLINE, n, to == r.data() ? to : sites.data(),
+                                          hint, 1, &value, to, DF_BY_ROWS, nullptr));
+        EXPECT_EQ(expected, r);
+        const std::vector<T> ends(sites.rbegin(), sites.rend());
+        for (bool over_left : {true, false}) {
+            std::vector<T> left = sites, right = ends;
+            const auto integrate = [&](T* to) {
+                return Api<T>::integrate(s.task, 0, n, left.data(), hint, right.data(), hint, to,
+                                         DF_BY_ROWS);
+            };
+            ASSERT_EQ(DF_STATUS_OK, integrate(expected.data()));
+            std::vector<T>& over = over_left ? left : right;
+            ASSERT_EQ(DF_STATUS_OK, integrate(over.data()));
+            EXPECT_EQ(expected, over);
+        }
+    }
+}
+
+TEST(FitEvaluate, InPlace) {
+    expect_in_place<double>();
+    expect_in_place<float>();
+}
+
 TEST(FitEvaluate, BadInput) {
     Spline<double> s;
     s.x = {0, 1, 3}, s.y = {5, 6, 7};

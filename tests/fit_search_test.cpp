@@ -1,19 +1,13 @@
 // Cell search: every entry against the definition.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <random>
 #include <string>
-#include <vector>
 
-#include "kef_fit.h"
+#include "tests/fit_data.h"
 
 namespace {
 
-template <class T, class Int>
-using Search = int32_t (*)(const kef_df_task*, int64_t, const T*, int64_t, Int*);
+using namespace fit_test;
 
 // Cells that mean nothing, right cells and wrong ones by turns.
 template <class T>
@@ -25,33 +19,6 @@ int32_t propose(const kef_df_task*, int64_t n, const T* site, int64_t* cell, voi
     }
     return 0;
 }
-
-template <class T> struct Entries;
-#define ENTRIES(T, letter)                                                                     \
-    template <> struct Entries<T> {                                                            \
-        static constexpr Search<T, int64_t> wide[] = {                                         \
-            kef_df_kernel_##letter##DFSearch1D,                                                \
-            kef_df_kernel_##letter##DFSortedSearch1D,                                          \
-            kef_df_kernel_##letter##DFUniformSearch1D,                                         \
-            kef_df_kernel_##letter##DFQuasiUniformSearch1D,                                    \
-            kef_df_kernel_##letter##DFHybridSearch1D,                                          \
-            kef_df_kernel_##letter##DFPeakSearch1D};                                           \
-        static constexpr Search<T, int32_t> narrow[] = {                                       \
-            kef_df_kernel_##letter##DFSearch1D32,                                              \
-            kef_df_kernel_##letter##DFSortedSearch1D32,                                        \
-            kef_df_kernel_##letter##DFUniformSearch1D32,                                       \
-            kef_df_kernel_##letter##DFQuasiUniformSearch1D32,                                  \
-            kef_df_kernel_##letter##DFHybridSearch1D32,                                        \
-            kef_df_kernel_##letter##DFPeakSearch1D32};                                         \
-        static constexpr auto user = kef_df_kernel_##letter##DFUserDefSearch1D;                \
-        static constexpr auto user_uniform = kef_df_kernel_##letter##DFUniUserDefSearch1D;     \
-        static constexpr auto user32 = kef_df_kernel_##letter##DFUserDefSearch1D32;            \
-        static constexpr auto user_uniform32 = kef_df_kernel_##letter##DFUniUserDefSearch1D32; \
-        static constexpr auto new_task = kef_df_kernel_##letter##NewTask1D;                    \
-        static constexpr auto edit = kef_df_kernel_##letter##EditPtr;                          \
-    };
-ENTRIES(double, d)
-ENTRIES(float, s)
 
 template <class T> int64_t defined_cell(const std::vector<T>& x, T q) {
     if (!(q >= x.front())) return 0;
@@ -75,7 +42,7 @@ template <class T> std::vector<T> probes(const std::vector<T>& x, int random_cou
 
 template <class T>
 void expect_all_right(const std::string& name, kef_df_task* task, std::vector<T> x) {
-    using E = Entries<T>;
+    using E = Searches<T>;
     for (bool sorted : {false, true}) {
         std::vector<T> q = probes(x, 600);
         if (sorted)
@@ -137,7 +104,7 @@ template <class T> void all_shapes(std::initializer_list<int> sizes) {
             for (int64_t hint : {DF_NON_UNIFORM, DF_QUASI_UNIFORM, DF_UNIFORM}) {
                 kef_df_task* task = nullptr;
                 ASSERT_EQ(DF_STATUS_OK,
-                          Entries<T>::new_task(&task, x.size(), x.data(), hint, 0, nullptr, 0, 0));
+                          Api<T>::new_task(&task, x.size(), x.data(), hint, 0, nullptr, 0, 0));
                 expect_all_right(shape.name, task, x);
                 // The table of other breakpoints between the same ends, and of ends
                 // elsewhere: slower, not wrong.
@@ -145,7 +112,7 @@ template <class T> void all_shapes(std::initializer_list<int> sizes) {
                     std::vector<T> other = x;
                     for (std::size_t i = 1; i + 1 < x.size(); ++i)
                         other[i] = x[i] + (x[i + 1] - x[i]) / 2;
-                    Entries<T>::edit(task, DF_X, other.data());
+                    Api<T>::edit_pointer(task, DF_X, other.data());
                     expect_all_right("changed inside", task, other);
                     for (T& v : other) v = 2 * v - 1;
                     expect_all_right("changed ends", task, other);
@@ -235,7 +202,7 @@ TEST(FitSearch, BadInput) {
             const double n = x.size();
             const std::vector<double> sites = {-1, 0,  0.5, 1,   1.5, 2,    2.5, 3,
                                                4,  10, 999, nan, inf, -inf, 2,   1};
-            for (auto entry : Entries<double>::wide) {
+            for (auto entry : Searches<double>::wide) {
                 for (int repeat : {1, 300}) {
                     std::vector<double> q;
                     for (int r = 0; r < repeat; ++r) q.insert(q.end(), sites.begin(), sites.end());

@@ -6,9 +6,10 @@
 #include <limits>
 #include <vector>
 
-#include "fit/cells.h"
+#include "fit/cells/table.h"
 #include "fit/task.h"
 #include "kef_fit.h"
+#include "tests/fit_data.h"
 
 namespace {
 
@@ -236,6 +237,51 @@ TEST_F(FitTask, OtherDimensionsAreLeftAlone) {
     EXPECT_EQ(8, task->nx);
     EXPECT_EQ(x.data(), task->x);
     EXPECT_EQ(0, task->order);
+}
+
+// A call of one precision on a task of the other does nothing.
+template <class T, class Other> void expect_precision() {
+    using A = fit_test::Api<T>;
+    const std::vector<Other> x = {0, 1, 2, 3, 4}, y = {1, 2, 3, 4, 5};
+    std::vector<Other> c(16, -77);
+    kef_df_task* task = nullptr;
+    ASSERT_EQ(DF_STATUS_OK,
+              fit_test::Api<Other>::new_task(&task, 5, x.data(), 0, 1, y.data(), 0, 0));
+    ASSERT_EQ(DF_STATUS_OK,
+              fit_test::Api<Other>::edit_spline(task, 4, DF_TYPE_NATURAL, DF_FREE_END, nullptr, 0,
+                                                nullptr, c.data(), DF_BY_ROWS));
+    T values[8] = {}, *found = values;
+    int64_t wide = -7;
+    int32_t narrow = -7;
+    const int32_t one = 1;
+    const auto refused = [](int status) { EXPECT_EQ(DF_STATUS_PRECISION, status); };
+    refused(A::edit_spline(task, 2, 0, 0, nullptr, 0, nullptr, values, DF_BY_COLUMNS));
+    for (int64_t id : {DF_X, DF_Y, DF_BOUNDARY_CONDITIONS, DF_COEFFICIENTS}) {
+        refused(A::edit_pointer(task, id, values));
+        refused(A::query_pointer(task, id, &found));
+    }
+    refused(A::edit_row(task, DF_Y, 0, values));
+    refused(A::query_row(task, DF_Y, 0, &found));
+    EXPECT_EQ(values, found);
+    for (const fit_test::Kind& kind : fit_test::kinds())
+        refused((sizeof(T) == 8 ? kind.in_double : kind.in_single)(task, 0));
+    for (auto search : fit_test::Searches<T>::wide) refused(search(task, 1, values, 0, &wide));
+    for (auto search : fit_test::Searches<T>::narrow) refused(search(task, 1, values, 0, &narrow));
+    refused(fit_test::Searches<T>::user(task, 1, values, 0, &wide, nullptr, nullptr));
+    for (int64_t method : {DF_SPLINE, DF_LOOKUP})
+        refused(A::interpolate(task, method, 1, values, 0, 1, &one, values, 0, nullptr));
+    refused(A::integrate(task, 0, 1, values, 0, values, 0, values, 0));
+    EXPECT_EQ(-7, wide);
+    EXPECT_EQ(-7, narrow);
+    EXPECT_EQ(4, task->order);
+    EXPECT_EQ(x.data(), task->x);
+    EXPECT_EQ(c, std::vector<Other>(16, -77));
+    kef_df_kernel_DeleteTask(&task);
+}
+
+TEST_F(FitTask, OtherPrecisionIsRefused) {
+    expect_precision<float, double>();
+    expect_precision<double, float>();
 }
 
 // The pairs as they are defined, by a search over all breakpoints for each bin.

@@ -1,12 +1,9 @@
-// The search table: the range of the breakpoints is cut into bins of equal width;
-// each bin names the last breakpoint before it and the first one after it. The bin
-// of a point is a monotone function of the point, so rounding cannot lose a cell.
+// Making of the search table.
+#include "fit/cells/table.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
-
-#include "fit/cells.h"
-#include "fit/task.h"
 
 namespace kef::fit {
 
