@@ -107,6 +107,10 @@ void add(kef::Table& table, const char* what, double ours, const Peers& peers) {
 
 int main(int argc, char** argv) {
     const bool markdown = argc > 1 && std::strcmp(argv[1], "--markdown") == 0;
+    if (argc > 1 + markdown) {
+        std::fprintf(stderr, "%s: no such option\n", argv[1 + markdown]);
+        return 2;
+    }
     kef::Table table({"ticks a number", "kef", "C++ library", "Boost", "GSL", "best / kef"});
     Peers twister_raw, twister_uniform, sobol, jump;
     twister_raw.standard = engine_raw<std::mt19937>();

@@ -13,7 +13,8 @@ the rendered document sees:
   ```sh long         likewise, but not by --quick
   ```sh limit        likewise, and every measurement ends after some seconds (KEF_LIMIT)
   ```sh by-hand      not typed
-  ```c [name]        a program; without main, statements, behind those of the comment <!-- c ... -->
+  ```c [name]        a program; without main, statements. They run too, unless a comment <!-- c ... -->
+                     before them has the declarations that they need; then they are only compiled
   ```text            anything
   ```text output     what the program or the commands before it print, blanks at line ends aside
   ```text similar    likewise, whatever its numbers are
@@ -164,9 +165,10 @@ def examples(documents, compiler):
         with tempfile.TemporaryDirectory() as work:
             source = Path(work) / "example.c"
             source.write_text(program(block))
-            whole = has_main(block)
+            whole = has_main(block) or not block.context
             made = run([compiler[0], "-std=c11", "-Wall", "-Wextra", "-Werror", source, *compiler[1:],
-                        *(["-o", f"{work}/example"] if whole else ["-fsyntax-only", "-Wno-unused"])])
+                        *(["-o", f"{work}/example"] if whole else ["-fsyntax-only"]),
+                        *([] if has_main(block) else ["-Wno-unused"])])
             problem = made.stderr
             if whole and made.returncode == 0:
                 environment = {k: v for k, v in os.environ.items() if k != "KEF_VTM_MODE"}
