@@ -89,6 +89,17 @@ void draw_from_block(std::uint32_t (&x)[n], std::int32_t& position, std::uint32_
     }
 }
 
+// The same for k words that nobody wants.
+template <std::int32_t n, class Refill>
+void pass_in_blocks(std::int32_t& position, std::uint64_t k, Refill refill) {
+    while (k > static_cast<std::uint64_t>(n - position)) {
+        k -= static_cast<std::uint64_t>(n - position);
+        refill();
+        position = 0;
+    }
+    position += static_cast<std::int32_t>(k);
+}
+
 // Whether a position and a block of n words can be those of a stream: a linear recurrence never
 // leads to zeros. `first_mask`: the bits of x[0] that take part in it when the whole block is used.
 template <std::int32_t n>
