@@ -1,6 +1,7 @@
 // Load and unload, the ends of threads and of the process, and no memory.
 #include <gtest/gtest.h>
 
+#include "places.h"
 #include "tests/process.h"
 
 namespace kef_test {

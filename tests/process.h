@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "places.h"
+
 namespace kef_test {
 
 struct Outcome {

@@ -6,6 +6,7 @@
 #include <random>
 #include <sstream>
 
+#include "places.h"
 #include "rng/registry.h"
 #include "tests/rng_streams.h"
 

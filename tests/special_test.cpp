@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
+#include "places.h"
 #include "tests/rows.h"
 #include "tests/threads.h"
 

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "places.h"
 #include "tests/stats_support.h"
 
 namespace stats_tests {

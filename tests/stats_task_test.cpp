@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 
+#include "places.h"
 #include "stats/task.h"
 #include "tests/stats_support.h"
 

@@ -12,6 +12,7 @@
 #include <set>
 #include <sstream>
 
+#include "places.h"
 #include "tests/process.h"
 #include "tests/rows.h"
 

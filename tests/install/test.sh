@@ -10,11 +10,6 @@ trap 'rm -rf "$work"' EXIT
 cmake --install "$build" --prefix "$work/first" >"$work/log"
 mv "$work/first" "$work/prefix"
 
-# The documents are there, and README.md's links to them lead somewhere.
-documents=$(grep -o '](docs/[^)#]*' "$work/prefix/share/doc/kef/README.md" | cut -c3-)
-[ -n "$documents" ]
-for document in $documents; do test -f "$work/prefix/share/doc/kef/$document"; done
-
 PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name kef.pc)")
 export PKG_CONFIG_PATH
 "${compiler[@]}" -std=c99 -pedantic -Wall -Wextra -Werror "$here/consumer.c" -o "$work/consumer" \
