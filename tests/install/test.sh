@@ -19,7 +19,8 @@ export PKG_CONFIG_PATH
 # Each architecture has a place of its own.
 architecture=$("${compiler[@]}" -print-multiarch)
 [ "${libraries##*/}" = "${architecture:-${libraries##*/}}" ] || fail "in $libraries"
-for document in README.md CHANGELOG.md docs/control.md; do
+linked=$(grep -o '](docs/[^)#]*' "$work/prefix/share/doc/kef/README.md" | cut -c3-)
+for document in README.md CHANGELOG.md docs/control.md $linked; do
     [ -s "$work/prefix/share/doc/kef/$document" ] || fail "no $document"
 done
 
