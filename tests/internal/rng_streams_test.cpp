@@ -110,6 +110,8 @@ TEST(RngStreams, Registration) {
     kef_stream *small = nullptr, *copy = nullptr;
     EXPECT_EQ(__vtsNewStreamEx(&small, __vtsRegisterBrng(&tiny), 0, nullptr), -4242);
     EXPECT_EQ(__vtsCopyStream(&copy, small), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsCopyStreamState(copy, small), VTS_STATUS_OK);
+    EXPECT_EQ(__vtsGetStreamSize(copy), 20);
     __vtsDeleteStream(&small);
     __vtsDeleteStream(&copy);
 }
@@ -171,6 +173,9 @@ TEST(RngStreams, Chunks) {
     void* const first = block_of({1, 2, 3});
     EXPECT_EQ(__vtsAddChunk(stream.get(), 1, nullptr, first, 3), VTS_STATUS_OK);
     EXPECT_EQ(_vtsAddChunk(stream.get(), 1, nullptr, block_of({4}), 1), VTS_STATUS_OK);
+    void* const used_before = __vtsAllocate(20);
+    std::memset(used_before, 0xFF, 20);
+    __vtsFree(used_before);
     EXPECT_EQ(_vtsAddChunk(stream.get(), -7, nullptr, nullptr, 20), VTS_STATUS_OK);
     EXPECT_EQ(__vtsGetNumChunks(stream.get()), 3);
     EXPECT_EQ(__vtsSearchChunk(stream.get(), 1), first) << "the first one with the key";

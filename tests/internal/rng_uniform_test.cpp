@@ -55,8 +55,14 @@ TEST(RngUniform, AccurateClamps) {
     }
     script_status = 5;  // a positive status is handed on
     EXPECT_EQ(_vtsdRngUniform(VTS_METHOD_ACCURATE, stream.get(), 1, d.data(), -1, 2), 5);
+    // After a failed draw the numbers stay as the generator left them.
     script_status = -5;
-    EXPECT_EQ(_vtsdRngUniform(VTS_METHOD_ACCURATE, stream.get(), 1, d.data(), -1, 2), -5);
+    EXPECT_EQ(_vtsdRngUniform(VTS_METHOD_ACCURATE, stream.get(), 17, d.data(), -1, 2), -5);
+    EXPECT_EQ(_vtssRngUniform(VTS_METHOD_ACCURATE, stream.get(), 17, f.data(), -1, 2), -5);
+    for (int i = 0; i < 17; ++i) {
+        EXPECT_EQ(d[i], script[i % 7]);
+        EXPECT_EQ(f[i], static_cast<float>(script[i % 7]));
+    }
 }
 
 TEST(RngUniform, IntegersAreFloors) {
