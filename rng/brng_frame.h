@@ -3,11 +3,11 @@
 //   using Word                                 its raw word
 //   seed(State&, n, words, sub)                status; n > 0, one word 1 where the caller has none
 //   words(State&, r, n, sub)                   status; n > 0 raw words, the state advances
-//   template <class Real> class Map            Map(sub, a, b), then map(words, n, r)
+//   template <class Real> class Map            Map(sub, a, b), then map(words, n, r), which
+//   computes
+//                                              in Map::Arithmetic
 // and, where the mathematics allows it,
 //   leapfrog(stream, State&, k, count), skip(stream, State&, k)   status
-//   drawn(const State&)                        up to that many numbers are drawn faster than
-//   skipped
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
@@ -17,6 +17,7 @@
 #include <cstdint>
 
 #include "rng/registry.h"
+#include "rng/scaled_range.h"
 
 namespace kef::rng {
 
@@ -26,27 +27,6 @@ inline std::int32_t sub_generator(const kef_stream* stream) {
 
 // The seed of a request without words.
 inline constexpr std::uint32_t default_seed[1] = {1};
-
-// k numbers that nobody wants.
-template <class G>
-std::int32_t draw_away(typename G::State& state, std::uint64_t k, std::int32_t sub) {
-    constexpr std::uint64_t block = 1024 / sizeof(typename G::Word);
-    alignas(16) typename G::Word unwanted[block];
-    std::int32_t status = VTS_STATUS_OK;
-    while (k > 0 && status >= 0) {
-        const std::uint64_t n = std::min(k, block);
-        status = G::words(state, unwanted, static_cast<std::int32_t>(n), sub);
-        k -= n;
-    }
-    return status;
-}
-
-template <class G>
-std::int32_t skip(kef_stream* stream, typename G::State& state, std::uint64_t k) {
-    if constexpr (requires { G::drawn(state); })
-        if (k <= G::drawn(state)) return draw_away<G>(state, k, sub_generator(stream));
-    return G::skip(stream, state, k);
-}
 
 template <class G>
 std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
@@ -62,7 +42,7 @@ std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
             else return VTS_STATUS_NO_LEAPFROG;
         case VTS_INIT_SKIPAHEAD:
             if constexpr (requires { G::skip(stream, state, std::uint64_t{}); })
-                return skip<G>(stream, state,
+                return G::skip(stream, state,
                                parameters[0] | static_cast<std::uint64_t>(parameters[1]) << 32);
             else return VTS_STATUS_NO_SKIPAHEAD;
         default: return VTS_STATUS_BAD_METHOD;
@@ -78,11 +58,18 @@ template <class G> std::int32_t generate_bits(kef_stream* stream, std::int32_t n
 // Blocks of raw words on the stack, mapped onto [a, b).
 template <class G, class Real>
 std::int32_t generate_uniform(kef_stream* stream, std::int32_t n, Real* r, Real a, Real b) {
+    using Map = typename G::template Map<Real>;
+    if constexpr (std::is_same_v<typename Map::Arithmetic, Real>)  // a wider one takes any range
+        if (const Real factor = range_factor(a, b); factor != 1) [[unlikely]] {
+            const auto status = generate_uniform<G>(stream, n, r, a * factor, b * factor);
+            bring_back(n, r, factor, a, b);
+            return status;
+        }
     constexpr std::int32_t block = 4096 / sizeof(typename G::Word);
     alignas(16) typename G::Word words[block];
     auto& state = state_of<typename G::State>(stream);
     const std::int32_t sub = sub_generator(stream);
-    const typename G::template Map<Real> map(sub, a, b);
+    const Map map(sub, a, b);
     while (n > 0) {
         const std::int32_t m = std::min(n, block);
         const std::int32_t status = G::words(state, words, m, sub);
@@ -112,17 +99,6 @@ void draw_from_block(std::uint32_t (&x)[n], std::int32_t& position, std::uint32_
     }
 }
 
-// The same for k words that nobody wants.
-template <std::int32_t n, class Refill>
-void pass_in_blocks(std::int32_t& position, std::uint64_t k, Refill refill) {
-    while (k > static_cast<std::uint64_t>(n - position)) {
-        k -= static_cast<std::uint64_t>(n - position);
-        refill();
-        position = 0;
-    }
-    position += static_cast<std::int32_t>(k);
-}
-
 // Whether a position and a block of n words can be those of a stream: a linear recurrence never
 // leads to zeros. `first_mask`: the bits of x[0] that take part in it when the whole block is used.
 template <std::int32_t n>
@@ -148,6 +124,7 @@ inline __m128d high_as_doubles(__m128i words) {
 // r = x s + a with s = (b - a) unit, in double; a float result is that rounded once.
 class DoubleScale {
 public:
+    using Arithmetic = double;
     DoubleScale(double unit, double a, double b) : s_((b - a) * unit), a_(a) {}
 
     void operator()(const std::uint32_t* x, std::int32_t n, double* r) const {
@@ -182,6 +159,7 @@ private:
 // [0, 1), and so never 1.
 class TopBitsScale {
 public:
+    using Arithmetic = float;
     TopBitsScale(float a, float b) : s_((b - a) * 0x1p-24f), a_(a) {}
     void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
         std::int32_t i = 0;

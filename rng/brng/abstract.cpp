@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "rng/registry.h"
+#include "rng/scaled_range.h"
 #include "rng/stream.h"
 
 namespace kef::rng {
@@ -128,11 +129,16 @@ std::int32_t draw(kef_stream* stream, std::int32_t n, T* r, Emit emit) {
 // The caller's numbers as they are, or moved from their bounds to [a, b).
 template <class T> std::int32_t draw_reals(kef_stream* stream, std::int32_t n, T* r, T a, T b) {
     const auto& s = state_of<State<T>>(stream);
-    const T from = s.a, scale = (b - a) / (s.b - s.a);
+    const T factor = range_factor(a, b), to = a * factor, from = s.a;
+    const T scale = (b * factor - to) / (s.b - from);
     const bool same = a == s.a && b == s.b;
     return draw(stream, n, r, [=](const T* x, std::int32_t count, T* out) {
-        if (same) std::copy_n(x, count, out);
-        else std::transform(x, x + count, out, [=](T v) { return a + (v - from) * scale; });
+        if (same) {
+            std::copy_n(x, count, out);
+            return;
+        }
+        std::transform(x, x + count, out, [=](T v) { return to + (v - from) * scale; });
+        if (factor != 1) bring_back(count, out, factor, a, b);
     });
 }
 

@@ -30,7 +30,6 @@ struct Mcg59 {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 8; }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
         s.x = multiply59(s.x, __vtsiPowMod2P59(s.a, k));
         return VTS_STATUS_OK;
@@ -93,6 +92,7 @@ struct Mcg59 {
 
     template <class Real> class Map {
     public:
+        using Arithmetic = double;
         Map(std::int32_t, double a, double b) : s_((b - a) * unit), a_(a) {}
         void operator()(const Word* x, std::int32_t n, Real* r) const {
             std::int32_t i = 0;

@@ -51,7 +51,6 @@ struct WichmannHill {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 8; }
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
         const std::uint32_t* m = moduli(stream);
         for (int j = 0; j < 4; ++j) move(s.x[j], s.a[j], k, m[j]);
@@ -113,6 +112,7 @@ struct WichmannHill {
 
     template <class Real> class Map {
     public:
+        using Arithmetic = Real;
         Map(std::int32_t sub, Real a, Real b) : a_(a), scale_(b - a) {
             const std::uint32_t* m = parameters[sub].m;
             for (int c = 0; c < 2; ++c)

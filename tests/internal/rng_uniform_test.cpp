@@ -1,6 +1,7 @@
 // Uniform numbers and bits over a stream.
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "distributions/frame.h"
 #include "tests/rng_streams.h"
@@ -63,6 +64,47 @@ TEST(RngUniform, AccurateClamps) {
         EXPECT_EQ(d[i], script[i % 7]);
         EXPECT_EQ(f[i], static_cast<float>(script[i % 7]));
     }
+}
+
+// Ranges whose width overflows, and tiny ones: numbers inside, and spread as on [0, 1).
+template <class Real> void expect_inside(Real a, Real b) {
+    using Limits = std::numeric_limits<Real>;
+    for (const std::int32_t brng : repeatable_generators) {
+        SCOPED_TRACE(testing::Message() << brng << " on " << a << ", " << b);
+        constexpr int n = 2001;
+        const Stream stream = make_stream(brng), same = copy_of(stream);
+        std::vector<Real> r(n), unit(n);
+        if constexpr (std::is_same_v<Real, double>) {
+            ASSERT_EQ(_vtsdRngUniform(0, stream.get(), n, r.data(), a, b), VTS_STATUS_OK);
+            ASSERT_EQ(_vtsdRngUniform(0, same.get(), n, unit.data(), 0, 1), VTS_STATUS_OK);
+        } else {
+            ASSERT_EQ(_vtssRngUniform(0, stream.get(), n, r.data(), a, b), VTS_STATUS_OK);
+            ASSERT_EQ(_vtssRngUniform(0, same.get(), n, unit.data(), 0, 1), VTS_STATUS_OK);
+        }
+        for (int i = 0; i < n; ++i) {
+            ASSERT_TRUE(r[i] >= a && r[i] <= b) << r[i];
+            const long double exact = a + (static_cast<long double>(b) - a) * unit[i];
+            ASSERT_LE(std::fabs(static_cast<double>((r[i] - exact) /
+                                                    std::max(std::fabs(a), std::fabs(b)))),
+                      2 * Limits::epsilon() + Limits::denorm_min() / b)
+                << r[i];
+        }
+    }
+}
+
+TEST(RngUniform, AnyFiniteRange) {
+    constexpr double most = std::numeric_limits<double>::max();
+    expect_inside(-1.7e308, 1.7e308);
+    expect_inside(-most, most);
+    expect_inside(0.0, 1e-305);
+    expect_inside(-1e-310, 3e-310);
+    expect_inside(0.0, 5e-324);
+    constexpr float most_single = std::numeric_limits<float>::max();
+    expect_inside(-3e38f, 3e38f);
+    expect_inside(-most_single, most_single);
+    expect_inside(0.0f, 1.3e-38f);
+    expect_inside(1e-38f, 1.3e-38f);
+    expect_inside(0.0f, 1e-44f);
 }
 
 TEST(RngUniform, IntegersAreFloors) {
