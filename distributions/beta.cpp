@@ -131,7 +131,7 @@ template <class T> struct OneLarge {
         logits(even, logit);
         Candidates decay, rise;  // e^-|v|, B (e^-v - 1)
         for (std::int32_t i = 0; i < even; i += 2) store(decay + i, -vm::absolute(load(logit + i)));
-        exp_of_negative(even, decay, beta);
+        exp_of_negative(even, decay, decay, beta);
         Undecided undecided;
         for (std::int32_t i = 0; i < even; i += 2) {
             const d2 e = load(decay + i), l = load(logit + i);
@@ -139,7 +139,7 @@ template <class T> struct OneLarge {
             // a and b e^-v, or a e^v and b
             const d2 wa = low.choose(A * e, all(A)), wb = low.choose(all(B), B * e);
             store(x + i, (swapped ? wb : wa) / (wa + wb));
-            store(rise + i, B * (low.choose(1 / e, e) - 1));
+            store(rise + i, B * (low.choose(1 / at_least(0x1p-1022, e), e) - 1));
             undecided.add(i, low | less(all(0.25), load(z + i)));
         }
         if (kept != even) x[kept] = Undecided::rejected;
@@ -172,13 +172,14 @@ template <class T> struct BothSmall {
         ln(2 * n, u.first);
         Candidates larger, ratio;  // of e^x and e^y: the larger one; the smaller to it
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 log_x = inverse_p * load(u.first + i), log_y = inverse_q * load(u.second + i);
+            const d2 log_x = inverse_p * at_least(log_least, load(u.first + i)),
+                     log_y = inverse_q * at_least(log_least, load(u.second + i));
             store(u.first + i, log_x - log_y);
             store(larger + i, vm::maximum(log_x, log_y));
             store(ratio + i, -vm::absolute(log_x - log_y));
         }
-        exp_of_negative(n, larger, 1);
-        exp_of_negative(n, ratio, 1);
+        exp_of_negative(n, larger, larger, 1);
+        exp_of_negative(n, ratio, ratio, 1);
         for (std::int32_t i = 0; i < n; i += 2) {
             const d2 e = load(ratio + i), total = 1 + e;
             const d2 number = less(load(u.first + i), d2{}).choose(e, all(1.0)) / total;
@@ -198,14 +199,14 @@ std::int32_t by_inversion(kef_stream* stream, std::int32_t n, T* r, double p, do
         if (status < 0) return status;
         ln(m, x);
         if (p == 1) {
-            const double factor = finite_inverse(q);
+            const double factor = finite_inverse(q), least = std::max(-700.0, factor * log_least);
             transform(
-                m, x, [=](auto v) { return at_least(-700.0, factor * v); }, x);
+                m, x, [=](auto v) { return at_least(least, factor * v); }, x);
             expm1(m, x);
             transform(
                 m, x, [](auto v) { return 0 - v; }, x);
         } else {
-            exp_of_negative(m, x, finite_inverse(p));
+            exp_of_negative(m, x, x, finite_inverse(p), log_least);
         }
         convert(m, x, out);
         return status;

@@ -31,16 +31,6 @@ inline int replace_singular(kef_vtm_error_record* record) {
     return 0;
 }
 
-// The larger of a and x, in each lane; the smaller.
-template <class T, class V> V at_least(T a, V x) {
-    if constexpr (std::is_same_v<T, V>) return a > x ? a : x;
-    else return vm::maximum(vm::all(a), x);
-}
-template <class T, class V> V at_most(T a, V x) {
-    if constexpr (std::is_same_v<T, V>) return a < x ? a : x;
-    else return vm::minimum(vm::all(a), x);
-}
-
 // x = beta x + a, and the same not below a.
 template <class T> void affine(std::int32_t n, T* x, T a, T beta) {
     transform(

@@ -98,8 +98,18 @@ template <class T, class Formula, class... X>
     constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
     std::int32_t i = 0;
 #pragma GCC unroll 4
-    for (; i <= n - lanes; i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
+    for (; i < (n & -lanes); i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
     for (; i < n; ++i) r[i] = formula(x[i]...);
+}
+
+// The larger of a and x, in each lane; the smaller. a where x is NaN.
+template <class T, class V> V at_least(T a, V x) {
+    if constexpr (std::is_same_v<T, V>) return x > a ? x : a;
+    else return vm::maximum(x, vm::all(a));
+}
+template <class T, class V> V at_most(T a, V x) {
+    if constexpr (std::is_same_v<T, V>) return x < a ? x : a;
+    else return vm::minimum(x, vm::all(a));
 }
 
 inline vm::d2 evens(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 0, 2); }
@@ -114,7 +124,7 @@ template <class T, class Formula>
                                                Formula formula) {
     constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
     std::int32_t i = 0;
-    for (; i <= n - lanes; i += lanes) {
+    for (; i < (n & -lanes); i += lanes) {
         const auto x = vm::load(pairs + 2 * i), y = vm::load(pairs + 2 * i + lanes);
         vm::store(first + i, evens(x, y));
         vm::store(r + i, formula(odds(x, y)));

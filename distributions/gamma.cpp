@@ -12,11 +12,23 @@ using vm::d2;
 using vm::load;
 using vm::store;
 
-// The fastest method without memory; in single precision the fastest whose numbers are better than
-// 11 bits: Box and Muller's product of two, where inversion leaves ripples of 1 % in the density.
-template <class T>
-constexpr std::int32_t normal_method =
-    std::is_same_v<T, double> ? VTS_METHOD_GAUSSIAN_INVERSION : VTS_METHOD_GAUSSIAN_BOX_MULLER;
+// n <= most_candidates normal numbers: by the fastest method without memory, in single precision by
+// the fastest whose numbers are better than 11 bits: Box and Muller's product of two, where
+// inversion leaves ripples of 1 % in the density. A radius from a uniform of 0 (38.59) becomes no
+// candidate: those from other uniforms end at 6.6.
+std::int32_t normals(kef_stream* stream, std::int32_t n, double* z, double) {
+    return normal(VTS_METHOD_GAUSSIAN_INVERSION, stream, n, z, 0, 1);
+}
+std::int32_t normals(kef_stream* stream, std::int32_t n, double* z, float) {
+    alignas(16) float r[most_candidates];
+    const std::int32_t status = normal(VTS_METHOD_GAUSSIAN_BOX_MULLER, stream, n, r, 0, 1);
+    if (status < 0) return status;
+    constexpr auto seven = std::bit_cast<std::int32_t>(7.0f);
+    if (convert(n, r, z, [](vm::i4 x) { return vm::magnitude(x) > seven; }))
+        std::replace_if(
+            z, z + n, [](double x) { return !(__builtin_fabs(x) < 7); }, -1e30);
+    return status;
+}
 
 // alpha > 1: G. Marsaglia, W. W. Tsang, ACM Trans. Math. Softw. 26 (2000) 363-372. With z normal,
 // d = alpha - 1/3, y = z / (3 sqrt d), d (1 + y)^3 is accepted where ln u <= h,
@@ -36,8 +48,7 @@ template <class T> struct LargeShape {
 
     std::int32_t propose(std::int32_t n, double* x) const {
         Candidates z, u;
-        std::int32_t status = widened<T>(
-            n, z, [=, this](T* r) { return normal(normal_method<T>, stream, n, r, T(0), T(1)); });
+        std::int32_t status = normals(stream, n, z, T());
         if (status < 0) return status;
         status = uniforms<T>(stream, n, u);
         if (status < 0) return status;
@@ -93,9 +104,11 @@ template <class T> struct MediumShape {
         if (status < 0) return status;
         double* const e = u.first;
         ln(n, e);
-        transform(
-            n, e, [](auto v) { return -v; }, e);
-        std::copy_n(e, n, x);
+        for (std::int32_t i = 0; i < n; i += 2) {
+            const d2 v = -at_least(log_least, load(e + i));
+            store(e + i, v);
+            store(x + i, v);
+        }
         ln(n, x);
         const double inverse = 1 / alpha;
         transform(
@@ -141,13 +154,12 @@ template <class T> struct SmallShape {
         if (status < 0) return status;
         Candidates logarithms;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 p = b * load(u.first + i);
+            const d2 p = b * at_least(0x1p-64, load(u.first + i));
             store(u.first + i, p);
             store(logarithms + i, less_equal(p, all(1.0)).choose(p, (b - p) * inverse));
         }
         ln(n, logarithms);
-        std::copy_n(logarithms, n, x);
-        exp_of_negative(n, x, inverse);
+        exp_of_negative(n, logarithms, x, inverse);
 
         Undecided undecided;
         const double slope = 1 - alpha;

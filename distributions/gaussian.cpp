@@ -97,7 +97,7 @@ template <class T, class Formula>
 void join_pairs(std::int32_t n, T* r, const T* x, const T* y, const T* z, Formula formula) {
     constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
     std::int32_t i = 0;
-    for (; i <= n - lanes; i += lanes) {
+    for (; i < (n & -lanes); i += lanes) {
         const auto size = vm::load(x + i);
         const auto first = formula(size, vm::load(y + i)), second = formula(size, vm::load(z + i));
         vm::store(r + 2 * i, lows(first, second));
@@ -173,7 +173,7 @@ std::int32_t gaussian(std::int32_t method, kef_stream* stream, std::int32_t n, T
     static constexpr std::int32_t (*methods[])(kef_stream*, std::int32_t, T*, T, T) = {
         box_muller<T>, box_muller_pairs<T>, inversion<T>};
     const Bracket bracket(make_finite);
-    return methods[method](stream, n, r, a, sigma);
+    return methods[method & ~VTS_METHOD_ACCURATE](stream, n, r, a, sigma);
 }
 
 }  // namespace

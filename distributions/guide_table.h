@@ -5,8 +5,8 @@
 // The numbers are cells of width 2^-24. Where a step of the law lies inside the cell, a further
 // uniform decides: the law is resolved to 2^-48, and its tails exist.
 //
-// A Law gives its mode and ratio(k) = P(k+1)/P(k) as {numerator, denominator}, which vanish at the
-// upper end of the support and before its lower end.
+// A Law gives its mode, low and high, the ends of its support (high may be infinite), and for
+// low <= k < high ratio(k) = P(k+1)/P(k) as {numerator, denominator}.
 #pragma once
 
 #include "distributions/uniforms.h"
@@ -30,7 +30,7 @@ public:
         *middle = 1;
         double total = 1, weight = 1;
         int up = 0, down = 0;
-        for (double k = mode;; ++k) {
+        for (double k = mode; k < law.high; ++k) {
             const Ratio r = law.ratio(k);
             weight *= r.numerator / r.denominator;
             if (!(weight > negligible)) break;
@@ -39,7 +39,7 @@ public:
             total += weight;
         }
         weight = 1;
-        for (double k = mode - 1;; --k) {
+        for (double k = mode - 1; k >= law.low; --k) {
             const Ratio r = law.ratio(k);
             weight *= r.denominator / r.numerator;
             if (!(weight > negligible)) break;
@@ -55,14 +55,14 @@ public:
 
     // False when the generator fails; what was made before is in r.
     bool fill(Uniforms& uniforms, std::int32_t n, std::int32_t* r) const {
-        float u[block];
+        std::int32_t cells[block];
         const bool whole = first_ + reach * 2 < 2147483647.0;
         const auto first = whole ? static_cast<std::int32_t>(first_) : 0;
         for (std::int32_t m; n > 0; n -= m, r += m) {
             m = std::min(n, block);
-            if (!uniforms.fill(m, u)) return false;
+            if (!uniforms.fill_cells(m, cells)) return false;
             for (std::int32_t i = 0; i < m; ++i) {
-                const std::int32_t cell = Uniforms::cell(u[i]);
+                const std::int32_t cell = cells[i];
                 std::int32_t k = guide_[cell >> shift_];
                 k += cell > step_[k];
                 if (cell >= step_[k]) [[unlikely]]

@@ -11,7 +11,10 @@ struct HypergeometricLaw {
     double low, high, mode, deviation, sample, marked, rest, f;
 
     HypergeometricLaw(double population, double sample, double marked)
-        : sample(sample), marked(marked), rest(population - marked), f(sample / population) {
+        : sample(sample),
+          marked(marked),
+          rest(population - marked),
+          f(sample / std::max(population, 1.0)) {
         low = std::max(0.0, sample - rest);
         high = std::min(sample, marked);
         mode = whole((sample + 1) * (marked + 1) / (population + 2));

@@ -26,8 +26,12 @@ struct NegbinomialLaw {
 std::int32_t mixture(kef_stream* stream, std::int32_t n, std::int32_t* r, double a, double scale) {
     double means[block];
     return in_blocks(n, r, [&](std::int32_t* out, std::int32_t m) {
-        const std::int32_t status = _vtsdRngGamma(0, stream, m, means, a, 0, scale);
-        return status < 0 ? status : _vtsiRngPoissonV(0, stream, m, out, means);
+        const std::int32_t status = _vtsdRngGamma(0, stream, m, means, a, 0, 1);
+        if (status < 0) return status;
+        const double most = 1e300 / std::max(scale, 1.0);
+        transform(
+            m, means, [=](auto g) { return at_most(most, g) * scale; }, means);
+        return _vtsiRngPoissonV(0, stream, m, out, means);
     });
 }
 
@@ -45,11 +49,12 @@ std::int32_t _vtsiRngNegbinomial(std::int32_t, kef_stream* stream, std::int32_t 
         return uniforms.status();
     }
     p = std::max(p, 1e-300);
+    const double q = 1 - p;
+    // Beyond a mean of 2^40 doubles count too coarsely; below a = 1 the law is not log-concave.
+    if (a * q >= 0x1p40 * p) return mixture(stream, n, r, a, q / p);
     const NegbinomialLaw law(a, p);
-    // Below a = 1 the law is not log-concave; beyond 2^40 doubles count too coarsely.
-    const double mean = a * law.q / p;
-    if (a >= 1 && mean < 0x1p40) sample(uniforms, n, r, law);
+    if (a >= 1) sample(uniforms, n, r, law);
     else if (n > 0 && !(table_pays(n, law.deviation) && by_table(uniforms, n, r, law)))
-        return mixture(stream, n, r, a, law.q / p);
+        return mixture(stream, n, r, a, q / p);
     return uniforms.status();
 }

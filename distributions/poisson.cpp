@@ -47,5 +47,5 @@ std::int32_t _vtsiRngPoisson(std::int32_t method, kef_stream* stream, std::int32
                              std::int32_t* r, double lambda) {
     constexpr std::int32_t (*methods[])(kef_stream*, std::int32_t, std::int32_t*, double) = {
         kef::dist::from_uniforms, kef::dist::from_normals};
-    return methods[method](stream, n, r, lambda);
+    return methods[method & ~VTS_METHOD_ACCURATE](stream, n, r, lambda);
 }

@@ -68,12 +68,13 @@ std::int32_t _vtsiRngPoissonV(std::int32_t, kef_stream* stream, std::int32_t n, 
         if (large < m) probabilities_of_0(m, mean, zeros);
         const float* normal = normals;
         for (std::int32_t i = 0; i < m && !uniforms.failed(); ++i)
-            if (is_large(mean[i])) {
-                const PoissonFromNormal law(mean[i]);
-                const float finer = law.coarse() ? uniforms.next() : 0;
-                out[i] =
-                    mean[i] < huge_mean ? as_count(law(uniforms, *normal, u[i], finer)) : INT32_MAX;
+            if (mean[i] >= huge_mean) {
+                out[i] = INT32_MAX;
                 ++normal;
+            } else if (is_large(mean[i])) {
+                const PoissonFromNormal law(mean[i]);
+                const float finer = law.coarse() ? static_cast<float>(uniforms.fraction()) : 0;
+                out[i] = as_count(law(uniforms, *normal++, u[i], finer));
             } else {
                 out[i] = invert(uniforms, u[i], mean[i], zeros[i]);
             }

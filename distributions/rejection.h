@@ -4,6 +4,7 @@
 #pragma once
 
 #include "distributions/closed_form.h"
+#include "distributions/uniforms.h"
 
 namespace kef::dist {
 
@@ -27,39 +28,62 @@ inline Lanes less_equal(vm::d2 x, vm::d2 y) { return {_mm_cmple_pd((__m128d)x, (
 inline constexpr std::int32_t most_candidates = 512;  // of one round; rounds are even
 using Candidates [[gnu::aligned(16)]] = double[most_candidates];
 
-// x of one element type to the other.
-inline void convert(std::int32_t n, const float* x, double* r) {
+// x of one element type to the other. From single precision: whether `odd` holds for the bits of
+// any.
+template <class Odd> bool convert(std::int32_t n, const float* x, double* r, Odd odd) {
+    vm::i4 any = {};
     std::int32_t i = 0;
-    for (; i <= n - 4; i += 4) {
-        const vm::d2x2 wide = vm::widen(vm::load(x + i));
+    for (; i < (n & -4); i += 4) {
+        const vm::f4 four = vm::load(x + i);
+        const vm::d2x2 wide = vm::widen(four);
+        any |= odd(vm::heads(four));
         vm::store(r + i, wide.low);
         vm::store(r + i + 2, wide.high);
     }
-    for (; i < n; ++i) r[i] = x[i];
+    for (; i < n; ++i) {
+        any |= odd(vm::heads(vm::all(x[i])));
+        r[i] = x[i];
+    }
+    return vm::any_lane(any);
 }
 inline void convert(std::int32_t n, const double* x, float* r) {
     std::int32_t i = 0;
-    for (; i <= n - 4; i += 4) vm::store(r + i, vm::narrow(vm::load(x + i), vm::load(x + i + 2)));
+    for (; i < (n & -4); i += 4) vm::store(r + i, vm::narrow(vm::load(x + i), vm::load(x + i + 2)));
     for (; i < n; ++i) r[i] = static_cast<float>(x[i]);
 }
 inline void convert(std::int32_t n, const double* x, double* r) { std::copy_n(x, n, r); }
 
-// make(r) for n <= 2 * most_candidates numbers of type T, as doubles.
-template <class T, class Make> std::int32_t widened(std::int32_t n, double* x, Make make) {
-    if constexpr (std::is_same_v<T, double>) {
-        return make(x);
-    } else {
-        alignas(16) T r[2 * most_candidates];
-        const std::int32_t status = make(r);
-        if (status >= 0) convert(n, r, x);
-        return status;
-    }
+// Each 0 becomes a number within the cell [0, 2^-24) that it stands for, each 1 the middle of the
+// last one.
+[[gnu::noinline, gnu::cold]] inline std::int32_t inside(kef_stream* stream, std::int32_t n,
+                                                        double* u) {
+    Uniforms further(stream);
+    for (std::int32_t i = 0; i < n; ++i)
+        if (!(u[i] > 0)) u[i] = (further.next_cell() + 0.5) * 0x1p-48;
+        else u[i] = at_most(1 - 0x1p-25, u[i]);
+    return further.status();
 }
 
-// Uniforms on [0, 1) by the mapping to T.
-template <class T> std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u) {
-    return widened<T>(n, u, [=](T* r) { return draw(stream, n, r, T(0), T(1)); });
+// n <= 2 * most_candidates uniforms by the mapping to T, as doubles. In single precision all lie
+// inside (0, 1): a 0, once in 2^24 numbers, would weigh more than its cell in what is made of its
+// logarithm, and some generators round up to 1. In double precision 0 is left to `log_least`.
+inline std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u, double) {
+    return draw(stream, n, u, 0.0, 1.0);
 }
+inline std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u, float) {
+    alignas(16) float r[2 * most_candidates];
+    const std::int32_t status = draw(stream, n, r, 0.0f, 1.0f);
+    if (status < 0) return status;
+    constexpr auto one = std::bit_cast<std::uint32_t>(1.0f);
+    const bool any = convert(n, r, u, [](vm::i4 x) { return vm::not_between(x, 1, one); });
+    return any ? inside(stream, n, u) : status;
+}
+template <class T> std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u) {
+    return uniforms(stream, n, u, T());
+}
+
+// ln 2^-64: generators make no uniform below this but 0, whose logarithm would be -744.
+inline constexpr double log_least = -44.3614195558365;
 
 // u: first[i], second[i] for the candidates i < n.
 struct Pairs {
@@ -75,14 +99,16 @@ struct Pairs {
 // 1 / shape where it is finite: no 0 * infinity out of a tiny shape.
 inline double finite_inverse(double shape) { return std::min(1 / shape, 1e300); }
 
-// x = e^(factor x) for results of at most 1, subnormal ones included, at one speed: by the square
-// of the root, whose logarithm never leaves the normal range.
-inline void exp_of_negative(std::int32_t n, double* x, double factor) {
+// r = e^(factor x) for results of at most 1, subnormal ones included, at one speed: by the square
+// of the root, whose logarithm never leaves the normal range. x below `least` counts as that.
+inline void exp_of_negative(std::int32_t n, const double* x, double* r, double factor,
+                            double least = -__builtin_inf()) {
+    const double half = 0.5 * factor, bound = std::max(-700.0, half * least);
     transform(
-        n, x, [factor](auto v) { return at_least(-700.0, 0.5 * factor * v); }, x);
-    exp(n, x);
+        n, r, [=](auto v) { return at_least(bound, half * v); }, x);
+    exp(n, r);
     transform(
-        n, x, [](auto v) { return v * v; }, x);
+        n, r, [](auto v) { return v * v; }, r);
 }
 
 // The candidates whose quick tests did not decide. A candidate whose sign bit is set is rejected.

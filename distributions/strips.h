@@ -17,9 +17,8 @@
 
 namespace kef::dist {
 
-// A Law gives, besides mode and ratio (guide_table.h), low and high, the ends of the support (high
-// may be infinite), deviation, the standard deviation, and log_weight(k), ln P(k) up to a constant.
-// No strip begins beyond 2^50.
+// A Law gives, besides what guide_table.h asks for, deviation, the standard deviation, and
+// log_weight(k), ln P(k) up to a constant. No strip begins beyond 2^50.
 template <class Law> class Strips {
 public:
     // wanted: about so many strips.
@@ -33,13 +32,13 @@ public:
     // Until the generator fails.
     void fill(Uniforms& uniforms, std::int32_t n, std::int32_t* r) const {
         constexpr std::int32_t trials = block / 2;
-        alignas(16) float u[block];
+        alignas(16) std::int32_t cells[block];
         alignas(16) double place[trials];
         for (int barren = 0; n > 0;) {
             const std::int32_t m = std::min(n, trials);
-            if (!uniforms.fill(2 * m, u)) return;
-            if (m % 2 != 0) u[2 * m] = u[2 * m + 1] = 0;
-            places(m, u, place);
+            if (!uniforms.fill_cells(2 * m, cells)) return;
+            if (m % 2 != 0) cells[2 * m] = cells[2 * m + 1] = 0;
+            places(m, cells, place);
             std::int32_t made = 0;
             for (std::int32_t i = 0; i < m; ++i) made += trial(uniforms, place[i], r[made]);
             if (uniforms.failed()) return;
@@ -111,17 +110,15 @@ private:
         return true;
     }
 
-    // Pairs of uniforms, joined (Uniforms::join), times the number of strips; two at a time, of
+    // Pairs of cells, joined to a number on [0, 1), times the number of strips; two at a time, of
     // which a last odd one is read and written, too.
-    void places(std::int32_t m, const float* u, double* place) const {
+    void places(std::int32_t m, const std::int32_t* cells, double* place) const {
         const double scale = count_ * 0x1p-24;
         for (std::int32_t i = 0; i < m; i += 2) {
-            const __m128 cells = _mm_min_ps(
-                _mm_mul_ps(_mm_load_ps(u + 2 * i), _mm_set1_ps(0x1p24f)), _mm_set1_ps(0x1p24f - 1));
-            const __m128i whole = _mm_cvttps_epi32(cells);
-            const d2 first = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(whole, 0x08));
-            const d2 second = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(whole, 0x0D));
-            vm::store(place + i, (first + second * 0x1p-24) * scale);
+            const __m128i pairs = _mm_load_si128(reinterpret_cast<const __m128i*>(cells + 2 * i));
+            const d2 first = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, 0x08));
+            const d2 second = (d2)_mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, 0x0D));
+            vm::store(place + i, Uniforms::joined(first, second) * scale);
         }
     }
 

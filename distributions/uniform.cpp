@@ -17,26 +17,22 @@ std::int32_t generate(kef_stream* stream, std::int32_t n, float* r, float a, flo
     return brng_of(stream).generate_float(stream, n, r, a, b);
 }
 
-// r = min(b, max(a, r)), eight doubles or sixteen floats a pass.
-template <class Real> void clamp(Real* r, std::int32_t n, Real a, Real b) {
-    constexpr std::int32_t lanes = 16 / sizeof(Real);
-    const auto low = vm::all(a), high = vm::all(b);
-    std::int32_t i = 0;
-#pragma GCC unroll 4
-    for (; n - i >= lanes; i += lanes)
-        vm::store(r + i, vm::minimum(vm::maximum(vm::load(r + i), low), high));
-    for (; i < n; ++i) {
-        const Real raised = r[i] > a ? r[i] : a;  // maxpd and minpd
-        r[i] = raised < b ? raised : b;
-    }
-}
-
 template <class Real>
 std::int32_t uniform(std::int32_t method, kef_stream* stream, std::int32_t n, Real* r, Real a,
                      Real b) {
     const std::int32_t status = generate(stream, n, r, a, b);
-    if (status >= 0 && (method & VTS_METHOD_ACCURATE) != 0) clamp(r, n, a, b);
+    if (status >= 0 && (method & VTS_METHOD_ACCURATE) != 0)
+        transform(
+            n, r, [=](auto x) { return at_most(b, at_least(a, x)); }, r);
     return status;
+}
+
+// The floors of two numbers, in the low half.
+__m128i floors(kef::vm::d2 x) {
+    const __m128i truncated = _mm_cvttpd_epi32((__m128d)x);
+    const __m128d above = _mm_cmpgt_pd(_mm_cvtepi32_pd(truncated), (__m128d)x);
+    const __m128i minus_one = _mm_shuffle_epi32(_mm_castpd_si128(above), _MM_SHUFFLE(2, 0, 2, 0));
+    return _mm_add_epi32(truncated, minus_one);
 }
 
 }  // namespace
@@ -61,10 +57,11 @@ std::int32_t _vtsiRngUniform(std::int32_t, kef_stream* stream, std::int32_t n, s
     return in_blocks(n, r, [&](std::int32_t* out, std::int32_t m) {
         const std::int32_t status = draw(stream, m, scratch, a, b);
         if (status < 0) return status;
-        for (std::int32_t i = 0; i < m; ++i) {
-            const auto truncated = static_cast<std::int32_t>(scratch[i]);
-            out[i] = truncated - (truncated > scratch[i]);
-        }
+        std::int32_t i = 0;
+        for (; m - i >= 2; i += 2)
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i),
+                             floors(kef::vm::load(scratch + i)));
+        if (i < m) out[i] = _mm_cvtsi128_si32(floors(kef::vm::all(scratch[i])));
         return status;
     });
 }

@@ -2,6 +2,8 @@
 // that a further draw divides by 2^24 once more. The status of the last draw.
 #pragma once
 
+#include <cstring>
+
 #include "distributions/frame.h"
 
 namespace kef::dist {
@@ -18,27 +20,39 @@ public:
         if (status_ >= 0) status_ = draw(stream_, n, r, 0, 1);
         return status_ >= 0;
     }
-
-    // The cell of a number; a generator that rounds up to 1 means the last one.
-    static std::int32_t cell(float u) {
-        return static_cast<std::int32_t>(std::min(u * 0x1p24f, 0x1p24f - 1));
+    // The cells of n numbers, which are made in their place.
+    bool fill_cells(std::int32_t n, std::int32_t* r) {
+        auto* const u = reinterpret_cast<float*>(r);
+        if (!fill(n, u)) return false;
+        std::int32_t i = 0;
+        for (; i < (n & -4); i += 4)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i),
+                             _mm_cvttps_epi32((__m128)in_cells(vm::load(u + i))));
+        for (; i < n; ++i) {
+            float last;
+            std::memcpy(&last, r + i, sizeof last);
+            r[i] = cell(last);
+        }
+        return true;
     }
-    // A number of 48 bits out of two.
-    static double join(float u, float v) { return (cell(u) + cell(v) * 0x1p-24) * 0x1p-24; }
+
+    static std::int32_t cell(float u) { return static_cast<std::int32_t>(in_cells(u)); }
+    // A place of 48 bits in units of cells, from a cell and another that divides it.
+    template <class V> static V joined(V cell, V divider) { return cell + divider * 0x1p-24; }
 
     // Single numbers from a small store. After a failure they are 1/2: a loop that ends for a
     // right generator ends then, too.
-    float next() {
+    double next_cell() {
         if (used_ == store_size) {
-            if (!fill(store_size, store_)) return 0.5f;
+            if (!fill_cells(store_size, store_)) return cells / 2;
             used_ = 0;
         }
         return store_[used_++];
     }
-    double fraction() { return cell(next()) * 0x1p-24; }
+    double fraction() { return next_cell() * 0x1p-24; }
     double next48() {
-        const float u = next();
-        return join(u, next());
+        const double cell = next_cell();
+        return joined(cell, next_cell()) * 0x1p-24;
     }
 
     // Another draw of the stream ended so.
@@ -47,11 +61,17 @@ public:
     bool failed() const { return status_ < 0; }
 
 private:
+    // A number outside [0, 1), as one that a generator rounds up to 1, means the cell next to it;
+    // NaN the first.
+    template <class V> static V in_cells(V u) {
+        return at_most(0x1p24f - 1, at_least(0.0f, u * 0x1p24f));
+    }
+
     static constexpr std::int32_t store_size = 16;
 
     kef_stream* stream_;
     std::int32_t status_, used_ = store_size;
-    float store_[store_size];
+    std::int32_t store_[store_size];
 };
 
 // The largest whole number up to x >= 0.

@@ -1,9 +1,20 @@
 /* Distribution generators over a random stream.
  *
  * Every function fills r with n numbers and returns a status: the generator's (kef_rng.h), negative
- * when it failed; numbers made until then stay in r. Methods, counts, pointers and
- * parameters are the caller's to check. The thread's vector-math mode and error callback are
- * the same after a call as before it. Nothing is allocated, except where a function says so. */
+ * when it failed; numbers made until then stay in r. n <= 0 makes none. Methods, counts, pointers
+ * and parameters are the caller's to check; the uniform generators alone look at
+ * VTS_METHOD_ACCURATE, and the others take their method without it, Lognormal apart. Nothing is
+ * allocated, except where a function says so. Stack: docs/distributions.md.
+ *
+ * The thread's vector-math mode and error callback are the same after a call as before it. Its
+ * status is not: a logarithm of a uniform of exactly 0 leaves VTM_STATUS_SING.
+ *
+ * What is called back during a call (routines of a generator of the caller's, refills of an
+ * abstract stream, rewritten dispatch slots, the error callback in Lognormal) may find the law's
+ * own mode, VTM_ERRMODE_CALLBACK, and the law's own error callback set; which laws set them,
+ * docs/distributions.md tells. It has to return. An exception that leaves it ends the process, with
+ * the message of the C++ runtime; a jump out of it (longjmp) is forbidden: the thread would keep
+ * that mode and callback. */
 #ifndef KEF_DIST_H
 #define KEF_DIST_H
 
@@ -21,8 +32,9 @@ enum {
 
 /* --- uniform numbers -------------------------------------------------------- */
 
-/* Uniform on [a, b), a < b: the generator's own mapping. Rounding may give b (or, for some a,
- * values a little outside); VTS_METHOD_ACCURATE clamps to [a, b]. */
+/* Uniform on [a, b), a < b, both finite: the generator's own mapping. Rounding may give b (or, for
+ * some a, values a little outside); VTS_METHOD_ACCURATE clamps to [a, b]. Where b - a overflows, or
+ * is so small that the mapping's factor would be subnormal, results lie in [a, b] in any case. */
 KEF_API int32_t _vtsdRngUniform(int32_t method, kef_stream *stream, int32_t n, double *r, double a,
                                 double b);
 KEF_API int32_t _vtssRngUniform(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
@@ -72,7 +84,9 @@ enum {
 
 /* Lognormal: b + beta exp(x), x normal with mean a and standard deviation sigma. An exponential
  * that overflows is an error of vector math, which the thread's own mode word and callback handle.
- */
+ * Method 0 keeps its pairs in the stream and allocates as the normal generator does; by a uniform
+ * of 0 its numbers reach exp(a + 38.59 sigma), which in single precision outweighs all others in
+ * the mean from sigma = 0.5 (docs/distributions.md). */
 KEF_API int32_t _vtsdRngLognormal(int32_t method, kef_stream *stream, int32_t n, double *r,
                                   double a, double sigma, double b, double beta);
 KEF_API int32_t _vtssRngLognormal(int32_t method, kef_stream *stream, int32_t n, float *r, float a,
@@ -101,7 +115,8 @@ KEF_API int32_t _vtssRngGaussianMV(int32_t method, kef_stream *stream, int32_t n
 
 /* Every law here takes a displacement a and a scale beta > 0, and a standard number X of the law:
  * the result is a + beta X. The method is not looked at. u is a uniform on [0, 1); a logarithm of u
- * = 0 is -744.4400719213812 (that of the smallest subnormal double), so every number is finite.
+ * = 0 is -744.4400719213812 (that of the smallest subnormal double), so every number is finite but
+ * for overflow. What that value does to mean and variance, docs/distributions.md tells.
  * Elementary functions have 26 good bits in double and 11 in single precision. The laws up to
  * Gumbel use one uniform a number (Laplace two) in the order of the numbers: calls that sum to n
  * give the numbers of one call for n. */
@@ -119,7 +134,9 @@ KEF_API int32_t _vtssRngLaplace(int32_t method, kef_stream *stream, int32_t n, f
                                 float beta);
 
 /* Weibull of shape alpha > 0: X = (-ln u)^(1 / alpha), P(X > x) = e^-(x^alpha). Results are not
- * below a; alpha = 1 gives the exponential numbers. */
+ * below a; alpha = 1 gives the exponential numbers. A number is infinite where the power overflows:
+ * -ln u > 2^(1024 alpha) in double, 2^(128 alpha) in single precision; a shape above 0.0094
+ * (single: 0.075) never does. */
 KEF_API int32_t _vtsdRngWeibull(int32_t method, kef_stream *stream, int32_t n, double *r,
                                 double alpha, double a, double beta);
 KEF_API int32_t _vtssRngWeibull(int32_t method, kef_stream *stream, int32_t n, float *r,
@@ -146,7 +163,8 @@ KEF_API int32_t _vtssRngGumbel(int32_t method, kef_stream *stream, int32_t n, fl
 
 /* Gamma of shape alpha > 0: density x^(alpha - 1) e^-x / Gamma(alpha) on x >= 0; mean and variance
  * alpha. Results are not below a. By rejection: how many uniforms a call uses varies, and calls
- * that sum to n do not give the numbers of one call. Exponential numbers where alpha = 1. Marsaglia
+ * that sum to n do not give the numbers of one call. Exponential numbers where alpha = 1; elsewhere
+ * a uniform of 0 counts as a number of its cell, and no logarithm of 0 arises. Marsaglia
  * and Tsang (2000) above, Vaduva (1977) down to 0.6, Ahrens and Dieter (1974) below. A stream that
  * repeats one number may never pass a rejection test: where a hundred rounds bring nothing, the
  * rest of the numbers is one value near the mean. */
@@ -171,8 +189,8 @@ KEF_API int32_t _vtssRngBeta(int32_t method, kef_stream *stream, int32_t n, floa
  * constant parameters the time a number falls with n: tables are made anew in every call.
  * docs/distributions.md tells methods and speed. */
 
-/* 1 with probability p, which is rounded to single precision, or 0. One uniform each, made in r
- * itself. */
+/* 1 with probability p, which is rounded to single precision, or 0: 1 always where that is 1. One
+ * uniform each, made in r itself. */
 KEF_API int32_t _vtsiRngBernoulli(int32_t method, kef_stream *stream, int32_t n, int32_t *r,
                                   double p);
 

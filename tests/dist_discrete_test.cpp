@@ -201,6 +201,8 @@ TEST(Discrete, BernoulliBits) {
     expect(0, {0, 0, 0, 0, 0, 0, 0});
     expect(-0.25, {0, 0, 0, 0, 0, 0, 0});
     expect(1 - 0x1p-24, {1, 1, 1, 1, 1, 0, 0});
+    expect(1 - 0x1p-30, {1, 1, 1, 1, 1, 1, 1});  // rounds to 1
+    expect(1, {1, 1, 1, 1, 1, 1, 1});
     expect(1.5, {1, 1, 1, 1, 1, 1, 1});
 }
 
@@ -278,16 +280,23 @@ TEST(Discrete, EndsInTheSupport) {
                 EXPECT_LE(*most, high) << what << ' ' << n;
             }
         };
-        judge(make_stream(VTS_BRNG_MT19937));
-        judge(make_stream(VTS_BRNG_MCG31M1));
-        for (const double value : {0.0, 0x1p-24, 0.5, 0.999, 1 - 0x1p-24, 1.0}) {
+        {
+            SCOPED_TRACE(what);
+            const RaisedFlags flags;
+            judge(make_stream(VTS_BRNG_MT19937));
+            judge(make_stream(VTS_BRNG_MCG31M1));
+        }
+        for (const double value : {0.0, 0x1p-24, 0.5, 0.999, 1 - 0x1p-24, 1.0, 2.0, 1e30, -1e30,
+                                   -1.0, double{INFINITY}, double{NAN}, -double{NAN}}) {
             SCOPED_TRACE(value);
-            const Stream stream = probe_stream({value});
-            probe.repeats = true;
-            judge(stream);
+            for (const auto& numbers : {std::vector{value}, {value, 0.3, 0.8}}) {
+                const Stream stream = probe_stream(numbers);
+                probe.repeats = true;
+                judge(stream);
+            }
         }
     };
-    for (const int method : {0, 1})
+    for (const int method : {0, 1, VTS_METHOD_ACCURATE + 0, VTS_METHOD_ACCURATE + 1})
         for (const double mean :
              {0.0, 1e-300, 1.0, 30.0, 1e3, 1e6, 2147483647.0, 4294967295.0, 1e300})
             expect(
@@ -321,7 +330,10 @@ TEST(Discrete, EndsInTheSupport) {
                 },
                 a == 1e300 && p < 1 ? INT32_MAX : 0, p == 1 ? 0 : INT32_MAX);
     const std::pair<int, std::vector<int>> populations[] = {
-        {1, {0, 1}}, {5, {0, 1, 2, 3, 4, 5}}, {INT32_MAX, {0, 1, 1 << 20, 1 << 30, INT32_MAX - 3}}};
+        {0, {0}},
+        {1, {0, 1}},
+        {5, {0, 1, 2, 3, 4, 5}},
+        {INT32_MAX, {0, 1, 1 << 20, 1 << 30, INT32_MAX - 3}}};
     for (const auto& [population, counts] : populations)
         for (const int sample : counts)
             for (const int marked : counts)

@@ -59,6 +59,8 @@ TYPED_TEST(Normal, StreamAndState) {
         expect_contract(draw, 2501);
         expect_split(draw, {3, 3});
         expect_split(draw, {1, 2, 1, 1024, 5, 1, 1, 3000, 1025, 7});
+        EXPECT_EQ(from_listed(draw, 99, {}),
+                  from_listed(normal<TypeParam>(method | VTS_METHOD_ACCURATE, 2, 3), 99, {}));
     }
     using T = TypeParam;
     for (const int n : {1, 2, 1023, 1024, 1025, 5000}) {

@@ -1,4 +1,6 @@
 // The continuous laws other than the normal ones.
+#include <stdexcept>
+
 #include "tests/dist_support.h"
 
 namespace {
@@ -111,12 +113,10 @@ std::vector<Case> gammas() {
 std::vector<Case> betas() {
     std::vector<Case> cases;
     const std::pair<double, double> shapes[] = {
-        {0.3, 0.5},   {0.95, 0.9}, {0.5, 2},
-        {3, 0.4},     {0.1, 30},   {1, 1},
-        {1, 3},       {2.5, 1},    {1 + 0x1p-52, 1 + 0x1p-51},
-        {1.01, 1.02}, {2, 3},      {50, 1.1},
-        {300, 200},   {4, 20000},  {0.7, 5e4},
-        {9e3, 16e3},  {17e3, 90e3}};
+        {0.3, 0.5},   {0.95, 0.9}, {0.5, 2},    {3, 0.4},   {0.1, 30},
+        {0.01, 2},    {1, 1},      {1, 3},      {2.5, 1},   {1 + 0x1p-52, 1 + 0x1p-51},
+        {1.01, 1.02}, {2, 3},      {50, 1.1},   {300, 200}, {4, 20000},
+        {0.7, 5e4},   {9e3, 16e3}, {17e3, 90e3}};
     for (const auto& [p, q] : shapes)
         cases.push_back({"beta " + std::to_string(p) + ", " + std::to_string(q),
                          affine(beta_law(p, q), 0, 4), DRAWS(Beta, p, q, 0, 4)});
@@ -201,8 +201,80 @@ TEST(DistLaws, EndsOfTheUniform) {
     expect(DRAWS(Gumbel, 1, 2), {0, 1}, {1 + 2 * std::log(least), 1 - 2 * least});
     expect(DRAWS(Cauchy, 1, 2), {0.25, 0.5, 0.75}, {-1, 1, 3});
     expect(DRAWS(Gamma, 1, 1, 2), {0}, {1 + 2 * least});
-    expect(DRAWS(Beta, 3, 1, 1, 2), {0, 0.125}, {1, 2});
-    expect(DRAWS(Beta, 1, 3, 1, 2), {0, 0.125}, {3, 2});
+    expect(DRAWS(Beta, 3, 1, 1, 2), {0.125}, {2});
+    expect(DRAWS(Beta, 1, 3, 1, 2), {0.125}, {2});
+}
+
+// Gamma and beta numbers take a uniform of 0, and the 1 that single precision may round to, as a
+// number of its cell: none of them lies where the law has nothing to speak of.
+TEST(DistLaws, EndsOfTheUniformInRejection) {
+    std::vector<Case> cases = gammas();
+    std::erase_if(cases, [](const Case& c) { return c.name == "gamma 1.000000"; });
+    for (const Case& c : betas()) cases.push_back(c);
+    for (const double a : {0.9999, 1e6})
+        cases.push_back({"gamma " + std::to_string(a), gamma_law(a), DRAWS(Gamma, a, 0, 1)});
+    for (const double q : {1e-3, 1000.0, 1e5})
+        for (const bool swap : {false, true})
+            cases.push_back({"beta with 1 and " + std::to_string(q),
+                             swap ? beta_law(1, q) : beta_law(q, 1),
+                             swap ? DRAWS(Beta, 1, q, 0, 1) : DRAWS(Beta, q, 1, 0, 1)});
+    const auto check = [](const Case& c, const auto& draw, double end) {
+        for (int position = 0; position < 8; ++position) {
+            std::vector<double> listed(position, 0.3 + 0.1 * (position % 3));
+            listed.push_back(end);
+            for (const auto x : from_listed(draw, 4, listed)) {
+                const auto huge = std::numeric_limits<decltype(+x)>::max();
+                EXPECT_GT(c.law.cdf(std::nextafter(x, huge)), 1e-20) << c.name << ' ' << x;
+                EXPECT_GT(c.law.ccdf(std::nextafter(x, -huge)), 1e-20) << c.name << ' ' << x;
+            }
+        }
+    };
+    for (const Case& c : cases) {
+        check(c, c.draws.d, 0);
+        check(c, c.draws.s, 0);
+        check(c, c.draws.s, 1);
+    }
+}
+
+// What a generator of the caller's finds while a law draws, and what becomes of one that throws.
+std::uint32_t found_mode;
+kef_vtm_error_callback found_callback;
+std::int32_t look_around(kef_stream*, std::int32_t n, double* r, double, double) {
+    found_mode = kef_vtm_kernel_GetMode();
+    found_callback = kef_vtm_kernel_GetErrorCallBack();
+    std::fill_n(r, n, 0.5);
+    return VTS_STATUS_OK;
+}
+std::int32_t throw_out(kef_stream*, std::int32_t, double*, double, double) {
+    throw std::runtime_error("thrown by a generator");
+}
+Stream stream_of(decltype(&look_around) generate) {
+    kef_brng brng;
+    EXPECT_EQ(__vtsGetBrngProperties(__vtsGetStreamStateBrng(probe_stream().get()), &brng), 0);
+    brng.generate_double = generate;
+    return make_stream(__vtsRegisterBrng(&brng));
+}
+
+TEST(DistLaws, CallbacksFindTheLawsMode) {
+    const Stream stream = stream_of(look_around);
+    double r[3];
+    for (const bool bracket : {false, true}) {
+        if (bracket) ASSERT_EQ(_vtsdRngRayleigh(0, stream.get(), 3, r, 0, 1), VTS_STATUS_OK);
+        else ASSERT_EQ(_vtsdRngCauchy(0, stream.get(), 3, r, 0, 1), VTS_STATUS_OK);
+        EXPECT_EQ((found_mode & VTM_ERRMODE_MASK) == VTM_ERRMODE_CALLBACK, bracket);
+        EXPECT_EQ(found_callback != nullptr, bracket);
+    }
+}
+
+TEST(DistLawsDeathTest, ExceptionEndsTheProcess) {
+    const Stream stream = stream_of(throw_out);
+    double r[3];
+    const auto draw = [&] {
+        try {
+            _vtsdRngUniform(0, stream.get(), 3, r, 0, 1);
+        } catch (...) {}
+    };
+    EXPECT_DEATH(draw(), "thrown by a generator");
 }
 
 struct Share {
@@ -265,7 +337,7 @@ TEST(DistLaws, HugeShapes) {
 TEST(DistLaws, RepeatedNumberEnds) {
     int exhausted = 0;
     const auto check = [&exhausted](const std::string& name, const auto& draw, double most) {
-        for (const double u : {0.0, 1e-7, 0.25, 0.5, 0.75, 0.999, 1 - 0x1p-24})
+        for (const double u : {0.0, 1e-7, 0.25, 0.5, 0.75, 0.999, 1 - 0x1p-24, 1.0})
             for (const int n : {1, 5, 3000}) {
                 for (const auto x : from_listed(draw, n, std::vector(650'000, u)))
                     EXPECT_TRUE(x >= 0 && x <= most) << name << ' ' << u << ' ' << x;

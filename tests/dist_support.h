@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -327,6 +328,16 @@ template <class T> void expect_split(const Draw<T>& draw, const std::vector<int>
     EXPECT_EQ(draw_doubles(one, 3), draw_doubles(many, 3));
 }
 
+// Nothing that a program traps may be raised between construction and destruction.
+class RaisedFlags {
+public:
+    RaisedFlags() { std::feclearexcept(FE_ALL_EXCEPT); }
+    ~RaisedFlags() {
+        EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0)
+            << "floating-point exceptions";
+    }
+};
+
 // What every distribution promises: n <= 0 draws nothing; nothing is written behind r[n - 1]; the
 // status of a failing draw comes back at once and that of the last draw otherwise; the thread's
 // mode word and callback are the caller's again on every way out.
@@ -344,12 +355,13 @@ template <class T> void expect_contract(const Draw<T>& draw, int n) {
         probe.fails_at = fails_at;
         probe.status = status;
         std::fill(r.begin(), r.end(), guard);
+        const RaisedFlags flags;
         const std::int32_t result = draw(stream.get(), count, r.data());
         EXPECT_EQ(r.back(), guard) << "written behind the end";
         EXPECT_EQ(before, std::pair(kef_vtm_kernel_GetMode(), kef_vtm_kernel_GetErrorCallBack()));
         return result;
     };
-    for (const int count : {0, -7}) {
+    for (const int count : {0, -7, INT32_MIN + 1, INT32_MIN}) {
         EXPECT_EQ(run(count, 0, VTS_STATUS_OK), VTS_STATUS_OK);
         EXPECT_EQ(probe.consumed, 0);
         EXPECT_EQ(r.front(), guard);

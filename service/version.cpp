@@ -1,3 +1,0 @@
-#include "kef_version.h"
-
-int32_t kef_version(void) { return KEF_VERSION; }
