@@ -7,14 +7,16 @@
  * the estimates are those of all data seen so far.
  *
  * Functions return VTS_SS_STATUS_OK or a negative status. A call that returns a
- * negative status has changed neither the task nor an array. A task is used by one
- * thread at a time.
+ * negative status has changed neither the task nor an array: after it a computation
+ * goes on with the next block as if it had not been. A task is used by one thread at a
+ * time.
  *
  * Integers are passed to the functions as 64-bit values. Integers behind pointers
  * (p, n, storage codes, counts, arrays of indices) are 64-bit when the last
  * argument of NewTask was not zero, else 32-bit. In the names below d stands for
  * double-precision data and s for single-precision data; a task belongs to the
- * precision it was created with. */
+ * precision it was created with, and a computation of the other one is refused
+ * (BAD_PRECISION). Editors cannot tell: both store any address. */
 #ifndef KEF_STATS_H
 #define KEF_STATS_H
 
@@ -291,12 +293,41 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
                                          float *parametrized_matrix,
                                          const void *parametrized_matrix_storage);
 
+/* Arrays that an estimate of Basic requires besides its own, by method. A call over x writes
+ * all of them (RAW as plain sums; by RECURRENCE and TILED a raw moment that is not asked for
+ * itself is worked out from the mean and the central moments), so that they carry the state to
+ * the next block. Not null is not enough: they must have p elements. From sums (SUMS,
+ * CROSS_PRODUCT) they are read, and the estimate's own array alone is written. */
+/* Made from stats/estimate.def by tools/make_estimates.py: the table below.
+ *   estimate         RAW                           RECURRENCE, TILED             from sums
+ *   MEAN             -                             -                             sum
+ *   RAW_MOMENT_2     -                             -                             raw sum 2
+ *   RAW_MOMENT_3     -                             -                             raw sum 3
+ *   RAW_MOMENT_4     -                             -                             raw sum 4
+ *   CENTRAL_MOMENT_2 mean, raw 2                   mean, raw 2                   central sum 2
+ *   CENTRAL_MOMENT_3 mean, raw 2 3                 mean, raw 2 3                 central sum 3
+ *   CENTRAL_MOMENT_4 mean, raw 2 3 4               mean, raw 2 3 4               central sum 4
+ *   COVARIANCE       mean                          mean                          cross-product
+ *   CORRELATION      mean                          mean                          cross-product
+ *   KURTOSIS         mean, raw 2 3 4, central 2 4  mean, raw 2 3 4, central 2 4  mean, central 2 4
+ *   SKEWNESS         mean, raw 2 3, central 2 3    mean, raw 2 3, central 2 3    mean, central 2 3
+ *   VARIATION        mean, raw 2, central 2        mean, raw 2, central 2        mean, central 2
+ *   SUM              -                             -                             BAD_METHOD
+ *   RAW_SUM_2        -                             -                             BAD_METHOD
+ *   RAW_SUM_3        -                             -                             BAD_METHOD
+ *   RAW_SUM_4        -                             -                             BAD_METHOD
+ *   CENTRAL_SUM_2    mean, raw 2                   mean                          BAD_METHOD
+ *   CENTRAL_SUM_3    mean, raw 2 3                 mean                          BAD_METHOD
+ *   CENTRAL_SUM_4    mean, raw 2 3 4               mean                          BAD_METHOD
+ *   CROSS_PRODUCT    mean                          mean                          BAD_METHOD
+ * End of the table. */
+
 /* Moments, sums, covariance and correlation of the observations in one pass.
  *
  * With weights w_j, W = sum w, W2 = sum w^2 (no weights: w = 1), m = sum w x / W,
  * R_k = sum w x^k / W, S_k = sum w x^k, M_k = sum w (x-m)^k,
- * C_ij = sum w (x_i-m_i)(x_j-m_j) and N = W - W2/W (N = W where that is not
- * positive, so that one observation has variance 0 and not NaN):
+ * C_ij = sum w (x_i-m_i)(x_j-m_j) and N = W - W2/W (N = W for one observation and where that
+ * is not positive, so that one observation has variance 0 and not NaN):
  *
  *   mean m; raw moments R_2, R_3, R_4; sums S_1 .. S_4; central sums M_2, M_3, M_4
  *   central moments   M_k / N = F M_k / W with one factor F = W/N for all three;
@@ -309,45 +340,64 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
  *                     both NaN where M_2 is zero
  *   variation         sqrt(M_2/N) / m
  *
+ * The bits MINIMUM and MAXIMUM, which are Minmax's, and bits without a name are ignored.
+ *
  * Methods. RECURRENCE updates mean, central sums and cross-product with every
  * observation (Welford 1962, West 1979, Terriberry 2007). TILED forms sums over
  * tiles of observations around a value inside the data, and merges them (Chan,
  * Golub & LeVeque, Am. Stat. 37:242, 1983; Pebay, SAND2008-6212): the fastest and the
  * most accurate. Both work on x - r with r near the running mean, so that data far
- * from zero keep their digits. RAW takes the mean and the central moments and sums
- * from plain sums, c2 = (R2 - m^2) F, c3 = (R3 - 3 m R2 + 2 m^3) F,
- * c4 = (R4 - 4 m R3 + 6 m^2 R2 - 3 m^4) F, and loses 2 log10(|m|/s) digits of the
- * variance by nature; a c2 that rounding made negative is given as 0. Its covariance
- * is that of TILED. Single-precision data are accumulated in double precision and
- * rounded when a result is written.
+ * from zero keep their digits, and constant data have variance 0 exactly. RAW takes the mean
+ * and the central moments and sums from plain sums, c2 = (R2 - m^2) F,
+ * c3 = (R3 - 3 m R2 + 2 m^3) F, c4 = (R4 - 4 m R3 + 6 m^2 R2 - 3 m^4) F, and loses
+ * 2 log10(|m|/s) digits of the variance by nature. Where that makes c2 negative or 0, and for
+ * one observation, all three are 0; constant data may as well have a variance of some 1e-14 m^2
+ * and, made of such noise, any skewness and kurtosis. Its covariance is that of TILED.
+ * Single-precision data are accumulated in double precision and rounded when a result is
+ * written.
  *
  * SUMS and CROSS_PRODUCT need no x: m = S_1/W, R_k = S_k/W, central moments from the
  * central sums, covariance and correlation from the cross-product; skewness, kurtosis
  * and variation from the mean and the central moments as they stand after that. W and
  * W2 are read from the accumulated weights, without them W = W2 = n; W = 0 gives NaN.
  *
- * What is written: the results asked for; besides, the mean wherever the estimate's
- * row needs it, the central moments that a kurtosis, skewness or variation needs and,
- * by RAW, the raw moments that its estimates need; and the accumulated weights. With
- * no estimate or no variable selected nothing is read or written.
+ * What is written: the arrays in the table of the estimates asked for, and the accumulated
+ * weights. With no estimate or no variable selected nothing is read or written.
  *
  * Several blocks. With accumulated weights registered (two elements, 0 before the
  * first block) the result arrays carry the state from call to call. Where W is 0 on
  * entry, or without that array, the call starts anew and old contents of the arrays
  * do not matter. The task keeps the state in full precision and uses it as long as the
- * arrays hold what it last wrote, bit for bit; else (arrays restored by the caller, or
- * another task) it takes up the values in the arrays. In that case the lower central
- * sums must be there too: those among the results asked for are read, and when one is
- * missing the call gives the NULL_ status of its central moment (of the covariance,
- * when only a correlation is there). n is read anew by every call.
+ * arrays that this call is about hold what it last wrote, bit for bit; else (arrays restored
+ * by the caller, another task, other variables selected) it takes up the values in the arrays.
+ * A sum of higher order needs those below it, and a correlation its variances: each is looked
+ * for in the estimates asked for, then in the arrays that these require, then in every other
+ * array that is registered and which must then hold the state, too; a sum, a moment, or
+ * what it can be worked out from (mean and raw moments, a covariance) will do. The required
+ * arrays are enough for all estimates but CORRELATION and, by RECURRENCE and TILED,
+ * CENTRAL_SUM_3 and CENTRAL_SUM_4; where nothing holds what is needed, the result is NaN, and
+ * the status OK. n is read anew by every call.
+ *
+ * An estimate that is asked for later than with the first block goes on from what its array
+ * holds: with 0 in it a sum covers the later blocks only. For estimates of all data, ask for them
+ * from the first block on.
  *
  * Weights. Zero weights at the start of a block are skipped, a block of zero weights
  * changes nothing. Later zero weights are processed (0 * NaN is NaN). Negative weights
  * are taken as they are; results mean something while the running total stays
  * positive. RAW leaves mean and moments as they were while W <= 0.
  *
- * NaN and infinite data give NaN (the mean: the infinity) for their variable only. A
- * variable that the indices leave out keeps its results and its rows and columns.
+ * NaN in a variable makes its results NaN, and no other variable's. With an infinite
+ * observation mean, sums and raw moments are that infinity (its powers; NaN where infinities of
+ * both signs meet); the second central moment and sum and the variable's own covariance are NaN
+ * by RAW and TILED, infinite or NaN by RECURRENCE; what is left is NaN. A variable that the
+ * indices leave out keeps its results and its rows and columns.
+ *
+ * Overlays. A call over x has read all observations and weights before it writes a result: the
+ * results of a single block may overlay both. No two result arrays overlap, nor do the
+ * accumulated weights and the integers with any. From sums, a mean or moment may be written
+ * over its own sum, and the covariance, in the same layout and without a correlation, over the
+ * cross-product.
  *
  * Checked, in this order: task; method (BAD_METHOD); the fields that the estimates
  * require (the status of the first missing one in the order mean, raw moments,
@@ -355,18 +405,19 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
  * sums, central sums, cross-product; BAD_METHOD when one of the last group is asked
  * for without x); without x, NULL_ACCUMULATED_WEIGHTS when W is not known; else n
  * (BAD_COUNT), x (NULL_X), its storage (NULL_STORAGE, BAD_X_STORAGE); p; the layout of
- * each matrix (NULL_STORAGE). */
+ * each matrix (NULL_STORAGE); the precision (BAD_PRECISION). */
 KEF_API int32_t _vtsdSSBasic(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSBasic(kef_ss_task *task, uint64_t estimates, int32_t method);
 
-/* Minimum and maximum of each variable (VTS_SS_ESTIMATE_MINIMUM, _MAXIMUM).
+/* Minimum and maximum of each variable (VTS_SS_ESTIMATE_MINIMUM, _MAXIMUM, or both; other bits
+ * are ignored, and with neither a call that passes the checks does nothing).
  *
  * The arrays are read and merged with the block: fill them with NaN ("nothing seen
  * yet"), infinities or the first observation before the first block. NaN observations
  * are skipped; where there are only such, the array keeps what it held. -0 and +0 are
- * equal. Weights play no part.
+ * equal. Weights play no part. The arrays must not overlap x.
  * Checked, in this order: task, method (BAD_METHOD), NULL_MINIMUM, NULL_MAXIMUM, then n,
- * x, its storage and p as by Basic. */
+ * x, its storage, p and the precision as by Basic. */
 KEF_API int32_t _vtsdSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
 

@@ -17,6 +17,12 @@ inline std::int32_t check_observations(const Task& task) {
     return VTS_SS_STATUS_OK;
 }
 
+// The last check of a computation: whether the task was created for data of type T.
+template <class T> inline std::int32_t check_precision(const Task& task) {
+    const bool single = reinterpret_cast<const OwnedTask&>(task).single;
+    return single == (sizeof(T) == sizeof(float)) ? VTS_SS_STATUS_OK : VTS_SS_STATUS_BAD_PRECISION;
+}
+
 // x of a task that has passed; with both storage bits, rows.
 template <class T> Observations<T> observations_of(const Task& task) {
     const std::ptrdiff_t p = positive_at(task, task.dimension);

@@ -16,10 +16,10 @@ template <class T> struct SymmetricMatrix {
     // The element of i >= j.
     T get(std::ptrdiff_t i, std::ptrdiff_t j) const { return data[index(i, j)]; }
 
-    // Hands every place of the element of i >= j to f.
-    template <class F> void places(std::ptrdiff_t i, std::ptrdiff_t j, F f) const {
-        f(data[index(i, j)]);
-        if (layout == VTS_SS_LAYOUT_FULL && i != j) f(data[j * p + i]);
+    // Hands every place of the element of i >= j to f until it says no.
+    template <class F> bool places(std::ptrdiff_t i, std::ptrdiff_t j, F f) const {
+        return f(data[index(i, j)]) &&
+               (layout != VTS_SS_LAYOUT_FULL || i == j || f(data[j * p + i]));
     }
 
 private:

@@ -67,7 +67,8 @@ template <class T> std::int32_t minmax(Task* task, std::uint64_t estimates, std:
     const bool highest = estimates & VTS_SS_ESTIMATE_MAXIMUM;
     if (lowest && task->minimum == nullptr) return VTS_SS_STATUS_NULL_MINIMUM;
     if (highest && task->maximum == nullptr) return VTS_SS_STATUS_NULL_MAXIMUM;
-    const std::int32_t status = check_observations(*task);
+    std::int32_t status = check_observations(*task);
+    if (status == VTS_SS_STATUS_OK) status = check_precision<T>(*task);
     if (status != VTS_SS_STATUS_OK || !(lowest || highest)) return status;
 
     const auto x = observations_of<T>(*task);
@@ -79,15 +80,13 @@ template <class T> std::int32_t minmax(Task* task, std::uint64_t estimates, std:
         while (i < p && !is_selected(*task, i)) ++i;
         return i;
     };
-    const int size = x.stride > 8 ? short_tile : tile;
-    for (std::ptrdiff_t first = 0; first < n; first += size) {
-        const int m = static_cast<int>(n - first < size ? n - first : size);
+    for_each_tile(0, n, sums_tile(x.stride), [&](std::ptrdiff_t first, int m) {
         for (std::ptrdiff_t i = next(0); i < p;) {
             const std::ptrdiff_t second = next(i + 1);
             extremes(x, {i, second < p ? second : i}, first, m, minimum, maximum);
             i = next(second + 1);
         }
-    }
+    });
     return VTS_SS_STATUS_OK;
 }
 

@@ -22,6 +22,18 @@ inline constexpr int short_tile = 256;
 // From one pair's deviations to the next one's; not a power of two, for the cache.
 inline constexpr std::ptrdiff_t column = short_tile + 4;
 
+// Observations that far apart share no cache line with the next ones (64 bytes of doubles).
+constexpr bool is_far(std::ptrdiff_t stride) { return stride > 8; }
+// The size of a tile where sums alone are kept.
+constexpr int sums_tile(std::ptrdiff_t stride) { return is_far(stride) ? short_tile : tile; }
+
+// Calls f(first, count) for one tile after the other of the observations [first, end).
+template <class F>
+inline void for_each_tile(std::ptrdiff_t first, std::ptrdiff_t end, int size, F f) {
+    for (; first < end; first += size)
+        f(first, static_cast<int>(end - first < size ? end - first : size));
+}
+
 // The same number in both lanes, from memory; the lanes exchanged.
 inline d2 duplicate(const double* x) { return (d2)_mm_loaddup_pd(x); }
 inline d2 swapped(d2 x) { return __builtin_shufflevector(x, x, 1, 0); }
@@ -108,7 +120,8 @@ template <class T, bool aligned> struct RowPair {
     static d2 weight_v(const double* w, int j) { return vm::load(w + j); }
 };
 
-// Lanes are consecutive observations of one contiguous variable.
+// Lanes are consecutive observations of one contiguous variable: whatever a kernel takes of it
+// (r, T) stands in both lanes.
 template <class T, bool aligned> struct LoneRow {
     static constexpr int width = 4;
     static constexpr bool half = true;
@@ -145,17 +158,24 @@ inline void with_pair(const Observations<T>& o, Pair pair, std::ptrdiff_t j, F f
                     [&](auto aligned) { f(ColumnPair<T, aligned>(x, o.stride)); });
 }
 
+// The same of a lone contiguous variable.
+template <class T, class F>
+inline void with_lone_row(const Observations<T>& o, Pair pair, std::ptrdiff_t j, F f) {
+    const T* x = o.at(pair.first, j);
+    by_alignment<T>(reinterpret_cast<std::uintptr_t>(x),
+                    [&](auto aligned) { f(LoneRow<T, aligned>{x}); });
+}
+
 // The same for sums, where the order of the observations is free.
 template <class T, class F>
 inline void with_vectors(const Observations<T>& o, Pair pair, std::ptrdiff_t j, F f) {
     if (o.stride != 1) return with_pair(o, pair, j, f);
+    if (pair.alone()) return with_lone_row(o, pair, j, f);
     const T *x = o.at(pair.first, j), *y = o.at(pair.second, j);
-    const auto addresses =
-        reinterpret_cast<std::uintptr_t>(x) | reinterpret_cast<std::uintptr_t>(y);
-    by_alignment<T>(addresses, [&](auto aligned) {
-        if (pair.alone()) f(LoneRow<T, aligned>{x});
-        else f(RowPair<T, aligned>{x, y});
-    });
+    by_alignment<T>(reinterpret_cast<std::uintptr_t>(x) | reinterpret_cast<std::uintptr_t>(y),
+                    [&](auto aligned) {
+                        f(RowPair<T, aligned>{x, y});
+                    });
 }
 
 }  // namespace kef::stats

@@ -9,30 +9,27 @@ namespace kef::stats {
 
 namespace {
 
-// Whether an integer argument is positive, or is one of the storages of x.
-bool positive(const void* value, std::int32_t wide) {
-    return (wide ? *static_cast<const std::int64_t*>(value)
-                 : *static_cast<const std::int32_t*>(value)) > 0;
-}
-bool is_storage(const void* value, std::int32_t wide) {
-    const std::int64_t code =
-        wide ? *static_cast<const std::int64_t*>(value) : *static_cast<const std::int32_t*>(value);
-    return code == VTS_SS_STORAGE_ROWS || code == VTS_SS_STORAGE_COLUMNS;
-}
-
 std::int32_t new_task(Task** task_out, const void* p, const void* n, const void* x_storage,
-                      const void* x, const void* weights, const void* indices, std::int32_t wide) {
-    if (p == nullptr || !positive(p, wide)) return VTS_SS_STATUS_BAD_DIMENSION;
+                      const void* x, const void* weights, const void* indices, std::int32_t wide,
+                      bool single) {
+    const auto positive = [&](const void* integer) {
+        return integer != nullptr && integer_at(wide != 0, integer) > 0;
+    };
+    if (!positive(p)) return VTS_SS_STATUS_BAD_DIMENSION;
     if (x != nullptr) {
         if (x_storage == nullptr) return VTS_SS_STATUS_NULL_STORAGE;
-        if (!is_storage(x_storage, wide)) return VTS_SS_STATUS_BAD_X_STORAGE;
-        if (n == nullptr || !positive(n, wide)) return VTS_SS_STATUS_BAD_COUNT;
+        const std::int64_t storage = integer_at(wide != 0, x_storage);
+        if (storage != VTS_SS_STORAGE_ROWS && storage != VTS_SS_STORAGE_COLUMNS)
+            return VTS_SS_STATUS_BAD_X_STORAGE;
+        if (!positive(n)) return VTS_SS_STATUS_BAD_COUNT;
     }
     if (task_out == nullptr) return VTS_SS_STATUS_NULL_TASK;
 
-    auto* task = static_cast<Task*>(allocate_aligned(sizeof(Task)));
-    if (task == nullptr) return VTS_SS_STATUS_NO_MEMORY;
-    std::memset(task, 0, sizeof *task);
+    auto* owned = static_cast<OwnedTask*>(allocate_aligned(sizeof(OwnedTask)));
+    if (owned == nullptr) return VTS_SS_STATUS_NO_MEMORY;
+    std::memset(static_cast<void*>(owned), 0, sizeof *owned);
+    owned->single = single;
+    Task* task = &owned->words;
     task->wide_integers = static_cast<std::uint32_t>(wide);
     task->version = 2;
     task->revision = 1;
@@ -46,36 +43,31 @@ std::int32_t new_task(Task** task_out, const void* p, const void* n, const void*
     return VTS_SS_STATUS_OK;
 }
 
-// A kept block begins with its size; the rest starts at the next aligned address.
-constexpr std::size_t header = 128;
-
 void free_kept(Task* task) {
     for (void*& block : task->kept) {
-        if (block != nullptr) free_aligned(static_cast<char*>(block) - header);
+        free_aligned(block);
         block = nullptr;
     }
 }
 
 }  // namespace
 
-void* keep(Task& task, Kept which, std::uint64_t size) {
+char* keep(Task& task, Kept which, const KeptLayout& layout) {
     void*& block = task.kept[static_cast<int>(which)];
-    if (block != nullptr) {
-        char* start = static_cast<char*>(block) - header;
-        std::uint64_t old_size;
-        std::memcpy(&old_size, start, sizeof old_size);
-        if (old_size >= size) return block;
-        free_aligned(start);
-        block = nullptr;
+    const std::size_t held = block != nullptr ? block_size(block) : 0;
+    if (held < layout.size()) {
+        if (layout.size() > PTRDIFF_MAX) return nullptr;
+        const auto size = static_cast<std::size_t>(layout.size());
+        auto* grown = static_cast<char*>(allocate_aligned(size));
+        if (grown == nullptr) return nullptr;
+        if (held > 0) std::memcpy(grown, block, held);
+        std::memset(grown + held, 0, size - held);
+        free_aligned(block);
+        block = grown;
+        task.release[0] = free_kept;
+        task.release_count = 1;
     }
-    if (size > PTRDIFF_MAX - header) return nullptr;
-    auto* start = static_cast<char*>(allocate_aligned(static_cast<std::size_t>(size) + header));
-    if (start == nullptr) return nullptr;
-    std::memset(start, 0, static_cast<std::size_t>(size) + header);
-    std::memcpy(start, &size, sizeof size);
-    task.release[0] = free_kept;
-    task.release_count = 1;
-    return block = start + header;
+    return static_cast<char*>(block);
 }
 
 }  // namespace kef::stats
@@ -87,13 +79,13 @@ extern "C" {
 std::int32_t __vtsdSSNewTask(Task** task_out, const void* p, const void* n, const void* x_storage,
                              const double* x, const double* weights, const void* indices,
                              std::int32_t int64_flag) {
-    return new_task(task_out, p, n, x_storage, x, weights, indices, int64_flag);
+    return new_task(task_out, p, n, x_storage, x, weights, indices, int64_flag, false);
 }
 
 std::int32_t __vtssSSNewTask(Task** task_out, const void* p, const void* n, const void* x_storage,
                              const float* x, const float* weights, const void* indices,
                              std::int32_t int64_flag) {
-    return new_task(task_out, p, n, x_storage, x, weights, indices, int64_flag);
+    return new_task(task_out, p, n, x_storage, x, weights, indices, int64_flag, true);
 }
 
 std::int32_t __vtsSSDeleteTask(Task** task) {

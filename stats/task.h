@@ -31,17 +31,47 @@ namespace kef::stats {
 
 using Task = kef_ss_task;
 
+// A task as NewTask makes it: what it knows besides its words stands behind them.
+struct OwnedTask {
+    Task words;
+    bool single;  // of the two precisions
+};
+
 // What each of the kept words is for.
-enum class Kept { basic };
+enum class Kept { basic, basic_products };
 
-// The kept block of at least `size` bytes, 128-byte aligned: the one that is there, or
-// a new one whose bytes are zero. Null when there is no memory. DeleteTask frees it.
-void* keep(Task& task, Kept which, std::uint64_t size);
+// The arrays of a kept block, one after the other, each aligned to 128 bytes.
+class KeptLayout {
+public:
+    // The offset of an array of count * element * times bytes.
+    std::uint64_t reserve(std::uint64_t count, std::uint64_t element, std::uint64_t times = 1) {
+        const std::uint64_t offset = size_;
+        std::uint64_t bytes;
+        if (__builtin_mul_overflow(count, element, &bytes) ||
+            __builtin_mul_overflow(bytes, times, &bytes) ||
+            __builtin_add_overflow(bytes, 127, &bytes) ||
+            __builtin_add_overflow(bytes & -128, offset, &size_))
+            size_ = UINT64_MAX;
+        return offset;
+    }
+    std::uint64_t size() const { return size_; }
 
-// An integer behind a pointer that is not null.
+private:
+    std::uint64_t size_ = 0;
+};
+
+// The kept block with room for a layout: the one that is there, or a larger one that begins
+// with its contents, the rest zero. Null when there is no memory, and then the old block stays.
+// DeleteTask frees it.
+char* keep(Task& task, Kept which, const KeptLayout& layout);
+
+// An integer behind a pointer that is not null, 64 bits wide or 32.
+inline std::int64_t integer_at(bool wide, const void* address, std::ptrdiff_t index = 0) {
+    return wide ? static_cast<const std::int64_t*>(address)[index]
+                : static_cast<const std::int32_t*>(address)[index];
+}
 inline std::int64_t integer_at(const Task& task, const void* address, std::ptrdiff_t index = 0) {
-    return task.wide_integers ? static_cast<const std::int64_t*>(address)[index]
-                              : static_cast<const std::int32_t*>(address)[index];
+    return integer_at(task.wide_integers != 0, address, index);
 }
 
 // p or n as a positive number that an array can have elements; 0 for anything else.

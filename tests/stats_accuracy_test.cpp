@@ -64,10 +64,10 @@ struct Worst {
         const double sigma = std::sqrt(e.central[0] / e.W);
         const auto update = [](double& worst, double error) { worst = std::max(worst, error); };
         update(mean, relative(r.mean[0], e.mean));
-        update(variance, relative(r.central_sum2[0], e.central[0]));
-        update(variance, relative(r.central2[0], e.central[0] / (e.W - e.W2 / e.W)));
-        update(third, std::fabs(r.central_sum3[0] - e.central[1]) / (e.central[2] / sigma));
-        update(fourth, relative(r.central_sum4[0], e.central[2]));
+        update(variance, relative(r.central_sum_2[0], e.central[0]));
+        update(variance, relative(r.central_moment_2[0], e.central[0] / (e.W - e.W2 / e.W)));
+        update(third, std::fabs(r.central_sum_3[0] - e.central[1]) / (e.central[2] / sigma));
+        update(fourth, relative(r.central_sum_4[0], e.central[2]));
         update(product, std::fabs(r.cross_product[1] - e.product) / e.central[0]);
     }
 };
@@ -115,7 +115,7 @@ TEST(StatsAccuracy, WeightsOfVeryDifferentSize) {
                       problem.basic(VTS_SS_ESTIMATE_CENTRAL_SUM_2 | VTS_SS_ESTIMATE_CROSS_PRODUCT,
                                     method));
             const double exact = light / (1 + light);
-            EXPECT_LT(relative(problem.central_sum2[0], exact), 1e-15) << method << " " << light;
+            EXPECT_LT(relative(problem.central_sum_2[0], exact), 1e-15) << method << " " << light;
             EXPECT_LT(relative(problem.cross_product[0], exact), 1e-15) << method << " " << light;
         }
 }
@@ -132,9 +132,12 @@ TEST(StatsAccuracy, SinglePrecisionLosesNothingOnTheWay) {
             Problem<float> problem(1, n, data);
             problem.basic_in_blocks(moments, method, block);
             EXPECT_EQ(float(reference.mean[0]), problem.mean[0]) << method << " " << block;
-            EXPECT_EQ(float(reference.central2[0]), problem.central2[0]) << method << " " << block;
-            EXPECT_EQ(float(reference.central4[0]), problem.central4[0]) << method << " " << block;
-            EXPECT_EQ(float(reference.raw4[0]), problem.raw4[0]) << method << " " << block;
+            EXPECT_EQ(float(reference.central_moment_2[0]), problem.central_moment_2[0])
+                << method << " " << block;
+            EXPECT_EQ(float(reference.central_moment_4[0]), problem.central_moment_4[0])
+                << method << " " << block;
+            EXPECT_EQ(float(reference.raw_moment_4[0]), problem.raw_moment_4[0])
+                << method << " " << block;
         }
 }
 

@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "kef_stats.h"
+#include "stats/fields.h"
 
 namespace stats_tests {
 
@@ -47,34 +48,29 @@ inline constexpr std::uint64_t everything = moments | sums | matrices;
 inline constexpr int data_methods[] = {VTS_SS_METHOD_RAW, VTS_SS_METHOD_RECURRENCE,
                                        VTS_SS_METHOD_TILED};
 
-// The results that have p values: a member of Problem, its identifier, its estimate.
-// clang-format off
-#define KEF_VECTOR_RESULTS(X)                                                                \
-    X(mean, MEAN)                                                                            \
-    X(raw2, RAW_MOMENT_2)                                                                    \
-    X(raw3, RAW_MOMENT_3) X(raw4, RAW_MOMENT_4) X(central2, CENTRAL_MOMENT_2)                \
-        X(central3, CENTRAL_MOMENT_3) X(central4, CENTRAL_MOMENT_4) X(kurtosis, KURTOSIS)    \
-            X(skewness, SKEWNESS) X(variation, VARIATION) X(sum, SUM) X(raw_sum2, RAW_SUM_2) \
-                X(raw_sum3, RAW_SUM_3) X(raw_sum4, RAW_SUM_4) X(central_sum2, CENTRAL_SUM_2) \
-                    X(central_sum3, CENTRAL_SUM_3) X(central_sum4, CENTRAL_SUM_4)
-// clang-format on
-#define KEF_MATRIX_RESULTS(X) \
-    X(covariance, COVARIANCE) X(correlation, CORRELATION) X(cross_product, CROSS_PRODUCT)
+using kef::stats::FieldSet;
+using kef::stats::Requirements;
 
-// A task over data of its own; every result array is registered and holds `untouched`.
+// The fields that estimates require for a method over x.
+inline FieldSet required_for(std::uint64_t estimates, int method) {
+    return kef::stats::required_fields(
+        kef::stats::requested_fields(estimates),
+        method == VTS_SS_METHOD_RAW ? Requirements::raw : Requirements::observed);
+}
+
+// A task over data of its own; every result array holds `untouched`, and those among `fields` are
+// registered.
 template <class T> struct Problem {
     std::int32_t p, n, storage, layout = VTS_SS_LAYOUT_FULL;
     std::vector<T> x, weights;
     std::vector<T> accumulated = {0, 0};
-#define KEF_MEMBER(name, NAME) std::vector<T> name;
-    KEF_VECTOR_RESULTS(KEF_MEMBER)
-    KEF_MATRIX_RESULTS(KEF_MEMBER)
-#undef KEF_MEMBER
+#define KEF_ESTIMATE(NAME, result, ...) std::vector<T> result;
+#include "stats/estimate.def"
     kef_ss_task* task = nullptr;
 
     // data[j*p + i] is variable i of observation j.
     Problem(int p, int n, const std::vector<T>& data, const std::vector<T>& w = {},
-            int storage = VTS_SS_STORAGE_COLUMNS)
+            int storage = VTS_SS_STORAGE_COLUMNS, FieldSet fields = ~FieldSet(0))
         : p(p), n(n), storage(storage), x(data), weights(w) {
         if (storage == VTS_SS_STORAGE_ROWS)
             for (int i = 0; i < p; ++i)
@@ -83,17 +79,16 @@ template <class T> struct Problem {
                   Api<T>::new_task(&task, &this->p, &this->n, &this->storage, x.data(),
                                    weights.empty() ? nullptr : weights.data(), nullptr, 0));
         set(VTS_SS_ID_ACCUMULATED_WEIGHTS, accumulated);
-#define KEF_REGISTER(name, NAME)  \
-    name.assign(p, T(untouched)); \
-    set(VTS_SS_ID_##NAME, name);
-        KEF_VECTOR_RESULTS(KEF_REGISTER)
-#undef KEF_REGISTER
-#define KEF_REGISTER(name, NAME)     \
-    name.assign(p* p, T(untouched)); \
-    set(VTS_SS_ID_##NAME, name);     \
+#define KEF_ELEMENTS_vector p
+#define KEF_ELEMENTS_matrix p* p
+#define KEF_LAYOUT_vector(NAME)
+#define KEF_LAYOUT_matrix(NAME) \
     EXPECT_EQ(0, __vtsiSSEditTask(task, VTS_SS_ID_##NAME##_STORAGE, &layout));
-        KEF_MATRIX_RESULTS(KEF_REGISTER)
-#undef KEF_REGISTER
+#define KEF_ESTIMATE(NAME, result, status, shape, ...)                     \
+    result.assign(KEF_ELEMENTS_##shape, T(untouched));                     \
+    if (fields & kef::stats::field::result) set(VTS_SS_ID_##NAME, result); \
+    KEF_LAYOUT_##shape(NAME)
+#include "stats/estimate.def"
     }
     ~Problem() { __vtsSSDeleteTask(&task); }
     Problem(const Problem&) = delete;
@@ -106,24 +101,35 @@ template <class T> struct Problem {
         return Api<T>::basic(task, estimates, method);
     }
 
-    // The data block by block; data in columns.
-    void basic_in_blocks(std::uint64_t estimates, int method, int block) {
+    // A block of the data, which are in columns.
+    std::int32_t block(int first, int count, std::uint64_t estimates, int method) {
         const std::int32_t total = n;
-        for (int first = 0; first < total; first += block) {
-            n = std::min(block, total - first);
-            Api<T>::edit(task, VTS_SS_ID_X, x.data() + first * p);
-            if (!weights.empty()) Api<T>::edit(task, VTS_SS_ID_WEIGHTS, weights.data() + first);
-            ASSERT_EQ(VTS_SS_STATUS_OK, basic(estimates, method));
-        }
+        n = count;
+        Api<T>::edit(task, VTS_SS_ID_X, x.data() + first * p);
+        if (!weights.empty()) Api<T>::edit(task, VTS_SS_ID_WEIGHTS, weights.data() + first);
+        const std::int32_t status = basic(estimates, method);
         n = total;
+        return status;
+    }
+
+    void basic_in_blocks(std::uint64_t estimates, int method, int size) {
+        for (int first = 0; first < n; first += size)
+            ASSERT_EQ(VTS_SS_STATUS_OK, block(first, std::min(size, n - first), estimates, method));
+    }
+
+    // The contents of all arrays, as a caller saves them and brings them back.
+    void take_over(Problem& other) {
+        const auto from = other.results(), to = results();
+        for (std::size_t k = 0; k < from.size(); ++k)
+            std::copy(from[k].second->begin(), from[k].second->end(), to[k].second->begin());
+        std::copy(other.accumulated.begin(), other.accumulated.end(), accumulated.begin());
     }
 
     // All results by name, for comparisons.
     std::vector<std::pair<std::string, std::vector<T>*>> results() {
         return {
-#define KEF_NAMED(name, NAME) {#name, &name},
-            KEF_VECTOR_RESULTS(KEF_NAMED) KEF_MATRIX_RESULTS(KEF_NAMED)
-#undef KEF_NAMED
+#define KEF_ESTIMATE(NAME, result, ...) {#result, &result},
+#include "stats/estimate.def"
         };
     }
 };

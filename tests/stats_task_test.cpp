@@ -266,6 +266,47 @@ TEST(StatsValidation, RequiredFields) {
     }
 }
 
+// The last check: whatever else is wrong comes first. Editors cannot tell.
+TEST(StatsValidation, Precision) {
+    const auto check = [](auto own, auto other) {
+        using Own = decltype(own);
+        using Other = decltype(other);
+        Problem<Own> r(2, 3, {1, 2, 4, 3, 5, 9});
+        Problem<Own> clean(2, 3, {1, 2, 4, 3, 5, 9});
+        std::vector<Own> low(2, 0);
+        r.set(VTS_SS_ID_MINIMUM, low);
+        for (int method : {VTS_SS_METHOD_TILED, VTS_SS_METHOD_RAW, VTS_SS_METHOD_SUMS})
+            EXPECT_EQ(S(BAD_PRECISION), Api<Other>::basic(r.task, VTS_SS_ESTIMATE_MEAN, method));
+        EXPECT_EQ(S(BAD_PRECISION), Api<Other>::minmax(r.task, VTS_SS_ESTIMATE_MINIMUM, 1));
+        EXPECT_EQ(clean.mean, r.mean);
+        EXPECT_EQ(std::vector<Own>(2, 0), low);
+        EXPECT_EQ(S(BAD_METHOD), Api<Other>::basic(r.task, VTS_SS_ESTIMATE_MEAN, 3));
+        r.layout = 7;
+        EXPECT_EQ(S(NULL_STORAGE), Api<Other>::basic(r.task, everything, VTS_SS_METHOD_TILED));
+        const std::vector<Other> foreign(2);
+        EXPECT_EQ(S(OK), Api<Other>::edit(r.task, VTS_SS_ID_MINIMUM, foreign.data()));
+    };
+    check(1.0, 1.0f);
+    check(1.0f, 1.0);
+}
+
+// Bits that are another computation's, or nobody's.
+TEST(StatsValidation, EstimatesThatAreIgnored) {
+    constexpr std::uint64_t extremes = VTS_SS_ESTIMATE_MINIMUM | VTS_SS_ESTIMATE_MAXIMUM;
+    Problem<double> r(1, 3, {1, 2, 4});
+    std::vector<double> low = {nan}, high = {nan};
+    EXPECT_EQ(S(OK), r.basic(extremes | std::uint64_t(1) << 63, VTS_SS_METHOD_TILED));
+    EXPECT_EQ(0, r.accumulated[0]);
+    r.set(VTS_SS_ID_MINIMUM, low);
+    r.set(VTS_SS_ID_MAXIMUM, high);
+    EXPECT_EQ(S(OK), _vtsdSSMinmax(r.task, ~extremes, VTS_SS_METHOD_MINMAX));
+    EXPECT_TRUE(std::isnan(low[0]) && std::isnan(high[0]));
+    EXPECT_EQ(S(OK), _vtsdSSMinmax(r.task, ~std::uint64_t(0), VTS_SS_METHOD_MINMAX));
+    EXPECT_EQ(1, low[0]);
+    EXPECT_EQ(4, high[0]);
+    EXPECT_EQ(untouched, r.mean[0]);
+}
+
 TEST(StatsValidation, DataAndLayouts) {
     Problem<double> r(2, 3, {1, 2, 4, 3, 5, 9});
     const auto basic = [&](int method = VTS_SS_METHOD_TILED) {

@@ -1,0 +1,55 @@
+// Joining the accumulators of two sets of observations: a pairwise merge (Chan, Golub &
+// LeVeque 1983; Pebay 2008).
+#pragma once
+
+#include "stats/accumulators.h"
+
+namespace kef::stats {
+
+// Lanes that hold finite numbers.
+inline l2 finite(d2 x) { return (l2)(x - x == 0.0); }
+
+// high + low = a + b exactly (Knuth); an infinite sum has no low part.
+inline void two_sum(d2 a, d2 b, d2& high, d2& low) {
+    const d2 sum = a + b, shadow = sum - a;
+    high = sum;
+    low = vm::select(finite(sum), (a - (sum - shadow)) + (b - shadow), d2{});
+}
+
+// The factors of a merge of weights Wa and Wb, the same for all variables; W = Wa + Wb.
+struct MergeFactors {
+    double a, q;        // Wa/W, Wb/W
+    double c2, c3, c4;  // of the powers of the distance of the means
+    MergeFactors(double Wa, double Wb) : a(Wa / (Wa + Wb)), q(Wb / (Wa + Wb)) {
+        c2 = Wb * a;
+        c3 = c2 * (a - q);
+        c4 = c2 * (a * a - a * q + q * q);
+    }
+};
+
+// Joins observations with the mean high + low and the central sums B, those up to `order`, to
+// the accumulators s. Returns the distance of the two means.
+inline d2 merge(PairSums& s, int order, d2 high, d2 low, const CentralSums& B,
+                const MergeFactors& f) {
+    const double a = f.a, q = f.q;
+    const d2 delta = (high - s.mean_high) + (low - s.mean_low), square = delta * delta;
+    CentralSums& M = s.central;
+    if (order >= 3) {
+        M.m4 += B.m4 + square * square * f.c4 + 6.0 * square * (a * a * B.m2 + q * q * M.m2) +
+                4.0 * delta * (a * B.m3 - q * M.m3);
+        M.m3 += B.m3 + square * delta * f.c3 + 3.0 * delta * (a * B.m2 - q * M.m2);
+    }
+    if (order >= 2) M.m2 += B.m2 + square * f.c2;
+    // From an infinite mean, delta would lead to NaN.
+    const d2 step = vm::select(finite(s.mean_high), delta, high + low);
+    two_sum(s.mean_high, s.mean_low + step * q, s.mean_high, s.mean_low);
+    return delta;
+}
+
+// The same for the products of two pairs of variables, from the distances of their means.
+inline void merge(ProductBlock& C, const ProductBlock& B, d2 distance, d2 other, double c2) {
+    C.straight += B.straight + distance * c2 * other;
+    C.crossed += B.crossed + distance * c2 * swapped(other);
+}
+
+}  // namespace kef::stats

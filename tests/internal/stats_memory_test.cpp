@@ -1,0 +1,113 @@
+// Statistics without memory: every allocation of every call fails once.
+#include "failing_allocator.h"
+
+#include <bit>
+
+#include "tests/stats_support.h"
+
+namespace stats_tests {
+namespace {
+
+using kef::test::for_each_failed_allocation;
+
+struct NewTask {
+    kef_ss_task* task = nullptr;
+    ~NewTask() {
+        if (task != nullptr) __vtsSSDeleteTask(&task);
+    }
+};
+
+TEST(StatsMemory, NewTask) {
+    const std::int32_t p = 2;
+    const auto create = [&](NewTask& state) {
+        return __vtsdSSNewTask(&state.task, &p, nullptr, nullptr, nullptr, nullptr, nullptr, 0);
+    };
+    const auto check = [](NewTask& state, std::int32_t status, bool failed) {
+        EXPECT_EQ(failed ? VTS_SS_STATUS_NO_MEMORY : VTS_SS_STATUS_OK, status);
+        EXPECT_EQ(failed, state.task == nullptr);
+    };
+    EXPECT_EQ(1, for_each_failed_allocation([] { return NewTask{}; }, create, check));
+}
+
+constexpr int most = 9, part = 100;
+
+// A task in the middle of its blocks: the first has been added, of `p` variables for
+// `estimates`, or none.
+struct Half : Problem<double> {
+    Half(int method, int p, std::uint64_t estimates)
+        : Problem(most, 3 * part, normal_data<double>(most, 3 * part, 1e6)), method(method) {
+        this->p = p;
+        if (estimates != 0) EXPECT_EQ(VTS_SS_STATUS_OK, block(0, part, estimates, method));
+    }
+    std::int32_t next(std::uint64_t estimates) { return block(part, part, estimates, method); }
+    std::int32_t last(std::uint64_t estimates) { return block(2 * part, part, estimates, method); }
+    // The bits of all arrays.
+    std::vector<std::uint64_t> contents() {
+        std::vector<std::uint64_t> bits;
+        const auto add = [&](const std::vector<double>& array) {
+            for (double value : array) bits.push_back(std::bit_cast<std::uint64_t>(value));
+        };
+        add(accumulated);
+        for (const auto& result : results()) add(*result.second);
+        return bits;
+    }
+    int method;
+};
+
+// The first call, one that begins with matrices, and one with more variables: a failed call
+// leaves arrays and state, and the same call afterwards does what it would have done.
+TEST(StatsMemory, BasicKeepsItsState) {
+    const struct {
+        int first_p, p;
+        std::uint64_t first, next;
+        long allocations;
+    } cases[] = {
+        {3, 3, 0, moments, 1},
+        {3, 3, 0, everything, 2},
+        {3, 3, moments, everything, 1},
+        {3, most, everything, everything, 2},
+        {3, most, moments, everything, 2},
+        {most, 3, everything, everything, 0},
+    };
+    for (const auto& c : cases)
+        for (int method : data_methods) {
+            SCOPED_TRACE(testing::Message() << &c - cases << ", method " << method);
+            const auto make = [&] { return Half(method, c.first_p, c.first); };
+            const auto call = [&](Half& half) {
+                half.p = c.p;
+                return half.next(c.next);
+            };
+            const auto check = [&](Half& half, std::int32_t status, bool failed) {
+                Half calm = make();
+                if (failed) {
+                    EXPECT_EQ(VTS_SS_STATUS_NO_MEMORY, status);
+                    EXPECT_TRUE(calm.contents() == half.contents());
+                    half.p = c.first_p;  // the smaller task goes on, too
+                    if (c.first != 0) {
+                        EXPECT_EQ(VTS_SS_STATUS_OK, half.next(c.first));
+                        EXPECT_EQ(VTS_SS_STATUS_OK, calm.next(c.first));
+                    }
+                    EXPECT_EQ(VTS_SS_STATUS_OK, half.last(c.next));
+                    EXPECT_EQ(VTS_SS_STATUS_OK, calm.last(c.next));
+                } else {
+                    EXPECT_EQ(VTS_SS_STATUS_OK, status);
+                    EXPECT_EQ(VTS_SS_STATUS_OK, call(calm));
+                }
+                EXPECT_TRUE(calm.contents() == half.contents());
+            };
+            EXPECT_EQ(c.allocations, for_each_failed_allocation(make, call, check));
+        }
+}
+
+TEST(StatsMemory, MinmaxNeedsNone) {
+    const auto make = [] { return Half(VTS_SS_METHOD_TILED, most, 0); };
+    const auto call = [](Half& half) {
+        half.set(VTS_SS_ID_MINIMUM, half.mean);
+        return _vtsdSSMinmax(half.task, VTS_SS_ESTIMATE_MINIMUM, VTS_SS_METHOD_MINMAX);
+    };
+    const auto check = [](Half&, std::int32_t status, bool) { EXPECT_EQ(0, status); };
+    EXPECT_EQ(0, for_each_failed_allocation(make, call, check));
+}
+
+}  // namespace
+}  // namespace stats_tests
