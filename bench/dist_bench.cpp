@@ -64,7 +64,16 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
         if (std::strcmp(argv[i], "--markdown") == 0) markdown = true;
         else wanted.push_back(argv[i]);
-    for (const Section& section : {gaussian_laws(), continuous_laws(), discrete_laws()})
-        measure(section, wanted, markdown);
+    const std::vector<Section> sections = {gaussian_laws(), continuous_laws(), discrete_laws()};
+    for (const std::string& name : wanted) {
+        bool known = false;
+        for (const Section& section : sections)
+            for (const Row& row : section) known |= row.law.rfind(name, 0) == 0;
+        if (!known) {
+            std::fprintf(stderr, "%s: no such law or option\n", name.c_str());
+            return 2;
+        }
+    }
+    for (const Section& section : sections) measure(section, wanted, markdown);
     return 0;
 }

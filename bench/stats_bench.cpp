@@ -168,6 +168,11 @@ void line(const char* what, int p, bool rows, double elements, double own, doubl
 
 int main(int argc, char** argv) {
     namespace tag = boost::accumulators::tag;
+    for (int i = 1; i < argc; ++i)
+        if (i > 2 || std::atoi(argv[i]) <= 0) {
+            std::fprintf(stderr, "%s: no number of observations or variables\n", argv[i]);
+            return 2;
+        }
     const int n = argc > 1 ? std::atoi(argv[1]) : 100000;
     constexpr std::uint64_t variance = VTS_SS_ESTIMATE_MEAN | VTS_SS_ESTIMATE_CENTRAL_MOMENT_2;
     constexpr std::uint64_t four =

@@ -6,5 +6,7 @@ set(CMAKE_C_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
 set(CMAKE_CXX_FLAGS_INIT "-m32 -march=i686 -mtune=generic -msse2 -mfpmath=sse")
 # Where the i386 packages of Debian put libraries; a compiler that was probed before
 # the first of them was installed does not tell.
-set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+if(EXISTS /etc/debian_version)
+  set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR "")

@@ -1,8 +1,9 @@
-/* Splines: a census table between its decades, and a smooth curve over the histogram
- * of the measurements; both as a picture. */
+/* Splines: a census table between its decades, and the density of the measurements; both
+ * as a picture. */
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include "frontend.h"
 #include "kef_fit.h"
@@ -16,8 +17,9 @@ enum {
     DECADES = sizeof census / sizeof census[0],
     FIRST_YEAR = 1790,
     LAST_YEAR = FIRST_YEAR + 10 * (DECADES - 1),
-    CURVE = 301, /* sites of a drawn curve */
-    MOST_CLASSES = 24
+    CURVE = 401, /* sites of a drawn curve */
+    MOST_CLASSES = 24,
+    MOST_LIMITS = MOST_CLASSES + 6
 };
 
 /* A cubic spline with one function. */
@@ -26,17 +28,19 @@ struct spline {
     double *coefficients;
 };
 
+/* `slopes`: those inside, for a Hermite cubic, else null. */
 static struct spline make_spline(int64_t n, const double *x, const double *y, int64_t type,
-                                 int64_t boundary, const double *ends,
+                                 int64_t boundary, const double *ends, const double *slopes,
                                  int32_t construct(const kef_df_task *, int64_t)) {
     struct spline s = {NULL, allocate((size_t)(4 * (n - 1)), sizeof(double))};
     int32_t status = kef_df_kernel_dNewTask1D(&s.task, n, x, DF_UNIFORM, 1, y, DF_BY_ROWS, 0);
     if (status == DF_STATUS_OK)
         status = kef_df_kernel_dEditPPSpline1D(s.task, DF_CUBIC, type, boundary, ends,
-                                               DF_NO_CONDITIONS, NULL, s.coefficients, DF_BY_ROWS);
+                                               slopes ? DF_INTERNAL_FIRST : DF_NO_CONDITIONS,
+                                               slopes, s.coefficients, DF_BY_ROWS);
     if (status == DF_STATUS_OK) status = construct(s.task, 0);
     if (status != DF_STATUS_OK) {
-        fprintf(stderr, "frontend: the spline was refused with status %d\n", (int)status);
+        fprintf(stderr, "frontend: the spline was refused: %s\n", kef_df_status_text(status));
         exit(1);
     }
     return s;
@@ -55,6 +59,43 @@ static void evaluate(const struct spline *s, int order, int64_t n, const double 
                                    DF_BY_ROWS, NULL);
 }
 
+/* ---- round numbers -------------------------------------------------------- */
+
+/* The multiples of 1, 2 or 5 times a power of ten. */
+struct scale {
+    double factor, power; /* a step is factor * power, or factor / power with decimals */
+    int decimals;
+};
+
+/* The smallest such step that is no less than `least` > 0. */
+static struct scale round_steps(double least) {
+    int exponent = (int)floor(log10(least));
+    double factor = 1;
+    while (factor * pow(10, exponent) < least) factor = factor == 2 ? 5 : 2 * factor;
+    if (factor == 10) factor = 1, ++exponent;
+    const struct scale s = {factor, pow(10, abs(exponent)), exponent < 0 ? -exponent : 0};
+    return s;
+}
+
+/* Multiple k: with decimals a quotient, which is the number that its digits are read as. */
+static double multiple(struct scale s, double k) {
+    return s.decimals > 0 ? k * s.factor / s.power : k * s.factor * s.power;
+}
+
+/* Multiple k in digits. */
+static void write_multiple(struct scale s, double k, char *to, size_t size) {
+    if (s.power > 1e7) snprintf(to, size, "%.9g", multiple(s, k));
+    else snprintf(to, size, "%.*f", s.decimals, multiple(s, k));
+}
+
+/* The number of the last multiple that does not exceed x. */
+static double multiple_below(struct scale s, double x) {
+    double k = floor(x / multiple(s, 1));
+    while (multiple(s, k) > x) --k;
+    while (multiple(s, k + 1) <= x) ++k;
+    return k;
+}
+
 /* ---- the picture ---------------------------------------------------------- */
 
 /* A panel of the picture: its place, and the ranges of its axes. */
@@ -62,7 +103,7 @@ struct panel {
     FILE *to;
     double left, low_x, high_x, high_y;
 };
-enum { WIDTH = 960, HEIGHT = 420, PANEL_WIDTH = 400, PANEL_HEIGHT = 310, TOP = 50 };
+enum { WIDTH = 1000, HEIGHT = 440, PANEL_WIDTH = 400, PANEL_HEIGHT = 320, TOP = 50 };
 
 static double place_x(const struct panel *p, double x) {
     return p->left + PANEL_WIDTH * (x - p->low_x) / (p->high_x - p->low_x);
@@ -71,23 +112,54 @@ static double place_y(const struct panel *p, double y) {
     return TOP + PANEL_HEIGHT * (1 - y / p->high_y);
 }
 
-/* Frame, title, and `marks` numbers at each axis in the given format and unit. */
-static void draw_axes(const struct panel *p, const char *title, const char *format_x,
-                      const char *format_y, double unit_y) {
-    enum { MARKS = 4 };
-    fprintf(p->to, "<rect x='%.1f' y='%d' width='%d' height='%d' fill='none' stroke='#888'/>\n",
-            p->left, TOP, PANEL_WIDTH, PANEL_HEIGHT);
-    fprintf(p->to, "<text x='%.1f' y='%d' font-size='15'>%s</text>\n", p->left, TOP - 14, title);
-    for (int i = 0; i <= MARKS; ++i) {
-        const double x = p->low_x + (p->high_x - p->low_x) * i / MARKS, y = p->high_y * i / MARKS;
-        fprintf(p->to, "<text x='%.1f' y='%d' text-anchor='middle'>", place_x(p, x),
-                TOP + PANEL_HEIGHT + 18);
-        fprintf(p->to, format_x, x);
-        fprintf(p->to, "</text>\n<text x='%.1f' y='%.1f' text-anchor='end'>", p->left - 6,
-                place_y(p, y) + 4);
-        fprintf(p->to, format_y, y / unit_y);
-        fprintf(p->to, "</text>\n");
+/* A text element with those attributes. */
+static void draw_text(FILE *to, const char *attributes, const char *text) {
+    fprintf(to, "<text %s>", attributes);
+    for (; *text != 0; ++text) {
+        if (*text == '<') fputs("&lt;", to);
+        else if (*text == '&') fputs("&amp;", to);
+        else fputc(*text, to);
     }
+    fprintf(to, "</text>\n");
+}
+
+/* Frame, title, what the axes show in which unit, and some five round numbers at each. */
+static void draw_axes(const struct panel *p, const char *title, const char *label_x,
+                      const char *label_y) {
+    const double bottom = TOP + PANEL_HEIGHT, middle = p->left + PANEL_WIDTH / 2.0;
+    char place[100], number[40];
+    fprintf(p->to,
+            "<rect x='%.1f' y='%d' width='%d' height='%d' fill='none' stroke='#888'/>\n"
+            "<path stroke='#888' d='",
+            p->left, TOP, PANEL_WIDTH, PANEL_HEIGHT);
+    const struct scale x = round_steps((p->high_x - p->low_x) / 6), y = round_steps(p->high_y / 6);
+    const double last_x = multiple_below(x, p->high_x), last_y = multiple_below(y, p->high_y);
+    const double first_x = ceil(p->low_x / multiple(x, 1) - 1e-9);
+    for (double k = first_x; k <= last_x; ++k)
+        fprintf(p->to, "M%.1f %.1fv5", place_x(p, multiple(x, k)), bottom);
+    for (double k = 0; k <= last_y; ++k)
+        fprintf(p->to, "M%.1f %.1fh-5", p->left, place_y(p, multiple(y, k)));
+    fprintf(p->to, "'/>\n");
+    for (double k = first_x; k <= last_x; ++k) {
+        snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='middle'",
+                 place_x(p, multiple(x, k)), bottom + 19);
+        write_multiple(x, k, number, sizeof number);
+        draw_text(p->to, place, strlen(number) < 12 ? number : "");
+    }
+    for (double k = 0; k <= last_y; ++k) {
+        snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='end'", p->left - 8,
+                 place_y(p, multiple(y, k)) + 4);
+        write_multiple(y, k, number, sizeof number);
+        draw_text(p->to, place, number);
+    }
+    snprintf(place, sizeof place, "x='%.1f' y='%d' font-size='15'", p->left, TOP - 14);
+    draw_text(p->to, place, title);
+    snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='middle'", middle, bottom + 42);
+    draw_text(p->to, place, label_x);
+    snprintf(place, sizeof place,
+             "transform='translate(%.1f %.1f) rotate(-90)' text-anchor='middle'", p->left - 42,
+             TOP + PANEL_HEIGHT / 2.0);
+    draw_text(p->to, place, label_y);
 }
 
 /* CURVE values on a uniform grid. */
@@ -95,9 +167,15 @@ static void draw_curve(const struct panel *p, const double ends[2], const double
     fprintf(p->to, "<polyline fill='none' stroke='#c03020' stroke-width='2' points='");
     for (int i = 0; i < CURVE; ++i) {
         const double x = ends[0] + (ends[1] - ends[0]) * i / (CURVE - 1);
-        fprintf(p->to, "%.1f,%.1f ", place_x(p, x), place_y(p, fmin(fmax(y[i], 0), p->high_y)));
+        fprintf(p->to, "%.1f,%.1f ", place_x(p, x), place_y(p, y[i]));
     }
     fprintf(p->to, "'/>\n");
+}
+
+static void draw_key(const struct panel *p, const char *text) {
+    char place[60];
+    snprintf(place, sizeof place, "x='%.1f' y='%d'", p->left + 12, TOP + 22);
+    draw_text(p->to, place, text);
 }
 
 /* ---- the census ----------------------------------------------------------- */
@@ -106,7 +184,7 @@ static bool print_census(FILE *picture) {
     double years[DECADES], back[DECADES];
     for (int i = 0; i < DECADES; ++i) years[i] = FIRST_YEAR + 10 * i;
     struct spline s = make_spline(DECADES, years, census, DF_TYPE_NATURAL, DF_NOT_A_KNOT, NULL,
-                                  kef_df_kernel_dDFNaturalCubicSpline1D);
+                                  NULL, kef_df_kernel_dDFNaturalCubicSpline1D);
 
     static const double asked[] = {1795, 1815, 1845, 1863, 1905, 1935, 1955, 1967};
     enum { ASKED = sizeof asked / sizeof asked[0] };
@@ -139,12 +217,13 @@ static bool print_census(FILE *picture) {
     fine &= fabs(parts - integral[4]) <= 1e-14 * parts;
 
     if (picture != NULL) {
-        const struct panel p = {picture, 60, FIRST_YEAR - 10, LAST_YEAR, 240};
+        const struct panel p = {picture, 70, FIRST_YEAR - 10, LAST_YEAR + 10, 220};
         const double ends[] = {FIRST_YEAR, LAST_YEAR};
         double curve[CURVE];
         evaluate(&s, 0, CURVE, ends, DF_UNIFORM, curve);
-        draw_axes(&p, "Inhabitants of the United States (millions)", "%.0f", "%.0f", 1);
+        draw_axes(&p, "Inhabitants of the United States", "year", "inhabitants, millions");
         draw_curve(&p, ends, curve);
+        draw_key(&p, "dots: censuses; curve: cubic spline");
         for (int i = 0; i < DECADES; ++i)
             fprintf(picture, "<circle cx='%.1f' cy='%.1f' r='3.5' fill='#204080'/>\n",
                     place_x(&p, years[i]), place_y(&p, census[i]));
@@ -155,76 +234,130 @@ static bool print_census(FILE *picture) {
 
 /* ---- the measurements ----------------------------------------------------- */
 
-/* Classes by cell search. The slope of a spline through the counts of all that is
- * below each limit is a density with the same area over every class (Boneva, Kendall
- * and Stefanov 1971); beside empty classes it may dip below zero. */
-static bool print_histogram(const struct session *session, FILE *picture) {
+/* Classes of a round width, with an empty one at each end. */
+struct histogram {
+    int limits; /* classes and one */
+    double limit[MOST_LIMITS], below[MOST_LIMITS];
+    int32_t found[MOST_LIMITS]; /* in the class that ends at this limit */
+    struct scale width;
+    double first; /* the number of limit 0 in multiples of the width */
+};
+
+/* Classes by cell search; false where the measurements have no spread. */
+static bool count_classes(const struct session *session, struct histogram *h) {
     const double *x = session->measurements;
     const int32_t n = session->count;
     double low = x[0], high = x[0];
     for (int32_t i = 1; i < n; ++i) low = fmin(low, x[i]), high = fmax(high, x[i]);
-    const int classes = (int)fmin(fmax(ceil(sqrt(n)), 4), MOST_CLASSES);
-    const double width = (high - low) / classes;
-    if (!isfinite(width) || low + width <= low || high + width <= high) {
-        printf("\n   The measurements have no spread that a histogram could show.\n");
-        return true;
-    }
-    double limit[MOST_CLASSES + 3], below[MOST_CLASSES + 3] = {0};
-    for (int k = 0; k < classes + 3; ++k) limit[k] = low + (k - 1) * width;
-    limit[classes + 1] = fmax(limit[classes + 1], high);
+    const double width = (high - low) / fmin(fmax(ceil(sqrt(n)), 4), MOST_CLASSES);
+    if (!isfinite(width) || width < 1e-290 || low + width <= low || high + width <= high)
+        return false;
+    h->width = round_steps(width);
+    h->first = multiple_below(h->width, low) - 1;
+    h->limits = (int)(multiple_below(h->width, high) - h->first) + 3;
+    if (h->limits > MOST_LIMITS) return false;
+    for (int k = 0; k < h->limits; ++k) h->limit[k] = multiple(h->width, h->first + k);
 
     kef_df_task *search;
     int32_t *cell = allocate((size_t)n, sizeof *cell);
     int32_t status =
-        kef_df_kernel_dNewTask1D(&search, classes + 3, limit, DF_UNIFORM, 0, NULL, 0, 0);
-    if (status == DF_STATUS_OK)
+        kef_df_kernel_dNewTask1D(&search, h->limits, h->limit, DF_UNIFORM, 0, NULL, 0, 0);
+    if (status == DF_STATUS_OK) {
         status = kef_df_kernel_dDFSearch1D32(search, n, x, DF_ANY_ORDER, cell);
-    if (status != DF_STATUS_OK) {
-        free(cell);
-        return false;
+        kef_df_kernel_DeleteTask(&search);
     }
-    kef_df_kernel_DeleteTask(&search);
-    int32_t found[MOST_CLASSES + 3] = {0};
-    for (int32_t i = 0; i < n; ++i) /* the largest belongs to the last class */
-        ++found[cell[i] > classes + 1 ? classes + 1 : cell[i]];
+    if (status != DF_STATUS_OK) {
+        fprintf(stderr, "frontend: the search was refused: %s\n", kef_df_status_text(status));
+        exit(1);
+    }
+    for (int32_t i = 0; i < n; ++i) ++h->found[cell[i]];
+    for (int k = 1; k < h->limits; ++k) h->below[k] = h->below[k - 1] + h->found[k];
     free(cell);
-    for (int k = 1; k < classes + 3; ++k) below[k] = below[k - 1] + found[k];
+    return true;
+}
 
+/* A spline through the counts of all that is below each limit: its slope is a density
+ * with the right area over every class (Boneva, Kendall and Stefanov 1971). The slopes of
+ * the twice differentiable spline would make it negative beside empty classes; held
+ * between 0 and three times the differences on both sides they make a rising cubic
+ * (Hyman 1983, SIAM J. Sci. Stat. Comput. 4, p. 645). */
+static struct spline rising_spline(const struct histogram *h) {
     static const double flat[] = {0, 0};
-    struct spline s = make_spline(classes + 3, limit, below, DF_TYPE_NATURAL, DF_FIRST_FIRST, flat,
-                                  kef_df_kernel_dDFNaturalCubicSpline1D);
+    double slope[MOST_LIMITS];
+    struct spline smooth =
+        make_spline(h->limits, h->limit, h->below, DF_TYPE_NATURAL, DF_FIRST_FIRST, flat, NULL,
+                    kef_df_kernel_dDFNaturalCubicSpline1D);
+    evaluate(&smooth, 1, h->limits, h->limit, DF_SORTED, slope);
+    free_spline(&smooth);
+    const double width = multiple(h->width, 1);
+    for (int k = 1; k + 1 < h->limits; ++k)
+        slope[k] = fmin(fmax(slope[k], 0), 3 * fmin(h->found[k], h->found[k + 1]) / width);
+    return make_spline(h->limits, h->limit, h->below, DF_TYPE_HERMITE, DF_FIRST_FIRST, flat,
+                       slope + 1, kef_df_kernel_dDFHermiteCubicSpline1D);
+}
+
+/* What the title of the data begins with: "quantity, unit". Gives the unit. */
+static const char *copy_quantity(const struct session *session, char *to, size_t size) {
+    snprintf(to, size, "%s", session->title[0] != 0 ? session->title : "measured value");
+    char *unit = strchr(to, ',');
+    if (unit == NULL) return "";
+    char *rest = strchr(++unit, ',');
+    if (rest != NULL) *rest = 0;
+    return unit;
+}
+
+static bool print_histogram(const struct session *session, FILE *picture) {
+    struct histogram h = {0};
+    if (!count_classes(session, &h)) {
+        printf("\n   The measurements have no spread that a histogram could show.\n");
+        return true;
+    }
+    const double width = multiple(h.width, 1);
+    char number[40];
+    write_multiple(h.width, 1, number, sizeof number);
+    struct spline s = rising_spline(&h);
     printf(
-        "\n   The measurements in %d classes, with the slope of a spline through the counts\n"
-        "   below each limit: a smooth density with the same area over each class.\n\n"
-        "   from             found   density (measurements a class) at the middle\n",
-        classes);
-    double largest = 1;
-    for (int k = 2; k < classes + 2; ++k) {
-        const double middle = limit[k - 1] + width / 2;
-        double density;
-        evaluate(&s, 1, 1, &middle, DF_ANY_ORDER, &density);
-        printf("   %-14.8g %7d   %8.2f\n", limit[k - 1], (int)found[k], density * width);
-        largest = fmax(largest, found[k]);
+        "\n   The measurements in %d classes, and a density by the slope of a rising spline\n"
+        "   through the counts below each limit: never below zero, with the same area over\n"
+        "   each class.\n\n"
+        "   from             found   density at the middle (measurements per %s)\n",
+        h.limits - 3, number);
+    double largest = 0, density[CURVE];
+    for (int k = 2; k + 1 < h.limits; ++k) {
+        const double middle = h.limit[k - 1] + width / 2;
+        evaluate(&s, 1, 1, &middle, DF_ANY_ORDER, density);
+        write_multiple(h.width, h.first + k - 1, number, sizeof number);
+        printf("   %-14s %7d   %8.2f\n", number, (int)h.found[k], density[0] * width);
+    }
+
+    const double ends[] = {h.limit[0], h.limit[h.limits - 1]};
+    evaluate(&s, 1, CURVE, ends, DF_UNIFORM, density);
+    bool fine = h.below[h.limits - 1] == session->count;
+    for (int i = 0; i < CURVE; ++i) {
+        density[i] *= width;
+        fine &= density[i] >= -1e-12 * session->count;
+        largest = fmax(largest, density[i]);
     }
     if (picture != NULL) {
-        const struct panel p = {picture, 530, limit[0], limit[classes + 2],
-                                ceil(largest / 4 * 1.2) * 4};
-        const double ends[] = {limit[0], limit[classes + 2]};
-        double curve[CURVE];
-        evaluate(&s, 1, CURVE, ends, DF_UNIFORM, curve);
-        for (int i = 0; i < CURVE; ++i) curve[i] *= width;
-        for (int k = 2; k < classes + 2; ++k)
+        for (int k = 0; k < h.limits; ++k) largest = fmax(largest, h.found[k]);
+        char quantity[100], count[160];
+        const char *unit = copy_quantity(session, quantity, sizeof quantity);
+        write_multiple(h.width, 1, number, sizeof number);
+        snprintf(count, sizeof count, "measurements per %s%.60s", number, unit);
+        const struct panel p = {picture, 570, ends[0], ends[1], 1.1 * largest};
+        for (int k = 2; k + 1 < h.limits; ++k)
             fprintf(picture,
                     "<rect x='%.1f' y='%.1f' width='%.1f' height='%.1f' fill='#a8c0e0' "
                     "stroke='#204080'/>\n",
-                    place_x(&p, limit[k - 1]), place_y(&p, found[k]),
-                    place_x(&p, limit[k]) - place_x(&p, limit[k - 1]),
-                    place_y(&p, 0) - place_y(&p, found[k]));
-        draw_axes(&p, "Measurements a class, and density of the spline", "%.6g", "%.0f", 1);
-        draw_curve(&p, ends, curve);
+                    place_x(&p, h.limit[k - 1]), place_y(&p, h.found[k]),
+                    place_x(&p, h.limit[k]) - place_x(&p, h.limit[k - 1]),
+                    place_y(&p, 0) - place_y(&p, h.found[k]));
+        draw_axes(&p, "Measurements in classes", quantity, count);
+        draw_curve(&p, ends, density);
+        draw_key(&p, "bars: found; curve: density");
     }
     free_spline(&s);
-    return below[classes + 2] == n;
+    return fine;
 }
 
 bool fitting_chapter(const struct session *session) {

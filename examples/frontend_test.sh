@@ -45,6 +45,7 @@ summary=$("$program" "$data" --elements 1 2>/dev/null | sed -n '/^9\. /,$p' | wc
 expect 0 "sNearbyInt" "$data" --elements 100 --chapter summary --table
 expect 0 "1790 to 1970" "$data" --chapter fitting
 expect 0 "The picture is in" "$data" --chapter fitting --picture "$directory/picture.svg"
+expect 0 "never below zero" "$data" --chapter fitting
 grep -q '</svg>' "$directory/picture.svg" || { echo "no picture"; failures=$((failures + 1)); }
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"
 export KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR
@@ -59,6 +60,12 @@ expect 0 "the spread is zero" "$file" --chapter measurements
 file '1\n0\n-4\n'
 expect 0 "out of domain" "$file" --chapter measurements
 expect 0 "singularity" "$file" --chapter measurements
+file '# Mass <a & b>, kg, by nobody\n1\n2\n2.5\n4\n'
+expect 0 "The picture is in" "$file" --chapter fitting --picture "$directory/picture.svg"
+for words in '>Mass &lt;a &amp; b>, kg<' '>measurements per 1 kg<'; do
+    grep -qF "$words" "$directory/picture.svg" ||
+        { echo "no words $words in the picture"; failures=$((failures + 1)); }
+done
 file '1e308\n-1e308\n0\n1e-320\n'
 expect 0 "" "$file" --elements 10
 

@@ -364,42 +364,43 @@ KEF_API void __vtsiVect3PowMod(uint32_t *vector, const uint32_t *row, uint32_t m
 /* --- jumps of the Mersenne twisters --------------------------------------------- */
 
 /* A state of `words` 32-bit words is a window over a sequence that is linear over
- * GF(2); T moves it by one step. The jump by k steps is p(T) for p = t^k modulo the
- * characteristic polynomial of T (Haramoto, Matsumoto, Nishimura, Panneton, L'Ecuyer, INFORMS
- * J. Comput. 20 (2008) 385-390). The routines are the generator's own and work on windows
- * in buffers of 2 * words words: */
-typedef struct kef_jump_window {
-    int32_t start;   /* where the window begins */
-    uint32_t *words; /* the buffer */
-} kef_jump_window;
+ * GF(2); a step T moves it by `stride` words. The jump by k steps is p(T) for p = t^k modulo
+ * the characteristic polynomial of T (Haramoto, Matsumoto, Nishimura, Panneton, L'Ecuyer, INFORMS
+ * J. Comput. 20 (2008) 385-390). The routines are the generator's own:
+ * load, store: from the stream's state, and into it;
+ * clear, copy: a window of zeros, a copy of a window;
+ * step: writes the count * stride words of the sequence that follow the window;
+ * add: to ^= the windows that begin at from[places[0]], ..., from[places[count - 1]]. */
+typedef void (*kef_jump_load)(const kef_stream *stream, uint32_t *window);
+typedef void (*kef_jump_store)(kef_stream *stream, const uint32_t *window);
+typedef void (*kef_jump_clear)(uint32_t *window);
+typedef void (*kef_jump_copy)(uint32_t *to, const uint32_t *from);
+typedef void (*kef_jump_step)(uint32_t *window, int32_t count);
+typedef void (*kef_jump_add)(uint32_t *to, const uint32_t *from, const uint32_t *places,
+                             int32_t count);
 
-enum { VTS_MAX_JUMP_DEGREE = 19968 };
-
-typedef void (*kef_jump_load)(const kef_stream *stream, kef_jump_window *window);
-typedef void (*kef_jump_store)(kef_stream *stream, const kef_jump_window *window);
-typedef void (*kef_jump_one)(kef_jump_window *window);
-typedef void (*kef_jump_two)(kef_jump_window *to, const kef_jump_window *from);
-
-/* Advance a stream by k steps: by Horner's rule over single coefficients, or over groups of them
- * (sliding window). Both serve any k. load, store: state and window; clear: the zero
- * window; copy; step: T; add: exclusive or. The polynomial has the given degree (at most
- * VTS_MAX_JUMP_DEGREE) and `count` exponents, falling, the first two more than 128 apart.
+/* Advance a stream by k steps: by Horner's rule over single coefficients, or over groups of
+ * them (sliding window), which is faster and takes more memory. Both serve any k. The
+ * polynomial has the given degree and `count` exponents, falling, the first two at least 504
+ * apart. VTS_STATUS_BAD_ARGUMENT when the stream's block (state_size bytes) does not hold a window;
  * VTS_STATUS_NO_MEMORY leaves the stream as it was. */
 KEF_API int32_t __vts_SkipAheadHorner(kef_stream *stream, kef_jump_load load, kef_jump_store store,
-                                      kef_jump_one clear, kef_jump_two copy, kef_jump_one step,
-                                      kef_jump_two add, uint64_t k, int32_t words, int32_t degree,
-                                      int32_t state_size, int32_t count, const uint16_t *exponents);
+                                      kef_jump_clear clear, kef_jump_copy copy, kef_jump_step step,
+                                      kef_jump_add add, uint64_t k, int32_t words, int32_t stride,
+                                      int32_t degree, int32_t state_size, int32_t count,
+                                      const uint16_t *exponents);
 KEF_API int32_t __vts_SkipAheadSWin(kef_stream *stream, kef_jump_load load, kef_jump_store store,
-                                    kef_jump_one clear, kef_jump_two copy, kef_jump_one step,
-                                    kef_jump_two add, uint64_t k, int32_t words, int32_t degree,
-                                    int32_t state_size, int32_t count, const uint16_t *exponents);
+                                    kef_jump_clear clear, kef_jump_copy copy, kef_jump_step step,
+                                    kef_jump_add add, uint64_t k, int32_t words, int32_t stride,
+                                    int32_t degree, int32_t state_size, int32_t count,
+                                    const uint16_t *exponents);
 
-/* Reduces a polynomial over GF(2) of at most degree + 120 * blocks coefficients, bit i % 8 of byte
- * i / 8 being that of t^i, modulo the polynomial of the exponents (as above). 16 bytes more than
+/* Reduces a polynomial over GF(2) of at most degree + 504 * blocks coefficients, bit i % 8 of byte
+ * i / 8 being that of t^i, modulo the polynomial of the exponents (as above). 80 bytes more than
  * the coefficients fill must be writable. The remainder is left in the first `degree` bits, with
  * zeros above. */
-KEF_API void __vtsPolyRem(uint8_t *polynomial, int32_t blocks, int32_t degree, int32_t count,
-                          const uint16_t *exponents);
+KEF_API int32_t __vtsPolyRem(uint8_t *polynomial, int32_t blocks, int32_t degree, int32_t count,
+                             const uint16_t *exponents);
 
 KEF_END_DECLS
 

@@ -8,6 +8,8 @@
 //                                              in Map::Arithmetic
 // and, where the mathematics allows it,
 //   leapfrog(stream, State&, k, count), skip(stream, State&, k)   status
+//   drawn(const State&)                        up to that many numbers are drawn faster than
+//   skipped
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
@@ -28,6 +30,27 @@ inline std::int32_t sub_generator(const kef_stream* stream) {
 // The seed of a request without words.
 inline constexpr std::uint32_t default_seed[1] = {1};
 
+// k numbers that nobody wants.
+template <class G>
+std::int32_t draw_away(typename G::State& state, std::uint64_t k, std::int32_t sub) {
+    constexpr std::uint64_t block = 1024 / sizeof(typename G::Word);
+    alignas(16) typename G::Word unwanted[block];
+    std::int32_t status = VTS_STATUS_OK;
+    while (k > 0 && status >= 0) {
+        const std::uint64_t n = std::min(k, block);
+        status = G::words(state, unwanted, static_cast<std::int32_t>(n), sub);
+        k -= n;
+    }
+    return status;
+}
+
+template <class G>
+std::int32_t skip(kef_stream* stream, typename G::State& state, std::uint64_t k) {
+    if constexpr (requires { G::drawn(state); })
+        if (k <= G::drawn(state)) return draw_away<G>(state, k, sub_generator(stream));
+    return G::skip(stream, state, k);
+}
+
 template <class G>
 std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
                         const std::uint32_t* parameters) {
@@ -42,7 +65,7 @@ std::int32_t initialise(std::int32_t method, kef_stream* stream, std::int32_t n,
             else return VTS_STATUS_NO_LEAPFROG;
         case VTS_INIT_SKIPAHEAD:
             if constexpr (requires { G::skip(stream, state, std::uint64_t{}); })
-                return G::skip(stream, state,
+                return skip<G>(stream, state,
                                parameters[0] | static_cast<std::uint64_t>(parameters[1]) << 32);
             else return VTS_STATUS_NO_SKIPAHEAD;
         default: return VTS_STATUS_BAD_METHOD;
@@ -97,6 +120,17 @@ void draw_from_block(std::uint32_t (&x)[n], std::int32_t& position, std::uint32_
         r += taken;
         count -= taken;
     }
+}
+
+// The same for k words that nobody wants.
+template <std::int32_t n, class Refill>
+void pass_in_blocks(std::int32_t& position, std::uint64_t k, Refill refill) {
+    while (k > static_cast<std::uint64_t>(n - position)) {
+        k -= static_cast<std::uint64_t>(n - position);
+        refill();
+        position = 0;
+    }
+    position += static_cast<std::int32_t>(k);
 }
 
 // Whether a position and a block of n words can be those of a stream: a linear recurrence never

@@ -9,55 +9,68 @@
 
 namespace kef::rng {
 
-// The routines of __vts_SkipAheadHorner for a window of `words` words at the start of the state.
-// advance(x) writes x[words] to x[words + stride - 1]. `words` is a multiple of 4.
-template <std::int32_t words, std::int32_t stride, void (*advance)(std::uint32_t*)> struct Window {
-    static constexpr std::int32_t size = words;
+// What __vts_SkipAheadSWin is told of a generator.
+struct Jump {
+    kef_jump_load load;
+    kef_jump_store store;
+    kef_jump_clear clear;
+    kef_jump_copy copy;
+    kef_jump_step step;
+    kef_jump_add add;
+    std::int32_t words, stride, degree, count;
+    const std::uint16_t* exponents;
+};
 
-    static void load(const kef_stream* stream, kef_jump_window* w) {
-        w->start = 0;
-        std::memcpy(w->words, stream + 1, words * sizeof(std::uint32_t));
+// For a window of `words` words, a multiple of 4, at the start of the state, that moves by `stride`
+// words a step: advance(x, count) writes the words of `count` steps behind the window x.
+template <std::int32_t words, std::int32_t stride, void (*advance)(std::uint32_t*, std::int32_t)>
+struct Window {
+    static constexpr std::size_t bytes = words * sizeof(std::uint32_t);
+
+    template <std::size_t count>
+    static constexpr Jump jump(std::int32_t degree, const std::uint16_t (&exponents)[count]) {
+        return {load,     store, clear,  copy,   advance,
+                add,      words, stride, degree, static_cast<std::int32_t>(count),
+                exponents};
     }
-    static void store(kef_stream* stream, const kef_jump_window* w) {
-        std::memcpy(static_cast<void*>(stream + 1), w->words + w->start,
-                    words * sizeof(std::uint32_t));
+
+    static void load(const kef_stream* stream, std::uint32_t* w) {
+        std::memcpy(w, stream + 1, bytes);
     }
-    static void clear(kef_jump_window* w) {
-        w->start = 0;
-        std::memset(w->words, 0, words * sizeof(std::uint32_t));
+    static void store(kef_stream* stream, const std::uint32_t* w) {
+        std::memcpy(static_cast<void*>(stream + 1), w, bytes);
     }
-    static void copy(kef_jump_window* to, const kef_jump_window* from) {
-        to->start = 0;
-        std::memcpy(to->words, from->words + from->start, words * sizeof(std::uint32_t));
+    static void clear(std::uint32_t* w) { std::memset(w, 0, bytes); }
+    static void copy(std::uint32_t* to, const std::uint32_t* from) { std::memcpy(to, from, bytes); }
+    // Two windows at a time: half as many loads and stores of the sum.
+    static void add(std::uint32_t* to, const std::uint32_t* from, const std::uint32_t* places,
+                    std::int32_t count) {
+        std::int32_t i = 0;
+        for (; i + 2 <= count; i += 2) add(to, from + places[i], from + places[i + 1]);
+        if (i < count)
+            for (std::int32_t j = 0; j < words; j += 4)
+                put4(to + j, _mm_xor_si128(get4(to + j), get4(from + places[i] + j)));
     }
-    static void step(kef_jump_window* w) {
-        advance(w->words + w->start);
-        w->start += stride;
-        if (w->start == words) {
-            std::memcpy(w->words, w->words + words, words * sizeof(std::uint32_t));
-            w->start = 0;
-        }
+
+private:
+    static void add(std::uint32_t* to, const std::uint32_t* x, const std::uint32_t* y) {
+        for (std::int32_t j = 0; j < words; j += 4)
+            put4(to + j, _mm_xor_si128(get4(to + j), _mm_xor_si128(get4(x + j), get4(y + j))));
     }
-    static void add(kef_jump_window* to, const kef_jump_window* from) {
-        std::uint32_t* x = to->words + to->start;
-        const std::uint32_t* y = from->words + from->start;
-        for (std::int32_t i = 0; i < words; i += 4)
-            _mm_storeu_si128(
-                reinterpret_cast<__m128i*>(x + i),
-                _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)),
-                              _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + i))));
+    static __m128i get4(const std::uint32_t* x) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+    }
+    static void put4(std::uint32_t* x, __m128i v) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(x), v);
     }
 };
 
-// `steps` steps, for a skip of k numbers: below the degree t^steps is one coefficient, by Horner's
-// rule; else by groups of coefficients.
-template <class W, std::size_t count>
-std::int32_t jump(kef_stream* stream, std::uint64_t k, std::uint64_t steps, std::int32_t degree,
-                  std::int32_t state_size, const std::uint16_t (&exponents)[count]) {
-    const auto way =
-        static_cast<std::int64_t>(k) < degree ? __vts_SkipAheadHorner : __vts_SkipAheadSWin;
-    return way(stream, W::load, W::store, W::clear, W::copy, W::step, W::add, steps, W::size,
-               degree, state_size, static_cast<std::int32_t>(count), exponents);
-}
+// By k steps: t^k by squaring.
+std::int32_t jump_by_squaring(kef_stream* stream, const Jump& g, std::uint64_t k);
+
+// By k steps with powers of t modulo the characteristic polynomial from a table: row b has
+// t^(2^b), in rows of `power_words` words whose last one is 0.
+std::int32_t jump_by_powers(kef_stream* stream, const Jump& g, std::uint64_t k,
+                            const std::uint64_t* powers, std::size_t power_words);
 
 }  // namespace kef::rng

@@ -23,6 +23,9 @@ void take_lock() {
 }
 void drop_lock() { __atomic_store_n(&lock_word, 0, __ATOMIC_RELEASE); }
 
+// A child has the forking thread alone: it finds the lock free, and the table whole.
+[[gnu::constructor]] void hold_during_fork() { platform::on_fork(take_lock, drop_lock); }
+
 class Lock {
 public:
     Lock() { take_lock(); }
@@ -132,10 +135,6 @@ void release(const kef_chunk& chunk) {
 }
 
 }  // namespace kef::rng
-
-// A child of fork() has the forking thread alone: it finds the lock free, and the table whole.
-void kef::platform::before_fork() { kef::rng::take_lock(); }
-void kef::platform::after_fork() { kef::rng::drop_lock(); }
 
 using namespace kef::rng;
 

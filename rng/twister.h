@@ -19,31 +19,35 @@ template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask> struct Twist
 
     // The next n words in place.
     static void regenerate(std::uint32_t* x, std::uint32_t a) {
-        run(x, 0, n - m, m, a);
-        run(x, n - m, n - 1, m - n, a);
+        run(x, x, 0, n - m, m, a);
+        run(x, x, n - m, n - 1, m - n, a);
         x[n - 1] = step(x[n - 1], x[0], x[m - 1], a);
+    }
+    // The next `count` words behind the n.
+    static void extend(std::uint32_t* x, std::int32_t count, std::uint32_t a) {
+        run(x + n, x, 0, count, m, a);
     }
 
 private:
-    // x[k] for first <= k < last from x[k], x[k+1] and x[k+distance].
-    static void run(std::uint32_t* x, std::int32_t first, std::int32_t last, std::int32_t distance,
-                    std::uint32_t a) {
+    // r[k] for first <= k < last from x[k], x[k+1] and x[k+distance].
+    static void run(std::uint32_t* r, const std::uint32_t* x, std::int32_t first, std::int32_t last,
+                    std::int32_t distance, std::uint32_t a) {
         const __m128i matrix = _mm_set1_epi32(static_cast<int>(a)), one = _mm_set1_epi32(1),
                       lower = _mm_set1_epi32(lower_mask);
         const std::int32_t whole = first + (last - first) / 4 * 4;
 #pragma GCC unroll 2
         for (std::int32_t k = first; k < whole; k += 4) {
-            auto* p = reinterpret_cast<__m128i*>(x + k);
+            const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k));
             const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + 1));
             const __m128i xm = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + distance));
-            const __m128i y =
-                _mm_or_si128(_mm_andnot_si128(lower, _mm_loadu_si128(p)), _mm_and_si128(lower, x1));
+            const __m128i y = _mm_or_si128(_mm_andnot_si128(lower, x0), _mm_and_si128(lower, x1));
             // The lowest bit of y is that of x1.
             const __m128i odd = _mm_cmpeq_epi32(_mm_and_si128(x1, one), one);
-            _mm_storeu_si128(p, _mm_xor_si128(_mm_xor_si128(xm, _mm_srli_epi32(y, 1)),
-                                              _mm_and_si128(odd, matrix)));
+            _mm_storeu_si128(
+                reinterpret_cast<__m128i*>(r + k),
+                _mm_xor_si128(_mm_xor_si128(xm, _mm_srli_epi32(y, 1)), _mm_and_si128(odd, matrix)));
         }
-        for (std::int32_t k = whole; k < last; ++k) x[k] = step(x[k], x[k + 1], x[k + distance], a);
+        for (std::int32_t k = whole; k < last; ++k) r[k] = step(x[k], x[k + 1], x[k + distance], a);
     }
 };
 

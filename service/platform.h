@@ -40,9 +40,8 @@ void write_standard_error(const char* text, std::size_t length);
 using ErrnoAccessor = int* (*)();
 ErrnoAccessor find_errno_accessor();
 
-// Around fork(), where there is one: the child is to find no lock of another thread. Implemented
-// by the owner of the library's one lock (rng/shared_table.cpp).
-void before_fork();
-void after_fork();  // in the parent and in the child
+// Has `before` run before every fork(), and `after` behind it in parent and child, for the life of
+// the library. Nothing where there is no fork.
+void on_fork(void (*before)(), void (*after)());
 
 }  // namespace kef::platform

@@ -39,7 +39,6 @@ bool memory_for_block() {
 [[gnu::constructor]] void process_attach() {
     key_is_live = pthread_key_create(&block_key, nullptr) == 0;
     thread_block();  // without memory for it, the first use says so
-    pthread_atfork(before_fork, after_fork, after_fork);
 }
 
 [[gnu::destructor]] void process_detach() {
@@ -81,6 +80,8 @@ void write_standard_error(const char* text, std::size_t length) {
     }
     errno = saved_errno;
 }
+
+void on_fork(void (*before)(), void (*after)()) { pthread_atfork(before, after, after); }
 
 void exit_process(int code) { _exit(code); }
 

@@ -94,6 +94,8 @@ void write_standard_error(const char* text, std::size_t length) {
     }
 }
 
+void on_fork(void (*)(), void (*)()) {}
+
 void exit_process(int code) { ExitProcess(static_cast<UINT>(code)); }
 
 ErrnoAccessor find_errno_accessor() {

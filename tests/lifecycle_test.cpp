@@ -21,18 +21,13 @@ void expect_success(const Outcome& outcome) {
     EXPECT_EQ(outcome.err, "");
 }
 
+#if !defined(KEF_STATIC)
 TEST(Lifecycle, LoadedAndUnloadedWhileThreadsLive) {
     expect_success(run_client("loader", {"loop", KEF_LIBRARY}));
 }
 
 TEST(Lifecycle, UnloadedByAnExitHandler) {
     expect_success(run_client("loader", {"exit", KEF_LIBRARY}));
-}
-
-TEST(Lifecycle, ThreadsGiveTheirBlocksBack) { expect_success(run_client("control", {"threads"})); }
-
-TEST(Lifecycle, ProcessEndsWhileThreadsCompute) {
-    for (int i = 0; i < 10; ++i) expect_success(run_client("control", {"busy"}));
 }
 
 TEST(Lifecycle, UnloadedWhileThreadsEnd) {
@@ -48,19 +43,35 @@ TEST(Lifecycle, WorksWithoutAKeyForThreads) {
     expect_success(run_client("loader", {"keys", KEF_LIBRARY}));
 }
 
+#endif
+
+// A program with the shared library, and one that holds what it needs of the archive.
+const char* const programs[] = {"control", "control_static"};
+
+TEST(Lifecycle, ThreadsGiveTheirBlocksBack) {
+    for (const char* program : programs) expect_success(run_client(program, {"threads"}));
+}
+
+TEST(Lifecycle, ProcessEndsWhileThreadsCompute) {
+    for (const char* program : programs)
+        for (int i = 0; i < 10; ++i) expect_success(run_client(program, {"busy"}));
+}
+
 TEST(Lifecycle, ForkedWhileAThreadHoldsTheSharedTable) {
-    expect_success(run_client("control", {"forks"}));
+    for (const char* program : programs) expect_success(run_client(program, {"forks"}));
 }
 
 #if !defined(KEF_SANITIZE)
 TEST(Lifecycle, FirstUseWhileTheProcessExits) {
-    expect_success(run_client("control", {"latecomer"}));
+    for (const char* program : programs) expect_success(run_client(program, {"latecomer"}));
 }
 
 TEST(Lifecycle, NoMemoryForABlockIsFatal) {
-    const Outcome outcome = run_client("control", {"memory"});
-    EXPECT_EQ(outcome.exit_code, 1);
-    EXPECT_EQ(outcome.err, fatal);
+    for (const char* program : programs) {
+        const Outcome outcome = run_client(program, {"memory"});
+        EXPECT_EQ(outcome.exit_code, 1);
+        EXPECT_EQ(outcome.err, fatal);
+    }
 }
 #endif
 

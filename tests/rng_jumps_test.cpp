@@ -1,5 +1,7 @@
 // Leapfrog and skip-ahead against the parent sequence, and the arithmetic behind them.
 #include <cstring>
+#include <random>
+#include <utility>
 
 #include "tests/rng_streams.h"
 
@@ -34,7 +36,8 @@ TEST(RngJumps, SkipEqualsSteps) {
             SCOPED_TRACE(std::to_string(g.brng) + " from " + std::to_string(start));
             const Stream stream = make_stream(g.brng, g.seed);
             draw_raw(stream, start);
-            for (const int count : {0, 1, 3, 7, 100, 624, 19936, 19937, 19968, 50000})
+            for (const int count : {0, 1, 3, 7, 8, 9, 21, 22, 100, 216, 217, 624, 1000, 1001, 19936,
+                                    19937, 19968, 50000})
                 EXPECT_EQ(after_skip(stream, count, 700), [&] {
                     const Stream walked = copy_of(stream);
                     draw_raw(walked, count);
@@ -60,6 +63,39 @@ TEST(RngJumps, LongSkips) {
             EXPECT_EQ(after_skip(stream, count, 1300), draw_raw(parts, 1300)) << count;
         }
     }
+}
+
+// Twice 2^b is 2^(b+1), from where numbers can still be walked to the largest power.
+TEST(RngJumps, PowersOfTwo) {
+    for (const std::int32_t brng : {VTS_BRNG_MT19937, VTS_BRNG_SFMT19937}) {
+        const Stream stream = make_stream(brng, {4});
+        Stream once = copy_of(stream), twice = copy_of(stream);
+        draw_raw(twice, 1 << 18);
+        for (int bit = 18; bit < 64; ++bit) {
+            SCOPED_TRACE(bit);
+            once = copy_of(stream);
+            ASSERT_EQ(__vtsSkipAheadStream(once.get(), UINT64_C(1) << bit), VTS_STATUS_OK);
+            ASSERT_EQ(draw_raw(copy_of(once), 700), draw_raw(twice, 700));
+            twice = copy_of(once);
+            ASSERT_EQ(__vtsSkipAheadStream(twice.get(), UINT64_C(1) << bit), VTS_STATUS_OK);
+        }
+    }
+}
+
+// Around the counts at which a skip regenerates no more.
+TEST(RngJumps, Crossings) {
+    const auto check = [](std::int32_t brng, int count) {
+        for (const int start : {0, 624, 1000}) {
+            const Stream stream = make_stream(brng, {8});
+            draw_raw(stream, start);
+            const Stream walked = copy_of(stream);
+            draw_raw(walked, count);
+            EXPECT_EQ(after_skip(stream, count, 1300), draw_raw(walked, 1300)) << start;
+        }
+    };
+    for (const int count : {1199999, 1200000, 1200001}) check(VTS_BRNG_MT19937, count);
+    for (const int count : {(1 << 19) - 1, 1 << 19, (1 << 19) + 1, (1 << 20) + 5})
+        check(VTS_BRNG_SFMT19937, count);
 }
 
 // A whole period of the small generators comes back to the start.
@@ -181,17 +217,96 @@ TEST(RngJumps, ModularPowers) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(w[i], u[i]);
 }
 
+// Against the remainder bit by bit, for degrees of every residue modulo 8.
 TEST(RngJumps, PolynomialRemainder) {
-    // t^21 + t^120 modulo t^131 + t^8 + t^3 + t^2 + 1 stays; t^131 becomes the lower terms.
-    const std::uint16_t exponents[] = {131, 8, 3, 2, 0};
-    std::uint8_t p[64] = {};
-    const auto set = [&p](int i) { p[i / 8] ^= 1 << i % 8; };
-    set(21), set(120), set(131), set(132), set(131 + 119);
-    __vtsPolyRem(p, 1, 131, 5, exponents);
-    std::uint8_t expected[64] = {};
-    for (const int i : {21, 120, 8, 3, 2, 0, 9, 4, 3, 1, 127, 122, 121, 119})
-        expected[i / 8] ^= 1 << i % 8;
-    EXPECT_EQ(0, std::memcmp(p, expected, sizeof p));
+    std::mt19937 random(3);
+    for (int degree = 1024; degree < 1032; ++degree)
+        for (const int blocks : {1, 2, 5}) {
+            const std::vector<std::uint16_t> exponents = {static_cast<std::uint16_t>(degree),
+                                                          static_cast<std::uint16_t>(degree - 504),
+                                                          77,
+                                                          76,
+                                                          8,
+                                                          3,
+                                                          0};
+            const int bits = degree + 504 * blocks;
+            std::vector<std::uint8_t> p(bits / 8 + 1 + 80);
+            for (int i = 0; i < bits; ++i) p[i / 8] |= (random() & 1) << i % 8;
+            std::vector<std::uint8_t> expected = p;
+            for (int i = bits - 1; i >= degree; --i)
+                if ((expected[i / 8] >> i % 8 & 1) != 0)
+                    for (const int e : exponents)
+                        expected[(i - degree + e) / 8] ^= 1 << (i - degree + e) % 8;
+            ASSERT_EQ(__vtsPolyRem(p.data(), blocks, degree,
+                                   static_cast<std::int32_t>(exponents.size()), exponents.data()),
+                      VTS_STATUS_OK);
+            EXPECT_EQ(p, expected) << degree << ", " << blocks;
+        }
+}
+
+// Jumps of a generator of one's own: x[k+1279] = x[k+216] ^ x[k], two words a step.
+namespace own {
+
+constexpr std::int32_t degree = 1279, stride = 2, words = degree * stride;
+constexpr std::uint16_t exponents[] = {degree, 216, 0};
+std::uint32_t* state(const kef_stream* stream) {
+    return reinterpret_cast<std::uint32_t*>(
+        reinterpret_cast<kef_stream_header*>(const_cast<kef_stream*>(stream)) + 1);
+}
+void load(const kef_stream* s, std::uint32_t* w) { std::copy_n(state(s), words, w); }
+void store(kef_stream* s, const std::uint32_t* w) { std::copy_n(w, words, state(s)); }
+void clear(std::uint32_t* w) { std::fill_n(w, words, 0); }
+void copy(std::uint32_t* to, const std::uint32_t* from) { std::copy_n(from, words, to); }
+void step(std::uint32_t* w, std::int32_t count) {
+    for (std::int32_t i = 0; i < stride * count; ++i) w[words + i] = w[216 * stride + i] ^ w[i];
+}
+void add(std::uint32_t* to, const std::uint32_t* from, const std::uint32_t* places,
+         std::int32_t count) {
+    for (std::int32_t i = 0; i < count; ++i)
+        for (std::int32_t j = 0; j < words; ++j) to[j] ^= from[places[i] + j];
+}
+
+std::int32_t seed(std::int32_t, kef_stream* stream, std::int32_t, const std::uint32_t*) {
+    std::mt19937 random(6);
+    for (std::int32_t i = 0; i < words; ++i) state(stream)[i] = random();
+    return VTS_STATUS_OK;
+}
+
+}  // namespace own
+
+TEST(RngJumps, OwnGenerator) {
+    constexpr std::int32_t size = sizeof(kef_stream_header) + 4 * own::words;
+    const kef_brng row = {size,
+                          1,
+                          1,
+                          4,
+                          32,
+                          own::seed,
+                          [](auto...) { return std::int32_t{0}; },
+                          [](auto...) { return std::int32_t{0}; },
+                          [](auto...) { return std::int32_t{0}; }};
+    const std::int32_t brng = __vtsRegisterBrng(&row);
+    const auto jump = [&](auto way, std::uint64_t k, std::int32_t state_size) {
+        Stream stream = make_stream(brng);
+        const std::int32_t status =
+            way(stream.get(), own::load, own::store, own::clear, own::copy, own::step, own::add, k,
+                own::words, own::stride, own::degree, state_size, 3, own::exponents);
+        return std::pair(
+            status, std::vector(own::state(stream.get()), own::state(stream.get()) + own::words));
+    };
+    std::vector<std::uint32_t> walked(own::words + 20000 * own::stride);
+    own::load(make_stream(brng).get(), walked.data());
+    own::step(walked.data(), 20000);
+    for (const std::int32_t k : {0, 1, 2, 1000, 1278, 1279, 1280, 2557, 2558, 20000}) {
+        const std::vector<std::uint32_t> expected(walked.begin() + k * own::stride,
+                                                  walked.begin() + k * own::stride + own::words);
+        EXPECT_EQ(jump(__vts_SkipAheadHorner, k, size), std::pair(VTS_STATUS_OK + 0, expected));
+        EXPECT_EQ(jump(__vts_SkipAheadSWin, k, size), std::pair(VTS_STATUS_OK + 0, expected));
+    }
+    for (const std::uint64_t k : {UINT64_C(1) << 40, UINT64_C(0xFEDCBA9876543210)})
+        EXPECT_EQ(jump(__vts_SkipAheadHorner, k, size), jump(__vts_SkipAheadSWin, k, size)) << k;
+    EXPECT_EQ(jump(__vts_SkipAheadHorner, 5, size - 1).first, VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(jump(__vts_SkipAheadSWin, 5, size - 1).first, VTS_STATUS_BAD_ARGUMENT);
 }
 
 }  // namespace

@@ -11,3 +11,4 @@ tools/rng_reference.py | cmp - tests/data/rng_reference.txt
 for generator in mt19937 sfmt19937; do
     "$work/jump_polynomials" $generator 2>/dev/null | cmp - $tables/${generator}_jump.inc
 done
+"$work/jump_polynomials" powers 2>/dev/null | cmp - $tables/sfmt19937_powers.inc

@@ -51,6 +51,7 @@ refused "no such file: absent" absent
 refused "more than one data file: data file" "data file" "data file"
 expect 0 "usage: ./run demo" --elements 5 --help
 [ ! -e "$work/tree/build" ] || { echo "--help built something"; failures=$((failures + 1)); }
+! grep -E '.{101}' "$work/output" || { echo "longer than 100 columns"; failures=$((failures + 1)); }
 while read -r name; do
     grep -q -- "$name" "$work/output" || { echo "--help does not tell of $name"; failures=$((failures + 1)); }
 done < <("$2" --help | sed -nE 's/^ +(--[a-z]+).*/\1/p')

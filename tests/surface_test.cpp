@@ -12,6 +12,7 @@
 #include <set>
 #include <sstream>
 
+#include "include/kef_version.h"
 #include "places.h"
 #include "tests/process.h"
 #include "tests/rows.h"
@@ -91,16 +92,19 @@ TEST(Surface, FourNamesOfARowReachItsSlots) {
                 }
     }
     EXPECT_EQ(dll_cpu_version(), 0);
+    EXPECT_EQ(kef_version(), KEF_VERSION);
 }
 
 TEST(Surface, CostsStandBehindTheSlots) {
     for (const Row& row : rows()) {
         SCOPED_TRACE(row.name());
         EXPECT_EQ(static_cast<const void*>(row.costs), row.slots + 3);
+#if !defined(KEF_STATIC)
         EXPECT_EQ(row.slots,
                   dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ttab").c_str()));
         EXPECT_EQ(row.costs,
                   dlsym(RTLD_DEFAULT, ("kef_vtm_kernel_" + row.name() + "_ctab").c_str()));
+#endif
         for (int slot : {0, 1, 2})
             EXPECT_TRUE(row.element_wise() ? row.costs[slot] > 0 : row.costs[slot] == 1111.0f);
     }
@@ -168,19 +172,30 @@ TEST(Surface, ARewrittenSlotTakesEffectAtTheNextCall) {
 }
 
 TEST(Surface, ClientsWithAnOwnCopyOfATable) {
-    for (const char* client : {"slots_fixed", "slots_pie"}) {
+    for (const char* client : {"slots_fixed", "slots_pie", "slots_static"}) {
         const Outcome outcome = run_client(client);
         EXPECT_EQ(outcome.exit_code, 0) << client << ": " << outcome.err;
     }
     EXPECT_EQ(run_client("slots_fixed").out, "own copy\n");
 }
 
-#if !defined(KEF_SANITIZE)
+#if !defined(KEF_SANITIZE) && !defined(KEF_STATIC)
+
+// What compatible libraries have in common.
+const std::string interface =
+    std::to_string(KEF_VERSION_MAJOR) + "." + std::to_string(KEF_VERSION_MINOR);
 
 TEST(Surface, ExportsWhatTheHeadersDeclareAndNoMore) {
+    // All of one version, which is a name of its own.
+    const std::string version = "KEF_" + interface;
     std::set<std::string> exported;
-    for (const std::string& line : lines_of({"nm", "-D", "--defined-only", KEF_LIBRARY}))
-        exported.insert(line.substr(line.rfind(' ') + 1));
+    for (const std::string& line : lines_of({"nm", "-D", "--defined-only", KEF_LIBRARY})) {
+        const std::string name = line.substr(line.rfind(' ') + 1);
+        if (name == version) continue;
+        const std::size_t end = name.find("@@");
+        EXPECT_EQ(name.substr(std::min(end, name.size())), "@@" + version) << name;
+        exported.insert(name.substr(0, end));
+    }
     EXPECT_EQ(exported, declared_names());
     EXPECT_GT(exported.size(), rows().size() * 6 + 20);
 }
@@ -225,20 +240,31 @@ TEST(Surface, EntriesAreBareJumps) {
 }
 
 TEST(Surface, FileNeedsTheCLibraryAlone) {
-    std::vector<std::string> needed;
-    for (const std::string& line : lines_of({"readelf", "-dW", KEF_LIBRARY})) {
-        EXPECT_EQ(line.find("TEXTREL"), line.npos);
-        if (line.find("(NEEDED)") != line.npos) needed.push_back(line.substr(line.find('[')));
-        if (line.find("(SONAME)") != line.npos) EXPECT_NE(line.find("[libkef.so."), line.npos);
-    }
-    EXPECT_EQ(needed, std::vector<std::string>{"[libc.so.6]"});
+    // The tags of the dynamic section: NEEDED, SONAME and so on.
+    std::multimap<std::string, std::string> dynamic;
+    std::smatch match;
+    for (const std::string& line : lines_of({"readelf", "-dW", KEF_LIBRARY}))
+        if (std::regex_search(line, match, std::regex(R"(\((\w+)\)\s+(?:.*\[)?([^\]]*))")))
+            dynamic.emplace(match[1], match[2]);
+    ASSERT_EQ(dynamic.count("NEEDED"), 1u);
+    EXPECT_EQ(dynamic.find("NEEDED")->second, "libc.so.6");
+    ASSERT_EQ(dynamic.count("SONAME"), 1u);
+    EXPECT_EQ(dynamic.find("SONAME")->second, "libkef.so." + interface);
+    EXPECT_EQ(dynamic.count("TEXTREL"), 0u);
+    // Relocations are done and their places read-only before the first call.
+    ASSERT_EQ(dynamic.count("FLAGS"), 1u);
+    EXPECT_EQ(dynamic.find("FLAGS")->second, "BIND_NOW");  // and not STATIC_TLS
+    std::string segments;
     for (const std::string& line : lines_of({"readelf", "-lW", KEF_LIBRARY}))
-        if (line.find("GNU_STACK") != line.npos) EXPECT_EQ(line.find("RWE"), line.npos);
-    // No initialiser runs at load but the C library's own and the process attach.
+        segments += line + "\n";
+    EXPECT_NE(segments.find("GNU_RELRO"), segments.npos);
+    EXPECT_FALSE(std::regex_search(segments, std::regex("GNU_STACK.* RWE ")));
+    // No initialiser runs at load but the C library's own, the process attach and the handlers of
+    // fork.
     std::smatch size;
     for (const std::string& line : lines_of({"readelf", "-SW", KEF_LIBRARY}))
         if (std::regex_search(line, size, std::regex(R"(\.init_array\s+\w+\s+\w+\s+\w+\s+(\w+))")))
-            EXPECT_EQ(std::stoul(size[1], nullptr, 16), 2 * sizeof(void*));
+            EXPECT_EQ(std::stoul(size[1], nullptr, 16), 3 * sizeof(void*));
 }
 
 TEST(Surface, TableSizes) {

@@ -3,11 +3,14 @@
 //   g++ -std=c++20 -O2 -o build/jump_polynomials tools/jump_polynomials.cpp
 //   build/jump_polynomials mt19937   > rng/brng/tables/mt19937_jump.inc
 //   build/jump_polynomials sfmt19937 > rng/brng/tables/sfmt19937_jump.inc
+//   build/jump_polynomials powers    > rng/brng/tables/sfmt19937_powers.inc
 //
 // Minimal polynomial of one state bit by the Berlekamp-Massey algorithm over GF(2) (Massey, IEEE
 // Trans. Inf. Theory 15 (1969) 122-127), from random states. MT19937: steps of one word; degree
 // 19937, the whole period. SFMT19937: steps of one 128-bit word, from states that are
-// anything, so that the polynomial annihilates every state: degree 19968.
+// anything, so that the polynomial annihilates every state: degree 19968. Powers: t^(2^b) modulo
+// that of SFMT19937 for the steps of 2^19 numbers and more, b = 17 to 61.
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstdio>
@@ -54,8 +57,38 @@ static std::vector<int> berlekamp_massey(const std::vector<int>& bits) {
     return exponents;
 }
 
+// Rows of 64-bit words, the lowest coefficient in the lowest bit.
+static void print_powers(const std::vector<int>& exponents, int first, int last) {
+    const int degree = exponents[0], words = degree / 64;
+    std::vector<u64> lower(words + 1), p(words);
+    for (std::size_t i = 1; i < exponents.size(); ++i)
+        lower[exponents[i] / 64] |= u64{1} << exponents[i] % 64;
+    p[0] = 2;
+    for (int b = 0; b <= last; ++b) {
+        if (b >= first) {
+            std::printf("{");
+            for (int i = 0; i < words; ++i)
+                std::printf("0x%llX,%c", static_cast<unsigned long long>(p[i]),
+                            i % 5 == 4 || i + 1 == words ? '\n' : ' ');
+            std::printf("},\n");
+        }
+        std::vector<u64> s(2 * words + 2);
+        for (int i = 0; i < degree; ++i) s[2 * i / 64] |= (p[i / 64] >> i % 64 & 1) << 2 * i % 64;
+        for (int i = 2 * degree - 2; i >= degree; --i) {
+            if (!(s[i / 64] >> i % 64 & 1)) continue;
+            const int shift = i - degree, at = shift / 64, up = shift % 64;
+            for (int j = 0; j <= words; ++j) {
+                s[at + j] ^= lower[j] << up;
+                if (up && j > 0) s[at + j] ^= lower[j - 1] >> (64 - up);
+            }
+        }
+        std::copy_n(s.begin(), words, p.begin());
+    }
+}
+
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
+    const bool powers = !std::strcmp(argv[1], "powers");
     std::mt19937 random(2203);
     std::vector<int> bits;
     constexpr int count = 2 * 19968 + 64;
@@ -89,8 +122,9 @@ int main(int argc, char** argv) {
         }
     }
     const std::vector<int> exponents = berlekamp_massey(bits);
-    std::printf("// Made by tools/jump_polynomials.cpp %s: exponents of the polynomial, falling.\n",
-                argv[1]);
+    std::printf("// Made by tools/jump_polynomials.cpp %s: %s.\n", argv[1],
+                powers ? "t^(2^b), b = 17 to 61" : "exponents of the polynomial, falling");
+    if (powers) return print_powers(exponents, 17, 61), 0;
     for (std::size_t i = 0; i < exponents.size(); ++i)
         std::printf("%d,%c", exponents[i], i % 16 == 15 || i + 1 == exponents.size() ? '\n' : ' ');
 }

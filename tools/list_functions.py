@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Makes docs/functions.md: every function with accuracy, cost and error conditions.
+"""Makes docs/functions.md, every function with accuracy, cost and error conditions, and the table of
+README.md, some functions with their figures.
 
     tools/list_functions.py            rewrites it
     tools/list_functions.py --check    fails where it is not current
 
 The kernels and costs come from vm/surface/surface.def, the errors from the measured table of
-docs/accuracy.md, the conditions from docs/errors.md.
+docs/accuracy.md, speeds from that of docs/performance.md, the conditions from docs/errors.md.
 """
 import pathlib
 import math
@@ -100,12 +101,43 @@ def document():
     return "\n".join(lines) + "\n"
 
 
+def speeds():
+    """By function with type, and kernel: cycles at n = 1000, and the peer with its cycles; and the line on
+    all of them."""
+    text = (ROOT / "docs/performance.md").read_text().split("<!-- end -->")[0]
+    found = {}
+    for line in text.splitlines():
+        if m := re.match(r"\| ([sd][A-Z]\w*) \| ((?:HA|LA|EP)[ HLAEP]*) \|", line):
+            cells = columns(line)
+            for slot in m[2].split():
+                found[m[1], slot] = cells[5].split()[0], cells[7]
+    mean, kernels = re.search(r"n = 1000, all: ([\d.]+) \((\d+) kernels\)", text).groups()
+    return found, (f"Over {kernels} kernels the geometric mean of the ratio to the fastest peer of the same "
+                   f"accuracy is {float(mean):.2f}.")
+
+
+IN_README = "dExp dLn dSin dPow dAtan dErf dTGamma sExp sLn".split()
+
+
+def readme():
+    """README.md with its table made again."""
+    errors, (speed, mean) = measured(), speeds()
+    lines = ["| function | HA / LA / EP | fastest peer of HA's class | worst error of HA |", "|---|---|---|---|"]
+    for name in IN_README:
+        cycles = " / ".join(speed[name, slot][0] for slot in SLOTS)
+        lines.append(f"| {'single' if name[0] == 's' else 'double'} {name[1:]} | {cycles} "
+                     f"| {speed[name, 'HA'][1]} | {errors[name, 'HA'].replace('rounded', 'correctly rounded')} |")
+    table = "\n".join(lines) + f"\n\n{mean}"
+    return re.sub(r"(<!-- tools/list_functions.py -->\n\n).*?(\n\n<!-- end -->)", lambda m: m[1] + table + m[2],
+                  (ROOT / "README.md").read_text(), flags=re.S)
+
+
 def main():
-    if sys.argv[1:] == ["--check"]:
-        if TARGET.read_text() != document():
-            sys.exit(f"{TARGET.relative_to(ROOT)} is not current: run ./run generate")
-    else:
-        TARGET.write_text(document())
+    for target, text in (TARGET, document()), (ROOT / "README.md", readme()):
+        if sys.argv[1:] != ["--check"]:
+            target.write_text(text)
+        elif target.read_text() != text:
+            sys.exit(f"{target.relative_to(ROOT)} is not current: run ./run generate")
 
 
 if __name__ == "__main__":

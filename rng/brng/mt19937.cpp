@@ -17,6 +17,8 @@ constexpr std::uint16_t polynomial[] = {
 struct Mt19937 {
     static constexpr std::int32_t n = 624, degree = 19937;
     static constexpr std::uint32_t matrix = 0x9908B0DF;
+    // Where the jump takes the time of regenerating that many numbers.
+    static constexpr std::uint64_t jump_from = 1200000;
     static constexpr Tempering<11> temper = {0x9D2C5680, 0xEFC60000};
     using Recurrence = Twister<n, 397, 0x7FFFFFFF>;
 
@@ -35,26 +37,29 @@ struct Mt19937 {
 
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
         draw_from_block(
-            s.x, s.position, r, count, [&s] { Recurrence::regenerate(s.x, matrix); }, temper);
+            s.x, s.position, r, count, [&s] { regenerate(s.x); }, temper);
         return VTS_STATUS_OK;
+    }
+    static void regenerate(std::uint32_t* x) { Recurrence::regenerate(x, matrix); }
+    static void extend(std::uint32_t* x, std::int32_t count) {
+        Recurrence::extend(x, count, matrix);
     }
 
     // The block is a window over the sequence of words; the jump moves it and leaves the
     // position. At position 0 all bits of x[0] are still to come, but the recurrence holds only for
     // its top bit: that number is passed first.
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
-        if (k <= static_cast<std::uint64_t>(n - s.position)) {
-            s.position += static_cast<std::int32_t>(k);
+        if (k < jump_from) {
+            pass_in_blocks<n>(s.position, k, [&s] { regenerate(s.x); });
             return VTS_STATUS_OK;
         }
         const std::int32_t position = std::max(s.position, 1);
         const std::uint64_t steps = k - static_cast<std::uint64_t>(position - s.position);
-        const std::int32_t status = jump<Window<n, 1, step>>(
-            stream, k, steps, degree, sizeof(State) + sizeof(Header), polynomial);
+        constexpr Jump jump = Window<n, 1, extend>::jump(degree, polynomial);
+        const std::int32_t status = jump_by_squaring(stream, jump, steps);
         if (status == VTS_STATUS_OK) s.position = position;
         return status;
     }
-    static void step(std::uint32_t* x) { x[n] = Recurrence::step(x[0], x[1], x[397], matrix); }
 
     template <class Real> using Map = FullWordMap<Real>;
 

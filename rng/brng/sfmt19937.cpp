@@ -15,6 +15,11 @@ namespace {
 constexpr std::uint16_t polynomial[] = {
 #include "rng/brng/tables/sfmt19937_jump.inc"
 };
+// t^(2^b) for the steps of 2^19 numbers, 2^20, ...; a zero behind each.
+constexpr std::size_t power_words = 19968 / 64 + 1;
+constexpr std::uint64_t powers[][power_words] = {
+#include "rng/brng/tables/sfmt19937_powers.inc"
+};
 
 struct Sfmt19937 {
     static constexpr std::int32_t n = 156;  // 128-bit words
@@ -108,6 +113,11 @@ struct Sfmt19937 {
         run(x + 4 * (n - m), x + 4 * (n - m), -4 * (n - m), m, c, d);
     }
 
+    static void extend(std::uint32_t* x, std::int32_t count) {
+        __m128i c = load(x + n32 - 8), d = load(x + n32 - 4);
+        run(x + n32, x, 4 * m, count, c, d);
+    }
+
     static std::int32_t words(State& s, Word* r, std::int32_t count, std::int32_t) {
         std::int32_t position = n32 - s.left;
         draw_from_block(
@@ -119,24 +129,20 @@ struct Sfmt19937 {
         return VTS_STATUS_OK;
     }
 
-    // Steps of 128 bits by the jump, at an unchanged position; the rest by words.
+    // Multiples of 2^19 numbers by the jump, at an unchanged position; a lower bit of k takes less
+    // time than a power of t when its numbers are regenerated.
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
-        if (k > static_cast<std::uint64_t>(s.left)) {
-            const std::int32_t status = jump<Window<n32, 4, step>>(
-                stream, k, k / 4, degree, sizeof(State) + sizeof(Header), polynomial);
+        constexpr std::int32_t low_bits = 19;
+        constexpr Jump jump = Window<n32, 4, extend>::jump(degree, polynomial);
+        if (k >> low_bits != 0) {
+            const std::int32_t status =
+                jump_by_powers(stream, jump, k >> low_bits, powers[0], power_words);
             if (status < 0) return status;
-            k %= 4;
         }
-        const auto rest = static_cast<std::int32_t>(k);
-        if (rest > s.left) {
-            regenerate(s.x);
-            s.left += n32;
-        }
-        s.left -= rest;
+        std::int32_t position = n32 - s.left;
+        pass_in_blocks<n32>(position, k % (1 << low_bits), [&s] { regenerate(s.x); });
+        s.left = n32 - position;
         return VTS_STATUS_OK;
-    }
-    static void step(std::uint32_t* x) {
-        store(x + n32, recur(load(x), load(x + 4 * m), load(x + n32 - 8), load(x + n32 - 4)));
     }
 
     template <class Real> using Map = FullWordMap<Real>;

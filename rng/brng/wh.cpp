@@ -51,6 +51,7 @@ struct WichmannHill {
         return VTS_STATUS_OK;
     }
 
+    static std::uint64_t drawn(const State&) { return 8; }
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
         const std::uint32_t* m = moduli(stream);
         for (int j = 0; j < 4; ++j) move(s.x[j], s.a[j], k, m[j]);

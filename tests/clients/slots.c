@@ -21,7 +21,11 @@ static void expect(int condition, const char *what) {
 int main(void) {
     kef_vtm_d_map1 *by_name = kef_vtm_kernel_dSqrt_ttab;
     const float *costs = (const float *)(by_name + 3);
+#if defined(KEF_STATIC)
+    kef_vtm_d_map1 *by_symbol = by_name;
+#else
     kef_vtm_d_map1 *by_symbol = dlsym(RTLD_DEFAULT, "kef_vtm_kernel_dSqrt_ttab");
+#endif
     const double a = 4.0;
     double r = 0.0;
 

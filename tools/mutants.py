@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""Plants the faults of tests/mutants/FAMILY.txt, one at a time, and reports those that no test notices.
+
+    tools/mutants.py [family...] [source file...]
+
+Works on a copy of the tree in build/mutants, built incrementally there. HACKING.md tells the format
+of the lists.
+"""
+import dataclasses
+import pathlib
+import shutil
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+LISTS = ROOT / "tests" / "mutants"
+COPY = ROOT / "build" / "mutants" / "tree"
+PRESET = "i386"
+BUILD = COPY / "build" / PRESET
+# Test program, and what has to be built before it runs: the first one finds the shared library.
+PROGRAMS = {"kef_tests": "kef", "kef_internal_tests": "kef_internal_tests"}
+TIMEOUT = 300  # seconds; a test that hangs has noticed
+
+
+@dataclasses.dataclass
+class Mutant:
+    place: str  # where its list has it
+    file: str
+    tests: str  # filter of GoogleTest
+    text: str = ""
+    replacement: str = ""
+
+    def apply(self, source):
+        count = source.count(self.text)
+        if not self.text or count != 1:
+            raise ValueError(f"the text stands {count} times in {self.file}")
+        return source.replace(self.text, self.replacement)
+
+
+def read_list(path):
+    mutants, lines = [], {"-": [], "+": []}
+
+    def finish():
+        if mutants:
+            mutants[-1].text, mutants[-1].replacement = "\n".join(lines["-"]), "\n".join(lines["+"])
+        lines["-"].clear(), lines["+"].clear()
+
+    for number, line in enumerate(path.read_text().splitlines(), 1):
+        if line[:1] in ("-", "+") and mutants:
+            lines[line[0]].append(line[2:])
+        elif line.strip() and not line.startswith("#"):
+            finish()
+            file, _, tests = line.partition(": ")
+            if not tests:
+                sys.exit(f"{path}:{number}: FILE: TESTS is expected")
+            mutants.append(Mutant(f"{path.relative_to(ROOT)}:{number}", file, tests.strip()))
+    finish()
+    return mutants
+
+
+def update_copy():
+    """Files that differ are copied, so that the build stays incremental."""
+    wanted = set()
+    for path in ROOT.rglob("*"):
+        relative = path.relative_to(ROOT)
+        if relative.parts[0] in ("build", ".git") or not path.is_file():
+            continue
+        wanted.add(relative)
+        copy = COPY / relative
+        if not copy.is_file() or copy.read_bytes() != path.read_bytes():
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(path, copy)
+    for copy in list(COPY.rglob("*")):
+        relative = copy.relative_to(COPY)
+        if relative.parts[0] != "build" and copy.is_file() and relative not in wanted:
+            copy.unlink()
+
+
+def build(*targets):
+    command = ["cmake", "--build", "--preset", PRESET, "--target", *targets]
+    return subprocess.run(command, cwd=COPY, capture_output=True, text=True)
+
+
+def run_tests(program, tests):
+    """Whether all of them pass."""
+    command = [BUILD / "tests" / program, f"--gtest_filter={tests}", "--gtest_brief=1",
+               "--gtest_fail_fast"]
+    try:
+        return subprocess.run(command, cwd=BUILD / "tests", capture_output=True,
+                              timeout=TIMEOUT).returncode == 0
+    except subprocess.TimeoutExpired:
+        return False
+
+
+def programs_of(tests):
+    """The programs that have tests of the filter."""
+    def has_some(program):
+        command = [BUILD / "tests" / program, f"--gtest_filter={tests}", "--gtest_list_tests"]
+        listed = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+        return any(line.startswith("  ") for line in listed.splitlines())
+    return [program for program in PROGRAMS if has_some(program)]
+
+
+def verdict(mutant):
+    path = COPY / mutant.file
+    original = path.read_text()
+    programs = programs_of(mutant.tests)
+    if not programs:
+        return "no test of that name"
+    try:
+        path.write_text(mutant.apply(original))
+        built = build(*(PROGRAMS[program] for program in programs))
+        if built.returncode != 0:
+            print(built.stdout[-3000:])
+            return "does not build"
+        return "lives" if all(run_tests(p, mutant.tests) for p in programs) else "caught"
+    except ValueError as error:
+        return str(error)
+    finally:
+        if path.read_text() != original:
+            path.write_text(original)
+
+
+def main(arguments):
+    files = [a for a in arguments if "/" in a]
+    families = [a for a in arguments if "/" not in a]
+    known = sorted(path.stem for path in LISTS.glob("*.txt"))
+    for family in families:
+        if family not in known:
+            sys.exit(f"no family {family}; there are: {', '.join(known)}")
+    mutants = [m for family in families or known for m in read_list(LISTS / f"{family}.txt")
+               if not files or m.file in files]
+    COPY.mkdir(parents=True, exist_ok=True)
+    update_copy()
+    subprocess.run(["cmake", "--preset", PRESET, "-DKEF_TESTS=ON", "-DKEF_BENCH=OFF"], cwd=COPY, check=True,
+                   capture_output=True)
+    print("building the copy in", COPY.relative_to(ROOT), flush=True)
+    built = build(*PROGRAMS)
+    if built.returncode != 0:
+        sys.exit(built.stdout[-3000:] + "the tree does not build")
+    for tests in sorted({m.tests for m in mutants}):
+        for program in programs_of(tests):
+            if not run_tests(program, tests):
+                sys.exit(f"{tests} of {program} fails without any change")
+    results = []
+    for mutant in mutants:
+        results.append(verdict(mutant))
+        print(f"{results[-1]}: {mutant.place} {mutant.file}", flush=True)
+    build(*PROGRAMS.values())  # the copy is left without a fault
+    others = [(m, r) for m, r in zip(mutants, results) if r != "caught"]
+    print(f"{len(mutants)} changes, {results.count('caught')} caught")
+    for mutant, result in others:
+        print(f"\n{mutant.place}: {result}\n{mutant.file}: {mutant.tests}")
+        print("".join(f"- {line}\n" for line in mutant.text.split("\n")) +
+              "".join(f"+ {line}\n" for line in mutant.replacement.split("\n")), end="")
+    return 1 if others else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
