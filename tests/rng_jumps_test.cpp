@@ -94,6 +94,14 @@ TEST(RngJumps, Crossings) {
         }
     };
     for (const int count : {1199999, 1200000, 1200001}) check(VTS_BRNG_MT19937, count);
+    // At the start of a block all bits of its first word are still to come.
+    const Stream stream = make_stream(VTS_BRNG_MT19937);
+    draw_raw(stream, 625);
+    reinterpret_cast<std::uint32_t*>(reinterpret_cast<kef_stream_header*>(stream.get()) + 1)[624] =
+        0;
+    const Stream walked = copy_of(stream);
+    draw_raw(walked, 1200000);
+    EXPECT_EQ(after_skip(stream, 1200000, 1300), draw_raw(walked, 1300));
     for (const int count : {(1 << 19) - 1, 1 << 19, (1 << 19) + 1, (1 << 20) + 5})
         check(VTS_BRNG_SFMT19937, count);
 }
@@ -106,12 +114,37 @@ TEST(RngJumps, Periods) {
     EXPECT_NE(after_skip(mcg59, UINT64_C(1) << 56, 9), draw_raw(copy_of(mcg59), 9));
     const Stream sobol = make_stream(VTS_BRNG_SOBOL, {7});
     EXPECT_EQ(after_skip(sobol, UINT64_C(7) << 32, 30), draw_raw(copy_of(sobol), 30));
-    // Index 0, the point of zeros, stands at the end of the period; the walk crosses it.
-    const Stream end = copy_of(sobol);
-    ASSERT_EQ(__vtsSkipAheadStream(end.get(), (UINT64_C(7) << 32) - 70), VTS_STATUS_OK);
-    draw_raw(end, 63);
-    EXPECT_EQ(draw_raw(end, 7), std::vector<std::uint32_t>(7, 0));
-    EXPECT_EQ(draw_raw(end, 700), draw_raw(sobol, 700));
+}
+
+// Index 0, the point of zeros, stands at the end of the period. The walk crosses it point by point,
+// number by number, and with one coordinate alone.
+TEST(RngJumps, EndOfThePoints) {
+    for (const auto& [brng, dimension] :
+         {std::pair(VTS_BRNG_SOBOL, 7), {VTS_BRNG_SOBOL, 88}, {VTS_BRNG_NIEDERR, 200}}) {
+        const auto width = static_cast<std::uint32_t>(dimension);
+        std::vector<std::uint32_t> parameters = {width};
+        if (dimension == 88)  // more than SOBOL has by itself
+            for (std::uint32_t i = 0; i < 32 * width; ++i)
+                parameters.push_back(0x80000000u >> i % 32 | i);
+        const Stream start = make_stream(brng, parameters), before = copy_of(start);
+        ASSERT_EQ(__vtsSkipAheadStream(before.get(), (std::uint64_t{width} << 32) - 10 * width),
+                  VTS_STATUS_OK);
+        const auto head = draw_raw(copy_of(start), 10 * dimension);
+        const auto expect_end = [&](const std::vector<std::uint32_t>& words) {
+            EXPECT_EQ(std::vector(words.begin() + 9 * width, words.begin() + 10 * width),
+                      std::vector<std::uint32_t>(width, 0));
+            EXPECT_EQ(std::vector(words.begin() + 10 * width, words.end()), head);
+        };
+        expect_end(draw_raw(copy_of(before), 20 * dimension));
+        const Stream single = copy_of(before);
+        std::vector<std::uint32_t> joined;
+        for (int i = 0; i < 20 * dimension; ++i) joined.push_back(draw_raw(single, 1)[0]);
+        expect_end(joined);
+        ASSERT_EQ(__vtsLeapfrogStream(before.get(), 3, dimension), VTS_STATUS_OK);
+        const auto third = draw_raw(before, 20);
+        EXPECT_EQ(third[9], 0u);
+        for (int i = 0; i < 10; ++i) EXPECT_EQ(third[10 + i], head[i * dimension + 3]);
+    }
 }
 
 TEST(RngJumps, LeapfrogTilesTheParent) {

@@ -7,6 +7,7 @@ Works on a copy of the tree in build/mutants, built incrementally there. HACKING
 of the lists.
 """
 import dataclasses
+import os
 import pathlib
 import shutil
 import subprocess
@@ -58,22 +59,25 @@ def read_list(path):
     return mutants
 
 
+def sources(tree):
+    """The files of a tree without what was built."""
+    for folder, folders, files in os.walk(tree):
+        if pathlib.Path(folder) == tree:
+            folders[:] = [f for f in folders if f not in ("build", ".git")]
+        for file in files:
+            yield (pathlib.Path(folder) / file).relative_to(tree)
+
+
 def update_copy():
     """Files that differ are copied, so that the build stays incremental."""
-    wanted = set()
-    for path in ROOT.rglob("*"):
-        relative = path.relative_to(ROOT)
-        if relative.parts[0] in ("build", ".git") or not path.is_file():
-            continue
-        wanted.add(relative)
-        copy = COPY / relative
+    wanted = set(sources(ROOT))
+    for file in wanted:
+        path, copy = ROOT / file, COPY / file
         if not copy.is_file() or copy.read_bytes() != path.read_bytes():
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(path, copy)
-    for copy in list(COPY.rglob("*")):
-        relative = copy.relative_to(COPY)
-        if relative.parts[0] != "build" and copy.is_file() and relative not in wanted:
-            copy.unlink()
+    for file in set(sources(COPY)) - wanted:
+        (COPY / file).unlink()
 
 
 def build(*targets):
