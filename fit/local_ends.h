@@ -21,19 +21,20 @@ inline double end_slope(End condition, double value, const EndView& end, double 
 
 // Two points have one cell: the slopes that the conditions leave open are those of
 // the chord; second derivatives at both ends are met together.
-inline void two_point_slopes(const Boundary& boundary, const Mesh& mesh, double d, double* s) {
-    const double h = mesh.h[0];
+inline void two_point_slopes(const Boundary& boundary, const Mesh& mesh, const double* d,
+                             double* s) {
+    const double h = mesh.h[0], chord = d[0];
     const double v0 = boundary.left_value, v1 = boundary.right_value;
     const bool second0 = boundary.left == End::second, second1 = boundary.right == End::second;
-    s[0] = boundary.left == End::first ? v0 : d;
-    s[1] = boundary.right == End::first ? v1 : d;
+    s[0] = boundary.left == End::first ? v0 : chord;
+    s[1] = boundary.right == End::first ? v1 : chord;
     if (second0 && second1) {
-        s[0] = d - h * (2 * v0 + v1) / 6;
-        s[1] = d + h * (v0 + 2 * v1) / 6;
+        s[0] = chord - h * (2 * v0 + v1) / 6;
+        s[1] = chord + h * (v0 + 2 * v1) / 6;
     } else if (second0) {
-        s[0] = slope_of_second(left_end(mesh, &d, s), v0);
+        s[0] = slope_of_second(left_end(mesh, d, s), v0);
     } else if (second1) {
-        s[1] = slope_of_second(right_end(mesh, &d, s), v1);
+        s[1] = slope_of_second(right_end(mesh, d, s), v1);
     }
 }
 
@@ -53,7 +54,7 @@ template <class Inner> struct LocalSlopes {
     ArrayCount arrays() const { return {}; }
     void prepare(const Mesh&, Scratch&) {}
     void find(const Mesh& mesh, double* d, double* s) const {
-        if (mesh.n == 2) return two_point_slopes(boundary, mesh, d[0], s);
+        if (mesh.n == 2) return two_point_slopes(boundary, mesh, d, s);
         inner(mesh, d, s, boundary.left == End::periodic);
         set_end_slopes(boundary, mesh, d, s);
     }
