@@ -1,5 +1,5 @@
 // Windows: DllMain, thread-local storage and a heap of our own.
-#include <initializer_list>
+#include <cstring>
 
 #include <windows.h>
 
@@ -60,6 +60,46 @@ void thread_detach() {
     HeapFree(heap, 0, block);
 }
 
+// C libraries of host programs, in the order of the search.
+constexpr const char* runtimes[] = {"MSVCR100.DLL", "MSVCR90.DLL",  "MSVCR80.DLL",   "MSVCR71.DLL",
+                                    "MSVCR70.DLL",  "MSVCRT.DLL",   "MSVCR100D.DLL", "MSVCR90D.DLL",
+                                    "MSVCR80D.DLL", "MSVCR71D.DLL", "MSVCR70D.DLL",  "MSVCRTD.DLL"};
+
+// Newer ones. One of the others is loaded in every process, this library's own at least; so these
+// count where the program itself was linked with them.
+struct Runtime {
+    const char* imported_as;  // or a longer name that begins so
+    const char* module;
+};
+constexpr Runtime newer_runtimes[] = {
+    {"api-ms-win-crt-", "UCRTBASE.DLL"}, {"ucrtbase.dll", "UCRTBASE.DLL"},
+    {"ucrtbased.dll", "UCRTBASED.DLL"},  {"msvcr120.dll", "MSVCR120.DLL"},
+    {"msvcr110.dll", "MSVCR110.DLL"},    {"msvcr120d.dll", "MSVCR120D.DLL"},
+    {"msvcr110d.dll", "MSVCR110D.DLL"},
+};
+
+bool program_imports(const char* name) {
+    const char* const base = reinterpret_cast<const char*>(GetModuleHandleA(nullptr));
+    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    const IMAGE_DATA_DIRECTORY& directory =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.VirtualAddress == 0) return false;
+    const auto* module =
+        reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+    for (; module->Name != 0; ++module)
+        if (_strnicmp(base + module->Name, name, std::strlen(name)) == 0) return true;
+    return false;
+}
+
+// The accessor of a module that is loaded, and stays so from now on.
+ErrnoAccessor errno_accessor_of(const char* name) {
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN, name, &module)) return nullptr;
+    return reinterpret_cast<ErrnoAccessor>(
+        reinterpret_cast<void*>(GetProcAddress(module, "_errno")));
+}
+
 // Unloading; also where attaching failed half-way. The heap goes with the blocks of all threads.
 void process_detach() {
     if (slot == TLS_OUT_OF_INDEXES) return;
@@ -79,11 +119,13 @@ void* thread_block() {
 }
 
 bool environment_value(const char* name, char* buffer, std::size_t size) {
+    const LastErrorKept kept;
     const DWORD length = GetEnvironmentVariableA(name, buffer, static_cast<DWORD>(size));
     return length > 0 && length < size;
 }
 
 void write_standard_error(const char* text, std::size_t length) {
+    const LastErrorKept kept;
     HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE) return;
     DWORD written = 0;
@@ -99,12 +141,12 @@ void on_fork(void (*)(), void (*)()) {}
 void exit_process(int code) { ExitProcess(static_cast<UINT>(code)); }
 
 ErrnoAccessor find_errno_accessor() {
-    for (const char* runtime : {"MSVCR100.DLL", "MSVCR90.DLL", "MSVCR80.DLL", "MSVCR71.DLL",
-                                "MSVCR70.DLL", "MSVCRT.DLL", "MSVCR100D.DLL", "MSVCR90D.DLL",
-                                "MSVCR80D.DLL", "MSVCR71D.DLL", "MSVCR70D.DLL", "MSVCRTD.DLL"})
-        if (HMODULE module = GetModuleHandleA(runtime))
-            return reinterpret_cast<ErrnoAccessor>(
-                reinterpret_cast<void*>(GetProcAddress(module, "_errno")));
+    const LastErrorKept kept;
+    for (const Runtime& runtime : newer_runtimes)
+        if (program_imports(runtime.imported_as))
+            if (ErrnoAccessor accessor = errno_accessor_of(runtime.module)) return accessor;
+    for (const char* module : runtimes)
+        if (ErrnoAccessor accessor = errno_accessor_of(module)) return accessor;
     return nullptr;
 }
 

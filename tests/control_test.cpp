@@ -395,7 +395,7 @@ TEST(Errors, MessagesOnStandardError) {
     EXPECT_EQ(outcome.err,
               "Error (VTM_STATUS_ERRDOM) in vdSqrt: argument is out of domain.\n"
               "a(1)=-4\n"
-              "r(1)=-nan\n"
+              "r(1)=nan\n"
               "Error (VTM_STATUS_SING) in vsInv: argument caused singularity.\n"
               "a(0)=-0\n"
               "r(0)=-inf\n"

@@ -12,7 +12,7 @@ dll=build/windows-i686/kef.dll
 # The same names as the shared library.
 dump=$(i686-w64-mingw32-objdump -p "$dll")
 names=$(sed -n '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\t\[.*\] //p' <<<"$dump" | sort)
-diff <(nm -D --defined-only "$library" | sed -n 's/^.* [^A] \(.*\)@.*/\1/p' | sort) - <<<"$names"
+diff <(nm -D --defined-only "$library" | sed -n 's/^.* [^A] \([^@]*\)@.*/\1/p' | sort) - <<<"$names"
 
 # Each cost table 12 bytes behind its dispatch table.
 declare -A address

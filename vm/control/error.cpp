@@ -1,6 +1,7 @@
 #include "vm/control/error.h"
 
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "service/message.h"
@@ -58,14 +59,18 @@ void print(const kef_vtm_error_record& record) {
     if (!has_values(record.code)) return;
     const bool one_argument = record.argument2 == 0 || same(record.argument1, record.argument2);
     const bool one_result = record.result2 == 0 || same(record.result1, record.result2);
-    print_message(Message::value_a, record.index, record.argument1);
-    if (!one_argument) print_message(Message::value_b, record.index, record.argument2);
+    // The sign of a NaN says nothing, and C libraries print it in several ways.
+    const auto line = [&](Message name, double value) {
+        print_message(name, record.index, value == value ? value : std::abs(value));
+    };
+    line(Message::value_a, record.argument1);
+    if (!one_argument) line(Message::value_b, record.argument2);
     if (one_argument && one_result) {
-        print_message(Message::value_r, record.index, record.result1);
+        line(Message::value_r, record.result1);
     } else {
         // The lone result of a two-argument function has the y form, too.
-        print_message(Message::value_y, record.index, record.result1);
-        if (!one_result) print_message(Message::value_z, record.index, record.result2);
+        line(Message::value_y, record.result1);
+        if (!one_result) line(Message::value_z, record.result2);
     }
 }
 
