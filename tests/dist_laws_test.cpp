@@ -113,10 +113,12 @@ std::vector<Case> gammas() {
 std::vector<Case> betas() {
     std::vector<Case> cases;
     const std::pair<double, double> shapes[] = {
-        {0.3, 0.5},   {0.95, 0.9}, {0.5, 2},    {3, 0.4},   {0.1, 30},
-        {0.01, 2},    {1, 1},      {1, 3},      {2.5, 1},   {1 + 0x1p-52, 1 + 0x1p-51},
-        {1.01, 1.02}, {2, 3},      {50, 1.1},   {300, 200}, {4, 20000},
-        {0.7, 5e4},   {9e3, 16e3}, {17e3, 90e3}};
+        {0.3, 0.5},   {0.95, 0.9}, {0.5, 2},
+        {3, 0.4},     {0.1, 30},   {1, 1},
+        {1, 3},       {2.5, 1},    {1 + 0x1p-52, 1 + 0x1p-51},
+        {1.01, 1.02}, {2, 3},      {50, 1.1},
+        {300, 200},   {4, 20000},  {0.7, 5e4},
+        {9e3, 16e3},  {17e3, 90e3}};
     for (const auto& [p, q] : shapes)
         cases.push_back({"beta " + std::to_string(p) + ", " + std::to_string(q),
                          affine(beta_law(p, q), 0, 4), DRAWS(Beta, p, q, 0, 4)});
@@ -156,7 +158,11 @@ TEST(DistLaws, Tails) {
 }
 
 TEST(DistLaws, Contract) {
-    for (const Case& c : all_cases()) {
+    std::vector<Case> cases = all_cases();
+    // Exponentials that underflow.
+    for (const auto& [p, q] : {std::pair(0.01, 2.0), {0.01, 0.02}, {1e5, 1e-5}})
+        cases.push_back({"small shapes", beta_law(p, q), DRAWS(Beta, p, q, 0, 1)});
+    for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         expect_contract(c.draws.d, 2500);
         expect_contract(c.draws.s, 2500);
