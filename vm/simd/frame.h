@@ -15,6 +15,8 @@
 //   k.beyond(h...), k.far(x...)
 //                          optional second gate and formula: far gives the lanes that
 //                          `outside` holds back and `beyond` does not
+//   K::far_everywhere      optional: far gives those that `outside` lets pass too, and the
+//                          same bits as fast
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
 //   k.scalar()             the second argument of a kernel that has a vector and a scalar
@@ -24,9 +26,10 @@
 // The loop owns the count test, the control register, groups of four (where there are no
 // gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
 // with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a
-// gate holds a group back, the group tries the second formula for its lanes outside; then each
-// element of it goes through the gates alone, and only those that are held back then come to the
-// edge. So an element's result does not depend on its place, its neighbours, on n or on alignment.
+// gate holds a group back, the group tries the second formula for its lanes outside, and the groups
+// after it as long as they are held back too; where that fails each element of a group goes through
+// the gates alone, and only those that are held back then come to the edge. So an element's result
+// does not depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
 #include <array>
@@ -105,6 +108,33 @@ template <> struct Group<float> {
     }
 };
 
+// A group of each array from i on, whole or padded.
+template <class T, std::size_t I>
+inline std::array<Group<T>, I> group_at(const std::array<const T*, I>& in, int i) {
+    std::array<Group<T>, I> x;
+    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
+    return x;
+}
+template <class T, std::size_t I>
+inline std::array<Group<T>, I> padded_at(const std::array<const T*, I>& in, int i, int count) {
+    std::array<Group<T>, I> x;
+    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::padded(in[j] + i, count);
+    return x;
+}
+
+// The results at i of each array, all of them or as many as `count` says.
+template <class T, std::size_t O> inline auto storing(const std::array<T*, O>& out, int i) {
+    return [&out, i](const auto& y) {
+        for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
+    };
+}
+template <class T, std::size_t O>
+inline auto storing(const std::array<T*, O>& out, int i, int count) {
+    return [&out, i, count](const auto& y) {
+        for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, count);
+    };
+}
+
 // A formula on the vectors of each group.
 template <class Formula, class T, std::size_t I, std::size_t... N>
 inline auto apply(Formula f, const std::array<Group<T>, I>& x, std::index_sequence<N...>) {
@@ -169,30 +199,75 @@ inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) 
 }
 (std::make_index_sequence<I>());
 
-// The same for a group that the first gate holds back, where there is a second formula.
+// Whether the second gate holds a group back too, or there is none.
+template <class K, class T, std::size_t I>
+inline bool is_beyond(const K& k, const std::array<Group<T>, I>& x) {
+    if constexpr (has_far<K, I>) return [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return any_lane(k.beyond(x[N].head()...));
+        }
+    (std::make_index_sequence<I>());
+    return true;
+}
+
+// Computes a group that the first gate holds back by the second formula.
 template <class K, class T, std::size_t I, class Store>
 inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
-    if constexpr (has_far<K, I>) {
-        constexpr auto indices = std::make_index_sequence<I>();
-        const auto [outside, beyond] = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return std::array<i4, 2>{k.outside(x[N].head()...), k.beyond(x[N].head()...)};
+    constexpr auto indices = std::make_index_sequence<I>();
+    if (is_beyond(k, x)) return false;
+    auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
+    if constexpr (!requires { K::far_everywhere; }) {
+        const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
+            return k.outside(x[N].head()...);
         }
         (indices);
-        if (any_lane(beyond)) return false;
-        auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
         if (!all_lanes(outside)) {
             const auto near = apply([&](auto... v) { return k.fast(v...); }, x, indices);
             for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
         }
-        if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
-        store_results(y);
+    }
+    if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
+    store_results(y);
+    return true;
+}
+
+// A group by the second formula, where it gives it; and, where it is good everywhere, those
+// behind it as long as the first gate holds them back: the index behind them. The kernel comes
+// by value here and below: where its address never leaves a loop, its fields stay in registers.
+template <class K, class T, std::size_t I, std::size_t O>
+[[gnu::noinline]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
+                                 const std::array<T*, O>& out) {
+    auto x = group_at(in, i);
+    while (try_far(k, x, storing(out, i))) {
+        i += group;
+        if (!requires { K::far_everywhere; } || i > n - group) break;
+        x = group_at(in, i);
+        if (!is_outside(k, x, std::make_index_sequence<I>())) break;
+    }
+    return i;
+}
+
+// The same for fewer than four elements, as a group of its own; false where it is not given.
+template <class K, class T, std::size_t I, std::size_t O>
+bool far_some(const K& k, int i, int count, const std::array<const T*, I>& in,
+              const std::array<T*, O>& out) {
+    if constexpr (has_far<K, I>) {
+        T x[I][group], y[O][group];
+        std::array<const T*, I> from;
+        std::array<T*, O> to;
+        for (std::size_t j = 0; j < I; ++j) {
+            for (int m = 0; m < group; ++m) x[j][m] = in[j][i + (m < count ? m : 0)];
+            from[j] = x[j];
+        }
+        for (std::size_t j = 0; j < O; ++j) to[j] = y[j];
+        if (far_groups(k, 0, group, from, to) == 0) return false;
+        for (std::size_t j = 0; j < O; ++j)
+            for (int m = 0; m < count; ++m) out[j][i + m] = y[j][m];
         return true;
     }
     return false;
 }
 
-// Elements one at a time, with their special results and reports. The kernel comes
-// by value: where its address never leaves the loop, its fields stay in registers.
+// Elements one at a time, with their special results and reports.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
 [[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count, Guard& guard,
                                              const std::array<const T*, I>& in,
@@ -207,7 +282,8 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
         const auto store_first = [&](const auto& y) {
             for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
         };
-        if (try_group(k, same, store_first) || try_far(k, same, store_first)) continue;
+        if (try_group(k, same, store_first)) continue;
+        if (!is_beyond(k, same) && far_some(k, i, 1, in, out)) continue;
         std::array<T, O> r;
         const int status = edge(k, x, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
@@ -217,21 +293,24 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
     }
 }
 
-// A group that the gates of the fast formula hold back.
+// A group that the gates of the fast formula hold back, and those behind it that go with it:
+// the index of the last one done.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline]] void again(K k, int first, int count, Guard& guard,
-                             const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+[[gnu::noinline]] int again(K k, int i, int n, Guard& guard, const std::array<const T*, I>& in,
+                            const std::array<T*, O>& out) {
     if constexpr (has_far<K, I>) {
-        if (count == group) {
-            std::array<Group<T>, I> x;
-            for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + first);
-            const bool done = try_far(k, x, [&](const auto& y) {
-                for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + first);
-            });
-            if (done) return;
-        }
+        const int behind = far_groups(k, i, n, in, out);
+        if (behind > i) return behind - group;
     }
-    one_by_one(k, first, count, guard, in, out);
+    one_by_one(k, i, group, guard, in, out);
+    return i;
+}
+
+// The rest of fewer than four, likewise.
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline]] void rest_again(K k, int i, int rest, Guard& guard,
+                                  const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+    if (!far_some(k, i, rest, in, out)) one_by_one(k, i, rest, guard, in, out);
 }
 
 // The loop of a kernel without gates, vector by vector; the number of elements done.
@@ -258,26 +337,21 @@ inline void run(const K k, int n, const std::array<const T*, I>& in, const std::
     int i = 0;
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
     for (; i <= n - group; i += group) {
-        std::array<Group<T>, I> x;
-        for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
-        const bool done = try_group(k, x, [&](const auto& y) {
-            for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
-        });
+        const bool done = try_group(k, group_at(in, i), storing(out, i));
         if constexpr (has_edge)
-            if (!done) [[unlikely]]
-                again(k, i, group, guard, in, out);
+            if (!done) [[unlikely]] {
+                const int last = again(k, i, n, guard, in, out);
+                // An index that only the loop moves is cheaper.
+                if constexpr (requires { K::far_everywhere; }) i = last;
+            }
     }
 
     const int rest = n - i;
     if (rest == 0) return;
-    std::array<Group<T>, I> x;
-    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::padded(in[j] + i, rest);
-    const bool done = try_group(k, x, [&](const auto& y) {
-        for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, rest);
-    });
+    const bool done = try_group(k, padded_at(in, i, rest), storing(out, i, rest));
     if constexpr (has_edge)
         if (!done) [[unlikely]]
-            again(k, i, rest, guard, in, out);
+            rest_again(k, i, rest, guard, in, out);
 }
 
 }  // namespace frame
