@@ -4,6 +4,7 @@
 //   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
 //   bench [function...] --costs          values for the cost tables
 //   bench [function...] --special        special and extreme arguments against ordinary ones
+//   bench --powers                       Pow and Powx by exponent and by the sign of the base
 //
 // A cell is the least of many repetitions; the contenders take turns, so that
 // noise meets all of them alike. In brackets: the ratio to the fastest peer of the
@@ -120,7 +121,7 @@ private:
 
 struct Options {
     Selection selection;
-    bool markdown = false, costs = false, special = false;
+    bool markdown = false, costs = false, special = false, powers = false;
 };
 
 class Run {
@@ -129,7 +130,8 @@ public:
         : options_(options),
           specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4",
                      "NaN", "infinity", "subnormal", "huge", "negative"}),
-          costs_({"function", "kernels", "measured", "published"}) {
+          costs_({"function", "kernels", "measured", "published"}),
+          powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {
         if (options.costs) {
             const kef_test::Row& row = *kef_test::find_row("dExp");
             Batch<double> batch = ordinary<double>(row, *reference::find("Exp"), sizes[main_size]);
@@ -153,6 +155,7 @@ public:
     int finish() const {
         if (options_.costs) costs_.print(options_.markdown);
         else if (options_.special) specials_.print(options_.markdown);
+        else if (options_.powers) powers_.print(options_.markdown);
         else geometric_.print();
         return failed_ ? 1 : 0;
     }
@@ -161,6 +164,7 @@ private:
     template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
         if (options_.costs) costs<T>(row, reference);
         else if (options_.special) special<T>(row, reference);
+        else if (options_.powers) powers<T>(row);
         else compare<T>(row, reference);
     }
 
@@ -270,11 +274,50 @@ private:
         }
     }
 
+    // Bases in [1/2, 2] and their negatives. Not an integer: a base below zero is an error.
+    template <class T> void powers(const kef_test::Row& row) {
+        const std::string_view function = row.function;
+        if (function != "Pow" && function != "Powx") return;
+        constexpr double integers = INFINITY;  // from -20 to 20, one a base
+        const std::vector<Kernel<T>> ours = kernels<T>(row);
+        for (const double exponent :
+             {2.0, 3.0, 7.0, 20.0, 100.0, -1.0, -12.0, 0.5, 1.5, -0.5, 1.0 / 3, 2.7, integers}) {
+            if (exponent == integers && function == "Powx") continue;
+            // Every kernel with bases of every sign, in turns.
+            std::vector<Batch<T>> batches(3, Batch<T>(sizes[main_size]));
+            std::vector<Kernel<T>> all;
+            for (std::size_t signs = 0; signs < batches.size(); ++signs) {
+                Batch<T>& batch = batches[signs];
+                reference::Random random(row.name());
+                for (int i = 0; i < batch.size(); ++i) {
+                    const T a = random.draw<T>({0.5, 2}, true);
+                    const bool negative = signs == 1 || (signs == 2 && random.bits() % 2);
+                    batch.a[i] = negative ? -a : a;
+                    batch.b[i] = static_cast<T>(exponent == integers
+                                                    ? static_cast<double>(random.bits() % 41) - 20
+                                                    : exponent);
+                }
+                batch.scalars[0] = static_cast<T>(exponent);
+                for (const Kernel<T>& kernel : ours)
+                    all.push_back({kernel.name, [&](Batch<T>&) { kernel.run(batch); }});
+            }
+            const std::vector<double> time = cycles(all, batches[0]);
+            for (std::size_t k = 0; k < ours.size(); ++k) {
+                Table::Row cells = {row.name(), ours[k].name,
+                                    exponent == integers ? "integers" : format("%.4g", exponent),
+                                    format("%.2f", time[k])};
+                for (const double t : {time[ours.size() + k], time[2 * ours.size() + k]})
+                    cells.push_back(format("%.2f (%.2f)", t, t / time[k]));
+                powers_.add(cells);
+            }
+        }
+    }
+
     const Options& options_;
     double anchor_ = 0;  // cost of a cycle
     bool head_ = true, failed_ = false;
     Geometric geometric_;
-    Table specials_, costs_;
+    Table specials_, costs_, powers_;
 };
 
 int main(int argc, char** argv) {
@@ -284,6 +327,7 @@ int main(int argc, char** argv) {
         if (word == "--markdown") options.markdown = true;
         else if (word == "--costs") options.costs = true;
         else if (word == "--special") options.special = true;
+        else if (word == "--powers") options.powers = true;
         else if (!options.selection.add(word)) return 2;
     }
     kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);

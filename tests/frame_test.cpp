@@ -255,6 +255,22 @@ TEST(Frame, NothingTrapsWhereErrorsAreIgnored) {
     });
 }
 
+// Nor do scalars of any kind.
+TEST(Frame, ScalarsRaiseNothing) {
+    for_every_kernel([&](const Row& row, int slot) {
+        if (row.scalars == 0) return;
+        Data data(row, 9, mixed);
+        for (int first = 0; first < static_cast<int>(mixed.size()); ++first) {
+            data.scalars = elements(row, row.argument_parts, 4, mixed, first);
+            _mm_setcsr(0);
+            data.compute(slot, 0, data.count);
+            const std::uint32_t after = _mm_getcsr();
+            _mm_setcsr(mask_all);
+            EXPECT_EQ(after, 0u) << first;
+        }
+    });
+}
+
 // The flags of the bare instruction, on all kinds of numbers. Values go through memory
 // alone: an x87 register would make a signalling NaN quiet.
 template <class T>

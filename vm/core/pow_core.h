@@ -105,8 +105,9 @@ inline Power pow_positive(double x, double y) {
     return {round_to_subnormal((p.high * p.power)[0], (p.low * p.power)[0]), true};
 }
 
-// x^y of one element, any x and y.
-template <class T> inline int pow_edge(T x, T y, T& r) {
+// x^y of one element, any x and y; `power` gives |x|^y where neither is special.
+template <class T, class Magnitude = Power (*)(double, double)>
+inline int pow_edge(T x, T y, T& r, Magnitude magnitude = pow_positive) {
     if (y == 0 || x == 1) return r = 1, VTM_STATUS_OK;
     if (is_nan(x) || is_nan(y)) return r = x + y, VTM_STATUS_OK;
     const double a = x < 0 ? -double(x) : double(x);
@@ -128,7 +129,7 @@ template <class T> inline int pow_edge(T x, T y, T& r) {
     if (is_infinite(x)) return r = y < 0 ? sign * T(0) : sign * Format<T>::infinity, VTM_STATUS_OK;
     if (x < 0 && !integer) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
     if (a == 1) return r = sign, VTM_STATUS_OK;
-    const Power power = pow_positive(a, y);
+    const Power power = magnitude(a, y);
     r = sign * static_cast<T>(power.value);
     if (is_infinite(r)) return VTM_STATUS_OVERFLOW;
     return power.subnormal || power.value < Format<T>::smallest_normal ? VTM_STATUS_UNDERFLOW
@@ -170,34 +171,70 @@ inline Two<f4> pow_single(f4 x, f4 y) {
 // What Pow and Powx have in common: all but the frame.
 template <class T> struct PowRange;
 template <> struct PowRange<double> {
-    static constexpr std::uint32_t y_small = 0x3BF00000, y_large = 0x43F00000;  // 2^-64, 2^64
-    static constexpr std::int32_t large_exponent = 0x40861800;                  // |y ln x| < 707
+    static constexpr std::int32_t y_large = 0x43F00000;         // 2^64
+    static constexpr std::int32_t y_parity = 0x43200000;        // 2^51
+    static constexpr std::int32_t large_exponent = 0x40861800;  // |y ln x| < 707
 };
 template <> struct PowRange<float> {
-    static constexpr std::uint32_t y_small = 0x2B800000, y_large = 0x5F800000;  // 2^-40, 2^64
-    static constexpr std::int32_t large_exponent = 0x42AE0000;                  // 87
+    static constexpr std::int32_t y_large = 0x5F800000;         // 2^64
+    static constexpr std::int32_t large_exponent = 0x42AE0000;  // 87
 };
 
+// Sign bits: where y is odd, and where it is no integer. Double: for |y| < 2^51; single: from
+// 2^31 on all count as fractions.
+template <class V> struct Parity { V odd, fraction; };
+inline Parity<d2> parity(d2 y) {
+    constexpr double shifter = 0x1.8p52;
+    const d2 sum = y + shifter;
+    return {(d2)((l2)sum << 63), 0.0 - absolute(y - (sum - shifter))};
+}
+inline Parity<f4> parity(f4 y) {
+    const i4 whole = (i4)_mm_cvttps_epi32((__m128)y);
+    const f4 fraction = y - (f4)_mm_cvtepi32_ps((__m128i)whole);
+    return {(f4)(whole << 31), 0.0f - absolute(fraction)};
+}
+
+// fast is for positive x; far for x of either sign, and for integers y where one is negative.
 template <class T, class Accuracy> struct PowFormula {
     using V = Vector<T>;
     using Range = PowRange<T>;
     static constexpr bool in_double = std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>;
+    static constexpr bool far_everywhere = true;
 
     static i4 x_outside(i4 x) {
         return not_between(x, Format<T>::normal_head, Format<T>::infinity_head);
     }
-    static i4 y_outside(i4 y) { return not_between(magnitude(y), Range::y_small, Range::y_large); }
+    static i4 x_beyond(i4 x) { return x_outside(magnitude(x)); }
+    // Single: where y is too large, so is y ln x, or NaN.
+    static i4 y_beyond(i4 y) {
+        if constexpr (std::is_same_v<T, float>) return y & 0;
+        else return greater(magnitude(y), all(Range::y_parity - 1));
+    }
+    // Where y is so small that y ln x underflows, the power is 1 all the same.
+    static i4 y_outside(i4 y) { return greater(magnitude(y), all(Range::y_large - 1)); }
 
     static auto fast(V x, V y) {
         if constexpr (in_double) return pow_in_double(x, y);
         else if constexpr (std::is_same_v<T, float>) return pow_single(x, y);
         else return pow_core<Accuracy>(x, y, exponent_halves<Accuracy>(y));
     }
+    // `odd`: sign bits where y is odd.
+    static auto far(V x, V y, V odd) {
+        using Bits = decltype(sign_bit(x));
+        const auto with_sign = [&](V power) { return (V)((Bits)power | ((Bits)odd & (Bits)x)); };
+        const auto power = fast(absolute(x), y);
+        if constexpr (in_double) return Two<V>{with_sign(power), power};
+        else return Two<V>{with_sign(power.first), power.second};
+    }
 
     static i4 refuse(i4 r) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
-    static i4 refuse(i4, i4 exponent) { return magnitude(exponent) >= Range::large_exponent; }
+    // The second vector is y ln x, or the power of |x|.
+    static i4 refuse(i4, i4 guard) {
+        if constexpr (in_double) return refuse(guard);
+        else return magnitude(guard) >= Range::large_exponent;
+    }
 };
 
 }  // namespace kef::vm

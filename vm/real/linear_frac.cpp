@@ -194,7 +194,7 @@ private:
     void type##LinearFrac_##accuracy(                                                             \
         std::int32_t n, const element_##type* a, const element_##type* b, element_##type scalea,  \
         element_##type shifta, element_##type scaleb, element_##type shiftb, element_##type* r) { \
-        map2<LinearFrac<element_##type, accuracy>>(n, a, b, r, {scalea, shifta, scaleb, shiftb}); \
+        map2<LinearFrac<element_##type, accuracy>>(n, a, b, r, scalea, shifta, scaleb, shiftb);   \
     }
 KEF_LINEAR_FRAC(s, HA)
 KEF_LINEAR_FRAC(d, LA)

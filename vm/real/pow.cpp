@@ -19,8 +19,19 @@
 namespace kef::vm {
 
 template <class T, class Accuracy> struct Pow : PowFormula<T, Accuracy> {
+    using V = Vector<T>;
     KEF_REPORT_NAME(Pow);
     static i4 outside(i4 a, i4 b) { return Pow::x_outside(a) | Pow::y_outside(b); }
+    static i4 beyond(i4 a, i4 b) { return Pow::x_beyond(a) | Pow::y_beyond(b); }
+    static V undefined(V a, V b) {
+        using Bits = decltype(sign_bit(a));
+        return (V)((Bits)a & (Bits)parity(b).fraction);
+    }
+    static auto far(V a, V b) { return PowFormula<T, Accuracy>::far(a, b, parity(b).odd); }
+    // Beside a short formula a call would count.
+    [[gnu::flatten]] static auto far(V a, V b) requires std::is_same_v<Accuracy, EP> {
+        return PowFormula<T, EP>::far(a, b, parity(b).odd);
+    }
     static int edge(T a, T b, T& r) { return pow_edge(a, b, r); }
 };
 

@@ -15,6 +15,8 @@
 //   k.beyond(h...), k.far(x...)
 //                          optional second gate and formula: far gives the lanes that
 //                          `outside` holds back and `beyond` does not
+//   k.undefined(x...)      optional: lanes that far must not see either, told by the vectors
+//                          themselves; sign bits
 //   K::far_everywhere      optional: far gives those that `outside` lets pass too, and the
 //                          same bits as fast
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
@@ -199,14 +201,19 @@ inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) 
 }
 (std::make_index_sequence<I>());
 
-// Whether the second gate holds a group back too, or there is none.
+// Whether the second gates hold a group back too, or there is no second formula.
 template <class K, class T, std::size_t I>
 inline bool is_beyond(const K& k, const std::array<Group<T>, I>& x) {
-    if constexpr (has_far<K, I>) return [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return any_lane(k.beyond(x[N].head()...));
-        }
-    (std::make_index_sequence<I>());
-    return true;
+    constexpr auto indices = std::make_index_sequence<I>();
+    const bool beyond = [&]<std::size_t... N>(std::index_sequence<N...>) {
+        if constexpr (has_far<K, I>) return any_lane(k.beyond(x[N].head()...));
+        return true;
+    }
+    (indices);
+    if constexpr (requires { &K::undefined; })
+        return beyond ||
+               any_lane(apply([&](auto... v) { return k.undefined(v...); }, x, indices)[0].head());
+    return beyond;
 }
 
 // Computes a group that the first gate holds back by the second formula.
@@ -299,8 +306,10 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
 [[gnu::noinline]] int again(K k, int i, int n, Guard& guard, const std::array<const T*, I>& in,
                             const std::array<T*, O>& out) {
     if constexpr (has_far<K, I>) {
-        const int behind = far_groups(k, i, n, in, out);
-        if (behind > i) return behind - group;
+        if (!is_beyond(k, group_at(in, i))) {
+            const int behind = far_groups(k, i, n, in, out);
+            if (behind > i) return behind - group;
+        }
     }
     one_by_one(k, i, group, guard, in, out);
     return i;
@@ -328,11 +337,13 @@ inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& ou
 }
 
 template <class K, class T, std::size_t I, std::size_t O>
-inline void run(const K k, int n, const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O>& out,
+                auto... scalars) {
     if (n <= 0) return;
     constexpr bool has_edge = requires { &K::edge; };
     constexpr bool arithmetic = requires { K::arithmetic; };
     ControlGuard<arithmetic> guard;
+    const K k{scalars...};  // its arithmetic raises no flags either
 
     int i = 0;
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
@@ -356,18 +367,17 @@ inline void run(const K k, int n, const std::array<const T*, I>& in, const std::
 
 }  // namespace frame
 
-// Flattened: however long a formula, it is part of the loop.
+// Flattened: however long a formula, it is part of the loop. The kernel K is made of the scalars.
 template <class K, class T>
-[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, const K& k = {}) {
-    frame::run<K, T, 1, 1>(k, n, {a}, {r});
+[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, auto... scalars) {
+    frame::run<K, T, 1, 1>(n, {a}, {r}, scalars...);
 }
 template <class K, class T>
-[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, const K& k = {}) {
-    frame::run<K, T, 2, 1>(k, n, {a, b}, {r});
+[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, auto... scalars) {
+    frame::run<K, T, 2, 1>(n, {a, b}, {r}, scalars...);
 }
-template <class K, class T>
-[[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z, const K& k = {}) {
-    frame::run<K, T, 1, 2>(k, n, {a}, {y, z});
+template <class K, class T> [[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z) {
+    frame::run<K, T, 1, 2>(n, {a}, {y, z});
 }
 
 // Define the kernel of a slot, named as in surface.def, from the functor
