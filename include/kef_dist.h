@@ -4,7 +4,7 @@
  * when it failed; numbers made until then stay in r. n <= 0 makes none. Methods, counts, pointers
  * and parameters are the caller's to check; the uniform generators alone look at
  * VTS_METHOD_ACCURATE, and the others take their method without it, Lognormal apart. Nothing is
- * allocated, except where a function says so. Stack: docs/distributions.md.
+ * allocated, except where a function says so. Stack: at most 48 KB (docs/distributions.md).
  *
  * The thread's vector-math mode and error callback are the same after a call as before it. Its
  * status is not: a logarithm of a uniform of exactly 0 leaves VTM_STATUS_SING.
