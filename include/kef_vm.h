@@ -3,7 +3,10 @@
  *
  * Every function works on the calling thread alone; nothing here takes a lock.
  * All functions are plain C, never throw and never keep a pointer to caller
- * data, except the two that say so. */
+ * data, except the two that say so.
+ *
+ * Every function gives the same bits on every x86 processor, at every length,
+ * position and alignment of the vectors. */
 #ifndef KEF_VM_H
 #define KEF_VM_H
 

@@ -200,6 +200,18 @@ TEST(Surface, ExportsWhatTheHeadersDeclareAndNoMore) {
     EXPECT_GT(exported.size(), rows().size() * 6 + 20);
 }
 
+// Instructions whose bits differ among makers of processors: estimates of reciprocals, and the
+// functions of the x87 unit.
+TEST(Surface, EveryInstructionGivesTheSameBitsOnEveryProcessor) {
+    const std::regex estimates(R"(\t(v?rcp|v?rsqrt|fsin|fcos|fptan|fpatan|f2xm1|fyl2x))");
+    std::size_t count = 0;
+    for (const std::string& line : lines_of({"objdump", "-d", "--no-show-raw-insn", KEF_LIBRARY})) {
+        EXPECT_FALSE(std::regex_search(line, estimates)) << line;
+        count += line.find("\tmul") != line.npos;
+    }
+    EXPECT_GT(count, 1000u);  // it was a disassembly
+}
+
 TEST(Surface, EntriesAreBareJumps) {
     std::map<std::uintptr_t, std::vector<std::string>> code;
     std::vector<std::string>* current = nullptr;

@@ -74,7 +74,7 @@ inline d2 asin_polynomial_tail(d2 z) {
     return low + z4 * (middle + z4 * (high + z4 * c13));
 }
 
-// EP, |x| < 1, without cases: asin x = x F(1 - s), s = sqrt(1 - x^2), relative error 2^-13.1;
+// EP, |x| <= 1, without cases: asin x = x F(1 - s), s = sqrt(1 - x^2), relative error 2^-13.1;
 // acos y = sqrt(1 - y) G(y) for y = |x|, relative error 2^-14.1. Both exact at 0.
 inline f4 asin_short(f4 x) {
     constexpr float f1 = from_bits(0x3EA8D96Fu), f2 = from_bits(0x3E297202u),
@@ -90,7 +90,7 @@ inline f4 acos_short(f4 x) {
     return where((i4)x >> 31, all(static_cast<float>(pi_high))) + (f4)((i4)a ^ sign_bit(x));
 }
 
-// 0 <= y < 1.
+// 0 <= y <= 1; HA < 1.
 template <class Accuracy, class V> inline AsinParts<V> asin_parts(V y) {
     using T = std::remove_reference_t<decltype(y[0])>;
     const V half = all(T(0.5)) - y * T(0.5);

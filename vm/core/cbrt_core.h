@@ -104,11 +104,20 @@ template <class Formula> inline d2x2 from_single_estimate(f4 x, Formula formula)
     return {formula(wide.low, y.low), formula(wide.high, y.high)};
 }
 
-// The gate: |x| normal, and in double above 2^-960, so that no part of x is subnormal.
+// The gates: |x| normal, and in double from 2^-960 to 2^1000, so that no part of x and no power of
+// it is subnormal; beyond, formula(x 2^-+300) times 2^+-(300 p) for x^p.
 template <class T> inline i4 cbrt_outside(i4 h) {
-    constexpr std::uint32_t small =
-        std::is_same_v<T, double> ? 0x03F00000 : Format<float>::normal_head;
-    return not_between(magnitude(h), small, Format<T>::infinity_head);
+    if constexpr (std::is_same_v<T, double>)
+        return not_between(magnitude(h), head_of(0x1p-960), head_of(0x1p1000));
+    return not_between(magnitude(h), Format<T>::normal_head, Format<T>::infinity_head);
+}
+inline i4 cbrt_beyond(i4 h) {
+    return not_between(magnitude(h), Format<double>::normal_head, Format<double>::infinity_head);
+}
+template <class Formula> inline d2 cbrt_rescaled(d2 x, Formula formula, double up, double down) {
+    const l2 small = absolute(x) < 1.0;
+    return formula(x * select(small, all(0x1p300), all(0x1p-300))) *
+           select(small, all(down), all(up));
 }
 
 }  // namespace kef::vm

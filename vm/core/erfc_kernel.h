@@ -9,7 +9,7 @@
 
 #include "vm/core/erf_core.h"
 #include "vm/core/erf_single.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 
@@ -25,7 +25,7 @@ struct ErfcScale {
     static constexpr float factor = 1;
     // The table holds for y < table_end; for y < -last the result rounds to 2 f.
     static constexpr double table_end = 6, last = 6;
-    static constexpr float last_single = 9.2f;
+    static constexpr float last_single = 9.1875f;
     static constexpr ErfcLimits of_double = {26.375, 28}, of_single = {9.1875, 10.25};
 
     template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
@@ -41,7 +41,7 @@ struct CdfNormScale {
     static constexpr bool reversed = true;
     static constexpr float factor = 0.5f;
     static constexpr double table_end = 8.375, last = 8.46;
-    static constexpr float last_single = 13;
+    static constexpr float last_single = 12.9375f;
     static constexpr ErfcLimits of_double = {37.25, 39.5}, of_single = {12.9375, 14.5};
 
     // 1/sqrt2, its leading 26 bits and the rest.
@@ -79,24 +79,27 @@ template <class T, class Accuracy, class Scale> struct ErfcKernel {
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
     static constexpr ErfcLimits limits = single ? Scale::of_single : Scale::of_double;
 
-    // Lanes other than -infinity < y < end.
-    static i4 held_back(i4 h, T end) {
+    // Lanes other than first <= |y|, -infinity < y < end.
+    static i4 held_back(i4 h, T first, T end) {
         constexpr std::uint32_t negative = 0x80000000;
         if constexpr (Scale::reversed) h = h ^ INT32_MIN;
-        return not_between(h, 0, static_cast<std::uint32_t>(head(end))) &
-               not_between(h, negative, negative + Format<T>::infinity_head);
+        return not_between(h, head_of(first), head_of(end)) &
+               not_between(h, negative + head_of(first), negative + Format<T>::infinity_head);
     }
+    static constexpr T bound = in_single ? tiny_bound<T, Accuracy, Tiny::by_size> : T(0);
+    static constexpr bool far_everywhere = in_single;
     static i4 outside(i4 h) {
-        return held_back(h, T(in_single ? limits.normal_end : Scale::table_end));
+        return held_back(h, bound, T(in_single ? limits.normal_end : Scale::table_end));
     }
-    static i4 beyond(i4 h) requires(!in_single) { return held_back(h, T(limits.normal_end)); }
+    static i4 beyond(i4 h) { return held_back(h, 0, T(limits.normal_end)); }
 
     static auto fast(V x) {
         if constexpr (in_single) return near_in_single(x);
         else return result(x, [](d2 y) { return rounded(near<Accuracy>(y)); });
     }
     static auto far(V x) {
-        return result(x, [](d2 y) { return rounded(Scale::template tail<0>(absolute(y))); });
+        if constexpr (in_single) return beside_tiny<AtZero::constant>(x, bound, fast);
+        else return result(x, [](d2 y) { return rounded(Scale::template tail<0>(absolute(y))); });
     }
     // Single HA: the second vector marks the midpoints.
     static i4 refuse(i4, i4 midpoint) { return midpoint; }

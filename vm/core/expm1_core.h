@@ -66,7 +66,7 @@ template <class Accuracy> inline d2 expm1_core(d2 x) {
 }
 
 // The same in single precision: e^x - 1 = (2^k - 1) + 2^k p(r), |r| <= ln2/2,
-// -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP); EP keeps the sign of zero.
+// -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP).
 template <class Accuracy> inline f4 expm1_single(f4 x) {
     constexpr float shifter = 0x1.8p23f + 127;
     const f4 sum = x * from_bits(0x3FB8AA3Bu) + shifter;

@@ -46,14 +46,15 @@ struct alignas(16) GammaRowSingle {
 extern const GammaRow gamma_table[gamma_rows], lgamma_table[gamma_rows];
 extern const GammaRowSingle gamma_table_single[gamma_rows], lgamma_table_single[gamma_rows];
 
-// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 0 or 20 1/16.
+// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 20 1/16 or as 2^-100
+// (single precision: 2^-40), which drowns beside a(0) and leaves no subnormal products.
 struct GammaReduced {
     d2 c, t;
     const GammaRow *row0, *row1;
 };
 inline GammaReduced gamma_reduce(const GammaRow* table, d2 x) {
     constexpr double shifter = 0x1.8p49;  // leaves multiples of 1/8
-    x = minimum(maximum(x, all(0.0)), all(gamma_table_last));
+    x = minimum(maximum(x, all(0x1p-100)), all(gamma_table_last));
     const d2 sum = x + shifter, c = sum - shifter;
     return {c, x - c, &table[_mm_extract_epi16((__m128i)sum, 0)],
             &table[_mm_extract_epi16((__m128i)sum, 4)]};
@@ -126,14 +127,15 @@ template <class Accuracy> inline d2 lgamma_near(d2 x) {
     }
 }
 
-// s(y) = ln Gamma(y) - ((y - 1/2) ln y - y + ln(2 pi)/2), y >= 20; absolute error 2^-61.9.
+// s(y) = ln Gamma(y) - ((y - 1/2) ln y - y + ln(2 pi)/2), y >= 20; absolute error 2^-61.9. It
+// drowns long before y = 2^200.
 inline d2 stirling_rest(d2 y) {
     constexpr double s1 = from_bits(UINT64_C(0x3FB5555555555555));
     constexpr double s3 = from_bits(UINT64_C(0xBF66C16C16C12B8B));
     constexpr double s5 = from_bits(UINT64_C(0x3F4A01A00D638F63));
     constexpr double s7 = from_bits(UINT64_C(0xBF438100C4BCABAE));
     constexpr double s9 = from_bits(UINT64_C(0x3F4B31EDC2272045));
-    const d2 u = 1.0 / y, v = u * u;
+    const d2 u = 1.0 / minimum(y, all(0x1p200)), v = u * u;
     return u * (s1 + v * (s3 + v * (s5 + v * (s7 + v * s9))));
 }
 
@@ -244,7 +246,7 @@ template <class Accuracy> inline d2 lgamma_far(d2 x) {
 // Single precision: the polynomials up to t^6 (LA) and t^3 (EP).
 template <class Accuracy> inline f4 gamma_value(const GammaRowSingle* table, f4 x, f4& c) {
     constexpr float shifter = 0x1.8p20f;  // leaves multiples of 1/8
-    x = minimum(maximum(x, all(0.0f)), all(static_cast<float>(gamma_table_last)));
+    x = minimum(maximum(x, all(0x1p-40f)), all(static_cast<float>(gamma_table_last)));
     const f4 sum = x + shifter;
     c = sum - shifter;
     const f4 t = x - c;

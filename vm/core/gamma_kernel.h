@@ -48,10 +48,22 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
     static auto far(V x) {
         if constexpr (single) {
             const d2x2 wide = widen(x);
-            return rounded({Function::far_one(wide.low), Function::far_one(wide.high)});
+            return rounded({far_or_tiny(wide.low), far_or_tiny(wide.high)});
         } else {
-            return Function::far_one(x);
+            return far_or_tiny(x);
         }
+    }
+
+private:
+    // |Gamma(x)| = Gamma(|x|) to 2^-60 where |x| < 2^-61; there products of sin(pi x) would be
+    // subnormal.
+    static d2 far_or_tiny(d2 x) {
+        const d2 y = absolute(x);
+        const l2 tiny = y < 0x1p-61;
+        if (!any_lane((i4)tiny)) return Function::far_one(x);
+        const d2 near = Function::template near<std::conditional_t<single, LA, Accuracy>>(y);
+        return select(tiny, Function::reflected(near, x),
+                      Function::far_one(select(tiny, all(30.0), x)));
     }
 };
 

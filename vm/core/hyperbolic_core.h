@@ -16,16 +16,16 @@
 
 namespace kef::vm {
 
-// The gates: |x| < large, the bits of which are last + 1.
+// The gates: |x| < large_value, whose leading bits are `large`.
 template <class T> struct HyperbolicRange;
 template <> struct HyperbolicRange<double> {
-    static constexpr std::int32_t last = 0x40844FFF;
+    static constexpr std::uint32_t large = 0x40845000;
     static constexpr double large_value = 650;
     static constexpr double half_infinite_above = 711;  // beyond ln 2^1025
     static constexpr double one_from = 22;              // tanh x rounds to 1
 };
 template <> struct HyperbolicRange<float> {
-    static constexpr std::int32_t last = 0x42ABFFFF;
+    static constexpr std::uint32_t large = 0x42AC0000;
     static constexpr float large_value = 86;
     static constexpr float half_infinite_above = 90;
     static constexpr float one_from = 10;

@@ -11,6 +11,7 @@
 #include "vm/core/exp_core.h"
 #include "vm/core/log_single.h"
 #include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 
@@ -171,13 +172,18 @@ inline Two<f4> pow_single(f4 x, f4 y) {
 // What Pow and Powx have in common: all but the frame.
 template <class T> struct PowRange;
 template <> struct PowRange<double> {
-    static constexpr std::int32_t y_large = 0x43F00000;         // 2^64
-    static constexpr std::int32_t y_parity = 0x43200000;        // 2^51
-    static constexpr std::int32_t large_exponent = 0x40861800;  // |y ln x| < 707
+    static constexpr double y_tiny = 0x1p-64;
+    static constexpr std::int32_t y_large = 0x43F00000;   // 2^64
+    static constexpr std::int32_t y_parity = 0x43200000;  // 2^51
+    // |y ln x| < 707; LA 690, so that the terms of the power are normal numbers
+    template <class Accuracy>
+    static constexpr std::int32_t large_exponent =
+        std::is_same_v<Accuracy, LA> ? 0x40859000 : 0x40861800;
 };
 template <> struct PowRange<float> {
-    static constexpr std::int32_t y_large = 0x5F800000;         // 2^64
-    static constexpr std::int32_t large_exponent = 0x42AE0000;  // 87
+    static constexpr float y_tiny = 0x1p-40f;
+    static constexpr std::int32_t y_large = 0x5F800000;                                   // 2^64
+    template <class Accuracy> static constexpr std::int32_t large_exponent = 0x42AE0000;  // 87
 };
 
 // Sign bits: where y is odd, and where it is no integer. Double: for |y| < 2^51; single: from
@@ -210,8 +216,10 @@ template <class T, class Accuracy> struct PowFormula {
         if constexpr (std::is_same_v<T, float>) return y & 0;
         else return greater(magnitude(y), all(Range::y_parity - 1));
     }
-    // Where y is so small that y ln x underflows, the power is 1 all the same.
-    static i4 y_outside(i4 y) { return greater(magnitude(y), all(Range::y_large - 1)); }
+    // The power is 1 for tiny y.
+    static i4 y_outside(i4 y) {
+        return not_between(magnitude(y), head_of(Range::y_tiny), Range::y_large);
+    }
 
     static auto fast(V x, V y) {
         if constexpr (in_double) return pow_in_double(x, y);
@@ -222,7 +230,7 @@ template <class T, class Accuracy> struct PowFormula {
     static auto far(V x, V y, V odd) {
         using Bits = decltype(sign_bit(x));
         const auto with_sign = [&](V power) { return (V)((Bits)power | ((Bits)odd & (Bits)x)); };
-        const auto power = fast(absolute(x), y);
+        const auto power = fast(absolute(x), unless_tiny(y, Range::y_tiny));
         if constexpr (in_double) return Two<V>{with_sign(power), power};
         else return Two<V>{with_sign(power.first), power.second};
     }
@@ -233,7 +241,7 @@ template <class T, class Accuracy> struct PowFormula {
     // The second vector is y ln x, or the power of |x|.
     static i4 refuse(i4, i4 guard) {
         if constexpr (in_double) return refuse(guard);
-        else return magnitude(guard) >= Range::large_exponent;
+        else return magnitude(guard) >= Range::template large_exponent<Accuracy>;
     }
 };
 

@@ -14,19 +14,14 @@
 // arguments of any size.
 #pragma once
 
+#include "vm/core/tiny.h"
 #include "vm/core/trig_core.h"
 #include "vm/core/trig_huge.h"
 #include "vm/core/trig_plain.h"
 
 namespace kef::vm {
 
-// The gates: from the smallest normal number, which leaves the sign of zero to the
-// edge (`zeros`: from zero, where the formula keeps it), to where the reductions end.
-inline constexpr std::uint32_t head_of(double x) {
-    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(x) >> 32);
-}
-inline constexpr std::uint32_t head_of(float x) { return std::bit_cast<std::uint32_t>(x); }
-
+// Where the reductions end.
 template <class T, class Accuracy> struct TrigLast;
 template <> struct TrigLast<double, HA> { static constexpr double near = 3072, far = 0x1p20; };
 template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = near; };
@@ -61,21 +56,36 @@ template <class T, class Accuracy, TrigReach reach> inline Vector<T> tangent_fas
     else return tangent_plain(x);
 }
 
+template <class V> inline Two<V> select(auto mask, Two<V> x, Two<V> y) {
+    return {select(mask, x.first, y.first), select(mask, x.second, y.second)};
+}
+
 // Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x).
-template <class Function, class T, class Accuracy, bool zeros = false> struct TrigKernel {
+template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKernel {
     using V = Vector<T>;
     using Last = TrigLast<T, Accuracy>;
-    static constexpr std::uint32_t first = zeros ? 0 : Format<T>::normal_head;
+    static constexpr T bound = std::is_same_v<T, double> ? T(0x1p-30) : T(0x1p-16);
+    static constexpr bool far_everywhere = true;
+
     static i4 outside(i4 h) {
-        if constexpr (zeros)
-            return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::near) - 1)));
-        else return not_between(magnitude(h), first, head_of(Last::near));
+        return not_between(magnitude(h), head_of(bound), head_of(Last::near));
     }
-    static i4 beyond(i4 h) requires(Last::far > Last::near) {
-        return not_between(magnitude(h), first, head_of(Last::far));
+    static i4 beyond(i4 h) {
+        return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::far) - 1)));
     }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
-    static auto far(V x) { return Function::template compute<TrigReach::far>(x); }
+    static auto far(V x) {
+        return beside_tiny<at_zero>(x, bound, [](V y) {
+            if constexpr (Last::far > Last::near) {
+                const auto is_far = absolute(y) >= all(Last::near);
+                if (any_lane((i4)is_far)) {
+                    const auto r = Function::template compute<TrigReach::far>(y);
+                    return all_lanes((i4)is_far) ? r : select(is_far, r, fast(y));
+                }
+            }
+            return fast(y);
+        });
+    }
 };
 
 // NaN and infinity; true where the results are settled.
@@ -84,13 +94,6 @@ template <class T> inline bool trig_special(T x, T& r, int& status) {
     if (is_nan(x)) return r = quiet(x), true;
     if (is_infinite(x)) return r = Format<T>::invalid, status = VTM_STATUS_ERRDOM, true;
     return false;
-}
-
-// Where sine and tangent equal their argument; a subnormal one may count as zero.
-template <class T> inline bool trig_tiny(T x, T& r) {
-    constexpr T bound = std::is_same_v<T, double> ? T(0x1p-300) : T(0x1p-60);
-    if (x >= bound || x <= -bound) return false;
-    return r = x == 0 ? x * T(0) : x, true;
 }
 
 // The sum, rounded once to T.

@@ -8,18 +8,20 @@
 // Single HA is the double formula of LA, rounded once; next to a midpoint of floats, as
 // for two of all arguments, the edge decides with both parts of HA.
 #include "vm/core/asin_core.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Acos {
+// Single precision: 1 too.
+template <class T, class Accuracy>
+struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::by_size,
+                        Format<T>::one_head + (sizeof(T) == 4)> {
     using V = Vector<T>;
     KEF_REPORT_NAME(Acos);
     static constexpr bool is_single_ha = std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>;
-
-    static i4 outside(i4 h) { return magnitude(h) >= Format<T>::one_head; }
 
     static DoubleDouble<V> parts(V x) {
         const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));

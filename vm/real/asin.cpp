@@ -7,17 +7,28 @@
 // Double HA: the arc sine in two parts, 0.52 ulp. Single HA is the double formula of
 // LA, rounded once; LA and EP compute in single precision.
 #include "vm/core/asin_core.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Asin {
+// Single precision: 1 too, for EP by the second formula.
+template <class T, class Accuracy>
+struct Asin
+    : TinyAside<Asin<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                Format<T>::one_head + (std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>)> {
     using V = Vector<T>;
     KEF_REPORT_NAME(Asin);
 
-    static i4 outside(i4 h) { return magnitude(h) >= Format<T>::one_head; }
+    static i4 beyond(i4 h) requires(Asin::bound > 0) {
+        return greater(magnitude(h), all(Format<T>::one_head - std::is_same_v<T, double>));
+    }
+    static V far(V x) requires(Asin::bound > 0) {
+        const V r = beside_tiny<AtZero::argument>(x, Asin::bound, fast);
+        return select(absolute(x) >= all(T(1)), with_sign(all(T(pi_high / 2)), x), r);
+    }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>) {

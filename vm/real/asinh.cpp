@@ -8,21 +8,18 @@
 // Single HA is the double formula of LA, rounded once; next to a midpoint of floats both
 // parts of HA decide. LA and EP compute in single precision.
 #include "vm/core/inverse_hyperbolic.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Asinh {
+template <class T, class Accuracy>
+struct Asinh : TinyAside<Asinh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                         std::is_same_v<T, double> ? 0x5F300000 : 0x5D800000> {
     using V = Vector<T>;
     KEF_REPORT_NAME(Asinh);
-
-    static i4 outside(i4 h) {
-        constexpr std::int32_t large = std::is_same_v<T, double> ? 0x5F300000 : 0x5D800000;
-        return large - 1 - magnitude(h);
-    }
 
     static auto fast(V x) {
         const V y = absolute(x);

@@ -11,20 +11,40 @@
 // single precision.
 #include "vm/core/atan_core.h"
 #include "vm/core/atan_single.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Atan {
+namespace {
+
+// The first formula holds for |x| < last, and what is above `drowned` does not count beside pi/2.
+template <class T, class Accuracy> struct AtanRange {
+    static constexpr std::uint32_t last = 0x78300000;  // 2^900
+    static constexpr T drowned = T(0x1p100);
+};
+template <class Accuracy> struct AtanRange<float, Accuracy> {
+    static constexpr std::uint32_t last = 0x4C800000;  // 2^26
+    static constexpr float drowned = 0x1p26f;
+};
+template <> struct AtanRange<float, HA> {
+    static constexpr std::uint32_t last = 0x7E800000;  // 2^126
+};
+
+}  // namespace
+
+template <class T, class Accuracy>
+struct Atan : TinyAside<Atan<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                        AtanRange<T, Accuracy>::last> {
     using V = Vector<T>;
+    using Range = AtanRange<T, Accuracy>;
     KEF_REPORT_NAME(Atan);
 
-    // |x| >= 2^900; in single precision 2^126.
-    static i4 outside(i4 h) {
-        constexpr std::int32_t huge = std::is_same_v<T, double> ? 0x78300000 : 0x7E800000;
-        return huge - 1 - magnitude(h);
+    static i4 beyond(i4 h) requires(Atan::bound > 0) { return not_finite<T>(h & INT32_MAX); }
+    static V far(V x) requires(Atan::bound > 0) {
+        return beside_tiny<AtZero::argument>(within(x, Range::drowned), Atan::bound, fast);
     }
 
     static auto fast(V x) {

@@ -22,14 +22,13 @@ namespace kef::vm {
 
 namespace {
 
-// Magnitudes from `first` to `last` and quotients of them keep clear of overflow
-// and underflow.
+// From `first` to `last` powers of quotients are normal numbers.
 template <class T> struct Atan2Range;
 template <> struct Atan2Range<double> {
-    static constexpr std::int32_t first = 0x30500000, last = 0x4F800000;  // 2^-250, 2^249
+    static constexpr std::int32_t first = 0x38F00000, last = 0x46E00000;  // 2^-112, 2^111
 };
 template <> struct Atan2Range<float> {
-    static constexpr std::int32_t first = 0x35800000, last = 0x49800000;  // 2^-20, 2^20
+    static constexpr std::int32_t first = 0x39000000, last = 0x46000000;  // 2^-13, 2^13
 };
 
 constexpr double pi = 2 * half_pi;
@@ -81,6 +80,44 @@ template <class T, class Accuracy> struct Atan2 {
         using Range = Atan2Range<T>;
         a = magnitude(a), b = magnitude(b);
         return (a - Range::first) | (b - Range::first) | (Range::last - a) | (Range::last - b);
+    }
+
+    // Any finite arguments whose quotient is a normal number.
+    static i4 beyond(i4 a, i4 b) {
+        constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
+        constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
+        constexpr std::int32_t widest = std::is_same_v<T, double> ? 1020 << 20 : 125 << 23;
+        a = magnitude(a), b = magnitude(b);
+        const i4 infinite = (last - a) | (last - b), small = (a - normal) | ((a - b) + widest);
+        if constexpr (std::is_same_v<T, float>) return infinite | (small & (a != 0));
+        return infinite | small | (b - normal);
+    }
+    // Single precision: the double formula of LA; a = b = 0 too. Double: with the larger one
+    // between 2 and 4; a quotient below 2^-60 is its arc tangent, and above 2^60 the angle is pi/2.
+    static V far(V y, V x) {
+        if constexpr (std::is_same_v<T, float>) {
+            const d2x2 h = widen(y), w = widen(x);
+            const auto angle = [](d2 y, d2 x) {
+                const d2 width = maximum(absolute(x), all(0x1p-200));
+                return turned(atan_core<LA>(absolute(y) / width), x, y);
+            };
+            return narrow(angle(h.low, w.low), angle(h.high, w.high));
+        } else {
+            const d2 height = absolute(y), width = absolute(x), larger = maximum(height, width);
+            const d2 scale =
+                (d2)(INT64_C(0x7FF0000000000000) - ((l2)larger & INT64_C(0x7FF0000000000000)));
+            const auto drowns = [&](d2 part) {
+                return sign_mask((l2)part + (INT64_C(60) << 52) - (l2)larger);
+            };
+            const l2 flat = drowns(height), steep = drowns(width);
+            const d2 h = where(~flat, height) * scale;
+            const d2 w = maximum(where(~steep, width) * scale, all(0x1p-58));
+            const d2 q = select(flat, height, all(0.0)) / select(flat, width, all(1.0));
+            DoubleDouble<d2> angle = {d2{}, d2{}};
+            if constexpr (std::is_same_v<Accuracy, HA>) angle = atan_quotient(h, w);
+            else angle.high = atan_core<LA>(h / w);
+            return turned({angle.high + q, angle.low}, x, y);  // one of the two is 0
+        }
     }
 
     static V fast(V y, V x) {

@@ -7,18 +7,18 @@
 // Double HA: the argument of the logarithm in two parts, 0.51 ulp. Single HA is the
 // double formula of LA, rounded once; LA and EP compute in single precision.
 #include "vm/core/inverse_hyperbolic.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Atanh {
+template <class T, class Accuracy>
+struct Atanh : TinyAside<Atanh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                         Format<T>::one_head> {
     using V = Vector<T>;
     KEF_REPORT_NAME(Atanh);
-
-    static i4 outside(i4 h) { return Format<T>::one_head - 1 - magnitude(h); }
 
     static V fast(V x) {
         const V y = absolute(x);

@@ -18,6 +18,10 @@ template <class T, class Accuracy> struct Cbrt {
     KEF_REPORT_NAME(Cbrt);
 
     static i4 outside(i4 h) { return cbrt_outside<T>(h); }
+    static i4 beyond(i4 h) requires(std::is_same_v<T, double>) { return cbrt_beyond(h); }
+    static V far(V x) requires(std::is_same_v<T, double>) {
+        return cbrt_rescaled(x, fast, 0x1p100, 0x1p-100);
+    }
 
     static V fast(V x) {
         const V a = absolute(x);

@@ -10,8 +10,7 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy,
-                        std::is_same_v<T, float> || !std::is_same_v<Accuracy, EP>> {
+struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy, AtZero::one> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Cos);
 

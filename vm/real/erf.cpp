@@ -10,7 +10,7 @@
 // two floats the edge decides with the low part of HA. LA and EP compute in single precision.
 #include "vm/core/erf_core.h"
 #include "vm/core/erf_single.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -19,33 +19,51 @@ namespace kef::vm {
 
 namespace {
 
-// From where the formula's low parts are normal numbers, in double; the smallest normal
-// number in single precision.
-template <class T> constexpr std::uint32_t erf_first = 0x07B00000;  // 2^-900
-template <> constexpr std::uint32_t erf_first<float> = Format<float>::normal_head;
-
-// 2/sqrt(pi) = high + low.
+// 2/sqrt(pi) = high + low; and the leading 26 bits and the rest.
 constexpr double slope_high = from_bits(UINT64_C(0x3FF20DD750429B6D));
 constexpr double slope_low = from_bits(UINT64_C(0x3C71AE3A914FED80));
+constexpr double slope_leading = from_bits(UINT64_C(0x3FF20DD750000000));
+constexpr double slope_rest = (slope_high - slope_leading) + slope_low;
+
+// 2/sqrt(pi) x; scaled, so that the parts of small ones are normal numbers.
+inline d2 erf_slope(d2 x) {
+    const d2 u = x * 0x1p200, high = leading(u);
+    return (high * slope_leading + (u * slope_rest + (u - high) * slope_leading)) * 0x1p-200;
+}
+inline f4 erf_slope(f4 x) { return x * static_cast<float>(slope_high); }
 
 }  // namespace
 
 template <class T, class Accuracy> struct Erf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Erf);
+    static constexpr bool in_double = std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>;
 
-    // Zeros of single precision take the fast way; those of double have tiny numbers beside
-    // them that the leading bits do not tell apart.
+    // erf x = 2/sqrt(pi) x below it. Subnormal numbers come to the edge, which finds whether the
+    // result is one; zeros too where the leading bits do not tell them apart.
+    static constexpr T bound = tiny_bound<T, LA, Tiny::by_square>;
+    static constexpr bool far_everywhere = true;
     static i4 outside(i4 h) {
+        return not_between(magnitude(h), head_of(bound), Format<T>::infinity_head);
+    }
+    static i4 beyond(i4 h) {
         const i4 size = magnitude(h);
-        const i4 gate = not_between(size, erf_first<T>, Format<T>::infinity_head);
+        const i4 gate = not_between(size, Format<T>::normal_head, Format<T>::infinity_head);
         return std::is_same_v<T, float> ? gate & (size != 0) : gate;
+    }
+    static auto far(V x) {
+        if constexpr (in_double) {
+            return fast(x);
+        } else {
+            const auto tiny = absolute(x) < all(bound);
+            return with_sign(select(tiny, erf_slope(x), fast(where(~tiny, x))), x);
+        }
     }
 
     static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) {
             return with_sign(rounded(erf_table_sum<Accuracy>(minimum(absolute(x), all(6.0)))), x);
-        } else if constexpr (std::is_same_v<Accuracy, HA>) {
+        } else if constexpr (in_double) {
             const d2x2 u = widen(minimum(absolute(x), all(6.0f)));
             const Two<f4> r = with_midpoints({erf_table_sum<LA>(u.low), erf_table_sum<LA>(u.high)});
             return Two<f4>{with_sign(r.first, x), r.second};

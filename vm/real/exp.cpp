@@ -11,6 +11,7 @@
 // argument (docs/accuracy.md); LA and EP compute in single precision. Outside the
 // gate every slot uses the more accurate double formula.
 #include "vm/core/exp_core.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -21,7 +22,8 @@ namespace {
 
 template <class T> struct ExpBounds;
 template <> struct ExpBounds<double> {
-    static constexpr std::int32_t gate = 0x4086232B;  // |x| < 708.39599609375
+    static constexpr std::uint32_t gate = 0x4086232B;     // |x| < 708.39599609375
+    static constexpr std::uint32_t gate_la = 0x40859000;  // 690: its terms are normal numbers
     static constexpr double zero_below = from_bits(UINT64_C(0xC0874910D52D3052));  // ln 2^-1075
     static constexpr double subnormal_below =
         from_bits(UINT64_C(0xC086232BDD7ABCD3));                                       // ln 2^-1022
@@ -29,20 +31,35 @@ template <> struct ExpBounds<double> {
     static constexpr double late_scaling_above = from_bits(UINT64_C(0x40862E37E7D8BA72));
 };
 template <> struct ExpBounds<float> {
-    static constexpr std::int32_t gate = 0x42AEAC4F;                  // |x| < 87.33654
-    static constexpr float zero_below = from_bits(0xC2CFF1B5u);       // ln 2^-150
-    static constexpr float subnormal_below = from_bits(0xC2AEAC50u);  // ln 2^-126
-    static constexpr float infinite_above = from_bits(0x42B17218u);   // ln 2^128
+    static constexpr std::uint32_t gate = 0x42AEAC4F, gate_la = gate;  // |x| < 87.33654
+    static constexpr float zero_below = from_bits(0xC2CFF1B5u);        // ln 2^-150
+    static constexpr float subnormal_below = from_bits(0xC2AEAC50u);   // ln 2^-126
+    static constexpr float infinite_above = from_bits(0x42B17218u);    // ln 2^128
 };
 
 }  // namespace
 
-template <class T, class Accuracy> struct Exp {
+template <class T, class Accuracy>
+struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size,
+                       std::is_same_v<Accuracy, LA> ? ExpBounds<T>::gate_la : ExpBounds<T>::gate> {
     using V = Vector<T>;
     using Bounds = ExpBounds<T>;
     KEF_REPORT_NAME(Exp);
 
-    static i4 outside(i4 h) { return magnitude(h) >= Bounds::gate; }
+    static i4 beyond(i4 h) requires(Exp::bound > 0) {
+        return greater(magnitude(h), all(static_cast<std::int32_t>(Bounds::gate - 1)));
+    }
+    static V far(V x) requires(std::is_same_v<T, double>&& std::is_same_v<Accuracy, LA>) {
+        return beside_tiny<AtZero::one>(x, Exp::bound, [](V y) {
+            const l2 large = absolute(y) >= 690.0;
+            if (!any_lane((i4)large)) return fast(y);
+            return select(large, exp_core<HA>(y), fast(where(~large, y)));
+        });
+    }
+    static V far(V x) requires(Exp::bound > 0 &&
+                               !(std::is_same_v<T, double> && std::is_same_v<Accuracy, LA>)) {
+        return beside_tiny<AtZero::one>(x, Exp::bound, fast);
+    }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<T, double>) return exp_core<Accuracy>(x);

@@ -7,7 +7,7 @@
 // Single HA is the double formula of LA, rounded once, which is correct for every
 // argument (docs/accuracy.md); LA and EP compute in single precision.
 #include "vm/core/expm1_core.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -16,15 +16,16 @@ namespace kef::vm {
 
 namespace {
 
-// The formula holds for x < large; below minus_one_from the result is -1.
+// The formula holds for |x| < large, and for x < end; below minus_one_from the result is
+// -1.
 template <class T> struct Expm1Range;
 template <> struct Expm1Range<double> {
-    static constexpr std::uint32_t large = 0x40862E37;  // 709.776
+    static constexpr std::uint32_t large = 0x40862000, end = 0x40862E37;  // 708, 709.776
     static constexpr double minus_one_from = -40.0;
     static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));  // ln 2^1024
 };
 template <> struct Expm1Range<float> {
-    static constexpr std::uint32_t large = 0x42B0C000;  // 88.375
+    static constexpr std::uint32_t large = 0x42AE0000, end = 0x42B0C000;  // 87, 88.375
     static constexpr float minus_one_from = -20.0f;
     static constexpr float infinite_above = from_bits(0x42B17218u);  // ln 2^128
 };
@@ -36,23 +37,24 @@ template <class T, class Accuracy> struct Expm1 {
     using Range = Expm1Range<T>;
     KEF_REPORT_NAME(Expm1);
 
-    static i4 outside(i4 h) {
+    static constexpr T bound = tiny_bound<T, Accuracy, Tiny::by_size>;
+    static constexpr bool far_everywhere = true;
+
+    static i4 outside(i4 h) { return not_between(magnitude(h), head_of(bound), Range::large); }
+    static i4 beyond(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        if constexpr (std::is_same_v<T, double>)
-            return not_between(h, 0, Range::large) &
-                   not_between(h, negative, negative + Format<T>::infinity_head);
-        // A negative NaN comes out of the formula too: no factor of it is NaN besides.
-        return greater(h, all(static_cast<std::int32_t>(Range::large - 1)));
+        return not_between(h, 0, Range::end) &
+               not_between(h, negative, negative + Format<T>::infinity_head);
     }
 
     static V fast(V x) {
-        const V y = maximum(all(Range::minus_one_from), x);  // the second one where x is NaN
-        // with_sign: of -0.
-        if constexpr (std::is_same_v<T, double>) return with_sign(expm1_core<Accuracy>(y), x);
+        if constexpr (std::is_same_v<T, double>) return expm1_core<Accuracy>(x);
         else if constexpr (std::is_same_v<Accuracy, HA>)
-            return with_sign(in_double(y, expm1_core<LA>), x);
-        else if constexpr (std::is_same_v<Accuracy, LA>) return with_sign(expm1_single<LA>(y), x);
-        else return expm1_single<EP>(y);
+            return with_sign(in_double(x, expm1_core<LA>), x);  // of -0
+        else return expm1_single<Accuracy>(x);
+    }
+    static V far(V x) {
+        return beside_tiny<AtZero::argument>(maximum(all(Range::minus_one_from), x), bound, fast);
     }
 
     static int edge(T x, T& r) {

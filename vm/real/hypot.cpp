@@ -11,6 +11,7 @@
 // element's precision, 1.0 ulp; also EP.
 #include <algorithm>
 
+#include "vm/core/rounding.h"
 #include "vm/core/scaling.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
@@ -21,15 +22,15 @@ namespace kef::vm {
 
 namespace {
 
-// The larger argument below `last` and above `first`: no square overflows, and what
-// underflows of the smaller one's does not count. In double the squares of all floats are
-// ordinary: single HA, and what the others' gate holds back.
+// From `least` to `end` squares, and in double their low parts and the root's, are normal numbers
+// and their sum is finite; the square of a number below `least` does not count beside that of
+// one above `counts`. In double the squares of all floats are ordinary: single HA, and LA beyond.
 template <class T> struct HypotRange;
 template <> struct HypotRange<double> {
-    static constexpr std::int32_t last = 0x5F300000, first = 0x26F00000;  // 2^500, 2^-400
+    static constexpr double least = 0x1p-255, counts = 0x1p-200, end = 0x1p480;
 };
 template <> struct HypotRange<float> {
-    static constexpr std::int32_t last = 0x5D800000, first = 0x26800000;  // 2^60, 2^-50
+    static constexpr float least = 0x1p-62f, counts = 0x1p-40f, end = 0x1p60f;
 };
 
 inline d2 root(d2 x) { return square_root(x); }
@@ -45,6 +46,8 @@ template <class V> inline DoubleDouble<V> root_of_squares(V a, V b) {
     return {s, rest * (0.5 / s)};
 }
 
+inline d2 rounded(DoubleDouble<d2> x) { return x.high + x.low; }
+
 }  // namespace
 
 template <class T, class Accuracy> struct Hypot {
@@ -52,36 +55,60 @@ template <class T, class Accuracy> struct Hypot {
     KEF_REPORT_NAME(Hypot);
     static constexpr bool accurate = std::is_same_v<Accuracy, HA>;
     static constexpr bool is_single = std::is_same_v<T, float>;
+    static constexpr bool in_double = is_single && accurate;
+    static constexpr bool far_everywhere = !in_double;
+    using Range = HypotRange<T>;
 
     static i4 infinite_or_nan(i4 a, i4 b) {
         constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
         return (last - magnitude(a)) | (last - magnitude(b));
     }
     static i4 outside(i4 a, i4 b) {
-        if constexpr (is_single && accurate) return infinite_or_nan(a, b);
-        using Range = HypotRange<T>;
-        a = magnitude(a), b = magnitude(b);
-        return (Range::last - a) | (Range::last - b) | ((a - Range::first) & (b - Range::first));
+        if constexpr (in_double) return infinite_or_nan(a, b);
+        const auto range = [](i4 h) {
+            return not_between(magnitude(h), head_of(Range::least), head_of(Range::end));
+        };
+        return range(a) | range(b);
     }
 
     static V fast(V a, V b) {
-        if constexpr (!accurate) {
-            return square_root(a * a + b * b);
-        } else if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<V> r = root_of_squares(a, b);
-            return r.high + r.low;
-        } else {
-            return in_double(a, b);
-        }
+        if constexpr (in_double) return wide_hypot(a, b);
+        else if constexpr (accurate) return rounded(root_of_squares(a, b));
+        else return square_root(a * a + b * b);
     }
-    static f4 in_double(f4 a, f4 b) {
+    static f4 wide_hypot(f4 a, f4 b) {
         const d2x2 x = widen(a), y = widen(b);
         return narrow(square_root(x.low * x.low + y.low * y.low),
                       square_root(x.high * x.high + y.high * y.high));
     }
 
-    static i4 beyond(i4 a, i4 b) requires(is_single && !accurate) { return infinite_or_nan(a, b); }
-    static V far(V a, V b) requires(is_single && !accurate) { return in_double(a, b); }
+    // Finite arguments; in double up to 2^1023 and not both subnormal, so that the root is normal.
+    static i4 beyond(i4 a, i4 b) requires(!in_double) {
+        if constexpr (is_single) return infinite_or_nan(a, b);
+        a = magnitude(a), b = magnitude(b);
+        constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head),
+                       end = static_cast<std::int32_t>(head_of(0x1p1023));
+        return (end - 1 - a) | (end - 1 - b) | ((a - normal) & (b - normal));
+    }
+    // Double: times a power of two.
+    static V far(V a, V b) requires(!in_double) {
+        a = absolute(a), b = absolute(b);
+        const V larger = maximum(a, b), smaller = minimum(a, b);
+        if constexpr (is_single) {
+            const V r =
+                fast(maximum(larger, all(Range::least)), maximum(smaller, all(Range::least)));
+            const i4 wide =
+                (larger >= Range::end) | ((larger < Range::counts) & (smaller < Range::least));
+            return any_lane(wide) ? select(wide, wide_hypot(a, b), r) : r;
+        } else {
+            const l2 large = larger >= Range::end;
+            const V up = select(larger < 0x1p-600, all(0x1p822), all(0x1p400));
+            const V scale =
+                select(large, all(0x1p-600), select(larger < Range::counts, up, all(1.0)));
+            const V part = maximum(smaller, where(large, all(1.0))) * scale;
+            return fast(larger * scale, maximum(part, all(Range::least))) / scale;
+        }
+    }
     // Overflow and subnormal results are for the edge.
     static i4 refuse(i4 r) requires(is_single) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);

@@ -6,9 +6,9 @@
 //   x = +infinity           +0
 //
 // Double HA corrects the quotient t = 1/sqrt(x) cut to 22 bits, for which 1 - x t^2 is
-// exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. The single kernels start from
-// the reciprocal instruction, whose last bits depend on the processor: EP is 2^-11.4, LA 2^-22, HA
-// corrects that in double and rounds once, so that its bits do not depend.
+// exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. Single EP corrects the bit
+// pattern once, LA twice; HA corrects that in double and rounds once. The processor's own estimate
+// would be shorter, but its bits differ among makers.
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -19,11 +19,20 @@ template <class T, class Accuracy> struct InvSqrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(InvSqrt);
 
-    // Double: above 2^-960, so that no part of x is subnormal.
+    // Double: from 2^-960 to 2^1020, so that no part of x and no square of the result is subnormal;
+    // beyond, x times a power of four.
     static i4 outside(i4 h) {
-        constexpr std::uint32_t small =
-            std::is_same_v<T, double> ? 0x03F00000 : Format<float>::normal_head;
-        return not_between(h, small, Format<T>::infinity_head);
+        if constexpr (std::is_same_v<T, double>)
+            return not_between(h, head_of(0x1p-960), head_of(0x1p1020));
+        return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
+    }
+    static i4 beyond(i4 h) requires(std::is_same_v<T, double>) {
+        return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
+    }
+    static V far(V x) requires(std::is_same_v<T, double>) {
+        const l2 small = x < 1.0;
+        return fast(x * select(small, all(0x1p108), all(0x1p-108))) *
+               select(small, all(0x1p54), all(0x1p-54));
     }
 
     static V fast(V x) {
@@ -35,9 +44,8 @@ template <class T, class Accuracy> struct InvSqrt {
             const d2 e = (1.0 - x_high * t2) - (x - x_high) * t2;
             return t + t * (e * (0.5 + e * 0.375));
         } else {
-            const f4 y = (f4)_mm_rsqrt_ps((__m128)x);
-            if constexpr (std::is_same_v<Accuracy, EP>) return y;
-            const f4 y2 = y + y * (0.5f - (x * y) * (y * 0.5f));
+            if constexpr (std::is_same_v<Accuracy, EP>) return estimate(x, ep);
+            const f4 y = estimate(x, la), y2 = y * (1.88988157f - (x * y) * y);
             if constexpr (std::is_same_v<Accuracy, LA>) return y2;
             const d2x2 wide = widen(x), t = widen(y2);
             return narrow(corrected(wide.low, t.low), corrected(wide.high, t.high));
@@ -56,6 +64,21 @@ template <class T, class Accuracy> struct InvSqrt {
 
 private:
     static d2 quotient(d2 x) { return 1.0 / square_root(x); }
+
+    // y P(e), e = x y^2, with y by halving the bit pattern, within 3.3% of a multiple of x^(-1/2)
+    // that makes the leading coefficient of P 1. EP: x^(-1/2), relative error 2^-15.6; LA:
+    // 2^(-1/3) of it, 2^-15.1, for which Newton's step needs no factor. tools/invsqrt.cpp
+    struct Start {
+        std::int32_t magic;
+        float c0, c1;
+    };
+    static constexpr Start ep = {0x5F111000, 2.28251982f, -2.25330663f};
+    static constexpr Start la = {0x5F096000, 1.89753997f, -2.05475211f};
+    static f4 estimate(f4 x, const Start& start) {
+        const f4 y = (f4)(start.magic - (i4)_mm_srli_epi32((__m128i)x, 1));
+        const f4 e = (x * y) * y;
+        return y * (start.c0 + e * (start.c1 + e));
+    }
 
     // The relative error of t cubed, for t of 2^-21.
     static d2 corrected(d2 x, d2 t) {

@@ -68,6 +68,8 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
         return lgamma_far<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
     }
 
+    static d2 reflected(d2 r, d2) { return r; }
+
     // Poles.
     static i4 refuse(i4 r) { return not_finite<T>(r); }
     static i4 refuse(i4 r, i4 midpoint) { return refuse(r) | midpoint; }

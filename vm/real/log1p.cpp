@@ -7,7 +7,7 @@
 //
 // Single HA is a double formula, rounded once; LA and EP compute in single precision.
 #include "vm/core/log1p_core.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -18,11 +18,11 @@ namespace {
 
 template <class T> struct Log1pRange;
 template <> struct Log1pRange<double> {
-    static constexpr std::uint32_t large = 0x7E700000;  // 2^1000
+    static constexpr std::uint32_t large = 0x58F00000;  // 2^400: ln(1 + x) = ln x
     static constexpr std::uint32_t one = 0x3FF00000;
 };
 template <> struct Log1pRange<float> {
-    static constexpr std::uint32_t large = 0x7E800000;  // 2^126
+    static constexpr std::uint32_t large = 0x7E800000;  // 2^126, for HA
     static constexpr std::uint32_t one = 0x3F800000;
 };
 
@@ -32,20 +32,39 @@ template <class T, class Accuracy> struct Log1p {
     using V = Vector<T>;
     using Range = Log1pRange<T>;
     KEF_REPORT_NAME(Log1p);
+    static constexpr T bound = tiny_bound<T, Accuracy, Tiny::by_size>;
+    static constexpr bool far_everywhere = bound > 0;
 
     static i4 outside(i4 h) {
         constexpr std::uint32_t negative = 0x80000000;
-        return not_between(h, 0, Range::large) & not_between(h, negative, negative + Range::one);
+        return not_between(h, head_of(bound), Range::large) &
+               not_between(h, negative + head_of(bound), negative + Range::one);
+    }
+    static i4 beyond(i4 h) requires(bound > 0) {
+        constexpr std::uint32_t negative = 0x80000000;
+        return not_between(h, 0, Format<T>::infinity_head) &
+               not_between(h, negative, negative + Range::one);
+    }
+    static V far(V x) requires(bound > 0) {
+        return beside_tiny<AtZero::argument>(x, bound, [](V y) {
+            if constexpr (std::is_same_v<T, double>) {
+                const l2 large = y >= 0x1p400;
+                if (any_lane((i4)large))
+                    return select(large, log_core<Accuracy>(maximum(y, all(1.0))),
+                                  fast(where(~large, y)));
+            }
+            return fast(y);
+        });
     }
 
     static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) {
-            return with_sign(log1p_core<Accuracy>(x), x);  // of -0
+            return log1p_core<Accuracy>(x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
             const Two<f4> r = with_midpoints(log1p_in_double(x));
-            return Two<f4>{with_sign(r.first, x), r.second};
+            return Two<f4>{with_sign(r.first, x), r.second};  // of -0
         } else {
-            return with_sign(log1p_single<Accuracy>(x), x);
+            return log1p_single<Accuracy>(x);
         }
     }
 

@@ -19,14 +19,12 @@ namespace kef::vm {
 
 namespace {
 
-// Where the power, and in double its parts, are normal numbers.
+// Where the power is a normal number; and the parts of double HA too.
 template <class T> struct Pow3o2Range;
 template <> struct Pow3o2Range<double> {
-    static constexpr std::uint32_t small = 0x1A000000, large = 0x6A800000;  // 2^-607, 2^681
+    static constexpr double small = 0x1p-681, large = 0x1p682, parts_from = 0x1p-607;
 };
-template <> struct Pow3o2Range<float> {
-    static constexpr std::uint32_t small = 0x15800000, large = 0x6A000000;  // 2^-84, 2^85
-};
+template <> struct Pow3o2Range<float> { static constexpr float small = 0x1p-84f, large = 0x1p85f; };
 
 inline d2 times_root(d2 x) { return x * square_root(x); }
 
@@ -44,7 +42,18 @@ template <class T, class Accuracy> struct Pow3o2 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Pow3o2);
 
-    static i4 outside(i4 h) { return not_between(h, Pow3o2Range<T>::small, Pow3o2Range<T>::large); }
+    using Range = Pow3o2Range<T>;
+    static constexpr bool in_parts = std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>;
+
+    static i4 beyond(i4 h) requires(in_parts) {
+        return not_between(h, head_of(Range::small), head_of(Range::large));
+    }
+    static V far(V x) requires(in_parts) { return fast(x * 0x1p200) * 0x1p-300; }
+    static i4 outside(i4 h) {
+        if constexpr (in_parts)
+            return not_between(h, head_of(Range::parts_from), head_of(Range::large));
+        return not_between(h, head_of(Range::small), head_of(Range::large));
+    }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<Accuracy, LA>) {

@@ -11,7 +11,7 @@
 namespace kef::vm {
 
 template <class T, class Accuracy>
-struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, std::is_same_v<Accuracy, EP>> {
+struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, AtZero::argument> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Sin);
 
@@ -21,7 +21,7 @@ struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, std::is_same_v<Accuracy, 
 
     static int edge(T x, T& r) {
         int status;
-        if (trig_special(x, r, status) || trig_tiny(x, r)) return status;
+        if (trig_special(x, r, status)) return status;
         r = rounded_sum<T>(sine_one(trig_reduce_one(x), sine_bias));
         return status;
     }

@@ -10,7 +10,8 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy>
+struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy, AtZero::argument> {
     using V = Vector<T>;
     KEF_TRIG_NAME(SinCos);
 
@@ -43,7 +44,7 @@ template <class T, class Accuracy> struct SinCos : TrigKernel<SinCos<T, Accuracy
         if (trig_special(x, y, status)) return z = y, status;
         const TrigReduced reduced = trig_reduce_one(x);
         z = rounded_sum<T>(sine_one(reduced, cosine_bias));
-        if (!trig_tiny(x, y)) y = rounded_sum<T>(sine_one(reduced, sine_bias));
+        y = rounded_sum<T>(sine_one(reduced, sine_bias));
         return status;
     }
 };

@@ -7,19 +7,19 @@
 // Single HA is the double formula of LA, rounded once, which is correct for every
 // argument (docs/accuracy.md); LA and EP compute in single precision.
 #include "vm/core/hyperbolic_core.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Sinh {
+template <class T, class Accuracy>
+struct Sinh : TinyAside<Sinh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                        HyperbolicRange<T>::large> {
     using V = Vector<T>;
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Sinh);
-
-    static i4 outside(i4 h) { return Range::last - magnitude(h); }
 
     static auto fast(V x) {
         const V a = absolute(x);

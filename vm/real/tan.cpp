@@ -12,7 +12,8 @@
 
 namespace kef::vm {
 
-template <class T, class Accuracy> struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy> {
+template <class T, class Accuracy>
+struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy, AtZero::argument> {
     using V = Vector<T>;
     KEF_TRIG_NAME(Tan);
 
@@ -20,7 +21,7 @@ template <class T, class Accuracy> struct Tan : TrigKernel<Tan<T, Accuracy>, T, 
 
     static int edge(T x, T& r) {
         int status;
-        if (trig_special(x, r, status) || trig_tiny(x, r)) return status;
+        if (trig_special(x, r, status)) return status;
         r = rounded_sum<T>(tangent_one(trig_reduce_one(x)));
         return status;
     }

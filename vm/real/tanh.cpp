@@ -7,7 +7,7 @@
 // argument (docs/accuracy.md); LA computes in single precision, and EP is a
 // rational function.
 #include "vm/core/hyperbolic_core.h"
-#include "vm/core/rounding.h"
+#include "vm/core/tiny.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -29,14 +29,12 @@ inline f4 tanh_rational(f4 x) {
 
 }  // namespace
 
-template <class T, class Accuracy> struct Tanh {
+template <class T, class Accuracy>
+struct Tanh : TinyAside<Tanh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::by_square,
+                        Format<T>::infinity_head> {
     using V = Vector<T>;
     using Range = HyperbolicRange<T>;
     KEF_REPORT_NAME(Tanh);
-
-    static i4 outside(i4 h) {
-        return static_cast<std::int32_t>(Format<T>::infinity_head - 1) - magnitude(h);
-    }
 
     static V fast(V x) {
         if constexpr (std::is_same_v<T, float> && std::is_same_v<Accuracy, EP>)

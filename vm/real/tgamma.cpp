@@ -65,6 +65,7 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     template <class A> static d2 near(d2 x) { return tgamma_near<A>(x); }
     static f4 near_single(f4 x) { return tgamma_single<Accuracy>(x); }
     static d2 far_one(d2 x) { return tgamma_far(x); }
+    static d2 reflected(d2 r, d2 x) { return with_sign(r, x); }
 
     // Poles, overflow and subnormal results.
     static i4 refuse(i4 r) {

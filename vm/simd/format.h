@@ -10,6 +10,12 @@
 
 namespace kef::vm {
 
+// The leading 32 bits of a constant.
+inline constexpr std::uint32_t head_of(double x) {
+    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(x) >> 32);
+}
+inline constexpr std::uint32_t head_of(float x) { return std::bit_cast<std::uint32_t>(x); }
+
 template <class T> struct Format;
 template <> struct Format<double> {
     using Bits = std::uint64_t;

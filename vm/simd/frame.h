@@ -17,8 +17,8 @@
 //                          `outside` holds back and `beyond` does not
 //   k.undefined(x...)      optional: lanes that far must not see either, told by the vectors
 //                          themselves; sign bits
-//   K::far_everywhere      optional: far gives those that `outside` lets pass too, and the
-//                          same bits as fast
+//   K::far_everywhere      optional, a bool: far gives those that `outside` lets pass too, and
+//                          the same bits as fast
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
 //   k.scalar()             the second argument of a kernel that has a vector and a scalar
@@ -28,10 +28,10 @@
 // The loop owns the count test, the control register, groups of four (where there are no
 // gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
 // with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a
-// gate holds a group back, the group tries the second formula for its lanes outside, and the groups
-// after it as long as they are held back too; where that fails each element of a group goes through
-// the gates alone, and only those that are held back then come to the edge. So an element's result
-// does not depend on its place, its neighbours, on n or on alignment.
+// gate holds a group back, the group tries the second formula for its lanes outside, and where that
+// is good everywhere so do some groups after it; where it fails each element of a group goes
+// through the gates alone, and only those that are held back then come to the edge. So an element's
+// result does not depend on its place, its neighbours, on n or on alignment.
 #pragma once
 
 #include <array>
@@ -201,6 +201,10 @@ inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) 
 }
 (std::make_index_sequence<I>());
 
+template <class K> inline constexpr bool far_is_everywhere = requires {
+    requires K::far_everywhere;
+};
+
 // Whether the second gates hold a group back too, or there is no second formula.
 template <class K, class T, std::size_t I>
 inline bool is_beyond(const K& k, const std::array<Group<T>, I>& x) {
@@ -221,35 +225,42 @@ template <class K, class T, std::size_t I, class Store>
 inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
     constexpr auto indices = std::make_index_sequence<I>();
     if (is_beyond(k, x)) return false;
-    auto y = apply([&](auto... v) { return k.far(v...); }, x, indices);
-    if constexpr (!requires { K::far_everywhere; }) {
-        const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
-            return k.outside(x[N].head()...);
+    const auto far = [&](auto... v) { return k.far(v...); };
+    const auto fast = [&](auto... v) { return k.fast(v...); };
+    const auto y = [&] {
+        if constexpr (far_is_everywhere<K>) {
+            return apply(far, x, indices);
+        } else {
+            const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
+                return k.outside(x[N].head()...);
+            }
+            (indices);
+            const auto zeros_in = [&x](i4 verdict) {  // the lanes that a formula is not for
+                auto kept = x;
+                for (auto& v : kept) v = v.replaced(verdict, Group<T>{});
+                return kept;
+            };
+            auto y = apply(far, zeros_in(~outside), indices);
+            if (!all_lanes(outside)) {
+                const auto near = apply(fast, zeros_in(outside), indices);
+                for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
+            }
+            return y;
         }
-        (indices);
-        if (!all_lanes(outside)) {
-            const auto near = apply([&](auto... v) { return k.fast(v...); }, x, indices);
-            for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
-        }
-    }
+    }();
     if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
     store_results(y);
     return true;
 }
 
-// A group by the second formula, where it gives it; and, where it is good everywhere, those
-// behind it as long as the first gate holds them back: the index behind them. The kernel comes
-// by value here and below: where its address never leaves a loop, its fields stay in registers.
+// A group by the second formula, where it gives it; and, where it is good everywhere, up to 15
+// behind it: the index behind them. The kernel comes by value here and below: where its address
+// never leaves a loop, its fields stay in registers.
 template <class K, class T, std::size_t I, std::size_t O>
 [[gnu::noinline]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
                                  const std::array<T*, O>& out) {
-    auto x = group_at(in, i);
-    while (try_far(k, x, storing(out, i))) {
-        i += group;
-        if (!requires { K::far_everywhere; } || i > n - group) break;
-        x = group_at(in, i);
-        if (!is_outside(k, x, std::make_index_sequence<I>())) break;
-    }
+    const int most = i + (far_is_everywhere<K> ? 16 : 1) * group, end = most < n ? most : n;
+    while (i <= end - group && try_far(k, group_at(in, i), storing(out, i))) i += group;
     return i;
 }
 
@@ -300,18 +311,28 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
     }
 }
 
-// A group that the gates of the fast formula hold back, and those behind it that go with it:
-// the index of the last one done.
+// A group that the gates of the fast formula hold back.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline]] int again(K k, int i, int n, Guard& guard, const std::array<const T*, I>& in,
-                            const std::array<T*, O>& out) {
-    if constexpr (has_far<K, I>) {
-        if (!is_beyond(k, group_at(in, i))) {
-            const int behind = far_groups(k, i, n, in, out);
-            if (behind > i) return behind - group;
-        }
-    }
+[[gnu::noinline]] void again(K k, int i, int n, Guard& guard, const std::array<const T*, I>& in,
+                             const std::array<T*, O>& out) {
+    if constexpr (has_far<K, I>)
+        if (!is_beyond(k, group_at(in, i)) && far_groups(k, i, n, in, out) > i) return;
     one_by_one(k, i, group, guard, in, out);
+}
+
+// All groups from one on that the gates hold back, where the second formula is good everywhere: by
+// it and the first one in turn; the index behind them. Apart from the main loop, whose index
+// moves by a constant alone: that makes its addresses simple.
+template <class K, class T, std::size_t I, std::size_t O, class Guard>
+[[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard,
+                                           const std::array<const T*, I>& in,
+                                           const std::array<T*, O>& out) {
+    while (i <= n - group) {
+        const int behind = is_beyond(k, group_at(in, i)) ? i : far_groups(k, i, n, in, out);
+        if (behind == i) one_by_one(k, i, group, guard, in, out), i += group;
+        else i = behind;
+        while (i <= n - group && try_group(k, group_at(in, i), storing(out, i))) i += group;
+    }
     return i;
 }
 
@@ -349,12 +370,15 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
     for (; i <= n - group; i += group) {
         const bool done = try_group(k, group_at(in, i), storing(out, i));
-        if constexpr (has_edge)
+        if constexpr (far_is_everywhere<K>) {
             if (!done) [[unlikely]] {
-                const int last = again(k, i, n, guard, in, out);
-                // An index that only the loop moves is cheaper.
-                if constexpr (requires { K::far_everywhere; }) i = last;
+                i = resume(k, i, n, guard, in, out);
+                break;
             }
+        } else if constexpr (has_edge) {
+            if (!done) [[unlikely]]
+                again(k, i, n, guard, in, out);
+        }
     }
 
     const int rest = n - i;
