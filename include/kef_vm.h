@@ -82,7 +82,7 @@ typedef struct kef_vtm_error_record {
                          one-argument functions */
     double result1;   /* may be replaced by the callback */
     double result2;   /* likewise; equals result1 where there is one */
-    char name[64];    /* the reporting function, for instance "vdExp" */
+    char name[64];    /* the reporting function; see below */
     int32_t name_length;
     int32_t reserved;
     double argument1_imag;
@@ -90,6 +90,10 @@ typedef struct kef_vtm_error_record {
     double result1_imag;
     double result2_imag;
 } kef_vtm_error_record;
+
+/* Names in records have two forms. Sin, Cos, Tan and SinCos: type letter, function and
+ * accuracy of the kernel ("sCos_HA", "dTan_LA"), where slots share a kernel the accuracy that
+ * it has. All others: "v", type letter and function ("vdLn"), whatever the accuracy. */
 
 /* Error callback. Returning 0 asks for the rest of the error mode (errno,
  * message, exception) and stores the record's results, changed or not, into the
