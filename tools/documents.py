@@ -187,6 +187,7 @@ def files():
     """What belongs to the tree: versioned or not, but not ignored."""
     if (ROOT / ".git").exists() and shutil.which("git"):
         listed = run(["git", "ls-files", "-z", "-co", "--exclude-standard"], cwd=ROOT)
+        listed.check_returncode()
         return [name for name in listed.stdout.split("\0") if name and (ROOT / name).is_file()]
     return [str(path.relative_to(ROOT)) for path in ROOT.rglob("*")
             if path.is_file() and path.relative_to(ROOT).parts[0] != "build"]
