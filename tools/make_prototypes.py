@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes include/kef_vm_functions.h from vm/surface/surface.def.
+"""Makes include/kef_vm_functions.h from vm/surface/surface.def and shapes.def.
 
     tools/make_prototypes.py            rewrites the header
     tools/make_prototypes.py --check    fails where it is not current
@@ -10,28 +10,12 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCE = ROOT / "vm/surface/surface.def"
+SHAPES = ROOT / "vm/surface/shapes.def"
 TARGET = ROOT / "include/kef_vm_functions.h"
 
 ELEMENT = {"s": "float", "d": "double", "c": "kef_complex8", "z": "kef_complex16"}
 REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
 SUFFIXES = {"s": ("_21", "_11"), "d": ("_50", "_26"), "c": ("_21", "_11"), "z": ("_50", "_26")}
-
-# Arguments of an entry and of a slot; {T} element, {R} its real type.
-SHAPES = {
-    "map1": "int32_t n, const {T} *a, {T} *r",
-    "map2": "int32_t n, const {T} *a, const {T} *b, {T} *r",
-    "mapx": "int32_t n, const {T} *a, {T} b, {T} *r",
-    "map1x2": "int32_t n, const {T} *a, {T} *y, {T} *z",
-    "modulus": "int32_t n, const {T} *a, {R} *r",
-    "from_real": "int32_t n, const {R} *a, {T} *r",
-    "linear_frac": "int32_t n, const {T} *a, const {T} *b, {T} scalea, {T} shifta, "
-                   "{T} scaleb, {T} shiftb, {T} *r",
-    "pack_i": "int64_t n, const {T} *a, int64_t inca, {T} *y",
-    "pack_v": "int64_t n, const {T} *a, const int32_t *ia, {T} *y",
-    "unpack_i": "int64_t n, const {T} *a, {T} *y, int64_t incy",
-    "unpack_v": "int64_t n, const {T} *a, {T} *y, const int32_t *iy",
-}
-WIDE = {"pack_i", "pack_v", "unpack_i", "unpack_v"}
 
 HEAD = """\
 /* clang-format off */
@@ -87,25 +71,39 @@ def rows():
     return pattern.findall(SOURCE.read_text())
 
 
+def shapes():
+    """Shape -> parameters, as C writes them, with T, R, I and W(...) left."""
+    pattern = re.compile(r"^#define KEF_SHAPE_(\w+)\(T, R, I, W\)\s*\((.*?)\),\s*\(n, ", re.M | re.S)
+    text = SHAPES.read_text().replace("\\\n", "")
+    return {shape: re.sub(r"(\w)\* ", r"\1 *", parameters.replace("std::", ""))
+            for shape, parameters in pattern.findall(text)}
+
+
+def arguments(parameters, letter, slot):
+    """The parameters of an entry or a slot of one type."""
+    parameters = re.sub(r" W\((.*?)\)", r", \1" if slot else "", parameters)
+    types = {"T": ELEMENT[letter], "R": REAL[letter], "I": "void" if slot else "int32_t"}
+    return re.sub(r"\b[TRI]\b", lambda match: types[match[0]], parameters)
+
+
 def header():
     lines = [HEAD]
     seen = set()
+    parameters = shapes()
     for letter, _, shape in rows():
         if (letter, shape) in seen:
             continue
         seen.add((letter, shape))
-        arguments = SHAPES[shape].format(T=ELEMENT[letter], R=REAL[letter])
-        if shape in WIDE:
-            arguments = arguments.replace("const int32_t *", "const void *") + ", int32_t width"
-        lines.append(f"typedef void (*kef_vtm_{letter}_{shape})({arguments});")
+        slot = arguments(parameters[shape], letter, True)
+        lines.append(f"typedef void (*kef_vtm_{letter}_{shape})({slot});")
     for letter, name, shape in rows():
-        arguments = SHAPES[shape].format(T=ELEMENT[letter], R=REAL[letter])
+        entry = arguments(parameters[shape], letter, False)
         function = f"{letter}{name}"
         if name in ("PackM", "UnpackM"):
-            arguments = re.sub(r"\*i[ay]\b", "*mask", arguments)
+            entry = re.sub(r"\*i[ay]\b", "*mask", entry)
         lines.append("")
         for suffix in ("", "_HA", *SUFFIXES[letter]):
-            lines.append(f"KEF_API void _vtm{function}{suffix}({arguments});")
+            lines.append(f"KEF_API void _vtm{function}{suffix}({entry});")
         lines.append(f"extern KEF_API kef_vtm_{letter}_{shape} kef_vtm_kernel_{function}_ttab[3];")
         lines.append(f"extern KEF_API const float kef_vtm_kernel_{function}_ctab[3];")
     return "\n".join(lines) + "\n" + TAIL

@@ -1,6 +1,7 @@
 // The exported vector-math surface, expanded from surface.def: dispatch and cost
 // tables, and entry points that jump through their slot.
 #include <cstddef>
+#include <type_traits>
 
 #include "vm/surface/shapes.h"
 
@@ -31,9 +32,12 @@ template <class Function> struct Tables {
 
 #define KEF_OFF(type, function, form)
 
+// The type of a slot's function.
+#define KEF_SLOT(type, form) std::type_identity_t<void KEF_SLOT_PARAMETERS(form, element_##type)>
+
 // The kernels, each defined in the file of its function.
 #define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2) \
-    shape::form<element_##type> type##function##_##k0, type##function##_##k1, type##function##_##k2;
+    KEF_SLOT(type, form) type##function##_##k0, type##function##_##k1, type##function##_##k2;
 #include "vm/surface/surface.def"
 #undef KEF_ROW
 
@@ -48,11 +52,11 @@ template <class Function> struct Tables {
 #endif
 #define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)                                     \
     static_assert(consistent(k0, k1, k2, c0, c1, c2), "one kernel, two costs: " #type #function); \
-    extern KEF_TABLE Tables<shape::form<element_##type>> tables_##type##function __asm__(         \
+    extern KEF_TABLE Tables<KEF_SLOT(type, form)> tables_##type##function __asm__(                \
         KEF_LABEL(kef_vtm_kernel_##type##function##_ttab));                                       \
-    Tables<shape::form<element_##type>> tables_##type##function = {                               \
+    Tables<KEF_SLOT(type, form)> tables_##type##function = {                                      \
         {type##function##_##k0, type##function##_##k1, type##function##_##k2}, {c0, c1, c2}};     \
-    static_assert(offsetof(Tables<shape::form<element_##type>>, cost) == 3 * sizeof(void*));      \
+    static_assert(offsetof(Tables<KEF_SLOT(type, form)>, cost) == 3 * sizeof(void*));             \
     __asm__(".globl " KEF_LABEL(kef_vtm_kernel_##type##function##_ctab) "\n"                     \
             ".set " KEF_LABEL(kef_vtm_kernel_##type##function##_ctab) ", "                       \
             KEF_LABEL(kef_vtm_kernel_##type##function##_ttab) " + 3 * "                          \
@@ -64,32 +68,6 @@ template <class Function> struct Tables {
 }  // namespace kef::vm
 
 using namespace kef::vm;
-
-// Parameters and forwarded arguments of each shape. The pack entries append the
-// interface-width flag, all others hand on what they got: a bare jump.
-#define KEF_PARAMETERS_map1(T) (std::int32_t n, const T* a, T* r)
-#define KEF_PARAMETERS_map2(T) (std::int32_t n, const T* a, const T* b, T* r)
-#define KEF_PARAMETERS_mapx(T) (std::int32_t n, const T* a, T b, T* r)
-#define KEF_PARAMETERS_map1x2(T) (std::int32_t n, const T* a, T* y, T* z)
-#define KEF_PARAMETERS_modulus(T) (std::int32_t n, const T* a, Real<T>* r)
-#define KEF_PARAMETERS_from_real(T) (std::int32_t n, const Real<T>* a, T* r)
-#define KEF_PARAMETERS_linear_frac(T) \
-    (std::int32_t n, const T* a, const T* b, T scalea, T shifta, T scaleb, T shiftb, T* r)
-#define KEF_PARAMETERS_pack_i(T) (std::int64_t n, const T* a, std::int64_t inca, T* y)
-#define KEF_PARAMETERS_pack_v(T) (std::int64_t n, const T* a, const std::int32_t* ia, T* y)
-#define KEF_PARAMETERS_unpack_i(T) (std::int64_t n, const T* a, T* y, std::int64_t incy)
-#define KEF_PARAMETERS_unpack_v(T) (std::int64_t n, const T* a, T* y, const std::int32_t* iy)
-#define KEF_ARGUMENTS_map1 (n, a, r)
-#define KEF_ARGUMENTS_map2 (n, a, b, r)
-#define KEF_ARGUMENTS_mapx (n, a, b, r)
-#define KEF_ARGUMENTS_map1x2 (n, a, y, z)
-#define KEF_ARGUMENTS_modulus (n, a, r)
-#define KEF_ARGUMENTS_from_real (n, a, r)
-#define KEF_ARGUMENTS_linear_frac (n, a, b, scalea, shifta, scaleb, shiftb, r)
-#define KEF_ARGUMENTS_pack_i (n, a, inca, y, narrow_interface)
-#define KEF_ARGUMENTS_pack_v (n, a, ia, y, narrow_interface)
-#define KEF_ARGUMENTS_unpack_i (n, a, y, incy, narrow_interface)
-#define KEF_ARGUMENTS_unpack_v (n, a, y, iy, narrow_interface)
 
 #define KEF_SUFFIX_0_s _21
 #define KEF_SUFFIX_0_c _21
@@ -103,17 +81,18 @@ using namespace kef::vm;
 #define KEF_JOIN_(a, b) a##b
 #define KEF_JOIN(a, b) KEF_JOIN_(a, b)
 
-#define KEF_ENTRY(type, function, form, suffix, number)                                 \
-    void KEF_JOIN(_vtm##type##function, suffix) KEF_PARAMETERS_##form(element_##type) { \
-        tables_##type##function.slot[number] KEF_ARGUMENTS_##form;                      \
+// Pack and Unpack append the interface-width flag, all others hand on what they got: a bare jump.
+#define KEF_ENTRY(type, function, form, suffix, number)                                      \
+    void KEF_JOIN(_vtm##type##function, suffix) KEF_ENTRY_PARAMETERS(form, element_##type) { \
+        tables_##type##function.slot[number] KEF_ENTRY_ARGUMENTS(form);                      \
     }
 
 extern "C" {
-#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)       \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)         \
-    KEF_ENTRY(type, function, form, _HA, 1)                         \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)         \
-    void _vtm##type##function KEF_PARAMETERS_##form(element_##type) \
+#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)            \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)              \
+    KEF_ENTRY(type, function, form, _HA, 1)                              \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)              \
+    void _vtm##type##function KEF_ENTRY_PARAMETERS(form, element_##type) \
         __attribute__((alias("_vtm" #type #function "_HA")));
 #include "vm/surface/surface.def"
 #undef KEF_ROW

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "kef_vm.h"
+#include "vm/surface/shapes.def"
 
 namespace kef::vm {
 
@@ -24,24 +25,17 @@ template <class T> using Real = typename RealOf<T>::type;
 // other value, all of them are 64-bit integers.
 constexpr std::int32_t narrow_interface = 1;
 
-namespace shape {
-template <class T> using map1 = void(std::int32_t n, const T* a, T* r);
-template <class T> using map2 = void(std::int32_t n, const T* a, const T* b, T* r);
-template <class T> using mapx = void(std::int32_t n, const T* a, T b, T* r);
-template <class T> using map1x2 = void(std::int32_t n, const T* a, T* y, T* z);
-template <class T> using modulus = void(std::int32_t n, const T* a, Real<T>* r);
-template <class T> using from_real = void(std::int32_t n, const Real<T>* a, T* r);
-template <class T>
-using linear_frac = void(std::int32_t n, const T* a, const T* b, T scalea, T shifta, T scaleb,
-                         T shiftb, T* r);
-template <class T>
-using pack_i = void(std::int64_t n, const T* a, std::int64_t inca, T* y, std::int32_t width);
-template <class T>
-using pack_v = void(std::int64_t n, const T* a, const void* indices, T* y, std::int32_t width);
-template <class T>
-using unpack_i = void(std::int64_t n, const T* a, T* y, std::int64_t incy, std::int32_t width);
-template <class T>
-using unpack_v = void(std::int64_t n, const T* a, T* y, const void* indices, std::int32_t width);
-}  // namespace shape
-
 }  // namespace kef::vm
+
+// Parameters of an entry and of a slot, and what an entry hands on.
+#define KEF_ENTRY_PARAMETERS(shape, T) \
+    KEF_FIRST_OF(KEF_SHAPE_##shape(T, Real<T>, std::int32_t, KEF_NOTHING))
+#define KEF_SLOT_PARAMETERS(shape, T) KEF_FIRST_OF(KEF_SHAPE_##shape(T, Real<T>, void, KEF_AND))
+#define KEF_ENTRY_ARGUMENTS(shape) KEF_SECOND_OF(KEF_SHAPE_##shape(, , , KEF_NOTHING))
+
+#define KEF_FIRST_OF(...) KEF_FIRST_OF_(__VA_ARGS__)
+#define KEF_FIRST_OF_(first, second) first
+#define KEF_SECOND_OF(...) KEF_SECOND_OF_(__VA_ARGS__)
+#define KEF_SECOND_OF_(first, second) second
+#define KEF_NOTHING(...)
+#define KEF_AND(...) , __VA_ARGS__
