@@ -5,6 +5,7 @@
 //   bench [function...] --costs          values for the cost tables
 //   bench [function...] --special        special and extreme arguments against ordinary ones
 //   bench --powers                       Pow and Powx by exponent and by the sign of the base
+//   bench --processor                    the processor, in a line
 //
 // A cell is the least of many repetitions; the contenders take turns, so that
 // noise meets all of them alike. In brackets: the ratio to the fastest peer of the
@@ -16,7 +17,9 @@
 
 #include <x86intrin.h>
 
+#include "bench/costs.h"
 #include "bench/peers.h"
+#include "bench/processor.h"
 #include "bench/select.h"
 #include "bench/table.h"
 #include "include/kef_vm.h"
@@ -28,6 +31,7 @@ namespace {
 
 constexpr std::array sizes = {10, 100, 1000, 1000000};
 constexpr std::size_t main_size = 2;  // 1000: what ratios are stated for
+constexpr int cost_passes = 15;
 
 // Time-stamp cycles. Long calls are timed by the thread's own clock, which stands
 // still while others have the processor.
@@ -130,14 +134,7 @@ public:
         : options_(options),
           specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4",
                      "NaN", "infinity", "subnormal", "huge", "negative"}),
-          costs_({"function", "kernels", "measured", "published"}),
-          powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {
-        if (options.costs) {
-            const kef_test::Row& row = *kef_test::find_row("dExp");
-            Batch<double> batch = ordinary<double>(row, *reference::find("Exp"), sizes[main_size]);
-            anchor_ = row.costs[1] / cycles<double>({kernels<double>(row)[0]}, batch)[0];
-        }
-    }
+          powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {}
 
     void row(const kef_test::Row& row) {
         const reference::Reference* reference = reference::find(row.function);
@@ -153,7 +150,7 @@ public:
     }
 
     int finish() const {
-        if (options_.costs) costs_.print(options_.markdown);
+        if (options_.costs) costs_.print(options_.selection.rows(), options_.markdown);
         else if (options_.special) specials_.print(options_.markdown);
         else if (options_.powers) powers_.print(options_.markdown);
         else geometric_.print();
@@ -228,21 +225,17 @@ private:
         head_ = !options_.markdown;
     }
 
-    // Published costs are relative: double Exp HA is what surface.def says.
     template <class T> void costs(const kef_test::Row& row, const reference::Reference& reference) {
         const std::vector<Kernel<T>> all = kernels<T>(row);
         Batch<T> batch = ordinary<T>(row, reference, sizes[main_size]);
         const std::vector<double> time = cycles(all, batch);
-        Table::Row cells = {row.name(), "", "", ""};
+        std::array<double, 3> slots;
         for (int slot = 0; slot < 3; ++slot) {
             std::size_t k = 0;
             while (all[k].name.find(slot_names[slot]) == std::string::npos) ++k;
-            const char* comma = slot ? ", " : "";
-            cells[1] += comma + std::string(row.kernels[slot]);
-            cells[2] += comma + format("%.3gf", anchor_ * time[k]);
-            cells[3] += comma + format("%.4gf", row.costs[slot]);
+            slots[slot] = time[k];
         }
-        costs_.add(cells);
+        costs_.add(row, slots);
     }
 
     template <class T>
@@ -314,10 +307,10 @@ private:
     }
 
     const Options& options_;
-    double anchor_ = 0;  // cost of a cycle
     bool head_ = true, failed_ = false;
     Geometric geometric_;
-    Table specials_, costs_, powers_;
+    Table specials_, powers_;
+    Costs costs_;
 };
 
 int main(int argc, char** argv) {
@@ -328,11 +321,18 @@ int main(int argc, char** argv) {
         else if (word == "--costs") options.costs = true;
         else if (word == "--special") options.special = true;
         else if (word == "--powers") options.powers = true;
+        else if (word == "--processor") return std::puts(processor().c_str()), 0;
         else if (!options.selection.add(word)) return 2;
     }
     kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+    if (!options.markdown) std::printf("%s\n\n", processor().c_str());
     Run run(options);
-    for (const kef_test::Row* row : options.selection.rows()) run.row(*row);
+    // Costs are medians over passes, so that a slow minute of the machine meets all functions
+    // alike.
+    const Selection everything;
+    for (int pass = options.costs ? cost_passes : 1; pass > 0; --pass)
+        for (const kef_test::Row* row : (options.costs ? everything : options.selection).rows())
+            run.row(*row);
     return run.finish();
 }
 

@@ -11,6 +11,11 @@
  *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot;
  *                           VTM_COST_DATA_MOVEMENT for Pack and Unpack
  *
+ * The costs of sExp, dExp, dLn, dPow and dAdd are anchors: settled values, which
+ * measured speeds miss by factors up to 2. The others are measured cycles times the
+ * factor that fits the anchors best (least squares of logarithms). Functions of one
+ * loop and formula have one cost, an anchor's where one of them is an anchor.
+ *
  * r[i] = F(a[i]), or F(a[i], b[i]), for 0 <= i < n; n <= 0 does nothing. A
  * result vector may be an argument vector itself, or must not overlap it.
  * Nothing need be aligned. Bounds, special results and error conditions of each

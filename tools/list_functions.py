@@ -104,7 +104,8 @@ def document():
 def speeds():
     """By function with type, and kernel: cycles at n = 1000, and the peer with its cycles; and the line on
     all of them."""
-    text = (ROOT / "docs/performance.md").read_text().split("<!-- end -->")[0]
+    text = (ROOT / "docs/performance.md").read_text()
+    text = text.split("<!-- ./run bench --markdown -->")[1].split("<!-- end -->")[0]
     found = {}
     for line in text.splitlines():
         if m := re.match(r"\| ([sd][A-Z]\w*) \| ((?:HA|LA|EP)[ HLAEP]*) \|", line):

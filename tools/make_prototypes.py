@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes include/kef_vm_functions.h from vm/surface/surface.def and shapes.def.
+"""Makes include/kef_vm_functions.h from vm/surface/surface.def, shapes.def and costs.def.
 
     tools/make_prototypes.py            rewrites the header
     tools/make_prototypes.py --check    fails where it is not current
@@ -10,6 +10,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCE = ROOT / "vm/surface/surface.def"
+COSTS = ROOT / "vm/surface/costs.def"
 SHAPES = ROOT / "vm/surface/shapes.def"
 TARGET = ROOT / "include/kef_vm_functions.h"
 
@@ -30,6 +31,11 @@ HEAD = """\
  *                           its slot at every call
  *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot;
  *                           VTM_COST_DATA_MOVEMENT for Pack and Unpack
+ *
+ * The costs of ANCHORS are anchors: settled values, which
+ * measured speeds miss by factors up to 2. The others are measured cycles times the
+ * factor that fits the anchors best (least squares of logarithms). Functions of one
+ * loop and formula have one cost, an anchor's where one of them is an anchor.
  *
  * r[i] = F(a[i]), or F(a[i], b[i]), for 0 <= i < n; n <= 0 does nothing. A
  * result vector may be an argument vector itself, or must not overlap it.
@@ -86,8 +92,16 @@ def arguments(parameters, letter, slot):
     return re.sub(r"\b[TRI]\b", lambda match: types[match[0]], parameters)
 
 
+def head():
+    """With the anchors among the functions that there are."""
+    present = {letter + name for letter, name, _ in rows()}
+    found = re.findall(r"^KEF_ANCHOR\((\w), (\w+),", COSTS.read_text(), re.M)
+    *most, last = [a + b for a, b in found if a + b in present]
+    return HEAD.replace("ANCHORS", f"{', '.join(most)} and {last}")
+
+
 def header():
-    lines = [HEAD]
+    lines = [head()]
     seen = set()
     parameters = shapes()
     for letter, _, shape in rows():
