@@ -151,7 +151,8 @@ typedef int32_t (*kef_refill_float)(kef_stream *stream, float *buffer, int32_t l
 
 /* Streams over the caller's numbers, which fill the buffer of n numbers at creation; the buffer
  * must live as long as the stream. The numbers of the double and single forms lie
- * on [a, b), a < b; output on other bounds is their linear image.
+ * on [a, b), a < b, finite; output on other bounds is their linear image. The bounds may be
+ * any finite ones: no width overflows.
  * VTS_STATUS_BAD_ARGUMENT when n <= 0 or a pointer is null. */
 KEF_API int32_t __vtsiNewAbstractStream(kef_stream **stream, int32_t n, uint32_t *buffer,
                                         kef_refill_bits refill);

@@ -292,4 +292,31 @@ TEST(RngGenerators, AbstractBounds) {
               reinterpret_cast<void*>(__vtssBRngdAbstract));
 }
 
+// Widths that overflow or are tiny, of the caller's range and of the one asked for.
+TEST(RngGenerators, AbstractRangesOfAnyWidth) {
+    const std::pair<double, double> ranges[] = {
+        {0, 1}, {-1.7e308, 1.7e308}, {-3, 1e308}, {0, 1e-305}, {-0x1p-1030, 0x1.8p-1029}};
+    for (const auto [from, to] : ranges)
+        for (const auto [a, b] : ranges) {
+            SCOPED_TRACE(testing::Message() << from << ' ' << to << " to " << a << ' ' << b);
+            double buffer[3] = {from, from / 2 + to / 2, to};
+            kef_stream* handle = nullptr;
+            ASSERT_EQ(__vtsdNewAbstractStream(&handle, 3, buffer, from, to, counting_refill),
+                      VTS_STATUS_OK);
+            const Stream stream(handle);
+            const std::vector<double> r = draw_doubles(stream, 3, a, b);
+            const double tolerance = std::max(-a, b) * 0x1p-52;
+            EXPECT_EQ(r[0], a);
+            EXPECT_NEAR(r[1], a / 2 + b / 2, tolerance);
+            EXPECT_NEAR(r[2], b, tolerance);
+        }
+    float floats[3] = {-3e38f, 0, 3e38f}, r[3];
+    kef_stream* handle = nullptr;
+    ASSERT_EQ(__vtssNewAbstractStream(&handle, 3, floats, -3e38f, 3e38f, counting_refill),
+              VTS_STATUS_OK);
+    const Stream single(handle);
+    ASSERT_EQ(_vtssRngUniform(0, single.get(), 3, r, -1, 1), VTS_STATUS_OK);
+    EXPECT_EQ(std::vector<float>(r, r + 3), (std::vector<float>{-1, 0, 1}));
+}
+
 }  // namespace

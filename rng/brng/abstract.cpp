@@ -126,19 +126,24 @@ std::int32_t draw(kef_stream* stream, std::int32_t n, T* r, Emit emit) {
     return VTS_STATUS_OK;
 }
 
-// The caller's numbers as they are, or moved from their bounds to [a, b).
+// The caller's numbers as they are, or moved from their bounds to [a, b). Where the width of either
+// range, or their ratio, is no normal number, the bounds are scaled, and no number leaves [a, b].
 template <class T> std::int32_t draw_reals(kef_stream* stream, std::int32_t n, T* r, T a, T b) {
     const auto& s = state_of<State<T>>(stream);
-    const T factor = range_factor(a, b), to = a * factor, from = s.a;
-    const T scale = (b * factor - to) / (s.b - from);
-    const bool same = a == s.a && b == s.b;
+    const T factor = range_factor(a, b), to = a * factor, width = b * factor - to;
+    const T unit = range_factor(s.a, s.b), from = s.a * unit, own_width = s.b * unit - from;
+    const bool same = a == s.a && b == s.b, usual = factor == 1 && unit == 1;
+    const T scale = width / own_width;
     return draw(stream, n, r, [=](const T* x, std::int32_t count, T* out) {
         if (same) {
             std::copy_n(x, count, out);
-            return;
+        } else if (usual) {
+            std::transform(x, x + count, out, [=](T v) { return to + (v - from) * scale; });
+        } else {
+            std::transform(x, x + count, out,
+                           [=](T v) { return to + (v * unit - from) / own_width * width; });
+            bring_back(count, out, factor, a, b);
         }
-        std::transform(x, x + count, out, [=](T v) { return to + (v - from) * scale; });
-        if (factor != 1) bring_back(count, out, factor, a, b);
     });
 }
 
