@@ -1,5 +1,4 @@
-// Laws that are a closed form of uniform numbers: kernels, error callbacks, and the draw with a
-// formula behind it.
+// Laws that are a closed form of uniform numbers: kernels, and the draw with a formula behind it.
 #pragma once
 
 #include "distributions/frame.h"
@@ -17,18 +16,6 @@ inline void power(std::int32_t n, double* x, double exponent) {
 }
 inline void power(std::int32_t n, float* x, float exponent) {
     evaluate(kef_vtm_kernel_sPowx_ttab[2], n, x, exponent, x);
-}
-
-// The logarithm of the smallest subnormal double stands for that of zero.
-inline constexpr double log_of_zero = -744.4400719213812;
-
-inline int replace_any(kef_vtm_error_record* record) {
-    record->result1 = log_of_zero;
-    return 0;
-}
-inline int replace_singular(kef_vtm_error_record* record) {
-    if (record->code == VTM_STATUS_SING) record->result1 = log_of_zero;
-    return 0;
 }
 
 // x = beta x + a, and the same not below a.

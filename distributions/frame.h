@@ -57,6 +57,19 @@ private:
     kef_vtm_error_callback callback_;
 };
 
+// The logarithm of the smallest subnormal double stands for that of zero: in callbacks that replace
+// the result of every error, or of a singularity alone.
+inline constexpr double log_of_zero = -744.4400719213812;
+
+inline int replace_any(kef_vtm_error_record* record) {
+    record->result1 = log_of_zero;
+    return 0;
+}
+inline int replace_singular(kef_vtm_error_record* record) {
+    if (record->code == VTM_STATUS_SING) record->result1 = log_of_zero;
+    return 0;
+}
+
 // A call of a dispatch slot under kernel_mode.
 template <class Function, class... Arguments>
 void evaluate(Function* slot, Arguments... arguments) {
@@ -112,10 +125,18 @@ template <class T, class V> V at_most(T a, V x) {
     else return vm::minimum(x, vm::all(a));
 }
 
+// Below e^-t, t >= 0, by less than t^4/24.
+template <class V> V below_exp(V t) { return 1 - t * (1 - t * (0.5 - t * (1 / 6.0))); }
+
 inline vm::d2 evens(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 0, 2); }
 inline vm::f4 evens(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 0, 2, 4, 6); }
 inline vm::d2 odds(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 1, 3); }
 inline vm::f4 odds(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 1, 3, 5, 7); }
+// Elements of x and y in turn: the first vector of them, the second.
+inline vm::d2 mixed_low(vm::d2 x, vm::d2 y) { return evens(x, y); }
+inline vm::f4 mixed_low(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 0, 4, 1, 5); }
+inline vm::d2 mixed_high(vm::d2 x, vm::d2 y) { return odds(x, y); }
+inline vm::f4 mixed_high(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 2, 6, 3, 7); }
 
 // Of n pairs the first members to `first`, which may be where the pairs stand, and formula(second
 // member) to r.
@@ -133,6 +154,24 @@ template <class T, class Formula>
         const T second = pairs[2 * i + 1];
         first[i] = pairs[2 * i];
         r[i] = formula(second);
+    }
+}
+
+// The way back: of n pairs the members formula(x[i], first[i]) and formula(x[i], second[i]).
+template <class T, class Formula>
+void join_pairs(std::int32_t n, T* pairs, const T* x, const T* first, const T* second,
+                Formula formula) {
+    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    std::int32_t i = 0;
+    for (; i < (n & -lanes); i += lanes) {
+        const auto v = vm::load(x + i);
+        const auto a = formula(v, vm::load(first + i)), b = formula(v, vm::load(second + i));
+        vm::store(pairs + 2 * i, mixed_low(a, b));
+        vm::store(pairs + 2 * i + lanes, mixed_high(a, b));
+    }
+    for (; i < n; ++i) {
+        pairs[2 * i] = formula(x[i], first[i]);
+        pairs[2 * i + 1] = formula(x[i], second[i]);
     }
 }
 

@@ -80,7 +80,7 @@ template <class T> struct LargeShape {
 };
 
 // Quick tests for u <= e^-t, t >= 0, by Taylor polynomials on either side.
-Lanes surely_below(d2 u, d2 t) { return less_equal(u, 1 - t * (1 - t * (0.5 - t * (1 / 6.0)))); }
+Lanes surely_below(d2 u, d2 t) { return less_equal(u, below_exp(t)); }
 Lanes surely_above(d2 u, d2 t) { return less(all(1.0), u * (1 + t * (1 + 0.5 * t))); }
 
 // 0.6 <= alpha < 1: I. Vaduva, Math. Operationsforsch. Statist. Ser. Statist. 8 (1977) 545-576.

@@ -6,11 +6,6 @@ namespace kef::dist {
 
 namespace {
 
-int make_finite(kef_vtm_error_record* error) {
-    error->result1 = vm::from_bits(UINT64_C(0xC0874385446D71C3));  // ln 2^-1074
-    return 0;
-}
-
 // 1/ln(1 - p). Where 1 - p rounds to 1, minus infinity: all numbers but 0 are beyond 32 bits.
 float inverse_log(double p) {
     const double q = 1.0 - p;
@@ -33,7 +28,7 @@ using namespace kef::dist;
 std::int32_t _vtsiRngGeometric(std::int32_t, kef_stream* stream, std::int32_t n, std::int32_t* r,
                                double p) {
     const float c = inverse_log(p);
-    const Bracket bracket(make_finite);
+    const Bracket bracket(replace_any);
     alignas(16) float scratch[block];
     return in_blocks(n, r, [&](std::int32_t* out, std::int32_t m) {
         const std::int32_t status = draw(stream, m, scratch, 0, 1);

@@ -1,12 +1,10 @@
 // Lognormal numbers: displacement + scale exp(normal number). The exponential runs under the
 // caller's callback: it overflows where the number does.
-#include "distributions/frame.h"
+#include "distributions/closed_form.h"
 
 namespace kef::dist {
 
 namespace {
-
-KEF_IN_PLACE(exp, Exp)
 
 template <class T>
 std::int32_t lognormal(std::int32_t method, kef_stream* stream, std::int32_t n, T* r, T a, T sigma,
@@ -16,8 +14,7 @@ std::int32_t lognormal(std::int32_t method, kef_stream* stream, std::int32_t n, 
     const std::int32_t status = normal(normal_method, stream, n, r, a, sigma);
     if (status < 0) return status;
     exp(n, r);
-    transform(
-        n, r, [=](auto x) { return x * beta + b; }, r);
+    affine(n, r, b, beta);
     return status;
 }
 

@@ -26,41 +26,28 @@ public:
     // Whether the steps of normal numbers show among the whole ones.
     bool coarse() const { return s_ > 256; }
 
-    // A number, out of a standard normal one, a uniform U, another if coarse(), and more if need
-    // be.
+    // A number out of a standard normal one, a uniform U, another if coarse(), and more if need be.
     double operator()(Uniforms& uniforms, float normal, float u, float finer) const {
-        double T = normal;
-        if (!(T > -tail_from && T < tail_from)) [[unlikely]]
-            T = tail(uniforms, T);
-        else if (coarse()) T += (finer - 0.5) * spacing(normal);
-        const double G = mu_ + s_ * T, K = whole(G), U = u, below = mu_ - K;
-        // Accepted at once from L upwards, and mostly below: one test, which seldom fails.
-        if (((K + 1 > L_) | (d_ * U >= below * below * below)) & (G >= 0)) [[likely]]
-            return K;
-        return G >= 0 && quotient(K, U) ? K : from_difference(uniforms);
+        double T;
+        if (normal > -tail_from && normal < tail_from) [[likely]]
+            T = refined(vm::all(normal), vm::all(finer))[0];
+        else T = tail(uniforms, normal);
+        const Candidate<double> c = candidate<double>(T, u);
+        if (c.at_once) [[likely]]
+            return c.K;
+        return c.G >= 0 && quotient(c.K, u) ? c.K : from_difference(uniforms);
     }
 
     // m numbers, two at a time where both are accepted at once. The arrays are readable to an even
-    // count; `finer` is read if coarse().
+    // count; `finer` is of use if coarse().
     void fill(Uniforms& uniforms, std::int32_t m, std::int32_t* r, const float* normal,
               const float* u, const float* finer) const {
         for (std::int32_t i = 0; i < m; i += 2) {
-            const __m128 t = two(normal + i);
-            const d2 size = (d2)_mm_cvtps_pd((__m128)((vm::i4)t & 0x7FFFFFFF));
-            d2 T = (d2)_mm_cvtps_pd(t);
-            if (coarse()) {
-                const d2 step = (d2)_mm_cvtps_pd((__m128)((vm::i4)t & 0x7F800000)) * 0x1p-23;
-                T += ((d2)_mm_cvtps_pd(two(finer + i)) - 0.5) * step;
-            }
-            const d2 G = mu_ + s_ * T, near = (G + 0x1p52) - 0x1p52;
-            const d2 K = near - (d2)((l2)(near > G) & (l2)all(1.0)), below = mu_ - K;
-            const d2 U = (d2)_mm_cvtps_pd(two(u + i));
-            const l2 fine = ((K + 1.0 > L_) | (d_ * U >= below * below * below)) & (G >= 0.0) &
-                            (size < tail_from);
-            if (_mm_movemask_pd((__m128d)fine) == 3 && i + 1 < m) [[likely]] {
-                const __m128i counts =
-                    _mm_cvttpd_epi32(_mm_min_pd((__m128d)K, _mm_set1_pd(2147483647.0)));
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(r + i), counts);
+            const f4 t = two(normal + i);
+            const Candidate<d2> c = candidate(refined(t, two(finer + i)), low(two(u + i)));
+            const l2 good = c.at_once & (vm::absolute(low(t)) < tail_from);
+            if (_mm_movemask_pd((__m128d)good) == 3 && i + 1 < m) [[likely]] {
+                store_counts(r + i, c.K);
             } else {
                 for (std::int32_t j = i; j < std::min(i + 2, m); ++j)
                     r[j] = as_count((*this)(uniforms, normal[j], u[j], finer[j]));
@@ -79,15 +66,32 @@ public:
     }
 
 private:
+    using f4 = vm::f4;
     static constexpr double tail_from = 4;
     static constexpr int patience = 200;  // a trial is accepted half the time
 
-    static __m128 two(const float* x) {
-        return _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x)));
+    static f4 two(const float* x) {
+        return (f4)_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x));
+    }
+    static d2 low(f4 x) { return (d2)_mm_cvtps_pd((__m128)x); }
+
+    // Normal numbers of the two low lanes; if coarse(), anywhere in the steps around them.
+    [[gnu::always_inline]] d2 refined(f4 normal, f4 finer) const {
+        if (!coarse()) return low(normal);
+        const d2 step = low((f4)((vm::i4)normal & 0x7F800000)) * 0x1p-23;
+        return low(normal) + (low(finer) - 0.5) * step;
     }
 
-    static double spacing(float x) {
-        return std::bit_cast<float>(std::bit_cast<std::uint32_t>(x) & 0x7F800000u) * 0x1p-23;
+    // K = whole(G), G normal of the law's mean and variance, and whether it is accepted at once:
+    // from L upwards always, below by a test that seldom fails. One, or one in each lane.
+    template <class V> struct Candidate {
+        V G, K;
+        decltype(V{} < V{}) at_once;
+    };
+    template <class V> [[gnu::always_inline]] Candidate<V> candidate(V T, V U) const {
+        const V G = mu_ + s_ * T, K = whole(G), below = mu_ - K;
+        using Truth = decltype(V{} < V{});
+        return {G, K, Truth(((K + 1 > L_) | (d_ * U >= below * below * below)) & (G >= 0))};
     }
 
     // The tail beyond tail_from, exactly (G. Marsaglia, Technometrics 6 (1964) 101-102).
@@ -102,11 +106,12 @@ private:
 
     double log_p(double K) const { return log_poisson(all(K), all(mu_))[0]; }
 
+    // Where f exceeds p: K stays with the probability p/f.
     [[gnu::noinline]] bool quotient(double K, double U) const {
         return (1 - U) <= exp_of(log_p(K) - log_f(K));
     }
 
-    // From p - f by rejection from the Laplace density around 1.8 deviations.
+    // From max(p - f, 0) by rejection from the Laplace density around 1.8 deviations.
     [[gnu::noinline]] double from_difference(Uniforms& uniforms) const {
         const double c = 0.1069 / mu_;
         for (int i = 0; i < patience; ++i) {

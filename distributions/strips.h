@@ -5,9 +5,10 @@
 // From the mode m outwards, a strip begins at b with the weight p(b) = P(b)/P(m); its hat is p(b)
 // over a width of area/p(b), of which the whole numbers are counts and the rest is waste. Where the
 // geometric hat p(b) q^i, q = p(b+1)/p(b), of all that is left has no more than that area, it is
-// the last one. Two single-precision uniforms a trial: 48 bits that choose the strip, the place in
-// it, and by what remains the height y under the hat. Bounds save most evaluations of p: ln p is
-// concave, so that p(b+i)/p(b) lies
+// the last one. Two single-precision uniforms a trial: 48 bits that choose the strip, the place x
+// in it, whose whole part i is the candidate b + i, and by what remains the height y under the hat.
+// Accepted where y <= p(b+i)/p(b). Bounds save most evaluations of p: ln p is concave, so that the
+// ratio lies
 //   above e^-ci, c from the first weight of the next strip;  below e^-ti, t = 1 - q <= -ln q.
 #pragma once
 
@@ -58,18 +59,26 @@ private:
     static constexpr int patience = 200;
 
     struct Strip {
-        double width;              // area/p(b)
+        // What trials in 32 bits read.
+        double width;              // area/p(b); of a geometric hat 1
         double chord;              // c
-        double tangent;            // t; of the geometric hat its share of the area
-        double counts;             // whole numbers in it; 0: the geometric hat
-        double begin, step;        // b; +1, -1
-        double log;                // ln p(b)
-        double log_q;              // of the geometric hat
-        std::uint32_t fast;        // counts, if all of them are in 32 bits; otherwise 0
+        std::uint32_t fast;        // counts, if all the numbers have 32 bits; otherwise 0
         std::int32_t first, sign;  // b, step
+        // The others, and the set-up.
+        double counts;       // whole numbers in it; 0: a geometric hat
+        double begin, step;  // b; +1, -1
+        double log;          // ln p(b)
+        double tangent;      // t; of a geometric hat its share of the area
+        double log_q;        // of a geometric hat
     };
 
     double log_weight(double k) const { return law_.log_weight(k) - log_mode_; }
+
+    // q = p(b + step)/p(b)
+    double quotient(double b, double step) const {
+        const Ratio ratio = law_.ratio(step > 0 ? b : b - 1);
+        return step > 0 ? ratio.numerator / ratio.denominator : ratio.denominator / ratio.numerator;
+    }
 
     // Strips from b in one direction; false when there is no room for them.
     bool build(double b, double step) {
@@ -77,19 +86,13 @@ private:
         double log = left >= 1 ? log_weight(b) : 0;
         while (left >= 1) {
             if (count_ == most) return false;
-            Strip& s = strip_[count_++];
-            const double p = exp_of(log);
-            const Ratio ratio = law_.ratio(step > 0 ? b : b - 1);
-            const double q = left < 2   ? 0
-                             : step > 0 ? ratio.numerator / ratio.denominator
-                                        : ratio.denominator / ratio.numerator;
+            Strip& s = strip_[count_++] = {};
             s.begin = b;
             s.step = step;
             s.log = log;
-            s.fast = 0;
+            const double p = exp_of(log), q = left < 2 ? 0 : quotient(b, step);
             if (p <= area_ * (1 - q)) {
                 s.width = 1;
-                s.counts = 0;
                 s.tangent = p / (area_ * (1 - q));
                 s.log_q = log_of(std::max(q, 1e-300));
                 return true;
@@ -122,7 +125,8 @@ private:
         }
     }
 
-    // Whether one trial makes a number; k is written in any case, and lies in r.
+    // Whether one trial makes a number; k is written in any case, and lies in r. Mostly y is below
+    // the line 1 - ci, which is below e^-ci.
     bool trial(Uniforms& uniforms, double place, std::int32_t& k) const {
         const auto j = static_cast<std::int32_t>(place);
         const Strip& s = strip_[j];
@@ -138,16 +142,17 @@ private:
     [[gnu::noinline]] bool undecided(Uniforms& uniforms, const Strip& s, double x,
                                      std::int32_t& k) const {
         const double i = whole(x), y = x - i;
-        if (s.counts == 0) return y < s.tangent && tail(uniforms, s, k);
+        if (s.counts == 0) return y < s.tangent && geometric(uniforms, s, k);
         if (i >= s.counts) return false;
-        const double z = i * s.chord, zt = i * s.tangent, number = s.begin + s.step * i;
+        const double number = s.begin + s.step * i, above = i * s.tangent;
         k = as_count(number);
-        if (y <= 1 - z * (1 - z * (0.5 - z * (1.0 / 6)))) return true;
-        if (y > 1 - zt * (1 - zt * 0.5)) return false;
+        if (y <= below_exp(i * s.chord)) return true;
+        if (y > 1 - above * (1 - above * 0.5)) return false;
         return y <= exp_of(log_weight(number) - s.log);
     }
 
-    [[gnu::noinline]] bool tail(Uniforms& uniforms, const Strip& s, std::int32_t& k) const {
+    // A number of the geometric hat by inversion, against its height there.
+    [[gnu::noinline]] bool geometric(Uniforms& uniforms, const Strip& s, std::int32_t& k) const {
         const double v = std::max(uniforms.next48(), 0x1p-50);
         const double i = whole(log_of(v) / s.log_q), number = s.begin + s.step * i;
         if (number < law_.low || number > law_.high) return false;

@@ -79,10 +79,18 @@ inline double whole(double x) {
     const double near = (x + 0x1p52) - 0x1p52;
     return near - (near > x);
 }
+inline vm::d2 whole(vm::d2 x) {
+    const vm::d2 near = (x + 0x1p52) - 0x1p52;
+    return near - (vm::d2)((vm::l2)(near > x) & (vm::l2)vm::all(1.0));
+}
 
 // A count as it is stored: not above what 32 bits hold.
 inline std::int32_t as_count(double k) {
     return k < 0x1p31 ? static_cast<std::int32_t>(k) : INT32_MAX;
+}
+inline void store_counts(std::int32_t* r, vm::d2 k) {
+    const __m128i counts = _mm_cvttpd_epi32(_mm_min_pd((__m128d)k, _mm_set1_pd(2147483647.0)));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(r), counts);
 }
 
 }  // namespace kef::dist
