@@ -296,8 +296,8 @@ TEST(RngGenerators, AbstractBounds) {
 TEST(RngGenerators, AbstractRangesOfAnyWidth) {
     const std::pair<double, double> ranges[] = {
         {0, 1}, {-1.7e308, 1.7e308}, {-3, 1e308}, {0, 1e-305}, {-0x1p-1030, 0x1.8p-1029}};
-    for (const auto [from, to] : ranges)
-        for (const auto [a, b] : ranges) {
+    for (const auto& [from, to] : ranges)
+        for (const auto& [a, b] : ranges) {
             SCOPED_TRACE(testing::Message() << from << ' ' << to << " to " << a << ' ' << b);
             double buffer[3] = {from, from / 2 + to / 2, to};
             kef_stream* handle = nullptr;
