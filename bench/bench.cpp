@@ -133,7 +133,7 @@ public:
     explicit Run(const Options& options)
         : options_(options),
           specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4",
-                     "NaN", "infinity", "subnormal", "huge", "negative"}),
+                     "NaN", "infinity", "subnormal", "huge", "negative", "2^e", "2^e for b"}),
           powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {}
 
     void row(const kef_test::Row& row) {
@@ -263,8 +263,57 @@ private:
             Table::Row cells = {row.name(), all[k].name, format("%.2f", time[0][k])};
             for (std::size_t b = 1; b < batches.size(); ++b)
                 cells.push_back(format("%.1f", time[b][k] / time[0][k]));
+            cells.push_back(worst_power(all[k], row, plain, &Batch<T>::a));
+            const bool second = row.arguments == 2;
+            cells.push_back(second ? worst_power(all[k], row, plain, &Batch<T>::b) : "");
             specials_.add(cells);
         }
+    }
+
+    // The most that one argument costs as a power of two from the smallest normal number to 1, of
+    // either sign, in multiples of the ordinary cost, and where; among those without errors and
+    // subnormal results.
+    template <class T>
+    static std::string worst_power(const Kernel<T>& kernel, const kef_test::Row& row,
+                                   const Batch<T>& plain, std::vector<T> Batch<T>::*argument) {
+        constexpr T smallest = std::numeric_limits<T>::min();
+        using Found = std::pair<double, T>;  // cycles, argument
+        std::vector<Found> found;
+        Batch<T> batch = plain;
+        for (T size = smallest; size <= 1; size *= 2)
+            for (const T power : {size, -size}) {
+                std::fill((batch.*argument).begin(), (batch.*argument).end(), power);
+                kef_vtm_kernel_ClearErrStatus();
+                kernel.run(batch);
+                bool ordinary = kef_vtm_kernel_GetErrStatus() == VTM_STATUS_OK;
+                for (int j = 0; j < row.results; ++j)
+                    for (const T r : batch.result[j])
+                        ordinary &= r == 0 || std::fabs(r) >= smallest;
+                if (!ordinary) continue;
+                double least = INFINITY;
+                for (int round = 0; round < 4; ++round) {
+                    const double start = now(false);
+                    kernel.run(batch);
+                    least = std::min(least, now(false) - start);
+                }
+                found.push_back({least, power});
+            }
+        if (found.empty()) return "";
+        // The worst ones again, at length.
+        std::sort(found.rbegin(), found.rend());
+        found.resize(std::min<std::size_t>(found.size(), 3));
+        std::vector<Batch<T>> batches(1 + found.size(), plain);
+        std::vector<Kernel<T>> all;
+        for (std::size_t i = 0; i < batches.size(); ++i) {
+            Batch<T>& of_this = batches[i];
+            if (i > 0) of_this.*argument = std::vector<T>(plain.a.size(), found[i - 1].second);
+            all.push_back({kernel.name, [&](Batch<T>&) { kernel.run(of_this); }});
+        }
+        const std::vector<double> time = cycles(all, batch);
+        const auto worst = std::max_element(time.begin() + 1, time.end()) - time.begin();
+        const T power = found[worst - 1].second;
+        return format("%.1f (%s2^%d)", time[worst] / time[0], power < 0 ? "-" : "",
+                      std::ilogb(power));
     }
 
     // Bases in [1/2, 2] and their negatives. Not an integer: a base below zero is an error.

@@ -13,7 +13,8 @@ c1 to c8 of F(c + y) = F(c) + y (c1 + y (c2 + ...)). The last row of the tables 
 q = 1, with F = sqrt(pi)/2 alone.
 
 The polynomials interpolate at the zeros of a Chebyshev polynomial. Prints the largest errors
-relative to F before the coefficients are rounded.
+relative to F before the coefficients are rounded; and the polynomials of the tail in single
+precision, erfc^-1(e^-s) - sqrt s by powers of sqrt s for q = e^-s in [2^-126, 2^-24).
 """
 import pathlib
 import struct
@@ -122,6 +123,20 @@ def single_rows():
     print(f"single: degree 3 2^{mp.nstr(log(worst, 2), 4)}, degree 1 2^{mp.nstr(log(worst_line, 2), 4)}")
 
 
+def single_tail(degree):
+    first, last = (sqrt(k * log(2)) for k in (24, 126))
+    middle, half = (first + last) / 2, (last - first) / 2
+    nodes = [middle + half * cos(pi * (2 * i + 1) / (2 * degree + 2)) for i in range(degree + 1)]
+    p = monomials(nodes, [tail(w * w) - w for w in nodes])
+    worst = mpf(0)
+    for k in range(201):
+        w = first + (last - first) * k / 200
+        r = tail(w * w)
+        worst = max(worst, abs(w + mp.polyval(p[::-1], w) - r) / r)
+    print(f"single_tail: degree {degree} 2^{mp.nstr(log(worst, 2), 4)}:",
+          *(f"0x{bits_single(c):08X}" for c in p))
+
+
 def write(directory, name, macro, lines, number):
     text = [f"// {name}.inc: made by tools/erf_inverse_tables.py vm/tables; do not edit.\n"]
     for c, values in lines:
@@ -145,6 +160,8 @@ def main():
     write(directory, "erf_inverse_tail", "KEF_ERF_INVERSE", rows(tail, 6.75, 768), number)
     write(directory, "erf_inverse_single", "KEF_ERF_INVERSE",
           [*single_rows(), (1, [limit, 0, 0, 0, limit, 0])], number_single)
+    single_tail(6)
+    single_tail(3)
 
 
 if __name__ == "__main__":

@@ -10,7 +10,7 @@
 // relative accuracy there. Tables: tools/erf_inverse_tables.py.
 #pragma once
 
-#include "vm/core/log_core.h"
+#include "vm/core/log_single.h"
 #include "vm/core/rounding.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
@@ -107,16 +107,22 @@ inline auto erf_inverse_near(d2 x, d2 q) {
     }
 }
 
-// The same for q 2^-shift below 2^-9.7; finite up to 1.
-template <ErfInverseScale scale> inline DoubleDouble<d2> erf_inverse_tail(d2 q, double shift = 0) {
+// The same for q 2^-shift below 2^-9.7; finite up to 1. EP: relative error below 2^-27.
+template <class Accuracy, ErfInverseScale scale>
+inline auto erf_inverse_tail(d2 q, double shift = 0) {
+    constexpr bool is_rounded = std::is_same_v<Accuracy, EP>;
     constexpr double first = 6.75;
-    const DoubleDouble<d2> ln = log_parts(q, shift);
+    const DoubleDouble<d2> ln = [&] {
+        if constexpr (is_rounded) return DoubleDouble<d2>{log_core<EP>(q, shift), d2{}};
+        else return log_parts(q, shift);
+    }();
     const d2 s = maximum(-(ln.high + ln.low), all(first));
     const ErfInverseIntervals at = erf_inverse_intervals(erf_inverse_tail_table, first, s);
     const d2 y = (-ln.high - at.centre) - ln.low;
-    const d2 change = (scale == ErfInverseScale::one ? y : y * root2) * at.slope<HA>(y);
+    const d2 change = (scale == ErfInverseScale::one ? y : y * root2) * at.slope<Accuracy>(y);
     const DoubleDouble<d2> base = at.base(scale);
-    return {base.high, base.low + change};
+    if constexpr (is_rounded) return base.high + (base.low + change);
+    else return DoubleDouble<d2>{base.high, base.low + change};
 }
 
 // r in single precision, for q >= 2^-24; finite for 0 < q < 2^-24. F is of degree 3 (LA) or 1
@@ -146,6 +152,23 @@ template <class Accuracy> inline f4 erf_inverse_single(f4 x, f4 q) {
     }
 }
 
+// The same for 2^-126 <= q < 2^-24: w = sqrt(-ln q) and a polynomial of it, relative error
+// 2^-23.5 (LA), 2^-14.8 (EP); that of the logarithm is halved.
+template <class Accuracy> inline f4 erf_inverse_single_tail(f4 q) {
+    const f4 w = square_root(0.0f - log_single<Accuracy>(q));
+    if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr float c0 = from_bits(0xBEFD1DA9u), c1 = from_bits(0x3DDDB7C0u),
+                        c2 = from_bits(0xBC8F80FEu), c3 = from_bits(0x3AF89EA2u),
+                        c4 = from_bits(0xB9086B22u), c5 = from_bits(0x36AB68DDu),
+                        c6 = from_bits(0xB3BBD6ABu);
+        return w + (c0 + w * (c1 + w * (c2 + w * (c3 + w * (c4 + w * (c5 + w * c6))))));
+    } else {
+        constexpr float c0 = from_bits(0xBEE00962u), c1 = from_bits(0x3D889D93u),
+                        c2 = from_bits(0xBBB7A71Bu), c3 = from_bits(0x39446D42u);
+        return w + (c0 + w * (c1 + w * (c2 + w * c3)));
+    }
+}
+
 // The kernel of Function<T, Accuracy>, which has
 //
 //   given, scale            see above
@@ -159,19 +182,16 @@ template <class Function, class T, class Accuracy> struct ErfInverseKernel {
     static constexpr bool in_floats = single && !std::is_same_v<Accuracy, HA>;
 
     static auto fast(V v) {
-        if constexpr (in_floats) {
-            const ErfInverseArgument<V> a = Function::argument(v);
-            f4 r = erf_inverse_single<Accuracy>(a.x, a.q);
-            if (Function::scale == ErfInverseScale::root2) r *= static_cast<float>(root2);
-            return with_sign(r, a.sign);
-        } else {
-            return in_doubles(v, near<Accuracy>);
-        }
+        if constexpr (in_floats)
+            return in_single(v,
+                             [](const auto& a) { return erf_inverse_single<Accuracy>(a.x, a.q); });
+        else return in_doubles(v, near<Accuracy>);
     }
     static auto far(V v) {
         if constexpr (in_floats)
-            return in_double(v, [](d2 x) { return sum(Function::argument(x), tail); });
-        else return in_doubles(v, tail);
+            return in_single(v,
+                             [](const auto& a) { return erf_inverse_single_tail<Accuracy>(a.q); });
+        else return in_doubles(v, tail<Accuracy>);
     }
     // Single HA: the second vector marks the midpoints.
     static i4 refuse(i4, i4 midpoint) requires(single && !in_floats) { return midpoint; }
@@ -179,15 +199,15 @@ template <class Function, class T, class Accuracy> struct ErfInverseKernel {
     // One argument of single precision, rounded once.
     static void rounded(float v, float& r) {
         const ErfInverseArgument<d2> a = Function::argument(all(double(v)));
-        const float size = rounded_once(a.q[0] < 0x1p-10 ? tail(a) : near<HA>(a));
+        const float size = rounded_once(a.q[0] < 0x1p-10 ? tail<HA>(a) : near<HA>(a));
         r = a.sign[0] < 0 ? -size : size;
     }
 
     template <class Formula> static auto near(const ErfInverseArgument<d2>& a) {
         return erf_inverse_near<Formula, Function::given, Function::scale>(a.x, a.q);
     }
-    static DoubleDouble<d2> tail(const ErfInverseArgument<d2>& a) {
-        return erf_inverse_tail<Function::scale>(a.q);
+    template <class Formula> static auto tail(const ErfInverseArgument<d2>& a) {
+        return erf_inverse_tail<Formula, Function::scale>(a.q);
     }
 
 private:
@@ -195,6 +215,12 @@ private:
         const auto r = parts(a);
         if constexpr (std::is_same_v<decltype(r), const d2>) return with_sign(r, a.sign);
         else return with_sign(r.high + r.low, a.sign);
+    }
+    static f4 in_single(V v, auto formula) {
+        const ErfInverseArgument<V> a = Function::argument(v);
+        f4 r = formula(a);
+        if (Function::scale == ErfInverseScale::root2) r *= static_cast<float>(root2);
+        return with_sign(r, a.sign);
     }
     static auto in_doubles(V v, auto parts) {
         if constexpr (single) {

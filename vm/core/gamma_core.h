@@ -153,7 +153,7 @@ template <class Accuracy> inline DoubleDouble<d2> stirling_exponent(d2 x) {
 }
 
 // ln Gamma(x) for x > 20, relative error below 2^-50 (LA), 2^-26 (EP).
-template <class Accuracy> inline d2 lgamma_stirling(d2 x) {
+template <class Accuracy> inline d2 lgamma_stirling_rounded(d2 x) {
     return ((x - 0.5) * log_core<Accuracy>(x) - x) +
            (gamma_constants::plus.high + stirling_rest(x));
 }
@@ -181,65 +181,130 @@ inline DoubleDouble<d2> select(l2 mask, DoubleDouble<d2> x, DoubleDouble<d2> y) 
 }
 inline bool any_negative(d2 x) { return _mm_movemask_pd((__m128d)x) != 0; }
 
-// |x| >= 20 as it is, others with magnitude 20.
-inline d2 gamma_outside(d2 x) { return with_sign(maximum(absolute(x), all(gamma_last)), x); }
+// sin(pi y)/pi for 0 <= y <= 20 with its sign: y = n + f, u = f^2, +-(f + f u q(u)). Relative error
+// of the polynomials 2^-59.4 (LA), 2^-33.1 (EP) and 2^-25.1 (single precision).
+template <class Accuracy> inline d2 sine_pi_short(d2 y) {
+    constexpr double shifter = 0x1.8p52;
+    const d2 sum = y + shifter, f = y - (sum - shifter), u = f * f, u2 = u * u;
+    d2 q;
+    if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr double c0 = from_bits(UINT64_C(0xBFFA51A6625307D3));
+        constexpr double c1 = from_bits(UINT64_C(0x3FE9F9CB402BC45D));
+        constexpr double c2 = from_bits(UINT64_C(0xBFC86A8E4720C749));
+        constexpr double c3 = from_bits(UINT64_C(0x3F9AC6805CDF308A));
+        constexpr double c4 = from_bits(UINT64_C(0xBF633816A0620AC5));
+        constexpr double c5 = from_bits(UINT64_C(0x3F23746C57917CA7));
+        constexpr double c6 = from_bits(UINT64_C(0xBEDD3F28CD7ED530));
+        constexpr double c7 = from_bits(UINT64_C(0x3E9080D6F89E0A7B));
+        q = ((c0 + u * c1) + u2 * (c2 + u * c3)) + (u2 * u2) * ((c4 + u * c5) + u2 * (c6 + u * c7));
+    } else {
+        constexpr double c0 = from_bits(UINT64_C(0xBFFA51A66240238A));
+        constexpr double c1 = from_bits(UINT64_C(0x3FE9F9CB22A548D1));
+        constexpr double c2 = from_bits(UINT64_C(0xBFC86A7F7F317689));
+        constexpr double c3 = from_bits(UINT64_C(0x3F9AC1505939280B));
+        constexpr double c4 = from_bits(UINT64_C(0xBF627935A1917E8C));
+        q = (c0 + u * c1) + u2 * ((c2 + u * c3) + u2 * c4);
+    }
+    return (d2)((l2)(f + (f * u) * q) ^ ((l2)sum << 63));
+}
+inline f4 sine_pi_short(f4 y) {
+    constexpr float shifter = 0x1.8p23f;
+    const f4 sum = y + shifter, f = y - (sum - shifter), u = f * f;
+    constexpr float c0 = from_bits(0xBFD28D32u), c1 = from_bits(0x3F4FCDC5u),
+                    c2 = from_bits(0xBE4325BFu), c3 = from_bits(0x3CCCCCBBu);
+    const f4 q = (c0 + u * c1) + (u * u) * (c2 + u * c3);
+    return (f4)((i4)(f + (f * u) * q) ^ ((i4)sum << 31));
+}
 
-// Gamma(x) = (high + low) power for 20 < x < 185 and -185 < x < 0; `power` has the
-// further factor 2^shift where |x| > 20. Not a number at the poles.
+// Gamma(x) = (high + low) power; not a number at the poles.
 struct GammaScaled {
     DoubleDouble<d2> value;
     d2 power;
 };
-template <int shift = 0> inline GammaScaled tgamma_far_parts(d2 x) {
-    const DoubleDouble<d2> exponent = stirling_exponent<HA>(gamma_outside(x));
-    const ExpParts e = exp_parts(exp_reduce<HA, shift>(exponent.high, exponent.low));
-    const DoubleDouble<d2> e_parts = {e.high, e.low};
-    if (!any_negative(x)) return {e_parts, e.power};
+
+// For -20 <= x < 0. HA: 2^-57; LA: relative error below 2^-50.5; EP: 2^-29.
+inline DoubleDouble<d2> tgamma_mirrored_parts(d2 x) {
     const d2 y = absolute(x);
     const SinePi sine = sine_pi(y);
     const DoubleDouble<d2> parts = gamma_parts(gamma_reduce(gamma_table, y));
     const DoubleDouble<d2> product = multiply(sine.magnitude, fast_two_sum(parts.high, parts.low));
-    const l2 near = y <= gamma_last, negative = sign_mask((l2)x), sign = sine.sign ^ INT64_MIN;
-    const DoubleDouble<d2> quotient =
-        divide(select(near, gamma_constants::pi, e_parts), select(near, product, sine.magnitude));
+    const DoubleDouble<d2> quotient = divide(gamma_constants::pi, product);
+    const l2 sign = sine.sign ^ INT64_MIN;
+    return {(d2)((l2)quotient.high ^ sign), (d2)((l2)quotient.low ^ sign)};
+}
+template <class Accuracy> inline d2 tgamma_mirrored(d2 x) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const DoubleDouble<d2> parts = tgamma_mirrored_parts(x);
+        return parts.high + parts.low;
+    } else {
+        const d2 y = absolute(x);
+        return -1.0 /
+               (sine_pi_short<Accuracy>(y) * gamma_value<Accuracy>(gamma_reduce(gamma_table, y)));
+    }
+}
+
+// For 20 < x < 185 and -185 < x < -20; `power` has the further factor 2^shift.
+template <int shift = 0> inline GammaScaled tgamma_stirling_parts(d2 x) {
+    const DoubleDouble<d2> exponent = stirling_exponent<HA>(x);
+    const ExpParts e = exp_parts(exp_reduce<HA, shift>(exponent.high, exponent.low));
+    const DoubleDouble<d2> e_parts = {e.high, e.low};
+    if (!any_negative(x)) return {e_parts, e.power};
+    const SinePi sine = sine_pi(absolute(x));
+    const l2 negative = sign_mask((l2)x), sign = sine.sign ^ INT64_MIN;
+    const DoubleDouble<d2> quotient = divide(e_parts, sine.magnitude);
     const DoubleDouble<d2> reflected = {(d2)((l2)quotient.high ^ sign),
                                         (d2)((l2)quotient.low ^ sign)};
-    return {select(negative, reflected, e_parts), select(near, all(1.0), e.power)};
+    return {select(negative, reflected, e_parts), e.power};
 }
-inline d2 tgamma_far(d2 x) {
-    const GammaScaled parts = tgamma_far_parts(x);
+inline d2 tgamma_stirling(d2 x) {
+    const GammaScaled parts = tgamma_stirling_parts(x);
     return (parts.value.high + parts.value.low) * parts.power;
 }
 
-// ln|Gamma(x)| for x > 20 and -2^52 < x < 0; not a number at the poles and where it
-// overflows. For x < 0 the absolute error is below 2^-57 + 2^-60 ln Gamma(|x|).
-inline DoubleDouble<d2> lgamma_far_parts(d2 x) {
-    const DoubleDouble<d2> exponent = stirling_exponent<LA>(gamma_outside(x));
-    if (!any_negative(x)) return exponent;
+// ln|Gamma(x)| of x < 0 from `plain` - ln(sin(pi |x|) factor).
+inline DoubleDouble<d2> lgamma_reflected(d2 y, DoubleDouble<d2> plain, d2 factor) {
+    const DoubleDouble<d2> sine = multiply(sine_pi(y).magnitude, {factor, all(0.0)});
+    const DoubleDouble<d2> log = log_parts(sine.high);
+    const DoubleDouble<d2> sum = two_sum(plain.high, -log.high);
+    return {sum.high, sum.low + ((plain.low - log.low) - sine.low / sine.high)};
+}
+
+// ln|Gamma(x)| for -20 <= x < 0; infinite or not a number at the poles. HA, LA: the absolute error
+// is below 2^-57 + 2^-60 ln Gamma(|x|); EP: absolute 2^-50 and relative 2^-26.
+inline DoubleDouble<d2> lgamma_mirrored_parts(d2 x) {
     const d2 y = absolute(x);
     const GammaReduced reduced = gamma_reduce(lgamma_table, y);
     const DoubleDouble<d2> parts = gamma_parts(reduced);
     const DoubleDouble<d2> less = two_sum(gamma_constants::ln_pi.high, -parts.high);
-    const l2 near = y <= gamma_last;
-    const DoubleDouble<d2> plain =
-        select(near, {less.high, less.low + (gamma_constants::ln_pi.low - parts.low)}, exponent);
     // From c = 1 on the table has ln Gamma(y), not of 1 + y.
-    const d2 factor = select(near & (l2)(reduced.c >= 1.0), y, all(1.0));
-    const DoubleDouble<d2> sine = multiply(sine_pi(y).magnitude, {factor, all(0.0)});
-    const DoubleDouble<d2> log = log_parts(sine.high);
-    const DoubleDouble<d2> sum = two_sum(plain.high, -log.high);
-    const DoubleDouble<d2> reflected = {sum.high,
-                                        sum.low + ((plain.low - log.low) - sine.low / sine.high)};
-    return select(sign_mask((l2)x), reflected, exponent);
+    return lgamma_reflected(y, {less.high, less.low + (gamma_constants::ln_pi.low - parts.low)},
+                            select((l2)(reduced.c >= 1.0), y, all(1.0)));
 }
-template <class Accuracy> inline d2 lgamma_far(d2 x) {
-    if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> parts = lgamma_far_parts(x);
-        return parts.high + parts.low;
+template <class Accuracy> inline d2 lgamma_mirrored(d2 x) {
+    if constexpr (std::is_same_v<Accuracy, EP>) {
+        const d2 y = absolute(x), value = gamma_value<LA>(gamma_reduce(gamma_table, y));
+        const d2 inverse = absolute(sine_pi_short<LA>(y) * value);
+        return where(inverse == 0, all(Format<double>::infinity)) - log_core<EP>(inverse);
     } else {
-        const d2 positive = lgamma_stirling<Accuracy>(maximum(x, all(gamma_last)));
+        const DoubleDouble<d2> parts = lgamma_mirrored_parts(x);
+        return parts.high + parts.low;
+    }
+}
+
+// The same for x > 20 and -2^52 < x < -20; not a number where it overflows.
+inline DoubleDouble<d2> lgamma_stirling_parts(d2 x) {
+    const DoubleDouble<d2> exponent = stirling_exponent<LA>(x);
+    if (!any_negative(x)) return exponent;
+    return select(sign_mask((l2)x), lgamma_reflected(absolute(x), exponent, all(1.0)), exponent);
+}
+template <class Accuracy> inline d2 lgamma_stirling(d2 x) {
+    const auto rounded = [](DoubleDouble<d2> parts) { return parts.high + parts.low; };
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        return rounded(lgamma_stirling_parts(x));
+    } else {
+        const d2 positive = lgamma_stirling_rounded<Accuracy>(absolute(x));
         if (!any_negative(x)) return positive;
-        return select(sign_mask((l2)x), lgamma_far<HA>(x), positive);
+        return select(sign_mask((l2)x), rounded(lgamma_stirling_parts(x)), positive);
     }
 }
 
@@ -274,6 +339,20 @@ template <class Accuracy> inline f4 lgamma_single(f4 x) {
     f4 c;
     const f4 value = gamma_value<Accuracy>(lgamma_table_single, x, c);
     return value - log_single<Log>(lgamma_factor(x, c));
+}
+
+// EP for -20 <= x < 0, as above; ln|Gamma(x)|: absolute 2^-20 and relative 2^-11.
+inline f4 tgamma_mirrored(f4 x) {
+    const f4 y = absolute(x);
+    f4 c;
+    return -1.0f / (sine_pi_short(y) * gamma_value<EP>(gamma_table_single, y, c));
+}
+inline f4 lgamma_mirrored(f4 x) {
+    const f4 y = absolute(x);
+    f4 c;
+    const f4 value = gamma_value<LA>(gamma_table_single, y, c);
+    const f4 inverse = absolute(sine_pi_short(y) * value);
+    return where(inverse == 0, all(Format<float>::infinity)) - log_single<EPTerm>(inverse);
 }
 
 }  // namespace kef::vm

@@ -1,6 +1,11 @@
 // What the kernels of TGamma and LGamma share: the gate and the formula of each slot for
-// 0 < x <= 20, and the way from double to single HA. Function<T, Accuracy> gives
-// near<Accuracy>(x) in double and near_single(x).
+// 0 < x <= 20, the choice of those beyond, and the way from double to single HA.
+// Function<T, Accuracy> gives
+//
+//   near<Accuracy>(x), near_single(x)   for 0 < x <= 20
+//   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
+//   mirrored(x)                         for -20 <= x < 0; single EP in floats
+//   wide(x)                             for |x| > 20, in double
 #pragma once
 
 #include "vm/core/gamma_core.h"
@@ -23,20 +28,20 @@ template <> struct GammaRange<float> {
 template <class Function, class T, class Accuracy> struct GammaKernel {
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
-    static constexpr bool in_double = single && std::is_same_v<Accuracy, HA>;
+    static constexpr bool is_rounded = single && std::is_same_v<Accuracy, HA>;
 
     static i4 outside(i4 h) { return not_between(h, GammaRange<T>::first, GammaRange<T>::near); }
 
     // Single HA: the second vector marks the midpoints.
     static auto rounded(d2x2 wide) {
-        if constexpr (in_double) return with_midpoints(wide);
+        if constexpr (is_rounded) return with_midpoints(wide);
         else return narrow(wide);
     }
 
     static auto fast(V x) {
         if constexpr (!single) {
             return Function::template near<Accuracy>(x);
-        } else if constexpr (in_double) {
+        } else if constexpr (is_rounded) {
             const d2x2 wide = widen(x);
             return rounded(
                 {Function::template near<LA>(wide.low), Function::template near<LA>(wide.high)});
@@ -45,25 +50,48 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
         }
     }
 
+    // Beside |x| < tiny, where |Gamma(x)| = Gamma(|x|) to the formula's accuracy: there products of
+    // sin(pi x) would be subnormal.
     static auto far(V x) {
-        if constexpr (single) {
-            const d2x2 wide = widen(x);
-            return rounded({far_or_tiny(wide.low), far_or_tiny(wide.high)});
-        } else {
-            return far_or_tiny(x);
-        }
+        constexpr T limit = T(gamma_last), tiny_bound = in_single ? T(0x1p-24) : T(0x1p-61);
+        const V y = absolute(x);
+        const auto tiny = y<tiny_bound, wide = y> limit;
+        const auto of_wide = [&] { return in_double(select(wide, x, all(T(30))), Function::wide); };
+        const auto of_others = [&] {
+            const V z = select(tiny | wide, all(T(-0.5)), x);
+            if constexpr (in_single) return Function::mirrored(z);
+            else return in_double(z, [](d2 v) { return Function::mirrored(v); });
+        };
+        return either(
+            tiny, [&] { return reflected(fast(y), x); },
+            [&] { return either(wide, of_wide, of_others); });
     }
 
 private:
-    // |Gamma(x)| = Gamma(|x|) to 2^-60 where |x| < 2^-61; there products of sin(pi x) would be
-    // subnormal.
-    static d2 far_or_tiny(d2 x) {
-        const d2 y = absolute(x);
-        const l2 tiny = y < 0x1p-61;
-        if (!any_lane((i4)tiny)) return Function::far_one(x);
-        const d2 near = Function::template near<std::conditional_t<single, LA, Accuracy>>(y);
-        return select(tiny, Function::reflected(near, x),
-                      Function::far_one(select(tiny, all(30.0), x)));
+    static constexpr bool in_single = single && std::is_same_v<Accuracy, EP>;
+
+    // A formula in double precision.
+    static auto in_double(V x, auto formula) {
+        if constexpr (single) {
+            const d2x2 v = widen(x);
+            return rounded({formula(v.low), formula(v.high)});
+        } else {
+            return formula(x);
+        }
+    }
+
+    static V reflected(V r, V x) { return Function::reflected(r, x); }
+    static Two<V> reflected(Two<V> r, V x) { return {reflected(r.first, x), r.second}; }
+
+    static V chosen(auto mask, V r, V s) { return select(mask, r, s); }
+    static Two<V> chosen(auto mask, Two<V> r, Two<V> s) {
+        return {chosen(mask, r.first, s.first), chosen(mask, r.second, s.second)};
+    }
+    // f() in the lanes of the mask, g() in the others; neither where no lane is its own.
+    static auto either(auto mask, auto f, auto g) {
+        if (all_lanes((i4)mask)) return f();
+        if (!any_lane((i4)mask)) return g();
+        return chosen(mask, f(), g());
     }
 };
 

@@ -82,13 +82,16 @@ template <class T, class Accuracy> struct Atan2 {
         return (a - Range::first) | (b - Range::first) | (Range::last - a) | (Range::last - b);
     }
 
-    // Any finite arguments whose quotient is a normal number.
+    // Any finite arguments whose quotient is a normal number, or any number where the angle is
+    // nearly pi.
     static i4 beyond(i4 a, i4 b) {
         constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
         constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
-        constexpr std::int32_t widest = std::is_same_v<T, double> ? 1020 << 20 : 125 << 23;
+        constexpr std::int32_t widest = std::is_same_v<T, double> ? 1022 << 20 : 126 << 23;
+        const i4 right = ~b;
         a = magnitude(a), b = magnitude(b);
-        const i4 infinite = (last - a) | (last - b), small = (a - normal) | ((a - b) + widest);
+        const i4 narrow = (a >> 1) - (b >> 1) + (widest / 2 - 2);  // halves, which do not overflow
+        const i4 infinite = (last - a) | (last - b), small = (a - normal) | (narrow & right);
         if constexpr (std::is_same_v<T, float>) return infinite | (small & (a != 0));
         return infinite | small | (b - normal);
     }
@@ -112,7 +115,8 @@ template <class T, class Accuracy> struct Atan2 {
             const l2 flat = drowns(height), steep = drowns(width);
             const d2 h = where(~flat, height) * scale;
             const d2 w = maximum(where(~steep, width) * scale, all(0x1p-58));
-            const d2 q = select(flat, height, all(0.0)) / select(flat, width, all(1.0));
+            // 0 where x < 0: it may be subnormal
+            const d2 q = where(flat & ~sign_mask((l2)x), height) / select(flat, width, all(1.0));
             DoubleDouble<d2> angle = {d2{}, d2{}};
             if constexpr (std::is_same_v<Accuracy, HA>) angle = atan_quotient(h, w);
             else angle.high = atan_core<LA>(h / w);

@@ -54,7 +54,7 @@ struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
         if (p == 1) return r = Format<T>::infinity, VTM_STATUS_SING;
         if (p < 0 || p > 1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<d2> subnormal = erf_inverse_tail<scale>(all(p * 0x1p54), -53);
+            const DoubleDouble<d2> subnormal = erf_inverse_tail<HA, scale>(all(p * 0x1p54), -53);
             r = -(subnormal.high + subnormal.low)[0];
         } else {
             Kernel::rounded(p, r);

@@ -54,7 +54,7 @@ struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
         if (x == 2) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < 0 || x > 2) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<d2> subnormal = erf_inverse_tail<scale>(all(x * 0x1p54), -54);
+            const DoubleDouble<d2> subnormal = erf_inverse_tail<HA, scale>(all(x * 0x1p54), -54);
             r = (subnormal.high + subnormal.low)[0];
         } else {
             Kernel::rounded(x, r);

@@ -18,14 +18,16 @@ namespace kef::vm {
 
 namespace {
 
-// Heads: below `tiny` exact products would underflow, or the result; from `near_end` on
-// 1 - |x| < 2^-10.
+// Below `normal` the result may be subnormal, below `small` exact products would be; head: from
+// `near_end` on 1 - |x| < 2^-10.
 template <class T> struct ErfInvRange;
 template <> struct ErfInvRange<double> {
-    static constexpr std::uint32_t tiny = 0x04000000, near_end = 0x3FEFF800;
+    static constexpr double normal = 0x1.3p-1022, small = 0x1p-959;
+    static constexpr std::uint32_t near_end = 0x3FEFF800;
 };
 template <> struct ErfInvRange<float> {
-    static constexpr std::uint32_t tiny = 0x01000000, near_end = 0x3F7FC000;
+    static constexpr float normal = 0x1p-125f, small = normal;
+    static constexpr std::uint32_t near_end = 0x3F7FC000;
 };
 
 }  // namespace
@@ -40,11 +42,23 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
 
     // The formula in single precision reaches to 1.
     static i4 outside(i4 h) {
-        return not_between(magnitude(h), Range::tiny,
+        return not_between(magnitude(h), head_of(Range::small),
                            Kernel::in_floats ? Format<T>::one_head : Range::near_end);
     }
     static i4 beyond(i4 h) requires(!Kernel::in_floats) {
-        return not_between(magnitude(h), Range::tiny, Format<T>::one_head);
+        return not_between(magnitude(h), head_of(Range::normal), Format<T>::one_head);
+    }
+    // Double: small numbers too, times 2^100.
+    static auto far(Vector<T> v) {
+        if constexpr (Kernel::single) {
+            return Kernel::far(v);
+        } else {
+            const l2 small = absolute(v) < Range::small;
+            if (!any_lane((i4)small)) return Kernel::far(v);
+            const d2 r = Kernel::fast(where(small, v) * 0x1p100) * 0x1p-100;
+            if (all_lanes((i4)small)) return r;
+            return select(small, r, Kernel::far(select(small, all(1 - 0x1p-20), v)));
+        }
     }
 
     template <class V> static ErfInverseArgument<V> argument(V v) {

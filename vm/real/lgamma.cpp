@@ -44,7 +44,8 @@ DoubleDouble<d2> lgamma_one(double x) {
         const DoubleDouble<d2> sum = fast_two_sum(power.high, -part);
         return {(sum.high + (sum.low + power.low)) * 0x1p16, all(0.0)};
     }
-    return x > 0 && x <= gamma_last ? lgamma_near_parts(all(x)) : lgamma_far_parts(all(x));
+    if (y > gamma_last) return lgamma_stirling_parts(all(x));
+    return x > 0 ? lgamma_near_parts(all(x)) : lgamma_mirrored_parts(all(x));
 }
 
 }  // namespace
@@ -63,12 +64,12 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
 
     template <class A> static d2 near(d2 x) { return lgamma_near<A>(x); }
     static f4 near_single(f4 x) { return lgamma_single<Accuracy>(x); }
-    static d2 far_one(d2 x) {
-        using Inner = std::conditional_t<Kernel::in_double, LA, EP>;
-        return lgamma_far<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
-    }
-
-    static d2 reflected(d2 r, d2) { return r; }
+    using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
+    using InDouble = std::conditional_t<Kernel::single, Inner, Accuracy>;
+    static d2 wide(d2 x) { return lgamma_stirling<InDouble>(x); }
+    static d2 mirrored(d2 x) { return lgamma_mirrored<InDouble>(x); }
+    static f4 mirrored(f4 x) { return lgamma_mirrored(x); }
+    template <class V> static V reflected(V r, V) { return r; }
 
     // Poles.
     static i4 refuse(i4 r) { return not_finite<T>(r); }

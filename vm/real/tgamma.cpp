@@ -44,9 +44,11 @@ bool tgamma_one(double x, DoubleDouble<double>& r) {
     };
     const auto far = [&](const GammaScaled& parts) { return take(parts.value, parts.power); };
     if (x > 0 && x <= gamma_last) return take(tgamma_near_parts(all(x)), all(1.0));
-    if (x > 165) return far(tgamma_far_parts<-2>(all(x))), r = {r.high * 4.0, r.low * 4.0}, false;
-    if (x > -165) return far(tgamma_far_parts(all(x)));
-    far(tgamma_far_parts<1022>(all(x)));
+    if (x > 165)
+        return far(tgamma_stirling_parts<-2>(all(x))), r = {r.high * 4.0, r.low * 4.0}, false;
+    if (x < 0 && x >= -gamma_last) return take(tgamma_mirrored_parts(all(x)), all(1.0));
+    if (x > -165) return far(tgamma_stirling_parts(all(x)));
+    far(tgamma_stirling_parts<1022>(all(x)));
     const double sign = r.high < 0 ? -1.0 : 1.0;
     if (r.high * sign >= 1.0) return r = {r.high * 0x1p-1022, r.low * 0x1p-1022}, false;
     return r = {sign * round_to_subnormal(sign * r.high, sign * r.low), 0}, true;
@@ -64,8 +66,13 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
 
     template <class A> static d2 near(d2 x) { return tgamma_near<A>(x); }
     static f4 near_single(f4 x) { return tgamma_single<Accuracy>(x); }
-    static d2 far_one(d2 x) { return tgamma_far(x); }
-    static d2 reflected(d2 r, d2 x) { return with_sign(r, x); }
+    template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
+    static d2 wide(d2 x) { return tgamma_stirling(x); }
+    static d2 mirrored(d2 x) {  // single HA as in double, single LA by the shorter formula
+        using Inner = std::conditional_t<Kernel::is_rounded, HA, EP>;
+        return tgamma_mirrored<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
+    }
+    static f4 mirrored(f4 x) { return tgamma_mirrored(x); }
 
     // Poles, overflow and subnormal results.
     static i4 refuse(i4 r) {

@@ -253,14 +253,20 @@ inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_re
     return true;
 }
 
-// A group by the second formula, where it gives it; and, where it is good everywhere, up to 15
-// behind it: the index behind them. The kernel comes by value here and below: where its address
-// never leaves a loop, its fields stay in registers.
+// A group by the second formula, where it gives it; and, up to 15 behind it, those that the first
+// gate holds back too, or all where the second formula is good everywhere: the index behind them.
+// The kernel comes by value here and below: where its address never leaves a loop, its fields stay
+// in registers.
 template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
-                                 const std::array<T*, O>& out) {
-    const int most = i + (far_is_everywhere<K> ? 16 : 1) * group, end = most < n ? most : n;
-    while (i <= end - group && try_far(k, group_at(in, i), storing(out, i))) i += group;
+[[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
+                                               const std::array<T*, O>& out) {
+    const int first = i, most = i + 16 * group, end = most < n ? most : n;
+    for (; i <= end - group; i += group) {
+        const auto x = group_at(in, i);
+        if constexpr (!far_is_everywhere<K>)
+            if (i > first && !is_outside(k, x, std::make_index_sequence<I>())) break;
+        if (!try_far(k, x, storing(out, i))) break;
+    }
     return i;
 }
 
@@ -311,18 +317,9 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
     }
 }
 
-// A group that the gates of the fast formula hold back.
-template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline]] void again(K k, int i, int n, Guard& guard, const std::array<const T*, I>& in,
-                             const std::array<T*, O>& out) {
-    if constexpr (has_far<K, I>)
-        if (!is_beyond(k, group_at(in, i)) && far_groups(k, i, n, in, out) > i) return;
-    one_by_one(k, i, group, guard, in, out);
-}
-
-// All groups from one on that the gates hold back, where the second formula is good everywhere: by
-// it and the first one in turn; the index behind them. Apart from the main loop, whose index
-// moves by a constant alone: that makes its addresses simple.
+// All groups from one on that the gates hold back, where there is a second formula: by it and the
+// first one in turn; the index behind them. Apart from the main loop, whose index moves by a
+// constant alone: that makes its addresses simple.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
 [[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard,
                                            const std::array<const T*, I>& in,
@@ -370,14 +367,14 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
     for (; i <= n - group; i += group) {
         const bool done = try_group(k, group_at(in, i), storing(out, i));
-        if constexpr (far_is_everywhere<K>) {
+        if constexpr (has_far<K, I>) {
             if (!done) [[unlikely]] {
                 i = resume(k, i, n, guard, in, out);
                 break;
             }
         } else if constexpr (has_edge) {
             if (!done) [[unlikely]]
-                again(k, i, n, guard, in, out);
+                one_by_one(k, i, group, guard, in, out);
         }
     }
 
