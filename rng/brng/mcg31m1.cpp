@@ -31,7 +31,6 @@ struct Mcg31m1 {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 8; }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
         s.x = multiply31(s.x, __vtsiPowMod2P31M1(s.a, k));
         return VTS_STATUS_OK;

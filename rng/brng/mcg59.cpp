@@ -30,7 +30,6 @@ struct Mcg59 {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 8; }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
         s.x = multiply59(s.x, __vtsiPowMod2P59(s.a, k));
         return VTS_STATUS_OK;
