@@ -55,33 +55,33 @@ enum {
 /* Parameter identifiers: I of __vtsiSSEditTask, D of __vtsdSSEditTask and
  * __vtssSSEditTask. Sizes in elements; "layout" is a VTS_SS_LAYOUT_ code. */
 enum {
-    VTS_SS_ID_DIMENSION = 1,            /* I p */
-    VTS_SS_ID_COUNT = 2,                /* I n, observations of the current block */
-    VTS_SS_ID_X = 3,                    /* D observations, p*n */
-    VTS_SS_ID_X_STORAGE = 4,            /* I VTS_SS_STORAGE_ code */
-    VTS_SS_ID_INDICES = 5,              /* I p flags: not zero = variable is processed */
-    VTS_SS_ID_WEIGHTS = 6,              /* D n */
-    VTS_SS_ID_MEAN = 7,                 /* D p */
-    VTS_SS_ID_RAW_MOMENT_2 = 8,         /* D p */
-    VTS_SS_ID_RAW_MOMENT_3 = 9,         /* D p */
-    VTS_SS_ID_RAW_MOMENT_4 = 10,        /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,    /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,    /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,    /* D p */
-    VTS_SS_ID_KURTOSIS = 14,            /* D p */
-    VTS_SS_ID_SKEWNESS = 15,            /* D p */
-    VTS_SS_ID_MINIMUM = 16,             /* D p */
-    VTS_SS_ID_MAXIMUM = 17,             /* D p */
-    VTS_SS_ID_VARIATION = 18,           /* D p */
-    VTS_SS_ID_COVARIANCE = 19,          /* D matrix */
-    VTS_SS_ID_COVARIANCE_STORAGE = 20,  /* I layout */
-    VTS_SS_ID_CORRELATION = 21,         /* D matrix */
-    VTS_SS_ID_CORRELATION_STORAGE = 22, /* I layout */
-    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23, /* D 2: W and W2, kept between calls */
-    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24,
-    VTS_SS_ID_QUANTILE_ORDERS = 25,
-    VTS_SS_ID_QUANTILES = 26,
-    VTS_SS_ID_ORDER_STATISTICS = 27,
+    VTS_SS_ID_DIMENSION = 1,             /* I p */
+    VTS_SS_ID_COUNT = 2,                 /* I n, observations of the current block */
+    VTS_SS_ID_X = 3,                     /* D observations, p*n */
+    VTS_SS_ID_X_STORAGE = 4,             /* I VTS_SS_STORAGE_ code */
+    VTS_SS_ID_INDICES = 5,               /* I p flags: not zero = variable is processed */
+    VTS_SS_ID_WEIGHTS = 6,               /* D n */
+    VTS_SS_ID_MEAN = 7,                  /* D p */
+    VTS_SS_ID_RAW_MOMENT_2 = 8,          /* D p */
+    VTS_SS_ID_RAW_MOMENT_3 = 9,          /* D p */
+    VTS_SS_ID_RAW_MOMENT_4 = 10,         /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,     /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,     /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,     /* D p */
+    VTS_SS_ID_KURTOSIS = 14,             /* D p */
+    VTS_SS_ID_SKEWNESS = 15,             /* D p */
+    VTS_SS_ID_MINIMUM = 16,              /* D p */
+    VTS_SS_ID_MAXIMUM = 17,              /* D p */
+    VTS_SS_ID_VARIATION = 18,            /* D p */
+    VTS_SS_ID_COVARIANCE = 19,           /* D matrix */
+    VTS_SS_ID_COVARIANCE_STORAGE = 20,   /* I layout */
+    VTS_SS_ID_CORRELATION = 21,          /* D matrix */
+    VTS_SS_ID_CORRELATION_STORAGE = 22,  /* I layout */
+    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23,  /* D 2: W and W2, kept between calls */
+    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24, /* I m */
+    VTS_SS_ID_QUANTILE_ORDERS = 25,      /* D m orders in [0,1] */
+    VTS_SS_ID_QUANTILES = 26,            /* D p*m, variable by variable; p by WMedian */
+    VTS_SS_ID_ORDER_STATISTICS = 27,     /* D p*n, every variable ascending */
     VTS_SS_ID_GROUP_INDICES = 28,
     VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29,
     VTS_SS_ID_POOLED_MEAN = 30,
@@ -98,7 +98,7 @@ enum {
     VTS_SS_ID_OUTLIER_PARAMETER_COUNT = 41,
     VTS_SS_ID_OUTLIER_PARAMETERS = 42,
     VTS_SS_ID_OUTLIER_WEIGHTS = 43,
-    VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44,
+    VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44, /* I VTS_SS_STORAGE_ code */
     VTS_SS_ID_PARTIAL_INDICES = 45,
     VTS_SS_ID_PARTIAL_COVARIANCE = 46,
     VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE = 47,
@@ -420,6 +420,33 @@ KEF_API int32_t _vtssSSBasic(kef_ss_task *task, uint64_t estimates, int32_t meth
  * x, its storage, p and the precision as by Basic. */
 KEF_API int32_t _vtsdSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* The computations below take the same arguments and read neither estimates nor method: each
+ * computes what has a result array. The parameters are checked first, in the order given, then the
+ * precision (BAD_PRECISION); what is wrong with the values in the arrays shows after that. */
+
+/* Quantiles of the observations of each variable, and the observations sorted.
+ *
+ * Reads x, m orders q in [0,1] and their number. Writes, where they are registered, the
+ * QUANTILES, element i*m + k for variable i and order k, and the ORDER_STATISTICS, all n
+ * observations of each variable in ascending order, in their own storage. Quantiles follow
+ * definition 7 of Hyndman & Fan (Am. Stat. 50:361, 1996), as in R and NumPy: h = (n-1) q,
+ * a and b the order statistics of rank floor h and floor h + 1 (the least has rank 0), g = h -
+ * floor h; a where g = 0 or a = b, else a + (b-a) g for g < 1/2, (a+b)/2 for g = 1/2 and b - (b-a)
+ * (1-g) beyond: monotone in q. Orders of single precision are used in double precision, and the
+ * result is rounded once. -0 comes before +0. A NaN makes all results of its variable NaN. Weights
+ * play no part, variables that the indices leave out keep their results. x is not changed, and no
+ * result overlays it.
+ *
+ * Time O(n) for the quantiles, whatever the order of the observations is; memory 2n elements, which
+ * the task keeps (without ORDER_STATISTICS, few of them are touched), and 2m integers.
+ *
+ * Checked: QUANTILES or ORDER_STATISTICS (NULL_QUANTILES), the number of orders
+ * (NULL_QUANTILE_ORDER_COUNT) and the orders (NULL_QUANTILE_ORDERS) for the quantiles, n, x, its
+ * storage, p as by Basic, the storage of the order statistics (NULL_STORAGE). BAD_PARAMETERS:
+ * m < 1, or an order outside [0,1]. NO_MEMORY. */
+KEF_API int32_t _vtsdSSQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
 
 KEF_END_DECLS
 

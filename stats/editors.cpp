@@ -1,4 +1,5 @@
 // The editors, expanded from task.def and editors.def.
+#include "stats/each.h"
 #include "stats/task.h"
 
 namespace kef::stats {
@@ -30,16 +31,6 @@ void set(void*& field, void* address) { field = address != nullptr ? address : f
 }  // namespace kef::stats
 
 using namespace kef::stats;
-
-// KEF_EACH(macro, a, b, ...) is macro(a) macro(b) ...
-#define KEF_PARENTHESES ()
-#define KEF_EXPAND(...) KEF_EXPAND3(KEF_EXPAND3(KEF_EXPAND3(__VA_ARGS__)))
-#define KEF_EXPAND3(...) KEF_EXPAND2(KEF_EXPAND2(KEF_EXPAND2(__VA_ARGS__)))
-#define KEF_EXPAND2(...) __VA_ARGS__
-#define KEF_EACH(macro, ...) __VA_OPT__(KEF_EXPAND(KEF_EACH_(macro, __VA_ARGS__)))
-#define KEF_EACH_(macro, first, ...) \
-    macro(first) __VA_OPT__(KEF_EACH_AGAIN KEF_PARENTHESES(macro, __VA_ARGS__))
-#define KEF_EACH_AGAIN() KEF_EACH_
 
 #define KEF_DECLARE(argument) , KEF_DECLARE_##argument
 #define KEF_DECLARE_integer(name) const void* name

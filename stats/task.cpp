@@ -52,22 +52,39 @@ void free_kept(Task* task) {
 
 }  // namespace
 
+// A block with room for a layout in place of the one that is there, or null; that block stays as it
+// is and is the caller's to free.
+static char* replace(Task& task, void*& block, const KeptLayout& layout) {
+    if (layout.size() > PTRDIFF_MAX) return nullptr;
+    auto* larger = static_cast<char*>(allocate_aligned(static_cast<std::size_t>(layout.size())));
+    if (larger == nullptr) return nullptr;
+    block = larger;
+    task.release[0] = free_kept;
+    task.release_count = 1;
+    return larger;
+}
+
 char* keep(Task& task, Kept which, const KeptLayout& layout) {
     void*& block = task.kept[static_cast<int>(which)];
-    const std::size_t held = block != nullptr ? block_size(block) : 0;
+    void* const old = block;
+    const std::size_t held = old != nullptr ? block_size(old) : 0;
     if (held < layout.size()) {
-        if (layout.size() > PTRDIFF_MAX) return nullptr;
-        const auto size = static_cast<std::size_t>(layout.size());
-        auto* grown = static_cast<char*>(allocate_aligned(size));
+        char* grown = replace(task, block, layout);
         if (grown == nullptr) return nullptr;
-        if (held > 0) std::memcpy(grown, block, held);
-        std::memset(grown + held, 0, size - held);
-        free_aligned(block);
-        block = grown;
-        task.release[0] = free_kept;
-        task.release_count = 1;
+        if (held > 0) std::memcpy(grown, old, held);
+        std::memset(grown + held, 0, block_size(grown) - held);
+        free_aligned(old);
     }
     return static_cast<char*>(block);
+}
+
+char* scratch(Task& task, const KeptLayout& layout) {
+    void*& block = task.kept[static_cast<int>(Kept::scratch)];
+    if (block != nullptr && block_size(block) >= layout.size()) return static_cast<char*>(block);
+    void* const old = block;
+    char* larger = replace(task, block, layout);
+    if (larger != nullptr) free_aligned(old);
+    return larger;
 }
 
 }  // namespace kef::stats

@@ -38,7 +38,7 @@ struct OwnedTask {
 };
 
 // What each of the kept words is for.
-enum class Kept { basic, basic_products };
+enum class Kept { basic, basic_products, scratch };
 
 // The arrays of a kept block, one after the other, each aligned to 128 bytes.
 class KeptLayout {
@@ -64,6 +64,10 @@ private:
 // with its contents, the rest zero. Null when there is no memory, and then the old block stays.
 // DeleteTask frees it.
 char* keep(Task& task, Kept which, const KeptLayout& layout);
+
+// Room for a layout that nothing needs after the call; its contents are anything. Null when there
+// is no memory. The room stays in the task, for the next call.
+char* scratch(Task& task, const KeptLayout& layout);
 
 // An integer behind a pointer that is not null, 64 bits wide or 32.
 inline std::int64_t integer_at(bool wide, const void* address, std::ptrdiff_t index = 0) {

@@ -16,16 +16,22 @@ namespace stats_tests {
 
 // The functions of one precision.
 template <class T> struct Api;
-#define KEF_STATS_API(type, T)                                   \
-    template <> struct Api<T> {                                  \
-        static constexpr auto new_task = __vts##type##SSNewTask; \
-        static constexpr auto edit = __vts##type##SSEditTask;    \
-        static constexpr auto basic = _vts##type##SSBasic;       \
-        static constexpr auto minmax = _vts##type##SSMinmax;     \
-    }
-KEF_STATS_API(d, double);
-KEF_STATS_API(s, float);
-#undef KEF_STATS_API
+template <> struct Api<double> {
+    static constexpr auto new_task = __vtsdSSNewTask;
+    static constexpr auto edit = __vtsdSSEditTask;
+    static constexpr auto basic = _vtsdSSBasic;
+    static constexpr auto minmax = _vtsdSSMinmax;
+#define KEF_COMPUTATION(Name, function, ...) static constexpr auto function = _vtsdSS##Name;
+#include "stats/computation.def"
+};
+template <> struct Api<float> {
+    static constexpr auto new_task = __vtssSSNewTask;
+    static constexpr auto edit = __vtssSSEditTask;
+    static constexpr auto basic = _vtssSSBasic;
+    static constexpr auto minmax = _vtssSSMinmax;
+#define KEF_COMPUTATION(Name, function, ...) static constexpr auto function = _vtssSS##Name;
+#include "stats/computation.def"
+};
 
 inline constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();

@@ -109,5 +109,41 @@ TEST(StatsMemory, MinmaxNeedsNone) {
     EXPECT_EQ(0, for_each_failed_allocation(make, call, check));
 }
 
+// Every computation of computation.def, on a task with all parameters that it may want: a failed
+// call leaves all arrays as they were, and the next one goes well.
+struct Order : Half {
+    std::int32_t count = 2, rows = VTS_SS_STORAGE_ROWS;
+    std::vector<double> orders = {0.25, 0.5}, quantiles, statistics;
+    Order() : Half(VTS_SS_METHOD_TILED, most, 0), quantiles(2 * most), statistics(most * n) {
+        set(VTS_SS_ID_QUANTILE_ORDERS, orders);
+        set(VTS_SS_ID_QUANTILES, quantiles);
+        set(VTS_SS_ID_ORDER_STATISTICS, statistics);
+        __vtsiSSEditTask(task, VTS_SS_ID_QUANTILE_ORDER_COUNT, &count);
+        __vtsiSSEditTask(task, VTS_SS_ID_ORDER_STATISTICS_STORAGE, &rows);
+    }
+    std::vector<double> all() const {
+        auto result = quantiles;
+        result.insert(result.end(), statistics.begin(), statistics.end());
+        return result;
+    }
+};
+
+TEST(StatsMemory, OrderStatistics) {
+    const auto calls = {_vtsdSSQuantiles};
+    for (const auto compute : calls) {
+        Order calm;
+        const auto before = calm.all();
+        ASSERT_EQ(VTS_SS_STATUS_OK, compute(calm.task, 0, 0));
+        const auto call = [&](Order& order) { return compute(order.task, 0, 0); };
+        const auto check = [&](Order& order, std::int32_t status, bool failed) {
+            EXPECT_EQ(failed ? VTS_SS_STATUS_NO_MEMORY : VTS_SS_STATUS_OK, status);
+            EXPECT_TRUE(order.all() == (failed ? before : calm.all()));
+            EXPECT_EQ(VTS_SS_STATUS_OK, call(order));
+            EXPECT_TRUE(order.all() == calm.all());
+        };
+        EXPECT_LT(0, for_each_failed_allocation([] { return Order(); }, call, check));
+    }
+}
+
 }  // namespace
 }  // namespace stats_tests
