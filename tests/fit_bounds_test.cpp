@@ -64,6 +64,16 @@ void use_every_array(const Kind& kind, const Spline<T>& s, std::size_t n, Guard 
     EXPECT_EQ(DF_STATUS_OK,
               Api<T>::integrate(task, 0, sites - 1, site.data(), DF_ANY_ORDER, site.data() + 1,
                                 DF_ANY_ORDER, result.data(), DF_BY_ROWS));
+    // A proposal one behind the last cell.
+    std::size_t behind = n;
+    EXPECT_EQ(DF_STATUS_OK,
+              Searches<T>::user32(
+                  task, sites, site.data(), DF_ANY_ORDER, cell.data(),
+                  [](const kef_df_task*, int64_t m, const T*, int64_t* at, void* user) {
+                      std::fill_n(at, m, *static_cast<std::size_t*>(user));
+                      return int32_t{0};
+                  },
+                  &behind));
     kef_df_kernel_DeleteTask(&task);
 }
 

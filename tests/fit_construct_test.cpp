@@ -246,6 +246,36 @@ TEST(FitConstruct, AkimaExample) {
         EXPECT_NEAR(3 * d - 2 * slope[i] - slope[i + 1], s.cell(i)[2], 1e-13);
         EXPECT_NEAR(slope[i] + slope[i + 1] - 2 * d, s.cell(i)[3], 1e-13);
     }
+    // A corner between straight lines, inside and where the period closes: the middle slope.
+    Spline<double> tent;
+    tent.x = {0, 1, 2, 3, 4}, tent.y = {0, 1, 2, 1, 0};
+    tent.bc_type = DF_PERIODIC;
+    tent.fit(kinds()[6]);
+    for (const auto& [cell, c2, c3] : {std::tuple(0, 2, -1), {1, 1, -1}, {2, -2, 1}, {3, -1, 1}}) {
+        EXPECT_EQ(c2, tent.cell(cell)[2]) << cell;
+        EXPECT_EQ(c3, tent.cell(cell)[3]) << cell;
+    }
+}
+
+// Without conditions the slopes of a quadratic spline are free in one number, an alternating sum:
+// that with the least sum of the squared jumps of c2.
+TEST(FitConstruct, QuadraticOfLeastJumps) {
+    for (std::size_t n : {3, 4, 9}) {
+        Spline<double> s;
+        s.x = uneven<double>(n, n), s.y = noise<double>(n, n);
+        s.bc_type = DF_NO_CONDITIONS;
+        s.fit(kinds()[1]);
+        const auto jumps = [&](double sigma) {
+            double sum = 0, before = 0, sign = 1;
+            for (std::size_t i = 0; i + 1 < n; ++i, sign = -sign) {
+                const double c2 = s.cell(i)[2] - sign * sigma / (s.x[i + 1] - s.x[i]);
+                if (i > 0) sum += (c2 - before) * (c2 - before);
+                before = c2;
+            }
+            return sum;
+        };
+        for (const double sigma : {-1e-3, 1e-3}) EXPECT_GT(jumps(sigma), jumps(0)) << n;
+    }
 }
 
 // The slopes of the local cubics by their formulas in quadruple precision, and what

@@ -141,6 +141,38 @@ TEST(FitSearch, MillionBreakpoints) {
     kef_df_kernel_DeleteTask(&task);
 }
 
+// One wrong proposal among right ones, in the place of each lane: nearby, far and no cell at all.
+template <class T> void one_wrong_proposal() {
+    const int n = 20, count = 8;
+    std::vector<T> x(n), q(count);
+    for (int i = 0; i < n; ++i) x[i] = static_cast<T>(i + 0.3 * std::sin(i));
+    for (int j = 0; j < count; ++j) q[j] = x[(5 * j + 3) % 17] + T(0.1);
+    kef_df_task* task = nullptr;
+    ASSERT_EQ(DF_STATUS_OK, Api<T>::new_task(&task, n, x.data(), 0, 0, nullptr, 0, 0));
+    std::vector<int64_t> right(count), got(count);
+    for (int j = 0; j < count; ++j) right[j] = defined_cell(x, q[j]);
+    const auto hand_over = [](const kef_df_task*, int64_t m, const T*, int64_t* cell, void* user) {
+        std::copy_n(static_cast<int64_t*>(user), m, cell);
+        return int32_t{0};
+    };
+    for (int bad = 0; bad < count; ++bad)
+        for (const int64_t wrong : {right[bad] - 1, right[bad] + 1, INT64_C(1), INT64_C(19),
+                                    INT64_C(20), INT64_MAX, INT64_MIN}) {
+            std::vector<int64_t> proposed = right;
+            proposed[bad] = wrong;
+            for (const auto search : {Searches<T>::user, Searches<T>::user_uniform}) {
+                ASSERT_EQ(DF_STATUS_OK, search(task, count, q.data(), DF_ANY_ORDER, got.data(),
+                                               hand_over, proposed.data()));
+                EXPECT_EQ(got, right) << "place " << bad << ", proposed " << wrong;
+            }
+        }
+    kef_df_kernel_DeleteTask(&task);
+}
+TEST(FitSearch, OneWrongProposal) {
+    one_wrong_proposal<double>();
+    one_wrong_proposal<float>();
+}
+
 // Many ascending sites to a cell, and a uniform grid of sites in both directions.
 TEST(FitSearch, DenseSitesAndGrids) {
     const std::vector<double> x = {0, 1, 1.5, 4, 4.25, 9};

@@ -7,6 +7,7 @@ Works on a copy of the tree in build/mutants, built incrementally there. HACKING
 of the lists.
 """
 import dataclasses
+import functools
 import os
 import pathlib
 import shutil
@@ -18,8 +19,8 @@ LISTS = ROOT / "tests" / "mutants"
 COPY = ROOT / "build" / "mutants" / "tree"
 PRESET = "i386"
 BUILD = COPY / "build" / PRESET
-# Test program, and what has to be built before it runs: the first one finds the shared library.
-PROGRAMS = {"kef_tests": "kef", "kef_internal_tests": "kef_internal_tests"}
+# Test program, and what has to be built before it runs: two find the shared library.
+PROGRAMS = {"kef_tests": "kef", "kef_internal_tests": "kef_internal_tests", "accuracy": "kef"}
 TIMEOUT = 300  # seconds; a test that hangs has noticed
 
 
@@ -27,7 +28,7 @@ TIMEOUT = 300  # seconds; a test that hangs has noticed
 class Mutant:
     place: str  # where its list has it
     file: str
-    tests: str  # filter of GoogleTest
+    tests: str  # filter of GoogleTest, or `accuracy` and functions
     text: str = ""
     replacement: str = ""
 
@@ -87,8 +88,11 @@ def build(*targets):
 
 def run_tests(program, tests):
     """Whether all of them pass."""
-    command = [BUILD / "tests" / program, f"--gtest_filter={tests}", "--gtest_brief=1",
-               "--gtest_fail_fast"]
+    if program == "accuracy":
+        command = [BUILD / "bench" / program, *tests.split()[1:], "--count", "16384", "--summary"]
+    else:
+        command = [BUILD / "tests" / program, f"--gtest_filter={tests}", "--gtest_brief=1",
+                   "--gtest_fail_fast"]
     try:
         return subprocess.run(command, cwd=BUILD / "tests", capture_output=True,
                               timeout=TIMEOUT).returncode == 0
@@ -96,13 +100,16 @@ def run_tests(program, tests):
         return False
 
 
+@functools.cache
 def programs_of(tests):
     """The programs that have tests of the filter."""
     def has_some(program):
         command = [BUILD / "tests" / program, f"--gtest_filter={tests}", "--gtest_list_tests"]
         listed = subprocess.run(command, capture_output=True, text=True, check=True).stdout
         return any(line.startswith("  ") for line in listed.splitlines())
-    return [program for program in PROGRAMS if has_some(program)]
+    if tests.startswith("accuracy "):
+        return ["accuracy"]
+    return [program for program in PROGRAMS if program != "accuracy" and has_some(program)]
 
 
 def verdict(mutant):
@@ -136,8 +143,10 @@ def main(arguments):
                if not files or m.file in files]
     COPY.mkdir(parents=True, exist_ok=True)
     update_copy()
-    subprocess.run(["cmake", "--preset", PRESET, "-DKEF_TESTS=ON", "-DKEF_BENCH=OFF"], cwd=COPY, check=True,
-                   capture_output=True)
+    configured = subprocess.run(["cmake", "--preset", PRESET, "-DKEF_TESTS=ON", "-DKEF_BENCH=OFF"], cwd=COPY,
+                                capture_output=True, text=True)
+    if configured.returncode != 0:
+        sys.exit(configured.stdout + configured.stderr + "the tree cannot be configured")
     print("building the copy in", COPY.relative_to(ROOT), flush=True)
     built = build(*PROGRAMS)
     if built.returncode != 0:
