@@ -6,14 +6,25 @@
 //   finite arguments, quotient too large    infinity, overflow
 //
 // Numerator and denominator may cancel; the bounds hold all the same:
+//
 //   double HA   both in double-double, one division, one rounding: 0.501 ulp
 //   double LA   products in two parts; where a sum is below 2^-23 of its shift, as HA:
 //               relative error below 6.6 2^-53
 //   double EP   plain arithmetic with the same check: below 2^-27
 //   single      in double: the products are exact, 0.5 ulp + 2^-28. Little slower than
 //               single arithmetic with such a check, so it stands in every slot
+//
+// Three ways lead to a double result:
+//
+//   fast   products up to 2^400 and from 2^-400, or 2^-120 of the shift, on
+//   far    LA, EP: smaller products beside a shift count as 0; any other finite numbers: the same
+//          formulas on significands, with the exponents apart
+//   edge   infinities and NaN, results that are no normal numbers, cancelled sums of LA and EP:
+//          HA's formula on significands, one element at a time
+#include <algorithm>
 #include <initializer_list>
 
+#include "vm/core/rounding.h"
 #include "vm/core/scaling.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
@@ -24,170 +35,242 @@ namespace kef::vm {
 
 namespace {
 
-// Magnitudes below `large` (arguments and scalars) and above `small` (sums, and HA's
-// quotients) keep clear of overflow and underflow in the double formulas; `cancelled`:
-// the part of the shift below which a sum is not trusted.
-constexpr double large = 0x1p490, small = 0x1p-900, cancelled = 0x1p-23;
-constexpr std::int32_t large_head = 0x5E900000, small_head = 0x07B00000;
+// Exponents. In the fast formula products and shifts lie below 2^widest, shifts above
+// 2^least_shift and products above 2^drowned of them: no part is subnormal. A term that is by
+// 2^-400 below the other one decides at most a tie.
+constexpr int widest = 400, least_shift = -280, drowned = -120, least_factor = -400;
+constexpr double cancelled = 0x1p-23;  // the part of the shift below which a sum is not trusted
+constexpr double vanished = 0x1p-900;  // no sum is so small but 0
+constexpr int exponent_of_zero = -8000;
+
+// x = significand 2^exponent, |significand| in [1, 2), or 0; of finite numbers. The exponent of
+// each lane stands in its upper half.
+struct Apart {
+    d2 significand;
+    i4 exponent;
+};
+inline Apart apart(d2 x) {
+    const i4 field = (i4)x & 0x7FF00000;
+    const l2 small = (l2)__builtin_shufflevector(field == 0, field == 0, 1, 1, 3, 3);
+    const d2 y = select(small, x * 0x1p54, x);
+    const d2 s = (d2)(((l2)y & INT64_C(-0x7FF0000000000001)) | INT64_C(0x3FF0000000000000));
+    const i4 e = (((i4)y >> 20) & 0x7FF) - 1023 - ((i4)small & 54);
+    const l2 zero = y == 0.0;
+    return {where(~zero, s), (e & ~(i4)zero) | ((i4)zero & exponent_of_zero)};
+}
+
+inline i4 larger(i4 x, i4 y) { return x > y ? x : y; }
+// 2^e, -1022 <= e <= 1023.
+inline d2 power_of_two(i4 e) { return (d2)(((e + 1023) << 20) & i4{0, -1, 0, -1}); }
 
 // (numerator / denominator) with one rounding, as high and low part.
-template <class V>
-inline DoubleDouble<V> quotient(DoubleDouble<V> numerator, DoubleDouble<V> denominator) {
-    const V inverse = 1.0 / denominator.high;
-    const V q = numerator.high * inverse;
-    const DoubleDouble<V> back = two_product(q, denominator.high);
-    const V rest =
+inline DoubleDouble<d2> quotient(DoubleDouble<d2> numerator, DoubleDouble<d2> denominator) {
+    const d2 inverse = 1.0 / denominator.high;
+    const d2 q = numerator.high * inverse;
+    const DoubleDouble<d2> back = two_product(q, denominator.high);
+    const d2 rest =
         ((numerator.high - back.high) - back.low) + (numerator.low - q * denominator.low);
     return {q, rest * inverse};
 }
 
-// scale x + shift, exact products, relative error about 2^-100.
-template <class V>
-inline DoubleDouble<V> linear(V scale, DoubleDouble<V> scale_halves, V x, V shift) {
-    const DoubleDouble<V> product = two_product(scale, scale_halves, x, split(x));
-    const DoubleDouble<V> sum = two_sum(product.high, shift);
-    return two_sum(sum.high, sum.low + product.low);
+// scale x + shift. HA: exact products, relative error about 2^-100. LA: in one number; the leading
+// product is exact, and so is its sum with the shift where these cancel; what the correction loses,
+// 2^-76 of the product, is below 2^-53 of a sum that is above 2^-23 of the shift.
+template <class Accuracy> inline auto linear(d2 scale, d2 x, d2 shift) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const DoubleDouble<d2> product = two_product(scale, x);
+        const DoubleDouble<d2> sum = two_sum(product.high, shift);
+        return two_sum(sum.high, sum.low + product.low);
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        const d2 s = leading(scale), u = leading(x);
+        return (s * u + shift) + (s * (x - u) + (scale - s) * x);
+    } else {
+        return scale * x + shift;
+    }
 }
 
-// The same in one number. The leading product is exact, and so is its sum with the shift
-// where these cancel; what the correction loses, 2^-76 of the product, is below 2^-53 of
-// a sum that is above 2^-23 of the shift.
-inline d2 linear_in_parts(d2 scale, d2 x, d2 shift) {
-    const d2 s = leading(scale), u = leading(x);
-    return (s * u + shift) + (s * (x - u) + (scale - s) * x);
-}
+// The numerator or the denominator.
+class Line {
+public:
+    Line(double scale, double shift)
+        : scale_(scale), shift_(shift), finite_(is_finite(scale) && is_finite(shift)) {
+        // By bits: a call of few elements is not to wait for its scalars. Subnormal ones are for
+        // far.
+        const auto magnitude_of = [](double x) { return head(x) & 0x7FFFFFFF; };
+        const auto exponent = [&](double x) { return (magnitude_of(x) >> 20) - 1023; };
+        const bool has_scale = magnitude_of(scale) != 0, has_shift = magnitude_of(shift) != 0;
+        const int scale_e = exponent(scale), shift_e = exponent(shift);
+        if (!finite_ || (has_scale && scale_e == -1023)) return;
+        if (has_shift && (shift_e < least_shift || shift_e >= widest)) return;
+        const int least = has_shift ? shift_e + drowned : -widest;
+        const auto head_of_power = [](int e) {
+            return static_cast<std::uint32_t>(std::clamp(e + 1023, 1, 2047)) << 20;
+        };
+        const std::uint32_t low = has_scale ? head_of_power(least - scale_e) : 0;
+        const std::uint32_t high =
+            has_scale ? head_of_power(widest - 1 - scale_e) : Format<double>::infinity_head;
+        if (low >= high) return;
+        low_ = low, high_ = high, drowns_ = has_shift;
+        low_value_ = from_bits(std::uint64_t{low} << 32);
+        high_value_ = from_bits(std::uint64_t{high} << 32);
+        least_ = least_sum(all(shift))[0];
+    }
 
-// The same for any numbers: the sum is `value` times 2^`exponent`, with |value| in
-// [1, 2) or 0, infinite or NaN.
-struct ScaledLinear {
-    DoubleDouble<double> value;
+    // The lanes of x that are not for the fast formula, and not for the far one.
+    i4 outside(i4 x) const { return not_between(magnitude(x), low_, high_); }
+    i4 beyond(i4 x) const { return finite_ ? not_finite<double>(x) : ~(x & 0); }
+
+    // scale x + shift, and the least of its magnitudes that LA and EP trust.
+    template <class V> struct Sum {
+        V value;
+        d2 least;
+    };
+    template <class Accuracy> auto fast(d2 x) const {
+        const auto value = linear<Accuracy>(all(scale_), x, all(shift_));
+        return Sum<std::remove_const_t<decltype(value)>>{value, all(least_)};
+    }
+    // Whether all of x are for the fast formula but those whose products drown; and x without
+    // these.
+    bool only_drowned(d2 x) const {
+        return drowns_ && !any_lane((i4)(absolute(x) >= all(high_value_)));
+    }
+    d2 without_drowned(d2 x) const { return where(absolute(x) >= all(low_value_), x); }
+    // The same divided by 2^exponent.
+    template <class Accuracy> auto far(d2 x, i4& exponent) const {
+        const Apart scale = apart(all(scale_)), shift = apart(all(shift_)), part = apart(x);
+        const i4 product = part.exponent + scale.exponent;
+        exponent = larger(product, shift.exponent);
+        const auto factor = [&](i4 e) {
+            return power_of_two(larger(e - exponent, all(least_factor)));
+        };
+        const d2 scaled_shift = shift.significand * factor(shift.exponent);
+        const auto value =
+            linear<Accuracy>(scale.significand, part.significand * factor(product), scaled_shift);
+        return Sum<std::remove_const_t<decltype(value)>>{value, least_sum(scaled_shift)};
+    }
+
+    static d2 least_sum(d2 shift) { return maximum(absolute(shift) * cancelled, all(vanished)); }
+    double plain(double x) const { return scale_ * x + shift_; }
+    bool finite() const { return finite_; }
+    bool has_nan() const { return is_nan(scale_) || is_nan(shift_); }
+
+private:
+    static constexpr std::uint32_t closed = 0x80000000;  // no magnitude is
+    double scale_, shift_;
+    std::uint32_t low_ = closed, high_ = closed + 1;
+    double low_value_ = 0, high_value_ = 0, least_ = 0;  // the bounds as numbers
+    bool drowns_ = false, finite_;
+};
+
+// The value of one element as the edge needs it: high + low times 2^exponent, |high| in [1, 2), or
+// 0, infinite or NaN.
+struct ScaledValue {
+    double high, low;
     int exponent;
 };
-ScaledLinear linear_scaled(double scale, double x, double shift) {
-    if (!is_finite(scale) || !is_finite(x) || !is_finite(shift))
-        return {{scale * x + shift, 0.0}, 0};
-    if (scale == 0 || x == 0) {
-        const double sum = scale * x + shift;
-        const int e = sum == 0 ? 0 : exponent_of(sum);
-        return {{scaled(sum, -e), 0.0}, e};
+ScaledValue one_value(const Line& line, double x) {
+    if (!line.finite() || !is_finite(x)) return {line.plain(x), 0, 0};
+    i4 exponent;
+    const DoubleDouble<d2> sum = line.far<HA>(all(x), exponent).value;
+    if (sum.high[0] == 0) return {line.plain(x), 0, 0};  // with the sign that it has
+    const int normal = exponent_of(sum.high[0]);
+    return {scaled(sum.high[0], -normal), scaled(sum.low[0], -normal), exponent[1] + normal};
+}
+
+template <class T> int linear_frac_edge(const Line& above, const Line& below, T a, T b, T& r) {
+    if (is_nan(a) || is_nan(b))
+        return r = static_cast<T>(above.plain(a) / below.plain(b)), VTM_STATUS_OK;
+    const ScaledValue numerator = one_value(above, a), denominator = one_value(below, b);
+    const auto special = [](double x) { return x == 0 || !is_finite(x); };
+    if (special(numerator.high) || special(denominator.high)) {
+        r = static_cast<T>(numerator.high / denominator.high);
+        if (is_nan(r))
+            return above.has_nan() || below.has_nan() ? VTM_STATUS_OK : VTM_STATUS_ERRDOM;
+        const bool pole = denominator.high == 0 && !is_infinite(numerator.high);
+        return pole ? VTM_STATUS_SING : VTM_STATUS_OK;
     }
-    const int scale_e = exponent_of(scale), x_e = exponent_of(x), product_e = scale_e + x_e;
-    int e = product_e;
-    if (shift != 0 && exponent_of(shift) > e) e = exponent_of(shift);
-    // Beyond 2^-400 of the shift the product only decides a tie.
-    const int below = product_e - e < -400 ? -400 : product_e - e;
-    const double s = scaled(scale, -scale_e);
-    DoubleDouble<double> sum =
-        linear(s, split(s), scaled(scaled(x, -x_e), below), scaled(shift, -e));
-    if (sum.high == 0) return {sum, 0};
-    const int normal = exponent_of(sum.high);
-    return {{scaled(sum.high, -normal), scaled(sum.low, -normal)}, e + normal};
+    const DoubleDouble<d2> q = quotient({all(numerator.high), all(numerator.low)},
+                                        {all(denominator.high), all(denominator.low)});
+    r = static_cast<T>(
+        round_scaled(q.high[0], q.low[0], numerator.exponent - denominator.exponent));
+    if (r == 0 && q.high[0] < 0) r = -r;
+    return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
 }
 
 }  // namespace
 
 template <class T, class Accuracy> class LinearFrac {
 public:
-    using V = Vector<T>;
     KEF_REPORT_NAME(LinearFrac);
-    static constexpr bool is_single = std::is_same_v<T, float>;
-    static constexpr bool is_exact = std::is_same_v<Accuracy, HA>;
+    LinearFrac(double scalea, double shifta, double scaleb, double shiftb)
+        : above_(scalea, shifta), below_(scaleb, shiftb) {}
 
-    LinearFrac(T scalea, T shifta, T scaleb, T shiftb)
-        : scalea_(scalea), shifta_(shifta), scaleb_(scaleb), shiftb_(shiftb) {
-        const auto ordinary = [](double x) { return -large < x && x < large; };
-        const auto least = [](double shift) {
-            const double part = (shift < 0 ? -shift : shift) * cancelled;
-            return std::bit_cast<std::int64_t>(part > small ? part : small);
-        };
-        last_ = -1;
-        if (!(ordinary(scalea) && ordinary(shifta) && ordinary(scaleb) && ordinary(shiftb))) return;
-        last_ = large_head - 1;
-        least_numerator_ = least(shifta);
-        least_denominator_ = least(shiftb);
+    static constexpr bool far_everywhere = !std::is_same_v<Accuracy, HA>;
+    i4 outside(i4 a, i4 b) const { return above_.outside(a) | below_.outside(b); }
+    i4 beyond(i4 a, i4 b) const { return above_.beyond(a) | below_.beyond(b); }
+
+    Two<d2> fast(d2 a, d2 b) const {
+        return divided(above_.fast<Accuracy>(a), below_.fast<Accuracy>(b));
+    }
+    Two<d2> far(d2 a, d2 b) const {
+        if constexpr (far_everywhere)
+            if (above_.only_drowned(a) && below_.only_drowned(b))
+                return fast(above_.without_drowned(a), below_.without_drowned(b));
+        i4 above, below;
+        const Two<d2> q = divided(above_.far<Accuracy>(a, above), below_.far<Accuracy>(b, below));
+        // In two steps, whose exponents a power of two can have.
+        const i4 e = above - below, bound = all(2000),
+                 within = e > bound ? bound : larger(e, -bound);
+        const i4 half = within >> 1;
+        return {q.first * power_of_two(half) * power_of_two(within - half), q.second};
+    }
+    // The second vector: negative where a sum has cancelled.
+    i4 refuse(i4 r, i4 room) const {
+        return not_between(magnitude(r), Format<T>::normal_head, Format<T>::infinity_head) | room;
     }
 
-    i4 outside(i4 a, i4 b) const {
-        if constexpr (is_single) return a & 0;
-        else return (last_ - magnitude(a)) | (last_ - magnitude(b));
-    }
+    int edge(T a, T b, T& r) const { return linear_frac_edge(above_, below_, a, b, r); }
 
-    // The second vector is for the gate: HA's is below `small`, the others' is negative
-    // where the element must be computed by the edge.
-    Two<V> fast(V a, V b) const {
-        if constexpr (!is_exact) {
-            const auto linear = [](T scale, V x, T shift) {
-                if constexpr (std::is_same_v<Accuracy, LA>)
-                    return linear_in_parts(all(scale), x, all(shift));
-                else return scale * x + shift;
+private:
+    template <class Sum> static Two<d2> divided(const Sum& above, const Sum& below) {
+        if constexpr (std::is_same_v<Accuracy, HA>) {
+            const DoubleDouble<d2> q = quotient(above.value, below.value);
+            const auto room = [](const Sum& sum) {
+                return (l2)absolute(sum.value.high) - std::bit_cast<std::int64_t>(vanished);
             };
-            const V numerator = linear(scalea_, a, shifta_),
-                    denominator = linear(scaleb_, b, shiftb_);
-            const auto room = [](V sum, std::int64_t least) { return (l2)absolute(sum) - least; };
-            return {numerator / denominator,
-                    (V)(room(numerator, least_numerator_) | room(denominator, least_denominator_))};
-        } else if constexpr (!is_single) {
-            const DoubleDouble<V> numerator =
-                linear(all(scalea_), split(all(scalea_)), a, all(shifta_));
-            const DoubleDouble<V> denominator =
-                linear(all(scaleb_), split(all(scaleb_)), b, all(shiftb_));
-            const DoubleDouble<V> q = quotient(numerator, denominator);
-            const V r = q.high + q.low;
-            return {r, minimum(absolute(r),
-                               minimum(absolute(numerator.high), absolute(denominator.high)))};
+            return {q.high + q.low, (d2)(room(above) | room(below))};
         } else {
-            const d2x2 x = widen(a), y = widen(b);
-            const auto part = [this](d2 u, d2 v) {
-                return (u * double(scalea_) + double(shifta_)) /
-                       (v * double(scaleb_) + double(shiftb_));
+            const auto room = [](const Sum& sum) {
+                return (l2)absolute(sum.value) - (l2)sum.least;
             };
-            const V r = narrow(part(x.low, y.low), part(x.high, y.high));
-            return {r, all(T(1))};
+            return {above.value / below.value, (d2)(room(above) | room(below))};
         }
     }
 
-    // Larger arguments: times 2^-300, the shifts and so the sums times 2^-600. What of a
-    // shift underflows does not count beside a sum that the gate lets pass.
-    i4 beyond(i4 a, i4 b) const requires(!is_exact) {
-        const auto finite = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
-        const std::int32_t last = last_ < 0 ? -1 : finite;
-        return (last - magnitude(a)) | (last - magnitude(b));
-    }
-    Two<V> far(V a, V b) const requires(!is_exact) {
-        constexpr T s = T(0x1p-300);
-        return LinearFrac(scalea_ * s, shifta_ * (s * s), scaleb_ * s, shiftb_ * (s * s))
-            .fast(a * s, b * s);
-    }
+    Line above_, below_;
+};
 
-    i4 refuse(i4 r, i4 guard) const {
-        return not_finite<T>(r) | (is_exact ? guard - small_head : guard);
-    }
+template <> class LinearFrac<float, HA> {
+public:
+    using T = float;
+    KEF_REPORT_NAME(LinearFrac);
+    LinearFrac(float scalea, float shifta, float scaleb, float shiftb)
+        : scalea_(scalea), shifta_(shifta), scaleb_(scaleb), shiftb_(shiftb) {}
 
-    int edge(T a, T b, T& r) const {
-        if (is_nan(a) || is_nan(b))
-            return r = (scalea_ * a + shifta_) / (scaleb_ * b + shiftb_), VTM_STATUS_OK;
-        const ScaledLinear numerator = linear_scaled(scalea_, a, shifta_);
-        const ScaledLinear denominator = linear_scaled(scaleb_, b, shiftb_);
-        const auto special = [](double x) { return x == 0 || !is_finite(x); };
-        if (special(numerator.value.high) || special(denominator.value.high)) {
-            r = static_cast<T>(numerator.value.high / denominator.value.high);
-            if (is_nan(r)) {
-                for (const T given : {a, b, scalea_, shifta_, scaleb_, shiftb_})
-                    if (is_nan(given)) return VTM_STATUS_OK;
-                return VTM_STATUS_ERRDOM;
-            }
-            const bool pole = denominator.value.high == 0 && !is_infinite(numerator.value.high);
-            return pole ? VTM_STATUS_SING : VTM_STATUS_OK;
-        }
-        const DoubleDouble<double> q = quotient(numerator.value, denominator.value);
-        r = static_cast<T>(round_scaled(q.high, q.low, numerator.exponent - denominator.exponent));
-        return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
+    f4 fast(f4 a, f4 b) const {
+        const d2x2 x = widen(a), y = widen(b);
+        const auto part = [this](d2 u, d2 v) {
+            return (u * scalea_ + shifta_) / (v * scaleb_ + shiftb_);
+        };
+        return narrow(part(x.low, y.low), part(x.high, y.high));
+    }
+    i4 refuse(i4 r) const { return not_finite<float>(r); }
+    int edge(float a, float b, float& r) const {
+        return linear_frac_edge(Line(scalea_, shifta_), Line(scaleb_, shiftb_), a, b, r);
     }
 
 private:
-    T scalea_, shifta_, scaleb_, shiftb_;
-    std::int64_t least_numerator_ = 0, least_denominator_ = 0;
-    std::int32_t last_;  // largest head of ordinary arguments; -1: the scalars are not ordinary
+    double scalea_, shifta_, scaleb_, shiftb_;
 };
 
 #define KEF_LINEAR_FRAC(type, accuracy)                                                           \
