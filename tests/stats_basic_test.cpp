@@ -311,6 +311,22 @@ TEST(StatsBasic, LowerSumsStandInAnyRegisteredArray) {
         {VTS_SS_ESTIMATE_CORRELATION, 0, false},
         {VTS_SS_ESTIMATE_KURTOSIS, 0, true},
     };
+    // A matrix of a layout that is none holds nothing.
+    Problem<double> matrix(
+        p, part, front, {}, VTS_SS_STORAGE_COLUMNS,
+        required_for(VTS_SS_ESTIMATE_CENTRAL_SUM_3, VTS_SS_METHOD_TILED) | covariance);
+    matrix.layout = 99;
+    matrix.accumulated = {4, 4};
+    ASSERT_EQ(VTS_SS_STATUS_OK, matrix.basic(VTS_SS_ESTIMATE_CENTRAL_SUM_3, VTS_SS_METHOD_TILED));
+    EXPECT_TRUE(std::isnan(matrix.central_sum_3[1]));
+    // Of a sum and its moment, the sum.
+    Problem<double> both(1, 2, {3, 5});
+    both.accumulated = {4, 4}, both.raw_moment_2 = {100}, both.raw_sum_2 = {6};
+    ASSERT_EQ(VTS_SS_STATUS_OK, both.basic(VTS_SS_ESTIMATE_RAW_MOMENT_2 | VTS_SS_ESTIMATE_RAW_SUM_2,
+                                           VTS_SS_METHOD_RAW));
+    EXPECT_EQ(40, both.raw_sum_2[0]);
+    EXPECT_NEAR(40 / 6.0, both.raw_moment_2[0], 1e-15);
+
     for (const auto& c : cases)
         for (int method : {VTS_SS_METHOD_RECURRENCE, VTS_SS_METHOD_TILED}) {
             SCOPED_TRACE(testing::Message() << &c - cases << " method " << method);
@@ -365,6 +381,39 @@ TEST(StatsBasic, ChangesBetweenCalls) {
                     EXPECT_NEAR(whole.covariance[i], changing.covariance[i], 10 * bound);
                 }
             }
+}
+
+// What a call does not bring on, and what lies elsewhere since the dimension changed, comes from
+// the arrays.
+TEST(StatsBasic, KeptSumsThatAreOld) {
+    const int p = 2, n = 90;
+    const auto data = normal_data<double>(p, n, 2);
+    Problem<double> kept(p, n, data), fresh(p, n, data);
+    const auto third = VTS_SS_ESTIMATE_CENTRAL_MOMENT_3;
+    ASSERT_EQ(VTS_SS_STATUS_OK, kept.block(0, 30, third, VTS_SS_METHOD_TILED));
+    ASSERT_EQ(VTS_SS_STATUS_OK,
+              kept.block(30, 30, VTS_SS_ESTIMATE_CENTRAL_MOMENT_2, VTS_SS_METHOD_TILED));
+    fresh.take_over(kept);
+    ASSERT_EQ(VTS_SS_STATUS_OK, kept.block(60, 30, third, VTS_SS_METHOD_TILED));
+    ASSERT_EQ(VTS_SS_STATUS_OK, fresh.block(60, 30, third, VTS_SS_METHOD_TILED));
+    for (int i = 0; i < p; ++i)
+        EXPECT_NEAR(fresh.central_moment_3[i], kept.central_moment_3[i], 1e-12);
+
+    const int wide = 6;
+    std::vector<double> columns(wide * 4);
+    for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = std::sin(1.0 + i);
+    Problem<double> growing(wide, 4, columns);
+    const std::int32_t indices[wide] = {1, 1};
+    __vtsiSSEditTask(growing.task, VTS_SS_ID_INDICES, indices);
+    growing.p = 2;
+    ASSERT_EQ(VTS_SS_STATUS_OK, growing.basic(VTS_SS_ESTIMATE_SUM, VTS_SS_METHOD_RAW));
+    const double before = growing.sum[1];
+    for (int i : {0, 1}) growing.mean[i] = growing.sum[i] / 4;
+    growing.p = wide;
+    ASSERT_EQ(VTS_SS_STATUS_OK, growing.basic(VTS_SS_ESTIMATE_MEAN, VTS_SS_METHOD_RAW));
+    double expected = before;
+    for (int j = 0; j < 4; ++j) expected += columns[j * wide + 1];
+    EXPECT_NEAR(expected / 8, growing.mean[1], 1e-15);
 }
 
 // Calls that are refused between two blocks: the second block goes on as if nothing had been.
@@ -574,6 +623,17 @@ TEST(StatsBasic, SpecialData) {
         Problem<double> cancelling(1, 3, {0, 2, 1}, {2, 2, -1});
         ASSERT_EQ(VTS_SS_STATUS_OK, cancelling.basic(everything, method));
         EXPECT_NEAR(4, cancelling.central_sum_2[0], 1e-14);
+        // A negative weight may make a sum of squares negative, and a weight of 0.
+        if (method != VTS_SS_METHOD_RAW) {
+            Problem<double> negative(1, 2, {0, 1}, {3, -1});
+            ASSERT_EQ(VTS_SS_STATUS_OK, negative.basic(everything, method));
+            EXPECT_EQ(-1.5, negative.central_sum_2[0]);
+        } else {
+            Problem<double> none(1, 2, {3, 5}, {1, -1});
+            ASSERT_EQ(VTS_SS_STATUS_OK, none.basic(everything, method));
+            EXPECT_EQ(-2, none.sum[0]);
+            EXPECT_EQ(untouched, none.mean[0]);
+        }
         // Constant data give 0 and NaN, not noise.
         for (bool weighted : {false, true}) {
             Problem<double> constant(2, 500, std::vector<double>(1000, 0.1),
@@ -607,6 +667,15 @@ TEST(StatsBasic, SpecialData) {
                 EXPECT_TRUE(std::isfinite(problem.covariance[(bad + 1) % 3 * 3 + (bad + 2) % 3]));
             }
     }
+    // Raw sums of constant data: none is noise where the variance is 0 by accident.
+    for (int k = 1; k < 100; ++k)
+        for (int n : {3, 5, 6, 7}) {
+            Problem<double> constant(1, n, std::vector<double>(n, 0.1 * k));
+            ASSERT_EQ(VTS_SS_STATUS_OK, constant.basic(everything, VTS_SS_METHOD_RAW));
+            if (constant.central_moment_2[0] != 0) continue;
+            EXPECT_EQ(0, constant.central_moment_3[0]) << k;
+            EXPECT_EQ(0, constant.central_moment_4[0]) << k;
+        }
     // Far beyond where squares are finite the mean still is.
     Problem<double> huge(1, 3, {1e300, 1.5e300, 2e300});
     ASSERT_EQ(VTS_SS_STATUS_OK, huge.basic(VTS_SS_ESTIMATE_MEAN, VTS_SS_METHOD_TILED));
@@ -711,6 +780,27 @@ TEST(StatsBasic, FromSums) {
             expect_same(direct, derive, 1e-14);
             __vtsSSDeleteTask(&without_x);
         }
+}
+
+// Shapes alone come from the moments in the arrays; one observation divides by its weight.
+TEST(StatsBasic, FromSumsOfEarlierCalls) {
+    Problem<double> r(1, 1, {0});
+    r.accumulated = {10, 10};
+    r.mean = {2}, r.central_moment_2 = {4}, r.central_moment_3 = {3}, r.central_moment_4 = {50};
+    ASSERT_EQ(VTS_SS_STATUS_OK, r.basic(VTS_SS_ESTIMATE_KURTOSIS | VTS_SS_ESTIMATE_SKEWNESS |
+                                            VTS_SS_ESTIMATE_VARIATION,
+                                        VTS_SS_METHOD_SUMS));
+    const double v = 4 * 0.9;
+    EXPECT_NEAR(50 * 0.9 / (v * v) - 3, r.kurtosis[0], 1e-14);
+    EXPECT_NEAR(3 * 0.9 / (v * std::sqrt(v)), r.skewness[0], 1e-15);
+    EXPECT_EQ(1, r.variation[0]);
+
+    const double w = 1.816977388820451;
+    Problem<double> one(1, 1, {0});
+    one.accumulated = {w, w * w};
+    one.central_sum_2 = {1e-17};
+    ASSERT_EQ(VTS_SS_STATUS_OK, one.basic(VTS_SS_ESTIMATE_CENTRAL_MOMENT_2, VTS_SS_METHOD_SUMS));
+    EXPECT_EQ(1e-17 / w, one.central_moment_2[0]);
 }
 
 }  // namespace
