@@ -163,13 +163,16 @@ TEST_F(FitTask, RowsByHint) {
     EXPECT_EQ(nullptr, row(DF_Y, 2));
     EXPECT_EQ(DF_STATUS_OK, kef_df_kernel_dEditIdxPtr(task, DF_Y, 2, y.data() + 5));
     EXPECT_EQ(y.data() + 5, row(DF_Y, 2));
-    // A row beyond the slots that the array had when it was made.
-    kef_df_kernel_iEditVal(task, DF_NY, 5);
-    EXPECT_EQ(nullptr, row(DF_Y, 4));
-    EXPECT_EQ(DF_STATUS_OK, kef_df_kernel_dEditIdxPtr(task, DF_Y, 4, y.data()));
+    // The first row behind the slots that the array had when it was made, and one beyond it.
+    kef_df_kernel_iEditVal(task, DF_NY, 4);
+    EXPECT_EQ(DF_STATUS_OK, kef_df_kernel_dEditIdxPtr(task, DF_Y, 3, y.data() + 7));
+    EXPECT_EQ(y.data() + 7, row(DF_Y, 3));
+    kef_df_kernel_iEditVal(task, DF_NY, 6);
+    EXPECT_EQ(nullptr, row(DF_Y, 5));
+    EXPECT_EQ(DF_STATUS_OK, kef_df_kernel_dEditIdxPtr(task, DF_Y, 5, y.data()));
     EXPECT_EQ(y.data() + 5, row(DF_Y, 2));
-    EXPECT_EQ(y.data(), row(DF_Y, 4));
-    EXPECT_EQ(DF_STATUS_PARAMETER, kef_df_kernel_dEditIdxPtr(task, DF_Y, 5, y.data()));
+    EXPECT_EQ(y.data(), row(DF_Y, 5));
+    EXPECT_EQ(DF_STATUS_PARAMETER, kef_df_kernel_dEditIdxPtr(task, DF_Y, 6, y.data()));
     EXPECT_EQ(DF_STATUS_PARAMETER, kef_df_kernel_dEditIdxPtr(task, DF_Y, -1, y.data()));
     EXPECT_EQ(DF_STATUS_PARAMETER, kef_df_kernel_dEditIdxPtr(task, DF_X, 0, x.data()));
     EXPECT_EQ(DF_STATUS_Y, kef_df_kernel_dEditIdxPtr(task, DF_Y, 0, nullptr));
