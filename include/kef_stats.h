@@ -121,16 +121,16 @@ enum {
     VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,
     VTS_SS_ID_STREAM_QUANTILE_ORDERS = 65,
     VTS_SS_ID_STREAM_QUANTILES = 66,
-    VTS_SS_ID_SUM = 67,                   /* D p */
-    VTS_SS_ID_RAW_SUM_2 = 68,             /* D p */
-    VTS_SS_ID_RAW_SUM_3 = 69,             /* D p */
-    VTS_SS_ID_RAW_SUM_4 = 70,             /* D p */
-    VTS_SS_ID_CENTRAL_SUM_2 = 71,         /* D p */
-    VTS_SS_ID_CENTRAL_SUM_3 = 72,         /* D p */
-    VTS_SS_ID_CENTRAL_SUM_4 = 73,         /* D p */
-    VTS_SS_ID_CROSS_PRODUCT = 74,         /* D matrix */
-    VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75, /* I layout */
-    VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76,
+    VTS_SS_ID_SUM = 67,                       /* D p */
+    VTS_SS_ID_RAW_SUM_2 = 68,                 /* D p */
+    VTS_SS_ID_RAW_SUM_3 = 69,                 /* D p */
+    VTS_SS_ID_RAW_SUM_4 = 70,                 /* D p */
+    VTS_SS_ID_CENTRAL_SUM_2 = 71,             /* D p */
+    VTS_SS_ID_CENTRAL_SUM_3 = 72,             /* D p */
+    VTS_SS_ID_CENTRAL_SUM_4 = 73,             /* D p */
+    VTS_SS_ID_CROSS_PRODUCT = 74,             /* D matrix */
+    VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75,     /* I layout */
+    VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76, /* D p */
     VTS_SS_ID_MAHALANOBIS_DISTANCE = 77
 };
 
@@ -447,6 +447,32 @@ KEF_API int32_t _vtssSSMinmax(kef_ss_task *task, uint64_t estimates, int32_t met
  * m < 1, or an order outside [0,1]. NO_MEMORY. */
 KEF_API int32_t _vtsdSSQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Median absolute deviation: the median of |x - m|, where m is the median of x (Hampel, JASA
+ * 69:383, 1974), without the factor 1.4826 that makes it the standard deviation of normal data.
+ * Both medians are those of Quantiles; (a+b)/2 of an even number is used in full length.
+ *
+ * Reads x; writes MEDIAN_ABSOLUTE_DEVIATION. Weights play no part. NaN where a variable holds NaN
+ * or its median is not finite; other infinite observations are infinitely far away. Correctly
+ * rounded for odd n, and for even n where the sum of the two deviations in the middle is; else
+ * within 1.5 ulp. Memory 2n elements, which the task keeps.
+ *
+ * Checked: NULL_MEDIAN_ABSOLUTE_DEVIATION, then n, x, its storage, p as by Basic. NO_MEMORY. */
+KEF_API int32_t _vtsdSSMAD(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSMAD(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Weighted median: the least x with at least half of the weight at or below it; where that is
+ * exactly a half, the mean of it and the next larger x. Equal weights give the ordinary median.
+ *
+ * Reads x and the weights; writes element i of the QUANTILES, p of them. Exact: rounded sums
+ * never decide, however many weights there are. Observations of weight 0 take no part, NaN among
+ * them; any other NaN makes the result of its variable NaN. Memory 4 to 6n elements, which the task
+ * keeps.
+ *
+ * Checked: NULL_QUANTILES, NULL_WEIGHTS, then n, x, its storage, p as by Basic. NULL_WEIGHTS, too,
+ * where a weight is negative or not finite, or all are 0. NO_MEMORY. */
+KEF_API int32_t _vtsdSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
 
 KEF_END_DECLS
 

@@ -1,6 +1,9 @@
 // Quantiles by definition 7 of Hyndman & Fan (Am. Stat. 50:361, 1996), of one variable at a time.
 #pragma once
 
+#include <limits>
+#include <utility>
+
 #include "stats/checks.h"
 #include "stats/select.h"
 
@@ -84,6 +87,20 @@ void order_statistics(const Observations<T>& x, std::ptrdiff_t i, std::ptrdiff_t
         for (std::ptrdiff_t rank = std::lower_bound(out, out + n, T(0)) - out;
              rank < n && out[rank] == 0; ++rank)
             set(rank);
+}
+
+// The two order statistics in the middle of n numbers; NaN where one is NaN. data may be the spare
+// room.
+template <class T>
+std::pair<T, T> middle_pair(const T* data, std::ptrdiff_t n, const SelectionRoom<T>& room) {
+    const Range<T> range = range_of(data, n);
+    if (range.nan) {
+        constexpr T nan = std::numeric_limits<T>::quiet_NaN();
+        return {nan, nan};
+    }
+    const std::ptrdiff_t ranks[] = {(n - 1) / 2, n / 2};
+    select(data, n, range, Ranks(ranks, ranks + 2), room.out, room.spare);
+    return {room.out[ranks[0]], room.out[ranks[1]]};
 }
 
 }  // namespace kef::stats

@@ -20,7 +20,9 @@ using vm::i4;
 using vm::Vector;
 
 // Up to so many numbers are sorted by insertion.
-inline constexpr std::ptrdiff_t few = 24;
+inline constexpr std::ptrdiff_t few = 32;
+// Numbers to a bucket, if they spread evenly.
+inline constexpr std::ptrdiff_t load_factor = 8;
 
 // The least and the greatest of some numbers; not known where one is NaN.
 template <class T> struct Range {
@@ -111,21 +113,36 @@ private:
     __m128i shift_;
 };
 
-// Calls f(x, bucket, lane) for all numbers.
+// Calls f(j, bucket, parity) for all numbers, j = 0 .. n - 1; neighbours differ in parity.
 template <class T, class Map, class F>
 inline void for_each_bucket(const T* x, std::ptrdiff_t n, const Map& map, F f) {
     constexpr std::ptrdiff_t lanes = 16 / sizeof(T);
     std::ptrdiff_t j = 0;
     for (; j + lanes <= n; j += lanes) {
         const __m128i b = (__m128i)map(vm::load(x + j));
-        f(x[j], _mm_extract_epi16(b, 0), 0);
-        f(x[j + 1], _mm_extract_epi16(b, 2), 1);
+        f(j, _mm_extract_epi16(b, 0), 0);
+        f(j + 1, _mm_extract_epi16(b, 2), 1);
         if constexpr (lanes == 4) {
-            f(x[j + 2], _mm_extract_epi16(b, 4), 0);
-            f(x[j + 3], _mm_extract_epi16(b, 6), 1);
+            f(j + 2, _mm_extract_epi16(b, 4), 0);
+            f(j + 3, _mm_extract_epi16(b, 6), 1);
         }
     }
-    for (; j < n; ++j) f(x[j], _mm_extract_epi16((__m128i)map(vm::all(x[j])), 0), 0);
+    for (; j < n; ++j) f(j, _mm_extract_epi16((__m128i)map(vm::all(x[j])), 0), 0);
+}
+
+// The map of n > few numbers: f(map, most, buckets), with their number and a bound on it known at
+// compile time. `by_pattern`: values are no good.
+template <class T, class F>
+auto with_map(const Range<T>& range, std::ptrdiff_t n, bool by_pattern, F f) {
+    const auto with_size = [&](auto most) {
+        int buckets = 16;
+        while (buckets < most && buckets < n / load_factor) buckets *= 2;
+        const ByValue<T> by_value(range, buckets);
+        if (!by_pattern && by_value.usable(range)) return f(by_value, most, buckets);
+        return f(ByPattern<T>(range, buckets), most, buckets);
+    };
+    if (n <= 256 * load_factor) return with_size(std::integral_constant<int, 256>());
+    return with_size(std::integral_constant<int, 2048>());
 }
 
 template <class T> void sort_by_insertion(T* x, std::ptrdiff_t n) {
@@ -177,7 +194,8 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
     std::memset(place, 0, buckets * sizeof *place);
     std::memset(size, 0, buckets * sizeof *size);
     // Two counters of each bucket: numbers in order do not wait for each other.
-    for_each_bucket(x, part.n, map, [&](T, unsigned b, int odd) { ++(odd ? place : size)[b]; });
+    for_each_bucket(x, part.n, map,
+                    [&](std::ptrdiff_t, unsigned b, int odd) { ++(odd ? place : size)[b]; });
 
     T* const target = x == out + part.first ? spare : out;
     std::size_t next = part.first;
@@ -189,10 +207,11 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
         next += c;
     }
     if (ranks.every())
-        for_each_bucket(x, part.n, map, [&](T v, unsigned b, int) { target[place[b]++] = v; });
+        for_each_bucket(x, part.n, map,
+                        [&](std::ptrdiff_t j, unsigned b, int) { target[place[b]++] = x[j]; });
     else
-        for_each_bucket(x, part.n, map, [&](T v, unsigned b, int) {
-            if (size[b] != 0) target[place[b]++] = v;
+        for_each_bucket(x, part.n, map, [&](std::ptrdiff_t j, unsigned b, int) {
+            if (size[b] != 0) target[place[b]++] = x[j];
         });
 
     int largest = 0;
@@ -209,6 +228,7 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
         const Part inner = part_of(b);
         if (target == spare)
             std::memcpy(out + inner.first, spare + inner.first, inner.n * sizeof(T));
+        ranks.reach(inner.first, inner.first + inner.n);
         if (b != largest) arrange(out, spare, inner, ranks);
     }
     return part_of(largest);
@@ -216,18 +236,9 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
 
 template <class T>
 Part distribute(const T* x, T* out, T* spare, Part part, const Range<T>& range, Ranks ranks) {
-    const auto with_map = [&](const auto& map, auto most, int buckets) {
+    return with_map(range, part.n, part.by_pattern, [&](const auto& map, auto most, int buckets) {
         return distribute<most>(x, out, spare, part, map, buckets, ranks);
-    };
-    const auto with_size = [&](auto most) {
-        int buckets = 32;
-        while (buckets < most && buckets < part.n) buckets *= 2;
-        const ByValue<T> by_value(range, buckets);
-        if (!part.by_pattern && by_value.usable(range)) return with_map(by_value, most, buckets);
-        return with_map(ByPattern<T>(range, buckets), most, buckets);
-    };
-    if (part.n <= 512) return with_size(std::integral_constant<int, 256>());
-    return with_size(std::integral_constant<int, 2048>());
+    });
 }
 
 template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks) {

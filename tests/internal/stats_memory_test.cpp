@@ -113,8 +113,15 @@ TEST(StatsMemory, MinmaxNeedsNone) {
 // call leaves all arrays as they were, and the next one goes well.
 struct Order : Half {
     std::int32_t count = 2, rows = VTS_SS_STORAGE_ROWS;
-    std::vector<double> orders = {0.25, 0.5}, quantiles, statistics;
-    Order() : Half(VTS_SS_METHOD_TILED, most, 0), quantiles(2 * most), statistics(most * n) {
+    std::vector<double> orders = {0.25, 0.5}, quantiles, statistics, deviations;
+    Order()
+        : Half(VTS_SS_METHOD_TILED, most, 0),
+          quantiles(2 * most),
+          statistics(most * n),
+          deviations(most) {
+        weights = weights_for<double>(n);
+        set(VTS_SS_ID_WEIGHTS, weights);
+        set(VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION, deviations);
         set(VTS_SS_ID_QUANTILE_ORDERS, orders);
         set(VTS_SS_ID_QUANTILES, quantiles);
         set(VTS_SS_ID_ORDER_STATISTICS, statistics);
@@ -124,12 +131,13 @@ struct Order : Half {
     std::vector<double> all() const {
         auto result = quantiles;
         result.insert(result.end(), statistics.begin(), statistics.end());
+        result.insert(result.end(), deviations.begin(), deviations.end());
         return result;
     }
 };
 
 TEST(StatsMemory, OrderStatistics) {
-    const auto calls = {_vtsdSSQuantiles};
+    const auto calls = {_vtsdSSQuantiles, _vtsdSSMAD, _vtsdSSWMedian};
     for (const auto compute : calls) {
         Order calm;
         const auto before = calm.all();
