@@ -399,7 +399,7 @@ TEST(StatsBasic, KeptSumsThatAreOld) {
     for (int i = 0; i < p; ++i)
         EXPECT_NEAR(fresh.central_moment_3[i], kept.central_moment_3[i], 1e-12);
 
-    const int wide = 6;
+    const int wide = 200;
     std::vector<double> columns(wide * 4);
     for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = std::sin(1.0 + i);
     Problem<double> growing(wide, 4, columns);
