@@ -7,16 +7,13 @@
 // Polynomials: tools/asin.sollya.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/core/rounding.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
 namespace kef::vm {
-
-// pi as nearest double and the rest.
-inline constexpr double pi_high = from_bits(UINT64_C(0x400921FB54442D18));
-inline constexpr double pi_low = from_bits(UINT64_C(0x3CA1A62633145C07));
 
 // asin u = high + low, and the lanes where y > 1/2.
 template <class V> struct AsinParts {
@@ -83,11 +80,11 @@ inline f4 asin_short(f4 x) {
     return x * (1.0f + u * (f1 + u * (f2 + u * (f3 + u * f4th))));
 }
 inline f4 acos_short(f4 x) {
-    constexpr float g0 = static_cast<float>(pi_high / 2), g1 = from_bits(0xBE59C6DDu),
+    constexpr float g0 = static_cast<float>(pi / 2), g1 = from_bits(0xBE59C6DDu),
                     g2 = from_bits(0x3D9A63ACu), g3 = from_bits(0xBC9EB3A8u);
     const f4 y = absolute(x);
     const f4 a = square_root(1.0f - y) * (g0 + y * (g1 + y * (g2 + y * g3)));
-    return where((i4)x >> 31, all(static_cast<float>(pi_high))) + (f4)((i4)a ^ sign_bit(x));
+    return where((i4)x >> 31, all(static_cast<float>(pi))) + (f4)((i4)a ^ sign_bit(x));
 }
 
 // 0 <= y <= 1; HA < 1.

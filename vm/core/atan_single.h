@@ -1,15 +1,12 @@
 // The arc tangent in single precision, of a quotient of absolute values.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/core/rounding.h"
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
 namespace kef::vm {
-
-// pi/2 as nearest double and the rest.
-inline constexpr double half_pi = from_bits(UINT64_C(0x3FF921FB54442D18));
-inline constexpr double half_pi_low = from_bits(UINT64_C(0x3C91A62633145C07));
 
 // atan(y/x) for x, y >= 0, not both 0: the smaller over the larger, a polynomial on
 // [0, 1] with relative error 2^-23.1 (LA), 2^-11.9 (EP), and pi/2 minus that where
@@ -31,7 +28,7 @@ template <class Accuracy> inline f4 atan_single(f4 y, f4 x) {
                         a7 = from_bits(0xBD3E7317u);
         q = a3 + t2 * (a5 + t2 * a7);
     }
-    const f4 base = where(inverted, all(static_cast<float>(half_pi)));
+    const f4 base = where(inverted, all(static_cast<float>(pi / 2)));
     return base + (f4)((i4)(t + t * t2 * q) ^ (inverted & INT32_MIN));
 }
 

@@ -10,6 +10,7 @@
 // relative accuracy there. Tables: tools/erf_inverse_tables.py.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/core/log_single.h"
 #include "vm/core/rounding.h"
 #include "vm/simd/double_double.h"
@@ -34,7 +35,6 @@ extern const double erf_inverse_line_table[erf_inverse_single_entries];
 // What r is multiplied by: r solves erf(r) = x, sqrt2 r is the quantile of the normal
 // distribution.
 enum class ErfInverseScale { one, root2 };
-inline constexpr double root2 = from_bits(UINT64_C(0x3FF6A09E667F3BCD));
 
 // Which of x and q = 1 - x is exact.
 enum class ErfInverseGiven { x, q };

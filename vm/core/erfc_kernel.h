@@ -7,6 +7,7 @@
 // Where the result is subnormal every slot uses the tail formula in double.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/core/erf_core.h"
 #include "vm/core/erf_single.h"
 #include "vm/core/tiny.h"
@@ -47,18 +48,17 @@ struct CdfNormScale {
     // 1/sqrt2, its leading 26 bits and the rest.
     static constexpr double R = from_bits(UINT64_C(0x3FE6A09E60000000));
     static constexpr double R_low = from_bits(UINT64_C(0x3E49FCEF32422CBF));
-    static constexpr double root = from_bits(UINT64_C(0x3FE6A09E667F3BCD));
 
     // y/sqrt2, the high part exact.
     template <class T> static DoubleDouble<d2> argument(d2 y) {
         if constexpr (std::is_same_v<T, float>) return {y * R, y * R_low};
         const d2 y1 = leading(y), y2 = y - y1;
-        return {y1 * R, y1 * R_low + y2 * root};
+        return {y1 * R, y1 * R_low + y2 * root_half};
     }
 
     template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
         if constexpr (std::is_same_v<Accuracy, EP>) {
-            return 0.5 * erfc_table_sum<EP>(sign, y * root);
+            return 0.5 * erfc_table_sum<EP>(sign, y * root_half);
         } else {
             const DoubleDouble<d2> u = argument<T>(y);
             const auto r = erfc_table_sum<Accuracy>(sign, u.high, u.low);
@@ -70,7 +70,7 @@ struct CdfNormScale {
         const DoubleDouble<d2> split = argument<double>(y), u = fast_two_sum(split.high, split.low);
         return erfc_tail<shift - 1>(u.high, u.low);
     }
-    static f4 argument_single(f4 y) { return y * static_cast<float>(root); }
+    static f4 argument_single(f4 y) { return y * static_cast<float>(root_half); }
 };
 
 template <class T, class Accuracy, class Scale> struct ErfcKernel {

@@ -6,6 +6,7 @@
 // Tables: tools/exp_tables.py.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/core/scaling.h"
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
@@ -28,7 +29,7 @@ template <class Accuracy> struct ExpConstants;
 // that k L1 is exact. |p/exp - 1| < 2^-59.2 on |r| <= ln2/128.
 template <> struct ExpConstants<HA> {
     static constexpr int log2_size = 6;
-    static constexpr double inverse = from_bits(UINT64_C(0x40571547652B82FE));  // 64/ln2
+    static constexpr double inverse = 64 * inverse_ln2;
     static constexpr double L1 = from_bits(UINT64_C(0x3F862E42FEF00000));
     static constexpr double L2 = from_bits(UINT64_C(0x3D7473DE6AF278ED));
     static constexpr double c2 = from_bits(UINT64_C(0x3FDFFFFFFFFFD97C));
@@ -40,7 +41,7 @@ template <> struct ExpConstants<HA> {
 // LA: |p/exp - 1| < 2^-51.5 on |r| <= ln2/256.
 template <> struct ExpConstants<LA> {
     static constexpr int log2_size = 7;
-    static constexpr double inverse = from_bits(UINT64_C(0x40671547652B82FE));  // 128/ln2
+    static constexpr double inverse = 128 * inverse_ln2;
     static constexpr double L1 = from_bits(UINT64_C(0x3F762E42FEE00000));
     static constexpr double L2 = from_bits(UINT64_C(0x3D7A39EF35793C76));
     static constexpr double c2 = from_bits(UINT64_C(0x3FDFFFFFFFFFFEB0));
@@ -51,8 +52,8 @@ template <> struct ExpConstants<LA> {
 // EP: 1 + r + r^2/2, error below 2^-28.1; one constant for the reduction.
 template <> struct ExpConstants<EP> {
     static constexpr int log2_size = 7;
-    static constexpr double inverse = from_bits(UINT64_C(0x40671547652B82FE));
-    static constexpr double L = from_bits(UINT64_C(0x3F762E42FEFA39EF));
+    static constexpr double inverse = 128 * inverse_ln2;
+    static constexpr double L = ln2 / 128;
 };
 
 // x reduced: r, the table index of each lane, and 2^(m + shift) as bits.
@@ -152,13 +153,11 @@ inline double exp_large(double x) { return exp_half(x) * 2.0; }
 // that are built on it); tools/exp.sollya. `low` is a small correction of x, or nothing.
 template <class Accuracy, int shift = 0> inline f4 exp_single(f4 x, auto... low) {
     constexpr float shifter = 0x1.8p23f + shift;
-    constexpr float inverse = from_bits(0x3FB8AA3Bu);  // 1/ln2
-    const f4 sum = (x + ... + low) * inverse + shifter;
+    const f4 sum = (x + ... + low) * static_cast<float>(inverse_ln2) + shifter;
     const f4 k = sum - shifter;
     f4 p;
     if constexpr (!std::is_same_v<Accuracy, EP>) {
-        constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
-        const f4 r = (((x - k * L1) - k * L2) + ... + low);
+        const f4 r = (minus_products(x, k, ln2_parts_single) + ... + low);
         if constexpr (std::is_same_v<Accuracy, LA>) {
             constexpr float c2 = from_bits(0x3EFFFEFEu), c3 = from_bits(0x3E2AABD6u),
                             c4 = from_bits(0x3D2B950Bu), c5 = from_bits(0x3C0831F7u);
@@ -170,7 +169,7 @@ template <class Accuracy, int shift = 0> inline f4 exp_single(f4 x, auto... low)
             p = 1.0f + (r + r * r * (c2 + r * (c3 + r * (c4 + r * (c5 + r * c6)))));
         }
     } else {
-        const f4 r = ((x - k * from_bits(0x3F317218u)) + ... + low);  // ln2
+        const f4 r = ((x - k * static_cast<float>(ln2)) + ... + low);
         constexpr float c2 = from_bits(0x3F01024Du), c3 = from_bits(0x3E2AA08Eu);
         p = 1.0f + r * (1.0f + r * (c2 + r * c3));
     }

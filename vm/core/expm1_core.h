@@ -69,20 +69,19 @@ template <class Accuracy> inline d2 expm1_core(d2 x) {
 // -87 <= x <= 88; relative error of p 2^-26.1 (LA) and 2^-15.6 (EP).
 template <class Accuracy> inline f4 expm1_single(f4 x) {
     constexpr float shifter = 0x1.8p23f + 127;
-    const f4 sum = x * from_bits(0x3FB8AA3Bu) + shifter;
+    const f4 sum = x * static_cast<float>(inverse_ln2) + shifter;
     const f4 k = sum - shifter;
     const f4 power = (f4)((i4)sum << 23);
     f4 p;
     if constexpr (std::is_same_v<Accuracy, LA>) {
-        constexpr float L1 = 0x1.62e4p-1f, L2 = 0x1.7f7d1cp-20f;  // ln2 = L1 + L2, k L1 exact
-        const f4 r = (x - k * L1) - k * L2;
+        const f4 r = minus_products(x, k, ln2_parts_single);
         constexpr float c2 = from_bits(0x3EFFFFFFu), c3 = from_bits(0x3E2AAA58u),
                         c4 = from_bits(0x3D2AAB8Bu), c5 = from_bits(0x3C0913C8u),
                         c6 = from_bits(0x3AB5B9A0u);
         const f4 r2 = r * r;
         p = r + r2 * ((c2 + r * c3) + r2 * ((c4 + r * c5) + r2 * c6));
     } else {
-        const f4 r = x - k * from_bits(0x3F317218u);  // ln2
+        const f4 r = x - k * static_cast<float>(ln2);
         constexpr float c2 = from_bits(0x3F000115u), c3 = from_bits(0x3E2B842Au),
                         c4 = from_bits(0x3D2A6F76u);
         p = r * ((1.0f + r * c2) + r * r * (c3 + r * c4));

@@ -28,7 +28,7 @@ namespace gamma_constants {
 inline constexpr DoubleDouble<d2> both(std::uint64_t high, std::uint64_t low) {
     return {all(from_bits(high)), all(from_bits(low))};
 }
-inline constexpr auto pi = both(0x400921FB54442D18, 0x3CA1A62633145C07);
+inline constexpr auto pi = DoubleDouble<d2>{all(kef::vm::pi), all(pi_low)};
 inline constexpr auto ln_pi = both(0x3FF250D048E7A1BD, 0x3C67ABF2AD8D5088);
 inline constexpr auto plus = both(0x3FED67F1C864BEB5, 0xBC865B5A1B7FF5DF);   // ln(2 pi)/2
 inline constexpr auto minus = both(0x3FCCE6BB25AA1316, 0xBC5DCD49C8E5AFF6);  // ln pi - that

@@ -8,6 +8,7 @@
 // Table: tools/log_tables.py; polynomials: tools/log.sollya.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
@@ -24,10 +25,6 @@ extern const LogEntry log128_table[128];
 namespace log_constants {
 inline constexpr std::int32_t offset = 0x3FE69000;         // head of the lower end of z
 inline constexpr std::int32_t offset_single = 0x3F348000;  // the same for single precision
-// ln2 = high + low, k high a multiple of 2^-43 for |k| < 2^11.
-inline constexpr double ln2_high = from_bits(UINT64_C(0x3FE62E42FEFA3800));
-inline constexpr double ln2_low = from_bits(UINT64_C(0x3D2EF35793C76730));
-inline constexpr double ln2 = from_bits(UINT64_C(0x3FE62E42FEFA39EF));
 }  // namespace log_constants
 
 // x reduced: k, z and the entries of the two lanes.
@@ -99,8 +96,7 @@ inline DoubleDouble<d2> log_sum(const LogReduced& x, DoubleDouble<d2> r) {
 
 // The same rounded, in fewer steps.
 template <class Accuracy> inline d2 log_sum(const LogReduced& x, d2 r) {
-    return (x.k * log_constants::ln2 + log_field(x, &LogEntry::rounded)) +
-           (r + log_tail<Accuracy>(r));
+    return (x.k * ln2 + log_field(x, &LogEntry::rounded)) + (r + log_tail<Accuracy>(r));
 }
 
 // ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:

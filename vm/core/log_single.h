@@ -51,22 +51,20 @@ struct EPTerm;
 template <class Accuracy> inline f4 log_single(i4 exponent, f4 r) {
     const f4 k = (f4)_mm_cvtepi32_ps((__m128i)exponent), r2 = r * r;
     if constexpr (std::is_same_v<Accuracy, LA>) {
-        constexpr float ln2_high = 0x1.62e4p-1f, ln2_low = 0x1.7f7d1cp-20f;
         constexpr float c2 = from_bits(0xBF000034u), c3 = from_bits(0x3EAAACBBu),
                         c4 = from_bits(0xBE7FB754u), c5 = from_bits(0x3E4BC381u),
                         c6 = from_bits(0xBE304E26u), c7 = from_bits(0x3E267078u),
                         c8 = from_bits(0xBDD2A46Cu);
         const f4 q = ((c2 + r * c3) + r2 * (c4 + r * c5)) + (r2 * r2) * ((c6 + r * c7) + r2 * c8);
-        return k * ln2_high + (r + (r2 * q + k * ln2_low));
+        return k * ln2_parts_single[0] + (r + (r2 * q + k * ln2_parts_single[1]));
     } else if constexpr (std::is_same_v<Accuracy, EPTerm>) {
         constexpr float c2 = from_bits(0xBEFFC0BBu), c3 = from_bits(0x3EABD09Eu),
                         c4 = from_bits(0xBE8A6F19u), c5 = from_bits(0x3E38CF97u);
-        return k * static_cast<float>(log_constants::ln2) +
-               (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
+        return k * static_cast<float>(ln2) + (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
     } else {
         constexpr float c2 = from_bits(0xBF0071FEu), c3 = from_bits(0x3EB3BC00u),
                         c4 = from_bits(0xBE689D41u);
-        return k * static_cast<float>(log_constants::ln2) + (r + r2 * (c2 + r * (c3 + r * c4)));
+        return k * static_cast<float>(ln2) + (r + r2 * (c2 + r * (c3 + r * c4)));
     }
 }
 template <class Accuracy> inline f4 log_single(f4 x) {

@@ -69,7 +69,7 @@ template <class Accuracy> inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y
         constexpr double c3 = from_bits(UINT64_C(0x3FD5555FFAD18845));
         constexpr double c4 = from_bits(UINT64_C(0xBFD0000B61A5B9C6));
         const d2 r = reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0;
-        const d2 log = (reduced.k * log_constants::ln2 + log_field(reduced, &LogEntry::rounded)) +
+        const d2 log = (reduced.k * ln2 + log_field(reduced, &LogEntry::rounded)) +
                        (r + r * r * (c2 + r * (c3 + r * c4)));
         const d2 e = y * log;
         return {exp_core<EP>(e), e};
@@ -145,7 +145,7 @@ inline d2 pow_of_float(const LogReduced& x, d2 y) {
     constexpr double c4 = from_bits(UINT64_C(0xBFD0000D62906F9F));
     constexpr double c5 = from_bits(UINT64_C(0x3FC999B3A40E4F00));
     const d2 r = x.z * log_field(x, &LogEntry::inverse) - 1.0, r2 = r * r;
-    const d2 log = (x.k * log_constants::ln2 + log_field(x, &LogEntry::rounded)) +
+    const d2 log = (x.k * ln2 + log_field(x, &LogEntry::rounded)) +
                    (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
     const d2 e = within(y * log, 200.0);
     // Relative error 2^-41.2.

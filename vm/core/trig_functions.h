@@ -52,8 +52,7 @@ template <class T, class Accuracy, TrigReach reach> inline Vector<T> tangent_fas
         const f4 t = in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
         return is_far ? with_huge(x, t, tangent_of_turns) : t;
     } else if constexpr (std::is_same_v<Accuracy, HA>) return tangent_core<reach>(x);
-    else if constexpr (std::is_same_v<T, double>) return tangent_plain<LA>(x);
-    else return tangent_plain(x);
+    else return tangent_plain<LA>(x);
 }
 
 template <class V> inline Two<V> select(auto mask, Two<V> x, Two<V> y) {

@@ -62,7 +62,7 @@ inline Turns turns_of(f4 x) {
 
 // The signed turns as an angle.
 inline d2 angle_of(l2 turns) {
-    constexpr double unit = from_bits(UINT64_C(0x401921FB54442D18)) * 0x1p-64;  // 2 pi 2^-64
+    constexpr double unit = pi * 0x1p-63;  // of an angle
     const d2 high =
         (d2)_mm_cvtepi32_pd((__m128i)__builtin_shufflevector((i4)turns, (i4)turns, 1, 3, 1, 3));
     const d2 low = (d2)((turns & INT64_C(0xFFFFFFFF)) | INT64_C(0x4330000000000000)) - 0x1p52;
@@ -83,8 +83,8 @@ inline d2 tangent_of_turns(u2 turns) {
     constexpr std::int64_t eighth = INT64_C(1) << 61;
     const u2 sum = turns + static_cast<std::uint64_t>(eighth);
     const l2 t = (l2)sum, odd = sign_mask((l2)(sum << 1));
-    const Two<d2> f = tangent_short_fraction(angle_of((t & (2 * eighth - 1)) - eighth));
-    return quotient_by_parity(f.first, f.second, odd, odd & INT64_MIN);
+    return quotient_by_parity(tangent_short_fraction(angle_of((t & (2 * eighth - 1)) - eighth)),
+                              odd, odd & INT64_MIN);
 }
 
 // Results for |x| >= 2^17 from the turns, others from `plain`.

@@ -60,8 +60,7 @@ TrigReduced trig_reduce_one(double x) {
     }
 
     // Turns to radians.
-    constexpr double two_pi = from_bits(UINT64_C(0x401921FB54442D18));
-    constexpr double two_pi_low = from_bits(UINT64_C(0x3CB1A62633145C07));
+    constexpr double two_pi = 2 * pi, two_pi_low = 2 * pi_low;
     const DoubleDouble<double> product = two_product(high, two_pi);
     const DoubleDouble<double> r =
         fast_two_sum(product.high, product.low + (high * two_pi_low + low * two_pi));

@@ -11,6 +11,7 @@
 // SIGNUM Newsletter 18 (1983). Constants: tools/trig_tables.py.
 #pragma once
 
+#include "vm/core/constants.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/simd.h"
 
@@ -30,14 +31,12 @@ TrigReduced trig_reduce_one(double x);
 enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k has 27 bits
 
 template <int bias, TrigReach reach> inline TrigReduced trig_reduce(d2 x) {
-    constexpr double inverse = from_bits(UINT64_C(0x40545F306DC9C883));  // 256/pi
+    constexpr double inverse = 256 * inverse_pi;
     constexpr double shifter = 0x1.8p52 + bias;
     const d2 sum = x * inverse + shifter;
     const d2 k = sum - shifter;
     if constexpr (reach == TrigReach::near) {
-        constexpr double P1 = from_bits(UINT64_C(0x3F8921FB54440000));
-        constexpr double P2 = from_bits(UINT64_C(0x3D168C234C4C0000));
-        constexpr double P3 = from_bits(UINT64_C(0x3AB98A2E03707345));
+        constexpr double P1 = pi_parts[0] / 256, P2 = pi_parts[1] / 256, P3 = pi_parts[2] / 256;
         const d2 r1 = x - k * P1, w = k * P2, r = r1 - w;
         return {(l2)sum, r, ((r1 - r) - w) - k * P3};
     } else {

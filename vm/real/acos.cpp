@@ -30,12 +30,11 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
         const V size = where(part.halved, all(T(3))) - all(T(1));
         const V factor = (V)((decltype(sign))size ^ sign);
         // pi/2, or where halved pi/2 - pi/2 and pi/2 + pi/2: exact.
-        const auto base = [&](double pi) {
-            const V quarter_turn = all(T(pi / 2));
+        const auto base = [&](double angle) {
+            const V quarter_turn = all(T(angle / 2));
             return quarter_turn - where(part.halved, (V)((decltype(sign))quarter_turn | sign));
         };
-        return added_angle<Accuracy>(base(pi_high), base(pi_low), factor * part.high,
-                                     factor * part.low);
+        return added_angle<Accuracy>(base(pi), base(pi_low), factor * part.high, factor * part.low);
     }
 
     static auto fast(V x) {
@@ -61,7 +60,7 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
                 return r = rounded_once(Acos<double, HA>::parts(all(double(x)))), VTM_STATUS_OK;
         }
         if (x == 1) return r = 0, VTM_STATUS_OK;
-        if (x == -1) return r = T(pi_high), VTM_STATUS_OK;
+        if (x == -1) return r = T(pi), VTM_STATUS_OK;
         return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
     }
 };

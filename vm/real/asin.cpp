@@ -27,7 +27,7 @@ struct Asin
     }
     static V far(V x) requires(Asin::bound > 0) {
         const V r = beside_tiny<AtZero::argument>(x, Asin::bound, fast);
-        return select(absolute(x) >= all(T(1)), with_sign(all(T(pi_high / 2)), x), r);
+        return select(absolute(x) >= all(T(1)), with_sign(all(T(pi / 2)), x), r);
     }
 
     static V fast(V x) {
@@ -39,16 +39,16 @@ struct Asin
             const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
             // pi/2 - 2 asin u, or asin u.
             const V factor = all(T(1)) - where(part.halved, all(T(3)));
-            const auto half_pi = [&](double pi) { return where(part.halved, all(T(pi / 2))); };
+            const auto half = [&](double angle) { return where(part.halved, all(T(angle / 2))); };
             const DoubleDouble<V> sum = added_angle<Accuracy>(
-                half_pi(pi_high), half_pi(pi_low), factor * part.high, factor * part.low);
+                half(pi), half(pi_low), factor * part.high, factor * part.low);
             return with_sign(sum.high + sum.low, x);
         }
     }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
-        if (x == 1 || x == -1) return r = x * T(pi_high / 2), VTM_STATUS_OK;
+        if (x == 1 || x == -1) return r = x * T(pi / 2), VTM_STATUS_OK;
         return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
     }
 };

@@ -67,7 +67,7 @@ struct Atan : TinyAside<Atan<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::
         const T a = x < 0 ? -x : x;
         if (std::is_same_v<T, float> && a < 0x1p64f)
             r = rounded_once(atan_parts<HA>(all(double(a))));
-        else r = static_cast<T>(half_pi);
+        else r = static_cast<T>(pi / 2);
         if (x < 0) r = -r;
         return VTM_STATUS_OK;
     }

@@ -31,9 +31,6 @@ template <> struct Atan2Range<float> {
     static constexpr std::int32_t first = 0x39000000, last = 0x46000000;  // 2^-13, 2^13
 };
 
-constexpr double pi = 2 * half_pi;
-constexpr double pi_low = 2 * half_pi_low;
-
 // atan(y/x) for x, y > 0, as an unevaluated sum: t = (y - c x) / (x + c y) with its
 // remainder; y - c x to one rounding, since c has 7 bits.
 inline DoubleDouble<d2> atan_quotient(d2 y, d2 x) {
@@ -148,16 +145,16 @@ template <class T, class Accuracy> struct Atan2 {
         int status = VTM_STATUS_OK;
         double angle;
         if (is_infinite(a) || is_infinite(b)) {
-            const double quarter = half_pi / 2;
+            constexpr double quarter = pi / 4;
             if (is_infinite(a) && is_infinite(b)) angle = left ? 3 * quarter : quarter;
-            else angle = is_infinite(a) ? half_pi : left ? pi : 0.0;
+            else angle = is_infinite(a) ? pi / 2 : left ? pi : 0.0;
         } else if (y == 0 || x == 0) {
-            angle = y != 0 ? half_pi : left ? pi : 0.0;
+            angle = y != 0 ? pi / 2 : left ? pi : 0.0;
         } else {
             const int y_e = exponent_of(y), x_e = exponent_of(x), e = y_e - x_e;
             const double height = scaled(y < 0 ? -y : y, -y_e), width = scaled(left ? -x : x, -x_e);
             if (e > 62) {
-                angle = half_pi;
+                angle = pi / 2;
             } else if (e >= -62) {
                 angle =
                     Atan2<double, HA>::fast(all(height), all(scaled(left ? -width : width, -e)))[0];

@@ -52,61 +52,54 @@ struct EP;
 template <class V> struct Two { V first, second; };
 
 // Doubles as float results, and the lanes that are midpoints for the gate `refuse`.
-inline Two<f4> with_midpoints(d2x2 x) {
-    return {narrow(x.low, x.high), (f4)midpoints(x.low, x.high)};
-}
+inline Two<floats> with_midpoints(DoublesPair x) { return {narrow(x), (floats)midpoints(x)}; }
 
 namespace frame {
 
-inline constexpr int group = 4;
+inline constexpr int group = lanes<float>;
 
-template <class T> using InputOf = const T*;
 template <class V> std::array<V, 1> as_array(V x) { return {x}; }
 template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
 
-// Four elements of one array, in as many vectors as they need; or one to three of
-// them, padded with the last one. Never through memory: a load of what narrower stores
-// have just written stalls.
+// A group of elements of one array, in as many vectors as they need; or fewer, padded with the
+// last one. Verdicts about a group have the order of its heads.
 template <class T> struct Group;
 template <> struct Group<double> {
-    d2 low, high;
-    static Group at(const double* p) { return {load(p), load(p + 2)}; }
+    doubles low, high;
+    static constexpr int half = lanes<double>;
+    static Group at(const double* p) { return {load(p), load(p + half)}; }
     static Group padded(const double* p, int count) {
-        const d2 last = all(p[count - 1]);
-        return {count == 1 ? last : load(p), last};
+        return {count < half ? load_some(p, count) : load(p),
+                count > half ? load_some(p + half, count - half) : all(p[count - 1])};
     }
-    void store_at(double* p) const { store(p, low), store(p + 2, high); }
+    static Group all_of(double x) { return {all(x), all(x)}; }
+    void store_at(double* p) const { store(p, low), store(p + half, high); }
     void store_some_at(double* p, int count) const {
-        if (count == 1) *p = low[0];
+        if (count < half) store_some(p, count, low);
         else store(p, low);
-        if (count == 3) p[2] = high[0];
+        if (count > half) store_some(p + half, count - half, high);
     }
-    i4 head() const { return heads(low, high); }
+    ints head() const { return heads(low, high); }
     double first() const { return low[0]; }
+    static unsigned set_in(ints verdict) { return bits(in_order(verdict)); }
     // The lanes whose verdict is set from `other`.
-    Group replaced(i4 verdict, Group other) const {
-        const i4 mask = verdict >> 31;
-        return {select((l2)__builtin_shufflevector(mask, mask, 0, 0, 1, 1), other.low, low),
-                select((l2)__builtin_shufflevector(mask, mask, 2, 2, 3, 3), other.high, high)};
+    Group replaced(ints verdict, Group other) const {
+        const LongsPair mask = spread(verdict >> 31);
+        return {select(mask.low, other.low, low), select(mask.high, other.high, high)};
     }
 };
 template <> struct Group<float> {
-    f4 all_four;
+    floats whole;
     static Group at(const float* p) { return {load(p)}; }
-    static Group padded(const float* p, int count) {
-        const f4 last = all(p[count - 1]);
-        return {count == 1 ? last : with_low_half_at(p, last)};
-    }
-    void store_at(float* p) const { store(p, all_four); }
-    void store_some_at(float* p, int count) const {
-        if (count == 1) *p = all_four[0];
-        else store_low_half(p, all_four);
-        if (count == 3) p[2] = all_four[2];
-    }
-    i4 head() const { return heads(all_four); }
-    float first() const { return all_four[0]; }
-    Group replaced(i4 verdict, Group other) const {
-        return {select(verdict >> 31, other.all_four, all_four)};
+    static Group padded(const float* p, int count) { return {load_some(p, count)}; }
+    static Group all_of(float x) { return {all(x)}; }
+    void store_at(float* p) const { store(p, whole); }
+    void store_some_at(float* p, int count) const { store_some(p, count, whole); }
+    ints head() const { return heads(whole); }
+    float first() const { return whole[0]; }
+    static unsigned set_in(ints verdict) { return bits(verdict); }
+    Group replaced(ints verdict, Group other) const {
+        return {select(verdict >> 31, other.whole, whole)};
     }
 };
 
@@ -147,9 +140,9 @@ inline auto apply(Formula f, const std::array<Group<T>, I>& x, std::index_sequen
         for (std::size_t i = 0; i < y.size(); ++i) y[i] = {low[i], high[i]};
         return y;
     } else {
-        const auto four = as_array(f(x[N].all_four...));
-        std::array<Group<T>, four.size()> y;
-        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {four[i]};
+        const auto whole = as_array(f(x[N].whole...));
+        std::array<Group<T>, whole.size()> y;
+        for (std::size_t i = 0; i < y.size(); ++i) y[i] = {whole[i]};
         return y;
     }
 }

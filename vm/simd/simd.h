@@ -1,27 +1,47 @@
-// Four-lane and two-lane vectors as GCC vector types, so that formulas read as
-// formulas: the arithmetic, bit and comparison operators are the compiler's, on
-// each lane; comparisons give all-ones or zero lanes of the integer type.
+// Vectors of KEF_VECTOR_BYTES as GCC vector types, so that formulas read as formulas: the
+// arithmetic, bit and comparison operators are the compiler's, on each lane; comparisons give
+// all-ones or zero lanes of the integer type. No formula names a width. What operators cannot say
+// stands in one file an instruction set, under the same names.
+//
+// A vector is made of blocks of 16 bytes. Shuffles that stay inside the blocks cost one cheap
+// operation at every width, and most of what is here is made of them.
 #pragma once
 
 #include <bit>
 #include <cstdint>
+#include <utility>
 
-#include <pmmintrin.h>
+#include <immintrin.h>
+
+#ifndef KEF_VECTOR_BYTES
+#if __AVX512F__ && __AVX512DQ__ && __AVX512VL__
+#define KEF_VECTOR_BYTES 64
+#elif __AVX2__ && __FMA__
+#define KEF_VECTOR_BYTES 32
+#else
+#define KEF_VECTOR_BYTES 16
+#endif
+#endif
 
 namespace kef::vm {
 
-using d2 = double __attribute__((vector_size(16)));
-using f4 = float __attribute__((vector_size(16)));
-using i4 = std::int32_t __attribute__((vector_size(16)));
-using u4 = std::uint32_t __attribute__((vector_size(16)));  // for sums that wrap
-using l2 = std::int64_t __attribute__((vector_size(16)));
-using u2 = std::uint64_t __attribute__((vector_size(16)));
+inline constexpr int vector_bytes = KEF_VECTOR_BYTES;
+using doubles = double __attribute__((vector_size(vector_bytes)));
+using floats = float __attribute__((vector_size(vector_bytes)));
+using ints = std::int32_t __attribute__((vector_size(vector_bytes)));
+using uints = std::uint32_t __attribute__((vector_size(vector_bytes)));  // for sums that wrap
+using longs = std::int64_t __attribute__((vector_size(vector_bytes)));
+using ulongs = std::uint64_t __attribute__((vector_size(vector_bytes)));
 
-// The vector of an element type, and its lane count.
+// The vector of an element type and its lane count; a vector's element type, and the integers of
+// its lanes.
 template <class T> struct VectorOf;
-template <> struct VectorOf<double> { using type = d2; };
-template <> struct VectorOf<float> { using type = f4; };
+template <> struct VectorOf<double> { using type = doubles; };
+template <> struct VectorOf<float> { using type = floats; };
 template <class T> using Vector = typename VectorOf<T>::type;
+template <class T> inline constexpr int lanes = vector_bytes / sizeof(T);
+template <class V> using Element = std::remove_cvref_t<decltype(std::declval<V&>()[0])>;
+template <class V> using BitsOf = decltype(V{} > V{});
 
 inline constexpr double from_bits(std::uint64_t bits) { return std::bit_cast<double>(bits); }
 inline constexpr float from_bits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
@@ -29,97 +49,128 @@ inline std::uint64_t to_bits(double x) { return std::bit_cast<std::uint64_t>(x);
 inline std::uint32_t to_bits(float x) { return std::bit_cast<std::uint32_t>(x); }
 
 // The same value in all lanes.
-inline constexpr d2 all(double x) { return d2{x, x}; }
-inline constexpr f4 all(float x) { return f4{x, x, x, x}; }
-inline constexpr i4 all(std::int32_t x) { return i4{x, x, x, x}; }
-inline constexpr l2 all(std::int64_t x) { return l2{x, x}; }
-
-inline d2 load(const double* p) { return (d2)_mm_loadu_pd(p); }
-inline f4 load(const float* p) { return (f4)_mm_loadu_ps(p); }
-inline void store(double* p, d2 x) { _mm_storeu_pd(p, (__m128d)x); }
-inline void store(float* p, f4 x) { _mm_storeu_ps(p, (__m128)x); }
-// The low half of a vector at p, the upper one from x; and the low half to p.
-inline f4 with_low_half_at(const float* p, f4 x) {
-    return (f4)_mm_loadl_pi((__m128)x, reinterpret_cast<const __m64*>(p));
+template <class V> inline constexpr V filled(V x) { return x; }
+template <class V> inline constexpr V filled(Element<V> x) {
+    return [x]<std::size_t... i>(std::index_sequence<i...>) {
+        return V{(static_cast<void>(i), x)...};
+    }
+    (std::make_index_sequence<sizeof(V) / sizeof x>());
 }
-inline void store_low_half(float* p, f4 x) {
-    _mm_storel_pi(reinterpret_cast<__m64*>(p), (__m128)x);
+inline constexpr doubles all(double x) { return filled<doubles>(x); }
+inline constexpr floats all(float x) { return filled<floats>(x); }
+inline constexpr ints all(std::int32_t x) { return filled<ints>(x); }
+inline constexpr longs all(std::int64_t x) { return filled<longs>(x); }
+
+// Unaligned.
+using DoublesAnywhere = doubles __attribute__((aligned(8), may_alias));
+using FloatsAnywhere = floats __attribute__((aligned(4), may_alias));
+inline doubles load(const double* p) { return *reinterpret_cast<const DoublesAnywhere*>(p); }
+inline floats load(const float* p) { return *reinterpret_cast<const FloatsAnywhere*>(p); }
+inline void store(double* p, doubles x) { *reinterpret_cast<DoublesAnywhere*>(p) = x; }
+inline void store(float* p, floats x) { *reinterpret_cast<FloatsAnywhere*>(p) = x; }
+
+// Lane j of each block is lane pattern[j] of the two blocks of x and y, one behind the other.
+template <int... pattern, class V> inline V in_blocks(V x, V y) {
+    constexpr int p[] = {pattern...}, size = sizeof...(pattern), count = sizeof(V) / sizeof(x[0]);
+    constexpr auto from = [](int i) {
+        const int j = p[i % size], block = i - i % size;
+        return j < size ? block + j : count + block + j - size;
+    };
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+        return __builtin_shufflevector(x, y, from(i)...);
+    }
+    (std::make_integer_sequence<int, count>());
 }
 
-// The leading 32 bits (sign, exponent, top of the significand) of four elements.
-inline i4 heads(d2 low, d2 high) { return __builtin_shufflevector((i4)low, (i4)high, 1, 3, 5, 7); }
-inline i4 heads(f4 x) { return (i4)x; }
+// The leading 32 bits (sign, exponent, top of the significand) and the last 32 bits of as many
+// elements as floats fill a vector. Two vectors of doubles alternate by half-blocks; `in_order`
+// gives the elements' order.
+inline ints heads(doubles low, doubles high) {
+    return in_blocks<1, 3, 5, 7>((ints)low, (ints)high);
+}
+inline ints heads(floats x) { return (ints)x; }
+inline ints tails(doubles low, doubles high) {
+    return in_blocks<0, 2, 4, 6>((ints)low, (ints)high);
+}
+inline ints in_order(ints heads_of_doubles) {
+    constexpr int half = lanes<double> / 2;
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+        const longs x = (longs)heads_of_doubles;
+        return (ints)__builtin_shufflevector(x, x, (i < half ? 2 * i : 2 * (i - half) + 1)...);
+    }
+    (std::make_integer_sequence<int, lanes<double>>());
+}
+// Masks of heads as masks of the two vectors.
+struct LongsPair {
+    longs low, high;
+};
+inline LongsPair spread(ints mask) {
+    return {(longs)in_blocks<0, 0, 1, 1>(mask, mask), (longs)in_blocks<2, 2, 3, 3>(mask, mask)};
+}
 inline std::int32_t head(double x) { return static_cast<std::int32_t>(to_bits(x) >> 32); }
 inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x)); }
 
-// A gate's verdict is the sign bit of each lane.
-inline bool any_lane(i4 mask) { return _mm_movemask_ps((__m128)mask) != 0; }
-inline bool all_lanes(i4 mask) { return _mm_movemask_ps((__m128)mask) == 15; }
-
 // |x| in the bit pattern's order.
-inline i4 magnitude(i4 heads) { return heads & 0x7FFFFFFF; }
+inline ints magnitude(ints heads) { return heads & 0x7FFFFFFF; }
 
-// x > y by the instruction itself: the compiler turns x > constant around, which takes
-// two more instructions.
-inline i4 greater(i4 x, i4 y) {
-    asm("pcmpgtd %1, %0" : "+x"(x) : "xm"(y));
-    return x;
-}
+inline doubles absolute(doubles x) { return (doubles)((longs)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
+inline floats absolute(floats x) { return (floats)((ints)x & 0x7FFFFFFF); }
+inline longs sign_bit(doubles x) { return (longs)x & INT64_MIN; }
+inline ints sign_bit(floats x) { return (ints)x & INT32_MIN; }
+// x with the sign changed where a bit at its place is set.
+template <class V> inline V flipped(V x, BitsOf<V> sign) { return (V)((BitsOf<V>)x ^ sign); }
+
+// Floats as two vectors of doubles.
+struct DoublesPair {
+    doubles low, high;
+};
+
+// Vectors of one block, for what has not been written for all widths yet.
+using d2 = double __attribute__((vector_size(16)));
+using f4 = float __attribute__((vector_size(16)));
+using i4 = std::int32_t __attribute__((vector_size(16)));
+using u4 = std::uint32_t __attribute__((vector_size(16)));
+using l2 = std::int64_t __attribute__((vector_size(16)));
+using u2 = std::uint64_t __attribute__((vector_size(16)));
+using d2x2 = DoublesPair;
+
+}  // namespace kef::vm
+
+#if KEF_VECTOR_BYTES == 64
+#include "vm/simd/simd_avx512.h"
+#elif KEF_VECTOR_BYTES == 32
+#include "vm/simd/simd_avx2.h"
+#else
+#include "vm/simd/simd_sse2.h"
+#endif
+
+namespace kef::vm {
+
+// A gate's verdict is the sign bit of each lane.
+inline bool any_lane(ints verdict) { return bits(verdict) != 0; }
+inline bool any_lane(longs verdict) { return bits(verdict) != 0; }
+inline bool all_lanes(ints verdict) { return bits(verdict) == (1u << lanes<float>)-1; }
+inline bool all_lanes(longs verdict) { return bits(verdict) == (1u << lanes<double>)-1; }
 
 // h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
-inline i4 not_between(i4 h, std::uint32_t low, std::uint32_t high) {
+inline ints not_between(ints h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
-    return greater((i4)((u4)h + (bias - low)),
+    return greater((ints)((uints)h + (bias - low)),
                    all(static_cast<std::int32_t>(high - low - 1 + bias)));
 }
-
-inline d2 absolute(d2 x) { return (d2)((l2)x & INT64_C(0x7FFFFFFFFFFFFFFF)); }
-inline f4 absolute(f4 x) { return (f4)((i4)x & 0x7FFFFFFF); }
-inline l2 sign_bit(d2 x) { return (l2)x & INT64_MIN; }
-inline i4 sign_bit(f4 x) { return (i4)x & INT32_MIN; }
-
-inline d2 square_root(d2 x) { return (d2)_mm_sqrt_pd((__m128d)x); }
-inline f4 square_root(f4 x) { return (f4)_mm_sqrt_ps((__m128)x); }
-
-inline d2 minimum(d2 x, d2 y) { return (d2)_mm_min_pd((__m128d)x, (__m128d)y); }
-inline f4 minimum(f4 x, f4 y) { return (f4)_mm_min_ps((__m128)x, (__m128)y); }
-inline d2 maximum(d2 x, d2 y) { return (d2)_mm_max_pd((__m128d)x, (__m128d)y); }
-inline f4 maximum(f4 x, f4 y) { return (f4)_mm_max_ps((__m128)x, (__m128)y); }
-
-// All bits of the lanes whose sign bit is set.
-inline l2 sign_mask(l2 x) {
-    const i4 signs = (i4)x >> 31;
-    return (l2)__builtin_shufflevector(signs, signs, 1, 1, 3, 3);
-}
-inline i4 sign_mask(i4 x) { return x >> 31; }
 
 // x, or what is nearest to it in [-bound, bound].
 template <class V, class T> inline V within(V x, T bound) {
     return minimum(maximum(x, all(-bound)), all(bound));
 }
 
-// The lanes of `mask` from x, the others from y.
-inline d2 select(l2 mask, d2 x, d2 y) { return (d2)(((l2)x & mask) | ((l2)y & ~mask)); }
-inline f4 select(i4 mask, f4 x, f4 y) { return (f4)(((i4)x & mask) | ((i4)y & ~mask)); }
+inline floats narrow(DoublesPair x) { return narrow(x.low, x.high); }
 
-// Four floats as two vectors of doubles and back (rounded to nearest).
-struct d2x2 {
-    d2 low, high;
-};
-inline d2x2 widen(f4 x) {
-    return {(d2)_mm_cvtps_pd((__m128)x), (d2)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x))};
-}
-inline f4 narrow(d2 low, d2 high) {
-    return (f4)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)low), _mm_cvtpd_ps((__m128d)high));
-}
-
-inline f4 narrow(d2x2 x) { return narrow(x.low, x.high); }
-
-// Lanes where a double lies half-way between two floats of the normal range, or so near
-// that its last two bits decide: from two places below to one above.
-inline i4 midpoints(d2 low, d2 high) {
-    const u4 tails = (u4)__builtin_shufflevector((i4)low, (i4)high, 0, 2, 4, 6) + 2u;
-    return (i4)(tails & 0x1FFFFFFCu) == 0x10000000;
+// Lanes, in the order of the floats, where a double lies half-way between two floats of the normal
+// range, or so near that its last two bits decide: from two places below to one above.
+inline ints midpoints(DoublesPair x) {
+    const uints rest = (uints)tails(x.low, x.high) + 2u;
+    return in_order((ints)(rest & 0x1FFFFFFCu) == 0x10000000);
 }
 
 // high + low rounded to single precision, where high is the sum rounded to double:
@@ -130,10 +181,12 @@ inline float narrow(double high, double low) {
     return static_cast<float>(high);
 }
 
-// A single-precision formula computed in double precision.
-template <class Formula> inline f4 in_double(f4 x, Formula formula) {
-    const d2x2 wide = widen(x);
-    return narrow(formula(wide.low), formula(wide.high));
+// A double-precision formula on floats, and the same rounded.
+template <class Formula> inline auto on_both(DoublesPair x, Formula formula) {
+    return DoublesPair{formula(x.low), formula(x.high)};
+}
+template <class Formula> inline floats in_double(floats x, Formula formula) {
+    return narrow(on_both(widen(x), formula));
 }
 
 }  // namespace kef::vm
