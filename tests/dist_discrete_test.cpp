@@ -254,13 +254,12 @@ TEST(Discrete, TailOfNormals) {
         EXPECT_GE(r, 1e4 + 4 * 100);
         EXPECT_LE(r, 1e4 + 10 * 100);
     }
-    // On the left with a sine below 0, where U is 0.75.
+    // On the left with a sine below 0, where U is 0.75 and the tail's own uniforms are not listed.
     for (std::size_t i = 1; i < listed.size(); i += 2) listed[i] = 0.75;
-    for (const Integers& draw : {poisson(1, 1e4).draw, poisson_v(1e4, 1).draw}) {
-        const std::int32_t r = from_listed(draw, 4, listed)[1];
-        EXPECT_LE(r, 1e4 - 4 * 100);
-        EXPECT_GE(r, 1e4 - 10 * 100);
-    }
+    listed.resize(12);
+    const std::int32_t left = from_listed(poisson(1, 1e4).draw, 4, listed)[1];
+    EXPECT_LE(left, 1e4 - 4 * 100);
+    EXPECT_GE(left, 1e4 - 10 * 100);
 }
 
 TEST(Discrete, SinglePrecisionIsEnough) {
