@@ -116,21 +116,21 @@ enum {
     VTS_SS_ID_MISSING_C = 59,
     VTS_SS_ID_PARAMETRIZED_MATRIX = 60,
     VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61,
-    VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT = 62,
-    VTS_SS_ID_STREAM_QUANTILE_PARAMETERS = 63,
-    VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,
-    VTS_SS_ID_STREAM_QUANTILE_ORDERS = 65,
-    VTS_SS_ID_STREAM_QUANTILES = 66,
-    VTS_SS_ID_SUM = 67,                       /* D p */
-    VTS_SS_ID_RAW_SUM_2 = 68,                 /* D p */
-    VTS_SS_ID_RAW_SUM_3 = 69,                 /* D p */
-    VTS_SS_ID_RAW_SUM_4 = 70,                 /* D p */
-    VTS_SS_ID_CENTRAL_SUM_2 = 71,             /* D p */
-    VTS_SS_ID_CENTRAL_SUM_3 = 72,             /* D p */
-    VTS_SS_ID_CENTRAL_SUM_4 = 73,             /* D p */
-    VTS_SS_ID_CROSS_PRODUCT = 74,             /* D matrix */
-    VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75,     /* I layout */
-    VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76, /* D p */
+    VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT = 62, /* I 1 */
+    VTS_SS_ID_STREAM_QUANTILE_PARAMETERS = 63,      /* D 1: epsilon */
+    VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,     /* I m */
+    VTS_SS_ID_STREAM_QUANTILE_ORDERS = 65,          /* D m orders in [0,1] */
+    VTS_SS_ID_STREAM_QUANTILES = 66,                /* D p*m, variable by variable */
+    VTS_SS_ID_SUM = 67,                             /* D p */
+    VTS_SS_ID_RAW_SUM_2 = 68,                       /* D p */
+    VTS_SS_ID_RAW_SUM_3 = 69,                       /* D p */
+    VTS_SS_ID_RAW_SUM_4 = 70,                       /* D p */
+    VTS_SS_ID_CENTRAL_SUM_2 = 71,                   /* D p */
+    VTS_SS_ID_CENTRAL_SUM_3 = 72,                   /* D p */
+    VTS_SS_ID_CENTRAL_SUM_4 = 73,                   /* D p */
+    VTS_SS_ID_CROSS_PRODUCT = 74,                   /* D matrix */
+    VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75,           /* I layout */
+    VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76,       /* D p */
     VTS_SS_ID_MAHALANOBIS_DISTANCE = 77
 };
 
@@ -157,6 +157,7 @@ enum {
 #define VTS_SS_ESTIMATE_CENTRAL_SUM_3 UINT64_C(0x40000000)
 #define VTS_SS_ESTIMATE_CENTRAL_SUM_4 UINT64_C(0x80000000)
 #define VTS_SS_ESTIMATE_CROSS_PRODUCT UINT64_C(0x100000000)
+#define VTS_SS_ESTIMATE_STREAM_QUANTILES UINT64_C(0x200000000) /* Merge */
 
 /* Methods of Basic: exactly one of the first three, or one or both of the last. A
  * bit of the last two beside one of the first three has no effect. */
@@ -473,6 +474,65 @@ KEF_API int32_t _vtssSSMAD(kef_ss_task *task, uint64_t estimates, int32_t method
  * where a weight is negative or not finite, or all are 0. NO_MEMORY. */
 KEF_API int32_t _vtsdSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Quantiles of all observations of a stream, fed block by block, of a length that nobody knows.
+ *
+ * Reads x, m orders q in [0,1] and their number, and one parameter, epsilon in [2^-20, 1/2], with
+ * its number 1. Writes the STREAM_QUANTILES, element i*m + a for variable i and order a: a value,
+ * one of the observations, whose rank among all N so far differs from q N by epsilon N at most,
+ * whatever their order; the least and the greatest observation for 0 and 1. Up to N = 128/epsilon
+ * it is the observation of rank ceil(q N) (the least has rank 1). The bound holds up to N =
+ * 4e9/epsilon and grows by epsilon/32 with each doubling beyond. With m = 0 nothing is written: a
+ * call with m > 0 sorts the observations that have not been condensed yet, up to 128/epsilon, so
+ * that small blocks are better added without asking.
+ *
+ * The task keeps a sketch of each variable: at most 128/epsilon + 16 L/epsilon numbers, L = log2(N
+ * epsilon/128), beside room for work of 450/epsilon numbers at most (docs/statistics.md). Equal
+ * weights; variables that the indices leave out are not fed. A NaN makes all later results of its
+ * variable NaN. The sketch is deterministic: summaries of 16/epsilon numbers, of weights 8, 16, 32,
+ * ... (Munro & Paterson, TCS 12:315, 1980; Manku, Rajagopalan & Lindsay, SIGMOD 1998).
+ *
+ * Checked: the number of orders, the orders, the results, the number of parameters, the parameters
+ * (their NULL_ statuses), n, x, its storage, p as by Basic. BAD_PARAMETERS: m < 0, an order outside
+ * [0,1], a number of parameters that is not 1, an epsilon out of range or other than at the first
+ * call. BAD_DIMENSION: p is not that of the first call. NO_MEMORY. */
+KEF_API int32_t _vtsdSSStreamQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSStreamQuantiles(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* The sketches of StreamQuantiles as bytes, to be kept in a file or sent: the same on every system.
+ * The size, or a negative status: NULL_TASK, TOO_FEW_OBSERVATIONS when the task has none. Save
+ * writes that many bytes (BAD_IMAGE for a null address). */
+KEF_API int64_t __vtsSSGetStreamQuantilesSize(const kef_ss_task *task);
+KEF_API int32_t __vtsSSSaveStreamQuantiles(const kef_ss_task *task, void *image);
+/* Puts the sketches of an image into a task of the same precision and p, in place of its own; the
+ * stream goes on from there. BAD_IMAGE when a byte is wrong or missing, BAD_PRECISION,
+ * BAD_DIMENSION, NO_MEMORY: the task is as it was. */
+KEF_API int32_t __vtsSSLoadStreamQuantiles(kef_ss_task *task, const void *image, uint64_t size);
+
+/* Adds to a task what another one has seen: afterwards `task` holds what one task would that had
+ * seen the observations of both, in either order and at any split, to rounding; `other` goes on as
+ * if it had not been. The two may come from other threads (none uses them now), processes or
+ * machines: results and accumulated weights are the state of Basic and Minmax, an image that of
+ * StreamQuantiles.
+ *
+ * The estimates are those of Basic, by one of the methods over x that the tasks were computed by,
+ * VTS_SS_ESTIMATE_MINIMUM and _MAXIMUM, and VTS_SS_ESTIMATE_STREAM_QUANTILES; other results of
+ * `task` stay. Basic: both tasks have the accumulated weights and the arrays that the estimates
+ * require, each in its own layouts, and `other` with W = 0 adds nothing; while arrays are as the
+ * library wrote them, the states behind them are joined in full precision (Chan, Golub & LeVeque,
+ * Am. Stat. 37:242, 1983; Pebay, SAND2008-6212). Extremes that are NaN have seen nothing. Streaming
+ * quantiles: the bound of epsilon N holds for all observations of both, and where STREAM_QUANTILES
+ * are registered they are written.
+ *
+ * Checked, in this order: tasks (NULL_TASK, BAD_PARAMETERS when they are one), method (BAD_METHOD);
+ * of `task`, then of `other`, the required arrays (their statuses), NULL_ACCUMULATED_WEIGHTS,
+ * NULL_MINIMUM, NULL_MAXIMUM, layouts (NULL_STORAGE), precision (BAD_PRECISION); BAD_DIMENSION when
+ * p, the processed variables or the p of the sketches differ; BAD_PARAMETERS for sketches of
+ * another epsilon or orders outside [0,1]. NO_MEMORY. */
+KEF_API int32_t _vtsdSSMerge(kef_ss_task *task, kef_ss_task *other, uint64_t estimates,
+                             int32_t method);
+KEF_API int32_t _vtssSSMerge(kef_ss_task *task, kef_ss_task *other, uint64_t estimates,
+                             int32_t method);
 
 KEF_END_DECLS
 

@@ -142,6 +142,7 @@ void add_tile(Accumulators& A, const Observations<T>& x, std::ptrdiff_t first, i
     const int summed = products && order < 2 ? 2 : order;  // what tells whether r is good
     const MergeFactors factors(A.W, t.sum);
     const double inverse = 1 / t.sum;
+    const double near = order >= 3 ? 0.125 : 0.75;  // the higher sums cancel more
     for_each_pair(A, x, first, n, [&](std::ptrdiff_t i, Pair pair) {
         PairSums& s = A.sums[i];
         d2 r, sum[4];
@@ -152,7 +153,7 @@ void add_tile(Accumulators& A, const Observations<T>& x, std::ptrdiff_t first, i
             // central sums would lose digits: once more around that mean.
             if (summed < 2) return;
             const d2 mu = sum[0] * inverse;
-            const l2 far = (l2)(4.0 * (mu * sum[0]) > 3.0 * sum[1]);
+            const l2 far = (l2)(mu * sum[0] > sum[1] * near);
             if (_mm_movemask_pd((__m128d)far) == 0) [[likely]]
                 return;
             r = vm::select(far & finite(r + mu), r + mu, r);

@@ -2,6 +2,8 @@
 // LeVeque 1983; Pebay 2008).
 #pragma once
 
+#include <algorithm>
+
 #include "stats/accumulators.h"
 
 namespace kef::stats {
@@ -50,6 +52,40 @@ inline d2 merge(PairSums& s, int order, d2 high, d2 low, const CentralSums& B,
 inline void merge(ProductBlock& C, const ProductBlock& B, d2 distance, d2 other, double c2) {
     C.straight += B.straight + distance * c2 * other;
     C.crossed += B.crossed + distance * c2 * swapped(other);
+}
+
+// Joins what B holds to A, accumulated for the same variables by the same plan.
+inline void merge(Accumulators& A, const Accumulators& B) {
+    const std::ptrdiff_t blocks = A.plan.products ? block_index(A.pairs, 0) : 0;
+    if (!A.started) {
+        std::copy_n(B.sums, A.pairs, A.sums);
+        std::copy_n(B.products, blocks, A.products);
+    } else {
+        const MergeFactors factors(A.W, B.W);
+        for (std::ptrdiff_t i = 0; i < A.pairs; ++i) {
+            PairSums& s = A.sums[i];
+            const PairSums& t = B.sums[i];
+            for (int k = 0; k < A.plan.raw; ++k) {
+                const d2 low = s.raw_low[k] + t.raw_low[k];
+                d2 high, rest;
+                two_sum(s.raw_high[k], t.raw_high[k], high, rest);
+                two_sum(high, low + rest, s.raw_high[k], s.raw_low[k]);
+            }
+            if (A.plan.central == 0) continue;
+            const d2 distance =
+                merge(s, A.plan.central, t.mean_high, t.mean_low, t.central, factors);
+            if (A.plan.products) A.tile_distance[i] = distance;
+        }
+        if (A.plan.products)
+            for (std::ptrdiff_t a = 0; a < A.pairs; ++a)
+                for (std::ptrdiff_t b = 0; b <= a; ++b)
+                    merge(A.products[block_index(a, b)], B.products[block_index(a, b)],
+                          A.tile_distance[a], A.tile_distance[b], factors.c2);
+    }
+    A.W += B.W;
+    A.W2 += B.W2;
+    A.positive_weights &= B.positive_weights;
+    A.started = true;
 }
 
 }  // namespace kef::stats

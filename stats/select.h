@@ -130,19 +130,25 @@ inline void for_each_bucket(const T* x, std::ptrdiff_t n, const Map& map, F f) {
     for (; j < n; ++j) f(j, _mm_extract_epi16((__m128i)map(vm::all(x[j])), 0), 0);
 }
 
-// The map of n > few numbers: f(map, most, buckets), with their number and a bound on it known at
-// compile time. `by_pattern`: values are no good.
+// f(map): the map of a range to so many buckets. `by_pattern`: values are no good.
 template <class T, class F>
-auto with_map(const Range<T>& range, std::ptrdiff_t n, bool by_pattern, F f) {
-    const auto with_size = [&](auto most) {
+auto with_map(const Range<T>& range, bool by_pattern, int buckets, F f) {
+    const ByValue<T> by_value(range, buckets);
+    if (!by_pattern && by_value.usable(range)) return f(by_value);
+    return f(ByPattern<T>(range, buckets));
+}
+
+// f(map, most, buckets): the map of n numbers, the number of its buckets and a bound on that.
+template <class T, class F>
+auto with_map_of(const Range<T>& range, std::ptrdiff_t n, bool by_pattern, F f) {
+    const auto up_to = [&](auto most) {
         int buckets = 16;
         while (buckets < most && buckets < n / load_factor) buckets *= 2;
-        const ByValue<T> by_value(range, buckets);
-        if (!by_pattern && by_value.usable(range)) return f(by_value, most, buckets);
-        return f(ByPattern<T>(range, buckets), most, buckets);
+        return with_map(range, by_pattern, buckets,
+                        [&](const auto& map) { return f(map, most, buckets); });
     };
-    if (n <= 256 * load_factor) return with_size(std::integral_constant<int, 256>());
-    return with_size(std::integral_constant<int, 2048>());
+    if (n <= 256 * load_factor) return up_to(std::integral_constant<int, 256>());
+    return up_to(std::integral_constant<int, 2048>());
 }
 
 template <class T> void sort_by_insertion(T* x, std::ptrdiff_t n) {
@@ -236,9 +242,10 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
 
 template <class T>
 Part distribute(const T* x, T* out, T* spare, Part part, const Range<T>& range, Ranks ranks) {
-    return with_map(range, part.n, part.by_pattern, [&](const auto& map, auto most, int buckets) {
-        return distribute<most>(x, out, spare, part, map, buckets, ranks);
-    });
+    return with_map_of(range, part.n, part.by_pattern,
+                       [&](const auto& map, auto most, int buckets) {
+                           return distribute<most>(x, out, spare, part, map, buckets, ranks);
+                       });
 }
 
 template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks) {

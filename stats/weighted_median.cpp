@@ -110,7 +110,7 @@ private:
             const Range<T> range = part_.n == all_.n ? range_ : range_of(part_.x, part_.n);
             if (range.least == range.greatest) return;
             const std::ptrdiff_t before = part_.n;
-            detail::with_map(
+            detail::with_map_of(
                 range, before, by_pattern,
                 [&](const auto& map, auto most, int buckets) { level<most>(map, buckets); });
             const bool helped = part_.n <= before / 2;

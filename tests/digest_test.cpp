@@ -266,6 +266,28 @@ template <class T> void estimates(Lines& lines) {
         lines.push_back(
             {"statistics " + std::string(sizeof(T) == 8 ? "d" : "s") + " " + name, digest.text()});
     }
+    Problem<T> problem(p, n, data, weights);
+    const std::int32_t count = 4, one = 1;
+    const std::vector<T> orders = {0, T(0.1), T(0.37), 1}, epsilon = {0.5};
+    std::vector<T> result(p * count), other(p * count);
+    problem.set(VTS_SS_ID_QUANTILES, result);
+    problem.set(VTS_SS_ID_QUANTILE_ORDERS, orders);
+    problem.set(VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION, result);
+    problem.set(VTS_SS_ID_STREAM_QUANTILES, other);
+    problem.set(VTS_SS_ID_STREAM_QUANTILE_ORDERS, orders);
+    problem.set(VTS_SS_ID_STREAM_QUANTILE_PARAMETERS, epsilon);
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_QUANTILE_ORDER_COUNT, &count);
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT, &count);
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT, &one);
+    Digest digest;
+    for (const auto compute : {Api<T>::quantiles, Api<T>::median_absolute_deviation,
+                               Api<T>::weighted_median, Api<T>::stream_quantiles}) {
+        EXPECT_EQ(VTS_SS_STATUS_OK, compute(problem.task, 0, 0));
+        digest.add(result);
+    }
+    digest.add(other);
+    lines.push_back(
+        {"statistics " + std::string(sizeof(T) == 8 ? "d" : "s") + " order", digest.text()});
 }
 
 template <class T> void splines(Lines& lines) {

@@ -1,6 +1,7 @@
 // Basic against exact rational arithmetic (tests/data/stats_reference.txt).
 #include <algorithm>
 #include <fstream>
+#include <memory>
 #include <sstream>
 
 #include "places.h"
@@ -72,7 +73,32 @@ struct Worst {
     }
 };
 
-Worst worst_of(int method, int block) {
+// The data in parts, each in a task of its own, merged two by two until one is left.
+void merge_parts(Problem<double>& result, const std::vector<double>& data,
+                 const std::vector<double>& weights, int method, int size) {
+    std::vector<std::unique_ptr<Problem<double>>> parts;
+    const int n = result.n;
+    for (int first = 0; first < n; first += size) {
+        const int count = std::min(size, n - first);
+        const auto part = [&](const std::vector<double>& all, int p) {
+            return all.empty() ? all
+                               : std::vector<double>(all.begin() + first * p,
+                                                     all.begin() + (first + count) * p);
+        };
+        parts.push_back(
+            std::make_unique<Problem<double>>(2, count, part(data, 2), part(weights, 1)));
+        parts.back()->basic(everything, method);
+    }
+    const auto merge = [&](Problem<double>& to, Problem<double>& from) {
+        EXPECT_EQ(VTS_SS_STATUS_OK, _vtsdSSMerge(to.task, from.task, everything, method));
+    };
+    for (std::size_t step = 1; step < parts.size(); step *= 2)
+        for (std::size_t i = 0; i + step < parts.size(); i += 2 * step)
+            merge(*parts[i], *parts[i + step]);
+    merge(result, *parts[0]);
+}
+
+Worst worst_of(int method, int block, bool merged = false) {
     Worst worst;
     for (const DataSet& set : read_data_sets()) {
         const int n = static_cast<int>(set.x.size());
@@ -81,7 +107,8 @@ Worst worst_of(int method, int block) {
         for (int j = 0; j < n; ++j) weights[j] = j % 5 + 0.5;
         for (bool weighted : {false, true}) {
             Problem<double> problem(2, n, data, weighted ? weights : std::vector<double>());
-            problem.basic_in_blocks(everything, method, block);
+            if (merged) merge_parts(problem, data, problem.weights, method, block);
+            else problem.basic_in_blocks(everything, method, block);
             worst.add(problem, set.exact[weighted]);
         }
     }
@@ -93,10 +120,10 @@ Worst worst_of(int method, int block) {
 // one block, in blocks of 37 and of 1.
 TEST(StatsAccuracy, OnePassMethodsKeepTheDigitsOfShiftedData) {
     ASSERT_EQ(12u, read_data_sets().size());
-    for (int block : {1 << 20, 37, 1})
+    for (int block : {1 << 20, 37, 1, -300, -37, -1})  // negative: merged
         for (int method : {VTS_SS_METHOD_TILED, VTS_SS_METHOD_RECURRENCE}) {
             SCOPED_TRACE(testing::Message() << "method " << method << " block " << block);
-            const Worst worst = worst_of(method, block);
+            const Worst worst = worst_of(method, std::abs(block), block < 0);
             EXPECT_LT(worst.mean, 8e-16);
             EXPECT_LT(worst.variance, 4e-15);
             EXPECT_LT(worst.third, 4e-15);

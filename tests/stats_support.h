@@ -21,6 +21,7 @@ template <> struct Api<double> {
     static constexpr auto edit = __vtsdSSEditTask;
     static constexpr auto basic = _vtsdSSBasic;
     static constexpr auto minmax = _vtsdSSMinmax;
+    static constexpr auto merge = _vtsdSSMerge;
 #define KEF_COMPUTATION(Name, function, ...) static constexpr auto function = _vtsdSS##Name;
 #include "stats/computation.def"
 };
@@ -29,6 +30,7 @@ template <> struct Api<float> {
     static constexpr auto edit = __vtssSSEditTask;
     static constexpr auto basic = _vtssSSBasic;
     static constexpr auto minmax = _vtssSSMinmax;
+    static constexpr auto merge = _vtssSSMerge;
 #define KEF_COMPUTATION(Name, function, ...) static constexpr auto function = _vtssSS##Name;
 #include "stats/computation.def"
 };

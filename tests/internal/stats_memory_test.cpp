@@ -2,6 +2,7 @@
 #include "failing_allocator.h"
 
 #include <bit>
+#include <functional>
 
 #include "tests/stats_support.h"
 
@@ -151,6 +152,78 @@ TEST(StatsMemory, OrderStatistics) {
         };
         EXPECT_LT(0, for_each_failed_allocation([] { return Order(); }, call, check));
     }
+}
+
+// A stream in the middle: what the next call of each kind needs is more than there is.
+struct Sketch {
+    std::int32_t p = 2, n = 0, storage = VTS_SS_STORAGE_ROWS, count = 1, one = 1;
+    double epsilon = 0.5, order = 0.5, median[2] = {untouched, untouched};
+    std::vector<double> x = normal_data<double>(2, 3000, 0);
+    kef_ss_task* task = nullptr;
+    explicit Sketch(int seen) {
+        __vtsdSSNewTask(&task, &p, nullptr, nullptr, nullptr, nullptr, nullptr, 0);
+        __vtsiSSEditTask(task, VTS_SS_ID_COUNT, &n);
+        __vtsiSSEditTask(task, VTS_SS_ID_X_STORAGE, &storage);
+        __vtsdSSEditTask(task, VTS_SS_ID_X, x.data());
+        __vtsdSSEditStreamQuantiles(task, &count, &order, median, &one, &epsilon);
+        if (seen > 0) EXPECT_EQ(VTS_SS_STATUS_OK, add(seen));
+    }
+    Sketch(Sketch&&) = delete;
+    ~Sketch() { __vtsSSDeleteTask(&task); }
+    std::int32_t add(int more) {
+        n = more;
+        return _vtsdSSStreamQuantiles(task, 0, 0);
+    }
+    std::vector<char> image() const {
+        std::vector<char> bytes(std::max<std::int64_t>(0, __vtsSSGetStreamQuantilesSize(task)));
+        if (!bytes.empty()) __vtsSSSaveStreamQuantiles(task, bytes.data());
+        return bytes;
+    }
+};
+
+TEST(StatsMemory, Sketches) {
+    Sketch large(1500);
+    const auto image = large.image();
+    const std::function<std::int32_t(Sketch&)> calls[] = {
+        [](Sketch& s) { return s.add(1400); },
+        [&](Sketch& s) { return __vtsSSLoadStreamQuantiles(s.task, image.data(), image.size()); },
+        [&](Sketch& s) {
+            return _vtsdSSMerge(s.task, large.task, VTS_SS_ESTIMATE_STREAM_QUANTILES, 0);
+        },
+    };
+    for (const int seen : {0, 10, 600})
+        for (const auto& call : calls) {
+            SCOPED_TRACE(testing::Message() << "call " << &call - calls << " after " << seen);
+            Sketch calm(seen);
+            const auto before = calm.image();
+            ASSERT_EQ(VTS_SS_STATUS_OK, call(calm));
+            const auto make = [&] { return Sketch(seen); };
+            const auto check = [&](Sketch& s, std::int32_t status, bool failed) {
+                EXPECT_EQ(failed ? VTS_SS_STATUS_NO_MEMORY : VTS_SS_STATUS_OK, status);
+                EXPECT_TRUE(s.image() == (failed ? before : calm.image()));
+                if (!failed) return;
+                EXPECT_EQ(VTS_SS_STATUS_OK, call(s));
+                EXPECT_TRUE(s.image() == calm.image());
+            };
+            EXPECT_LT(0, for_each_failed_allocation(make, call, check));
+        }
+}
+
+TEST(StatsMemory, MergedResults) {
+    const auto make = [] { return Half(VTS_SS_METHOD_TILED, 3, moments); };
+    Half calm = make(), other(VTS_SS_METHOD_TILED, 3, everything);
+    const auto before = calm.contents();
+    const auto call = [&](Half& half) {
+        return _vtsdSSMerge(half.task, other.task, everything, VTS_SS_METHOD_TILED);
+    };
+    ASSERT_EQ(VTS_SS_STATUS_OK, call(calm));
+    const auto check = [&](Half& half, std::int32_t status, bool failed) {
+        EXPECT_EQ(failed ? VTS_SS_STATUS_NO_MEMORY : VTS_SS_STATUS_OK, status);
+        EXPECT_TRUE(half.contents() == (failed ? before : calm.contents()));
+        if (failed) EXPECT_EQ(VTS_SS_STATUS_OK, call(half));
+        EXPECT_TRUE(half.contents() == calm.contents());
+    };
+    EXPECT_LT(0, for_each_failed_allocation(make, call, check));
 }
 
 }  // namespace
