@@ -16,15 +16,15 @@ constinit const ErfInverseEntry erf_inverse_tail_table[erf_inverse_tail_entries]
 };
 #undef KEF_ERF_INVERSE
 
-constinit const f4 erf_inverse_single_table[erf_inverse_single_entries] = {
+constinit const ErfInverseCubic erf_inverse_single_table[erf_inverse_single_entries] = {
 #define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) \
-    {from_bits(c0##u), from_bits(c1##u), from_bits(c2##u), from_bits(c3##u)},
+    {{from_bits(c0##u), from_bits(c1##u), from_bits(c2##u), from_bits(c3##u)}},
 #include "vm/tables/erf_inverse_single.inc"
 #undef KEF_ERF_INVERSE
 };
-constinit const double erf_inverse_line_table[erf_inverse_single_entries] = {
+constinit const ErfInverseLine erf_inverse_line_table[erf_inverse_single_entries] = {
 #define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) \
-    from_bits(UINT64_C(slope) << 32 | UINT64_C(start)),
+    {from_bits(UINT64_C(slope) << 32 | UINT64_C(start))},
 #include "vm/tables/erf_inverse_single.inc"
 };
 

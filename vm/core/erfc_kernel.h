@@ -29,13 +29,11 @@ struct ErfcScale {
     static constexpr float last_single = 9.1875f;
     static constexpr ErfcLimits of_double = {26.375, 28}, of_single = {9.1875, 10.25};
 
-    template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
+    template <class T, class Accuracy> static auto near(longs sign, doubles y) {
         return erfc_table_sum<Accuracy>(sign, y);
     }
-    template <int shift> static DoubleDouble<d2> tail(d2 y) {
-        return erfc_tail<shift>(y, all(0.0));
-    }
-    static f4 argument_single(f4 y) { return y; }
+    template <int shift> static Parts tail(doubles y) { return erfc_tail<shift>(y, all(0.0)); }
+    static floats argument_single(floats y) { return y; }
 };
 
 struct CdfNormScale {
@@ -50,27 +48,27 @@ struct CdfNormScale {
     static constexpr double R_low = from_bits(UINT64_C(0x3E49FCEF32422CBF));
 
     // y/sqrt2, the high part exact.
-    template <class T> static DoubleDouble<d2> argument(d2 y) {
+    template <class T> static Parts argument(doubles y) {
         if constexpr (std::is_same_v<T, float>) return {y * R, y * R_low};
-        const d2 y1 = leading(y), y2 = y - y1;
+        const doubles y1 = leading(y), y2 = y - y1;
         return {y1 * R, y1 * R_low + y2 * root_half};
     }
 
-    template <class T, class Accuracy> static auto near(l2 sign, d2 y) {
+    template <class T, class Accuracy> static auto near(longs sign, doubles y) {
         if constexpr (std::is_same_v<Accuracy, EP>) {
             return 0.5 * erfc_table_sum<EP>(sign, y * root_half);
         } else {
-            const DoubleDouble<d2> u = argument<T>(y);
+            const Parts u = argument<T>(y);
             const auto r = erfc_table_sum<Accuracy>(sign, u.high, u.low);
             if constexpr (std::is_same_v<Accuracy, LA>) return 0.5 * r;
-            else return DoubleDouble<d2>{0.5 * r.high, 0.5 * r.low};
+            else return Parts{0.5 * r.high, 0.5 * r.low};
         }
     }
-    template <int shift> static DoubleDouble<d2> tail(d2 y) {
-        const DoubleDouble<d2> split = argument<double>(y), u = fast_two_sum(split.high, split.low);
+    template <int shift> static Parts tail(doubles y) {
+        const Parts split = argument<double>(y), u = fast_two_sum(split.high, split.low);
         return erfc_tail<shift - 1>(u.high, u.low);
     }
-    static f4 argument_single(f4 y) { return y * static_cast<float>(root_half); }
+    static floats argument_single(floats y) { return y * static_cast<float>(root_half); }
 };
 
 template <class T, class Accuracy, class Scale> struct ErfcKernel {
@@ -80,7 +78,7 @@ template <class T, class Accuracy, class Scale> struct ErfcKernel {
     static constexpr ErfcLimits limits = single ? Scale::of_single : Scale::of_double;
 
     // Lanes other than first <= |y|, -infinity < y < end.
-    static i4 held_back(i4 h, T first, T end) {
+    static ints held_back(ints h, T first, T end) {
         constexpr std::uint32_t negative = 0x80000000;
         if constexpr (Scale::reversed) h = h ^ INT32_MIN;
         return not_between(h, head_of(first), head_of(end)) &
@@ -88,21 +86,21 @@ template <class T, class Accuracy, class Scale> struct ErfcKernel {
     }
     static constexpr T bound = in_single ? tiny_bound<T, Accuracy, Tiny::by_size> : T(0);
     static constexpr bool far_everywhere = in_single;
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return held_back(h, bound, T(in_single ? limits.normal_end : Scale::table_end));
     }
-    static i4 beyond(i4 h) { return held_back(h, 0, T(limits.normal_end)); }
+    static ints beyond(ints h) { return held_back(h, 0, T(limits.normal_end)); }
 
     static auto fast(V x) {
         if constexpr (in_single) return near_in_single(x);
-        else return result(x, [](d2 y) { return rounded(near<Accuracy>(y)); });
+        else return result(x, [](doubles y) { return rounded(near<Accuracy>(y)); });
     }
     static auto far(V x) {
         if constexpr (in_single) return beside_tiny<AtZero::constant>(x, bound, fast);
-        else return result(x, [](d2 y) { return rounded(Scale::template tail<0>(absolute(y))); });
+        else
+            return result(x,
+                          [](doubles y) { return rounded(Scale::template tail<0>(absolute(y))); });
     }
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         const T y = Scale::reversed ? -x : x;
@@ -114,8 +112,8 @@ template <class T, class Accuracy, class Scale> struct ErfcKernel {
             r = rounded_once(is_near ? near<HA>(all(double(x)))
                                      : Scale::template tail<0>(all(double(y))));
         } else {
-            const DoubleDouble<d2> parts = Scale::template tail<1022>(all(y));
-            const DoubleDouble<d2> sum = fast_two_sum(parts.high, parts.low);
+            const Parts parts = Scale::template tail<1022>(all(y));
+            const Parts sum = fast_two_sum(parts.high, parts.low);
             const double high = sum.high[0];
             r = high < 1 ? round_to_subnormal(high, sum.low[0]) : high * 0x1p-1022;
         }
@@ -126,27 +124,26 @@ private:
     // Single HA with the marks of midpoints.
     static auto result(V x, auto formula) {
         if constexpr (single) {
-            const d2x2 wide = widen(x);
-            return with_midpoints({formula(wide.low), formula(wide.high)});
+            return marked_in_double(x, formula);
         } else {
             return formula(x);
         }
     }
 
-    template <class A> static auto near(d2 x) {
-        const l2 sign = sign_bit(x) ^ (Scale::reversed ? INT64_MIN : 0);  // of y
+    template <class A> static auto near(doubles x) {
+        const longs sign = sign_bit(x) ^ (Scale::reversed ? INT64_MIN : 0);  // of y
         // Subnormal intermediate results would take long.
-        const d2 y = maximum(minimum(absolute(x), all(Scale::last)), all(0x1p-100));
+        const doubles y = maximum(minimum(absolute(x), all(Scale::last)), all(0x1p-100));
         return Scale::template near<T, A>(sign, y);
     }
 
-    static f4 near_in_single(f4 x) {
-        const i4 negative = Scale::reversed ? x > 0.0f : x < 0.0f;
-        const f4 y = minimum(absolute(x), all(Scale::last_single));
-        const f4 w = exp_of_square<Accuracy>(y, Scale::factor) *
-                     erfcx_single<Accuracy>(Scale::argument_single(y));
-        const f4 base = (f4)(negative & (i4)all(2.0f));
-        return Scale::factor * (base + (f4)((i4)w ^ (negative & INT32_MIN)));
+    static floats near_in_single(floats x) {
+        const ints negative = Scale::reversed ? x > 0.0f : x < 0.0f;
+        const floats y = minimum(absolute(x), all(Scale::last_single));
+        const floats w = exp_of_square<Accuracy>(y, Scale::factor) *
+                         erfcx_single<Accuracy>(Scale::argument_single(y));
+        const floats base = (floats)(negative & (ints)all(2.0f));
+        return Scale::factor * (base + flipped(w, negative & INT32_MIN));
     }
 };
 

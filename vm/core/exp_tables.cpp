@@ -7,7 +7,7 @@ alignas(16) constinit const ExpHighLow exp64_table[64] = {
 #include "vm/tables/exp64.inc"
 };
 
-constinit const std::uint64_t exp128_table[128] = {
+constinit const Exp128 exp128_table[128] = {
 #include "vm/tables/exp128.inc"
 };
 

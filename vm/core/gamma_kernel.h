@@ -30,10 +30,11 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool is_rounded = single && std::is_same_v<Accuracy, HA>;
 
-    static i4 outside(i4 h) { return not_between(h, GammaRange<T>::first, GammaRange<T>::near); }
+    static ints outside(ints h) {
+        return not_between(h, GammaRange<T>::first, GammaRange<T>::near);
+    }
 
-    // Single HA: the second vector marks the midpoints.
-    static auto rounded(d2x2 wide) {
+    static auto rounded(DoublesPair wide) {
         if constexpr (is_rounded) return with_midpoints(wide);
         else return narrow(wide);
     }
@@ -42,9 +43,7 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
         if constexpr (!single) {
             return Function::template near<Accuracy>(x);
         } else if constexpr (is_rounded) {
-            const d2x2 wide = widen(x);
-            return rounded(
-                {Function::template near<LA>(wide.low), Function::template near<LA>(wide.high)});
+            return marked_in_double(x, [](doubles v) { return Function::template near<LA>(v); });
         } else {
             return Function::near_single(x);
         }
@@ -60,7 +59,7 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
         const auto of_others = [&] {
             const V z = select(tiny | wide, all(T(-0.5)), x);
             if constexpr (in_single) return Function::mirrored(z);
-            else return in_double(z, [](d2 v) { return Function::mirrored(v); });
+            else return in_double(z, [](doubles v) { return Function::mirrored(v); });
         };
         return either(
             tiny, [&] { return reflected(fast(y), x); },
@@ -73,24 +72,23 @@ private:
     // A formula in double precision.
     static auto in_double(V x, auto formula) {
         if constexpr (single) {
-            const d2x2 v = widen(x);
-            return rounded({formula(v.low), formula(v.high)});
+            return rounded(on_both(widen(x), formula));
         } else {
             return formula(x);
         }
     }
 
     static V reflected(V r, V x) { return Function::reflected(r, x); }
-    static Two<V> reflected(Two<V> r, V x) { return {reflected(r.first, x), r.second}; }
+    static Marked reflected(Marked r, V x) { return {reflected(r.result, x), r.marks}; }
 
     static V chosen(auto mask, V r, V s) { return select(mask, r, s); }
-    static Two<V> chosen(auto mask, Two<V> r, Two<V> s) {
-        return {chosen(mask, r.first, s.first), chosen(mask, r.second, s.second)};
+    static Marked chosen(auto mask, Marked r, Marked s) {
+        return {chosen(mask, r.result, s.result), chosen(mask, r.marks, s.marks)};
     }
     // f() in the lanes of the mask, g() in the others; neither where no lane is its own.
     static auto either(auto mask, auto f, auto g) {
-        if (all_lanes((i4)mask)) return f();
-        if (!any_lane((i4)mask)) return g();
+        if (all_lanes(mask)) return f();
+        if (!any_lane(mask)) return g();
         return chosen(mask, f(), g());
     }
 };

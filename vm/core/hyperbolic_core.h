@@ -38,66 +38,71 @@ template <class T> inline int half_exp(T x, T& r) {
     return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
 }
 
+// E/(E + n).
+inline Parts fraction(Parts e, double n) {
+    const Parts sum = two_sum(e.high, all(n));
+    return divide(e, {sum.high, sum.low + e.low});
+}
+template <class V> inline V sinh_of(V e) {
+    using T = Element<V>;
+    return negative_multiply_add(e, e * (T(0.5) / (e + T(1))), e);
+}
+
 // 2 sinh x = high + low; not halved, so that subnormal numbers stay exact.
-inline DoubleDouble<d2> twice_sinh_parts(d2 x) {
+inline Parts twice_sinh_parts(doubles x) {
     const auto parts = expm1_parts(x);
-    const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
-    const DoubleDouble<d2> sum = two_sum(e.high, all(1.0));
-    const DoubleDouble<d2> q = divide(e, {sum.high, sum.low + e.low});
-    const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
+    const Parts e = fast_two_sum(parts.high, parts.low);
+    const Parts q = fraction(e, 1);
+    const Parts high = fast_two_sum(e.high, q.high);
     return {high.high, high.low + (e.low + q.low)};
 }
 
 // HA within 0.53 ulp, LA below 2^-50.6, EP below 2^-28.
-template <class Accuracy> inline d2 sinh_core(d2 x) {
+template <class Accuracy> inline doubles sinh_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> twice = twice_sinh_parts(x);
-        return 0.5 * (twice.high + twice.low);
+        return 0.5 * rounded(twice_sinh_parts(x));
     } else {
-        const d2 e = expm1_core<Accuracy>(x);
+        const doubles e = expm1_core<Accuracy>(x);
         if constexpr (std::is_same_v<Accuracy, EP>) return 0.5 * (e + e / (e + 1.0));
-        return e - e * (e * (0.5 / (e + 1.0)));
+        return sinh_of(e);
     }
 }
 
-template <class Accuracy> inline d2 cosh_core(d2 x) {
+template <class Accuracy> inline doubles cosh_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const auto parts = exp_parts(x);
-        const DoubleDouble<d2> e = fast_two_sum(parts.high * parts.power, parts.low * parts.power);
-        const DoubleDouble<d2> q = divide({all(1.0), all(0.0)}, e);
-        const DoubleDouble<d2> high = fast_two_sum(e.high, q.high);
+        const Parts e = fast_two_sum(parts.high * parts.power, parts.low * parts.power);
+        const Parts q = divide({all(1.0), all(0.0)}, e);
+        const Parts high = fast_two_sum(e.high, q.high);
         return 0.5 * (high.high + (high.low + (e.low + q.low)));
     } else {
-        const d2 half = exp_core<Accuracy, -1>(x);
+        const doubles half = exp_core<Accuracy, -1>(x);
         return half + 0.25 / half;
     }
 }
 
 // tanh(x/2).
-template <class Accuracy> inline d2 half_tanh_core(d2 x) {
+template <class Accuracy> inline doubles half_tanh_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const auto parts = expm1_parts(x);
-        const DoubleDouble<d2> e = fast_two_sum(parts.high, parts.low);
-        const DoubleDouble<d2> sum = two_sum(e.high, all(2.0));
-        const DoubleDouble<d2> q = divide(e, {sum.high, sum.low + e.low});
-        return q.high + q.low;
+        const Parts e = expm1_parts(x);
+        return rounded(fraction(fast_two_sum(e.high, e.low), 2));
     } else {
-        const d2 e = expm1_core<Accuracy>(x);
+        const doubles e = expm1_core<Accuracy>(x);
         return e / (e + 2.0);
     }
 }
 
-template <class Accuracy> inline f4 sinh_single(f4 x) {
-    const f4 e = expm1_single<Accuracy>(x);
+template <class Accuracy> inline floats sinh_single(floats x) {
+    const floats e = expm1_single<Accuracy>(x);
     if constexpr (std::is_same_v<Accuracy, EP>) return 0.5f * (e + e / (e + 1.0f));
-    return e - e * (e * (0.5f / (e + 1.0f)));
+    return sinh_of(e);
 }
-template <class Accuracy> inline f4 cosh_single(f4 x) {
-    const f4 half = exp_single<Accuracy, -1>(x);
+template <class Accuracy> inline floats cosh_single(floats x) {
+    const floats half = exp_single<Accuracy, -1>(x);
     return half + 0.25f / half;
 }
-template <class Accuracy> inline f4 half_tanh_single(f4 x) {
-    const f4 e = expm1_single<Accuracy>(x);
+template <class Accuracy> inline floats half_tanh_single(floats x) {
+    const floats e = expm1_single<Accuracy>(x);
     return e / (e + 2.0f);
 }
 

@@ -18,63 +18,56 @@
 namespace kef::vm {
 
 // y in halves, as every power needs it.
-template <class Accuracy> inline DoubleDouble<d2> exponent_halves(d2 y) {
+template <class Accuracy> inline Parts exponent_halves(doubles y) {
     if constexpr (std::is_same_v<Accuracy, EP>) return {y, y};
-    const d2 high = leading(y);
+    const doubles high = leading(y);
     return {high, y - high};
 }
 
 // ln x = high + low, |low| < 2^-16 |high|, relative error below 2^-67: the square of
 // r = z/c - 1 is taken exactly. Polynomial: 2^-73.4.
-inline DoubleDouble<d2> log_extended(d2 x, double shift = 0) {
+inline Parts log_extended(doubles x, double shift = 0) {
     using namespace log_constants;
     LogReduced reduced = log_reduce(x);
-    const d2 k = reduced.k + shift;
-    const DoubleDouble<d2> u = log_argument(reduced.z, log_field(reduced, &LogEntry::inverse));
-    const DoubleDouble<d2> r = fast_two_sum(u.high, u.low);
-    const d2 w = k * ln2_high + log_field(reduced, &LogEntry::high);  // exact
-    const DoubleDouble<d2> first = fast_two_sum(w, r.high);
+    const doubles k = reduced.k + shift;
+    const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
+    const Parts r = fast_two_sum(u.high, u.low);
+    const doubles w = k * ln2_high + reduced.row.field(&LogEntry::high);  // exact
+    const Parts first = fast_two_sum(w, r.high);
     // -r^2/2 = -r_high^2/2 - tail (r_high + r)/2
-    const d2 r_high = leading(r.high), half = r_high * -0.5;
-    const DoubleDouble<d2> high = fast_two_sum(first.high, r_high * half);
-    const d2 square_rest = ((r.high - r_high) * (r_high + r.high)) * -0.5 - r.high * r.low;
-    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555555557));
-    constexpr double c4 = from_bits(UINT64_C(0xBFD0000000000002));
-    constexpr double c5 = from_bits(UINT64_C(0x3FC999999987AC93));
-    constexpr double c6 = from_bits(UINT64_C(0xBFC555555542605F));
-    constexpr double c7 = from_bits(UINT64_C(0x3FC249414CD28D96));
-    constexpr double c8 = from_bits(UINT64_C(0xBFC0001BB8A85021));
-    const d2 t = r.high, t2 = t * t;
-    const d2 cubic = (t * t2) * ((c3 + t * c4) + t2 * ((c5 + t * c6) + t2 * (c7 + t * c8)));
-    const d2 small = (log_field(reduced, &LogEntry::low) + k * ln2_low) + r.low;
+    const doubles r_high = leading(r.high), half = r_high * -0.5;
+    const Parts high = fast_two_sum(first.high, r_high * half);
+    const doubles square_rest = ((r.high - r_high) * (r_high + r.high)) * -0.5 - r.high * r.low;
+    constexpr auto c = coefficients(0x3FD5555555555557, 0xBFD0000000000002, 0x3FC999999987AC93,
+                                    0xBFC555555542605F, 0x3FC249414CD28D96, 0xBFC0001BB8A85021);
+    const doubles t = r.high, t2 = t * t, cubic = (t * t2) * polynomial_by_pairs(t, t2, c);
+    const doubles small = (reduced.row.field(&LogEntry::low) + k * ln2_low) + r.low;
     return {high.high, cubic + (square_rest + (small + (first.low + high.low)))};
 }
 
 // y ln x = high + low, |low| < 2^-7; for positive normal x.
 template <class Accuracy>
-inline DoubleDouble<d2> pow_exponent(d2 x, d2 y, DoubleDouble<d2> y_halves, double shift = 0) {
-    const DoubleDouble<d2> log = [&] {
+inline Parts pow_exponent(doubles x, doubles y, Parts y_halves, double shift = 0) {
+    const Parts log = [&] {
         if constexpr (std::is_same_v<Accuracy, HA>) return log_extended(x, shift);
         return log_parts(x, shift);
     }();
-    const d2 high = leading(log.high), low = (log.high - high) + log.low;
+    const doubles high = leading(log.high), low = (log.high - high) + log.low;
     return {y_halves.high * high, y_halves.low * high + y * low};
 }
 
 // x^y for the fast path, and y ln x for its gate.
-template <class Accuracy> inline Two<d2> pow_core(d2 x, d2 y, DoubleDouble<d2> y_halves) {
+template <class Accuracy> inline Two<doubles> pow_core(doubles x, doubles y, Parts y_halves) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         const LogReduced reduced = log_reduce(x);
-        constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFE37EE));
-        constexpr double c3 = from_bits(UINT64_C(0x3FD5555FFAD18845));
-        constexpr double c4 = from_bits(UINT64_C(0xBFD0000B61A5B9C6));
-        const d2 r = reduced.z * log_field(reduced, &LogEntry::inverse) - 1.0;
-        const d2 log = (reduced.k * ln2 + log_field(reduced, &LogEntry::rounded)) +
-                       (r + r * r * (c2 + r * (c3 + r * c4)));
-        const d2 e = y * log;
+        constexpr auto c = coefficients(0xBFDFFFFFFFFE37EE, 0x3FD5555FFAD18845, 0xBFD0000B61A5B9C6);
+        const doubles inverse = reduced.row.field(&LogEntry::inverse);
+        const doubles r = multiply_subtract(reduced.z, inverse, 1.0);
+        const doubles log = log_sum(reduced, multiply_add(r * r, polynomial(r, c), r));
+        const doubles e = y * log;
         return {exp_core<EP>(e), e};
     } else {
-        const DoubleDouble<d2> e = pow_exponent<Accuracy>(x, y, y_halves);
+        const Parts e = pow_exponent<Accuracy>(x, y, y_halves);
         return {exp_of<Accuracy>(exp_reduce<Accuracy>(e.high, e.low)), e.high};
     }
 }
@@ -92,8 +85,8 @@ inline Power pow_positive(double x, double y) {
     if (magnitude < 0x1p-64) return {1.0, false};
     if (magnitude >= 0x1p64) return (x > 1) == (y > 0) ? infinite : zero;
     const bool scale = x < Format<double>::smallest_normal;
-    const DoubleDouble<d2> e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y),
-                                                exponent_halves<HA>(all(y)), scale ? -54 : 0);
+    const Parts e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y),
+                                     exponent_halves<HA>(all(y)), scale ? -54 : 0);
     if (e.high[0] > 710.0) return infinite;
     if (e.high[0] < -746.0) return zero;
     if (e.high[0] > -700.0) {
@@ -139,33 +132,29 @@ inline int pow_edge(T x, T y, T& r, Magnitude magnitude = pow_positive) {
 
 // Single precision in double: the exponential gives the right overflow and underflow
 // of all results that pass through it, and refuse() finds these.
-inline d2 pow_of_float(const LogReduced& x, d2 y) {
-    constexpr double c2 = from_bits(UINT64_C(0xBFDFFFFFFFFCA436));
-    constexpr double c3 = from_bits(UINT64_C(0x3FD5555555512415));
-    constexpr double c4 = from_bits(UINT64_C(0xBFD0000D62906F9F));
-    constexpr double c5 = from_bits(UINT64_C(0x3FC999B3A40E4F00));
-    const d2 r = x.z * log_field(x, &LogEntry::inverse) - 1.0, r2 = r * r;
-    const d2 log = (x.k * ln2 + log_field(x, &LogEntry::rounded)) +
-                   (r + r2 * ((c2 + r * c3) + r2 * (c4 + r * c5)));
-    const d2 e = within(y * log, 200.0);
+inline doubles pow_of_float(const LogReduced& x, doubles y) {
+    constexpr auto c = coefficients(0xBFDFFFFFFFFCA436, 0x3FD5555555512415, 0xBFD0000D62906F9F,
+                                    0x3FC999B3A40E4F00);
+    const doubles r = multiply_subtract(x.z, x.row.field(&LogEntry::inverse), 1.0), r2 = r * r;
+    const doubles log = log_sum(x, multiply_add(r2, polynomial_by_pairs(r, r2, c), r));
+    const doubles e = within(y * log, 200.0);
     // Relative error 2^-41.2.
-    constexpr double b2 = from_bits(UINT64_C(0x3FE0000087E9F9B9));
-    constexpr double b3 = from_bits(UINT64_C(0x3FC5555567D63763));
+    constexpr auto b = coefficients(0x3FE0000087E9F9B9, 0x3FC5555567D63763);
     const ExpReduced reduced = exp_reduce<EP>(e);
-    const d2 s = reduced.r, scale = exp_scale(reduced);
-    return scale + scale * (s + s * s * (b2 + s * b3));
+    const doubles s = reduced.r, scale = exp_scale(reduced);
+    return multiply_add(scale, multiply_add(s * s, polynomial(s, b), s), scale);
 }
-inline f4 pow_in_double(f4 x, f4 y) {
+inline floats pow_in_double(floats x, floats y) {
     const LogSingleReduced s = log_single_reduce(x);
-    const LogInDouble x4 = log_in_double(widen(s.z), s.exponent, s.interval);
-    const d2x2 y4 = widen(y);
-    return narrow(pow_of_float(x4.low, y4.low), pow_of_float(x4.high, y4.high));
+    const LogInDouble logs = log_in_double(widen(s.z), s.exponent, s.interval);
+    const DoublesPair wide = widen(y);
+    return narrow(pow_of_float(logs.low, wide.low), pow_of_float(logs.high, wide.high));
 }
 
 // Single EP: the logarithm has 2^-20, the product at most 2^6.5 and 2^-13; and
 // y ln x for the gate.
-inline Two<f4> pow_single(f4 x, f4 y) {
-    const f4 e = y * log_single<LA>(x);
+inline Two<floats> pow_single(floats x, floats y) {
+    const floats e = y * log_single<LA>(x);
     return {exp_single<EP>(e), e};
 }
 
@@ -189,15 +178,15 @@ template <> struct PowRange<float> {
 // Sign bits: where y is odd, and where it is no integer. Double: for |y| < 2^51; single: from
 // 2^31 on all count as fractions.
 template <class V> struct Parity { V odd, fraction; };
-inline Parity<d2> parity(d2 y) {
+inline Parity<doubles> parity(doubles y) {
     constexpr double shifter = 0x1.8p52;
-    const d2 sum = y + shifter;
-    return {(d2)((l2)sum << 63), 0.0 - absolute(y - (sum - shifter))};
+    const doubles sum = y + shifter;
+    return {(doubles)((longs)sum << 63), 0.0 - absolute(y - (sum - shifter))};
 }
-inline Parity<f4> parity(f4 y) {
-    const i4 whole = (i4)_mm_cvttps_epi32((__m128)y);
-    const f4 fraction = y - (f4)_mm_cvtepi32_ps((__m128i)whole);
-    return {(f4)(whole << 31), 0.0f - absolute(fraction)};
+inline Parity<floats> parity(floats y) {
+    const ints whole = truncated_to_ints(y);
+    const floats fraction = y - to_floats(whole);
+    return {(floats)(whole << 31), 0.0f - absolute(fraction)};
 }
 
 // fast is for positive x; far for x of either sign, and for integers y where one is negative.
@@ -207,17 +196,17 @@ template <class T, class Accuracy> struct PowFormula {
     static constexpr bool in_double = std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>;
     static constexpr bool far_everywhere = true;
 
-    static i4 x_outside(i4 x) {
+    static ints x_outside(ints x) {
         return not_between(x, Format<T>::normal_head, Format<T>::infinity_head);
     }
-    static i4 x_beyond(i4 x) { return x_outside(magnitude(x)); }
+    static ints x_beyond(ints x) { return x_outside(magnitude(x)); }
     // Single: where y is too large, so is y ln x, or NaN.
-    static i4 y_beyond(i4 y) {
+    static ints y_beyond(ints y) {
         if constexpr (std::is_same_v<T, float>) return y & 0;
         else return greater(magnitude(y), all(Range::y_parity - 1));
     }
     // The power is 1 for tiny y.
-    static i4 y_outside(i4 y) {
+    static ints y_outside(ints y) {
         return not_between(magnitude(y), head_of(Range::y_tiny), Range::y_large);
     }
 
@@ -235,11 +224,11 @@ template <class T, class Accuracy> struct PowFormula {
         else return Two<V>{with_sign(power.first), power.second};
     }
 
-    static i4 refuse(i4 r) {
+    static ints refuse(ints r) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
     // The second vector is y ln x, or the power of |x|.
-    static i4 refuse(i4, i4 guard) {
+    static ints refuse(ints, ints guard) {
         if constexpr (in_double) return refuse(guard);
         else return magnitude(guard) >= Range::template large_exponent<Accuracy>;
     }

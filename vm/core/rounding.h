@@ -4,16 +4,23 @@
 #pragma once
 
 #include "vm/simd/format.h"
+#include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
 namespace kef::vm {
 
-inline d2 with_sign(d2 magnitude, d2 x) { return (d2)((l2)magnitude | sign_bit(x)); }
-inline f4 with_sign(f4 magnitude, f4 x) { return (f4)((i4)magnitude | sign_bit(x)); }
+inline doubles with_sign(doubles magnitude, doubles x) {
+    return (doubles)((longs)magnitude | sign_bit(x));
+}
+inline floats with_sign(floats magnitude, floats x) {
+    return (floats)((ints)magnitude | sign_bit(x));
+}
+
+inline Marked with_sign(Marked x, floats sign) { return {with_sign(x.result, sign), x.marks}; }
 
 // Where the mask of a comparison is set, `value`, else 0.
-inline d2 where(l2 mask, d2 value) { return (d2)(mask & (l2)value); }
-inline f4 where(i4 mask, f4 value) { return (f4)(mask & (i4)value); }
+inline doubles where(longs mask, doubles value) { return (doubles)(mask & (longs)value); }
+inline floats where(ints mask, floats value) { return (floats)(mask & (ints)value); }
 
 // |x| to the nearest integer, ties to even; `fractions`: lanes |x| < integral_from.
 template <class T> inline Vector<T> nearest_magnitude(Vector<T> x, auto fractions) {
@@ -30,24 +37,23 @@ template <class T> inline Vector<T> nearest(Vector<T> x) {
 
 // The same without a comparison of floating-point numbers, which would raise invalid for a
 // NaN: no flag but inexact, where the value changes.
-inline d2 nearest_with_flags(d2 x) {
-    const i4 fractions = magnitude((i4)x) < 0x43300000;
+inline doubles nearest_with_flags(doubles x) {
+    const ints fractions = magnitude((ints)x) < 0x43300000;
     return with_sign(
-        nearest_magnitude<double>(x, (l2)__builtin_shufflevector(fractions, fractions, 1, 1, 3, 3)),
-        x);
+        nearest_magnitude<double>(x, (longs)in_blocks<1, 1, 3, 3>(fractions, fractions)), x);
 }
-inline f4 nearest_with_flags(f4 x) {
-    return with_sign(nearest_magnitude<float>(x, magnitude((i4)x) < 0x4B000000), x);
+inline floats nearest_with_flags(floats x) {
+    return with_sign(nearest_magnitude<float>(x, magnitude((ints)x) < 0x4B000000), x);
 }
 
-inline d2 truncated(d2 x) {
-    const d2 t = nearest_magnitude<double>(x);
+inline doubles truncated(doubles x) {
+    const doubles t = nearest_magnitude<double>(x);
     return with_sign(t - where(t > absolute(x), all(1.0)), x);
 }
 // By conversion; the difference makes a NaN quiet.
-inline f4 truncated(f4 x) {
-    const f4 t = (f4)_mm_cvtepi32_ps(_mm_cvttps_epi32((__m128)x));
-    const f4 fraction = where(absolute(x) < all(Format<float>::integral_from), x - t);
+inline floats truncated(floats x) {
+    const floats t = to_floats(truncated_to_ints(x));
+    const floats fraction = where(absolute(x) < all(Format<float>::integral_from), x - t);
     return with_sign(x - fraction, x);
 }
 

@@ -33,8 +33,8 @@ template <class T> inline int halves_of(T y) {
 }
 
 // sqrt x = high + low for normal x > 2^-900: a root of 26 bits, whose square is exact.
-inline DoubleDouble<d2> root_parts(d2 x) {
-    const d2 s = square_root(x), t = leading(s);
+inline Parts root_parts(doubles x) {
+    const doubles s = square_root(x), t = leading(s);
     return fast_two_sum(t, (x - t * t) / (s + t));
 }
 
@@ -77,15 +77,14 @@ struct SmallExponent {
         return inverse ? 1.0f / p : p;
     }
 
-    d2 extended(d2 x) const {
-        using Parts = DoubleDouble<d2>;
+    doubles extended(doubles x) const {
         constexpr auto times = [](Parts a, Parts b) { return multiply(a, b); };
-        Parts p = root ? root_parts(x) : Parts{x, d2{}};
+        Parts p = root ? root_parts(x) : Parts{x, doubles{}};
         if (whole > 0) {
-            const Parts q = raised(Parts{x, d2{}}, times);
+            const Parts q = raised(Parts{x, doubles{}}, times);
             p = root ? times(p, q) : q;
         }
-        if (inverse) p = divide(Parts{all(1.0), d2{}}, p);
+        if (inverse) p = divide(Parts{all(1.0), doubles{}}, p);
         return p.high + p.low;
     }
 };
@@ -107,11 +106,11 @@ public:
         heads_ = exponent_.root ? -1 : INT32_MAX;
     }
 
-    i4 outside(i4 h) const { return not_between(h & heads_, low_, low_ + size_); }
+    ints outside(ints h) const { return not_between(h & heads_, low_, low_ + size_); }
     V fast(V x) const {
         if constexpr (std::is_same_v<Method, Extended>) return exponent_.extended(x);
         else if constexpr (std::is_same_v<Method, Plain>) return exponent_.plain(x);
-        else return in_double(x, [this](d2 y) { return exponent_.plain(y); });
+        else return in_double(x, [this](doubles y) { return exponent_.plain(y); });
     }
 
 private:

@@ -55,17 +55,17 @@ struct TinyAside {
     static constexpr T bound = tiny_bound<T, Accuracy, tiny>;
     static constexpr bool far_everywhere = bound > 0;
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         if constexpr (bound > 0) return not_between(magnitude(h), head_of(bound), last);
         else return at_or_above(h);
     }
-    static i4 beyond(i4 h) requires(bound > 0) { return at_or_above(h); }
+    static ints beyond(ints h) requires(bound > 0) { return at_or_above(h); }
     static auto far(Vector<T> x) requires(bound > 0) {
         return beside_tiny<at_zero>(x, bound, Function::fast);
     }
 
 private:
-    static i4 at_or_above(i4 h) {
+    static ints at_or_above(ints h) {
         return greater(magnitude(h), all(static_cast<std::int32_t>(last - 1)));
     }
 };

@@ -39,7 +39,7 @@ template <class T, class Accuracy, TrigReach reach, Phase phase>
 inline Vector<T> sine_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far;
     if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
-        const f4 s = in_double(x, [](d2 y) { return sine_plain<phase, SingleHA>(y); });
+        const floats s = in_double(x, [](doubles y) { return sine_plain<phase, SingleHA>(y); });
         return is_far ? with_huge(x, s, sine_of_turns<phase>) : s;
     } else if constexpr (std::is_same_v<Accuracy, HA>)
         return sine_core < phase == Phase::sine ? sine_bias : cosine_bias, reach > (x);
@@ -49,7 +49,7 @@ inline Vector<T> sine_fast(Vector<T> x) {
 template <class T, class Accuracy, TrigReach reach> inline Vector<T> tangent_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far;
     if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
-        const f4 t = in_double(x, [](d2 y) { return tangent_plain<SingleHA>(y); });
+        const floats t = in_double(x, [](doubles y) { return tangent_plain<SingleHA>(y); });
         return is_far ? with_huge(x, t, tangent_of_turns) : t;
     } else if constexpr (std::is_same_v<Accuracy, HA>) return tangent_core<reach>(x);
     else return tangent_plain<LA>(x);
@@ -66,10 +66,10 @@ template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKe
     static constexpr T bound = std::is_same_v<T, double> ? T(0x1p-30) : T(0x1p-16);
     static constexpr bool far_everywhere = true;
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(magnitude(h), head_of(bound), head_of(Last::near));
     }
-    static i4 beyond(i4 h) {
+    static ints beyond(ints h) {
         return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::far) - 1)));
     }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
@@ -77,9 +77,9 @@ template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKe
         return beside_tiny<at_zero>(x, bound, [](V y) {
             if constexpr (Last::far > Last::near) {
                 const auto is_far = absolute(y) >= all(Last::near);
-                if (any_lane((i4)is_far)) {
+                if (any_lane(is_far)) {
                     const auto r = Function::template compute<TrigReach::far>(y);
-                    return all_lanes((i4)is_far) ? r : select(is_far, r, fast(y));
+                    return all_lanes(is_far) ? r : select(is_far, r, fast(y));
                 }
             }
             return fast(y);

@@ -19,8 +19,8 @@ namespace kef::vm {
 
 // x = k pi/256 + r, r = high + low. Only the last 9 bits of each k count.
 struct TrigReduced {
-    l2 k;
-    d2 high, low;
+    longs k;
+    doubles high, low;
 };
 
 // Any finite x, the same in both lanes; relative error of r below 2^-64.
@@ -30,23 +30,23 @@ TrigReduced trig_reduce_one(double x);
 // products with the others are exact. k includes `bias`.
 enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k has 27 bits
 
-template <int bias, TrigReach reach> inline TrigReduced trig_reduce(d2 x) {
+template <int bias, TrigReach reach> inline TrigReduced trig_reduce(doubles x) {
     constexpr double inverse = 256 * inverse_pi;
     constexpr double shifter = 0x1.8p52 + bias;
-    const d2 sum = x * inverse + shifter;
-    const d2 k = sum - shifter;
+    const doubles sum = x * inverse + shifter;
+    const doubles k = sum - shifter;
     if constexpr (reach == TrigReach::near) {
         constexpr double P1 = pi_parts[0] / 256, P2 = pi_parts[1] / 256, P3 = pi_parts[2] / 256;
-        const d2 r1 = x - k * P1, w = k * P2, r = r1 - w;
-        return {(l2)sum, r, ((r1 - r) - w) - k * P3};
+        const doubles r1 = x - k * P1, w = k * P2, r = r1 - w;
+        return {(longs)sum, r, ((r1 - r) - w) - k * P3};
     } else {
         constexpr double P1 = from_bits(UINT64_C(0x3F8921FB50000000));
         constexpr double P2 = from_bits(UINT64_C(0x3DE110B460000000));
         constexpr double P3 = from_bits(UINT64_C(0x3C21A62630000000));
         constexpr double P4 = from_bits(UINT64_C(0x3A78A2E03707344A));
-        const d2 r1 = x - k * P1, w2 = k * P2, r2 = r1 - w2;
-        const d2 w3 = k * P3, r = r2 - w3;
-        return {(l2)sum, r, ((r1 - r2) - w2) + (((r2 - r) - w3) - k * P4)};
+        const doubles r1 = x - k * P1, w2 = k * P2, r2 = r1 - w2;
+        const doubles w3 = k * P3, r = r2 - w3;
+        return {(longs)sum, r, ((r1 - r2) - w2) + (((r2 - r) - w3) - k * P4)};
     }
 }
 

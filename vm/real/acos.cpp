@@ -28,7 +28,7 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
         const auto sign = sign_bit(x);
         // x > 1/2: +2; x < -1/2: -2; else -1 with the sign of x.
         const V size = where(part.halved, all(T(3))) - all(T(1));
-        const V factor = (V)((decltype(sign))size ^ sign);
+        const V factor = flipped(size, sign);
         // pi/2, or where halved pi/2 - pi/2 and pi/2 + pi/2: exact.
         const auto base = [&](double angle) {
             const V quarter_turn = all(T(angle / 2));
@@ -39,19 +39,13 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
 
     static auto fast(V x) {
         if constexpr (is_single_ha) {
-            const d2x2 wide = widen(x);
-            return with_midpoints(
-                {Acos<double, LA>::fast(wide.low), Acos<double, LA>::fast(wide.high)});
+            return marked_in_double(x, Acos<double, LA>::fast);
         } else if constexpr (std::is_same_v<Accuracy, EP>) {
             return acos_short(x);
         } else {
-            const DoubleDouble<V> sum = parts(x);
-            return sum.high + sum.low;
+            return rounded(parts(x));
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

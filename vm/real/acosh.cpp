@@ -19,7 +19,7 @@ template <class T, class Accuracy> struct Acosh {
     using V = Vector<T>;
     KEF_REPORT_NAME(Acosh);
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         constexpr std::int32_t large = std::is_same_v<T, double> ? 0x5F300000 : 0x5D800000;
         return not_between(h, Format<T>::one_head, large);
     }
@@ -30,13 +30,9 @@ template <class T, class Accuracy> struct Acosh {
         else if constexpr (std::is_same_v<T, double>)
             return log1p_core<Accuracy>(acosh_argument_rounded(x));
         else if constexpr (std::is_same_v<Accuracy, HA>)
-            return with_midpoints(
-                {Acosh<double, LA>::fast(widen(x).low), Acosh<double, LA>::fast(widen(x).high)});
+            return marked_in_double(x, Acosh<double, LA>::fast);
         else return log1p_single<Accuracy>(acosh_argument_rounded(x));
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

@@ -22,7 +22,7 @@ struct Asin
     using V = Vector<T>;
     KEF_REPORT_NAME(Asin);
 
-    static i4 beyond(i4 h) requires(Asin::bound > 0) {
+    static ints beyond(ints h) requires(Asin::bound > 0) {
         return greater(magnitude(h), all(Format<T>::one_head - std::is_same_v<T, double>));
     }
     static V far(V x) requires(Asin::bound > 0) {
@@ -40,9 +40,9 @@ struct Asin
             // pi/2 - 2 asin u, or asin u.
             const V factor = all(T(1)) - where(part.halved, all(T(3)));
             const auto half = [&](double angle) { return where(part.halved, all(T(angle / 2))); };
-            const DoubleDouble<V> sum = added_angle<Accuracy>(
-                half(pi), half(pi_low), factor * part.high, factor * part.low);
-            return with_sign(sum.high + sum.low, x);
+            return with_sign(rounded(added_angle<Accuracy>(half(pi), half(pi_low),
+                                                           factor * part.high, factor * part.low)),
+                             x);
         }
     }
 

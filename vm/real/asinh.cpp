@@ -28,18 +28,13 @@ struct Asinh : TinyAside<Asinh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny
         } else if constexpr (std::is_same_v<T, double>) {
             return with_sign(log1p_core<Accuracy>(asinh_argument_rounded(y)), x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            const d2x2 wide = widen(x);
-            return with_midpoints(
-                {Asinh<double, LA>::fast(wide.low), Asinh<double, LA>::fast(wide.high)});
+            return marked_in_double(x, Asinh<double, LA>::fast);
         } else if constexpr (std::is_same_v<Accuracy, EP>) {
             return with_sign(log1p_single<EP>(asinh_argument_short(y)), x);
         } else {
             return with_sign(log1p_single<Accuracy>(asinh_argument_rounded(y)), x);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

@@ -42,7 +42,7 @@ struct Atan : TinyAside<Atan<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::
     using Range = AtanRange<T, Accuracy>;
     KEF_REPORT_NAME(Atan);
 
-    static i4 beyond(i4 h) requires(Atan::bound > 0) { return not_finite<T>(h & INT32_MAX); }
+    static ints beyond(ints h) requires(Atan::bound > 0) { return not_finite<T>(h & INT32_MAX); }
     static V far(V x) requires(Atan::bound > 0) {
         return beside_tiny<AtZero::argument>(within(x, Range::drowned), Atan::bound, fast);
     }
@@ -51,16 +51,11 @@ struct Atan : TinyAside<Atan<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::
         if constexpr (std::is_same_v<T, double>) {
             return with_sign(atan_core<Accuracy>(absolute(x)), x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            const d2x2 wide = widen(absolute(x));
-            const Two<f4> r = with_midpoints({atan_core<LA>(wide.low), atan_core<LA>(wide.high)});
-            return Two<f4>{with_sign(r.first, x), r.second};
+            return with_sign(marked_in_double(absolute(x), atan_core<LA>), x);
         } else {
             return with_sign(atan_single<Accuracy>(absolute(x), all(1.0f)), x);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

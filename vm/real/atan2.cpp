@@ -33,38 +33,39 @@ template <> struct Atan2Range<float> {
 
 // atan(y/x) for x, y > 0, as an unevaluated sum: t = (y - c x) / (x + c y) with its
 // remainder; y - c x to one rounding, since c has 7 bits.
-inline DoubleDouble<d2> atan_quotient(d2 y, d2 x) {
-    const AtanEntries entries = atan_entries_of(y / x);
-    const d2 c = entries.field(&AtanEntry::centre);
-    const d2 x_high = (d2)((l2)x & INT64_C(-0x100000000));
-    const d2 n = (y - c * x_high) - c * (x - x_high);
-    const d2 d = x + c * y;
-    const d2 inverse = 1.0 / d;
-    const d2 t = n * inverse;
-    const DoubleDouble<d2> back = two_product(t, d);
-    const d2 rest = ((n - back.high) - back.low) * inverse;
-    const d2 high = entries.field(&AtanEntry::high);
-    const d2 sum = high + t;
-    return {sum, ((high - sum) + t) + ((entries.field(&AtanEntry::low) + rest) + atan_tail<HA>(t))};
+inline Parts atan_quotient(doubles y, doubles x) {
+    const auto row = atan_rows(y / x);
+    const doubles c = row.field(&AtanEntry::centre);
+    const doubles x_high = leading<32>(x);
+    const doubles n = (y - c * x_high) - c * (x - x_high);
+    const doubles d = x + c * y;
+    const doubles inverse = 1.0 / d;
+    const doubles t = n * inverse;
+    const Parts back = two_product(t, d);
+    const doubles rest = ((n - back.high) - back.low) * inverse;
+    const doubles high = row.field(&AtanEntry::high);
+    const doubles sum = high + t;
+    return {sum, ((high - sum) + t) + ((row.field(&AtanEntry::low) + rest) + atan_tail<HA>(t))};
 }
 
 // The angle of (x, y) from the angle of (|x|, |y|): pi - angle where x < 0, with the
 // sign of y.
-inline d2 turned(DoubleDouble<d2> angle, d2 x, d2 y) {
-    const l2 left = sign_bit(x), mask = sign_mask(left);
-    const d2 base = where(mask, all(pi));
-    const d2 high = (d2)((l2)angle.high ^ left), low = (d2)((l2)angle.low ^ left);
-    const d2 sum = base + high;  // |base| >= |high| or base = 0
+inline doubles turned(Parts angle, doubles x, doubles y) {
+    const longs left = sign_bit(x), mask = sign_mask(left);
+    const doubles base = where(mask, all(pi));
+    const doubles high = (doubles)((longs)angle.high ^ left),
+                  low = (doubles)((longs)angle.low ^ left);
+    const doubles sum = base + high;  // |base| >= |high| or base = 0
     return with_sign(sum + (((base - sum) + high) + (where(mask, all(pi_low)) + low)), y);
 }
-inline d2 turned(d2 angle, d2 x, d2 y) {
-    const l2 left = sign_bit(x);
-    return with_sign(where(sign_mask(left), all(pi)) + (d2)((l2)angle ^ left), y);
+inline doubles turned(doubles angle, doubles x, doubles y) {
+    const longs left = sign_bit(x);
+    return with_sign(where(sign_mask(left), all(pi)) + (doubles)((longs)angle ^ left), y);
 }
-inline f4 turned(f4 angle, f4 x, f4 y) {
-    const i4 left = sign_bit(x);
-    return with_sign(where(sign_mask(left), all(static_cast<float>(pi))) + (f4)((i4)angle ^ left),
-                     y);
+inline floats turned(floats angle, floats x, floats y) {
+    const ints left = sign_bit(x);
+    return with_sign(
+        where(sign_mask(left), all(static_cast<float>(pi))) + (floats)((ints)angle ^ left), y);
 }
 
 }  // namespace
@@ -73,7 +74,7 @@ template <class T, class Accuracy> struct Atan2 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Atan2);
 
-    static i4 outside(i4 a, i4 b) {
+    static ints outside(ints a, ints b) {
         using Range = Atan2Range<T>;
         a = magnitude(a), b = magnitude(b);
         return (a - Range::first) | (b - Range::first) | (Range::last - a) | (Range::last - b);
@@ -81,14 +82,15 @@ template <class T, class Accuracy> struct Atan2 {
 
     // Any finite arguments whose quotient is a normal number, or any number where the angle is
     // nearly pi.
-    static i4 beyond(i4 a, i4 b) {
+    static ints beyond(ints a, ints b) {
         constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
         constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
         constexpr std::int32_t widest = std::is_same_v<T, double> ? 1022 << 20 : 126 << 23;
-        const i4 right = ~b;
+        const ints right = ~b;
         a = magnitude(a), b = magnitude(b);
-        const i4 narrow = (a >> 1) - (b >> 1) + (widest / 2 - 2);  // halves, which do not overflow
-        const i4 infinite = (last - a) | (last - b), small = (a - normal) | (narrow & right);
+        const ints narrow =
+            (a >> 1) - (b >> 1) + (widest / 2 - 2);  // halves, which do not overflow
+        const ints infinite = (last - a) | (last - b), small = (a - normal) | (narrow & right);
         if constexpr (std::is_same_v<T, float>) return infinite | (small & (a != 0));
         return infinite | small | (b - normal);
     }
@@ -96,25 +98,27 @@ template <class T, class Accuracy> struct Atan2 {
     // between 2 and 4; a quotient below 2^-60 is its arc tangent, and above 2^60 the angle is pi/2.
     static V far(V y, V x) {
         if constexpr (std::is_same_v<T, float>) {
-            const d2x2 h = widen(y), w = widen(x);
-            const auto angle = [](d2 y, d2 x) {
-                const d2 width = maximum(absolute(x), all(0x1p-200));
+            const DoublesPair h = widen(y), w = widen(x);
+            const auto angle = [](doubles y, doubles x) {
+                const doubles width = maximum(absolute(x), all(0x1p-200));
                 return turned(atan_core<LA>(absolute(y) / width), x, y);
             };
             return narrow(angle(h.low, w.low), angle(h.high, w.high));
         } else {
-            const d2 height = absolute(y), width = absolute(x), larger = maximum(height, width);
-            const d2 scale =
-                (d2)(INT64_C(0x7FF0000000000000) - ((l2)larger & INT64_C(0x7FF0000000000000)));
-            const auto drowns = [&](d2 part) {
-                return sign_mask((l2)part + (INT64_C(60) << 52) - (l2)larger);
+            const doubles height = absolute(y), width = absolute(x),
+                          larger = maximum(height, width);
+            const doubles scale = (doubles)(INT64_C(0x7FF0000000000000) -
+                                            ((longs)larger & INT64_C(0x7FF0000000000000)));
+            const auto drowns = [&](doubles part) {
+                return sign_mask((longs)part + (INT64_C(60) << 52) - (longs)larger);
             };
-            const l2 flat = drowns(height), steep = drowns(width);
-            const d2 h = where(~flat, height) * scale;
-            const d2 w = maximum(where(~steep, width) * scale, all(0x1p-58));
+            const longs flat = drowns(height), steep = drowns(width);
+            const doubles h = where(~flat, height) * scale;
+            const doubles w = maximum(where(~steep, width) * scale, all(0x1p-58));
             // 0 where x < 0: it may be subnormal
-            const d2 q = where(flat & ~sign_mask((l2)x), height) / select(flat, width, all(1.0));
-            DoubleDouble<d2> angle = {d2{}, d2{}};
+            const doubles q =
+                where(flat & ~sign_mask((longs)x), height) / select(flat, width, all(1.0));
+            Parts angle = {doubles{}, doubles{}};
             if constexpr (std::is_same_v<Accuracy, HA>) angle = atan_quotient(h, w);
             else angle.high = atan_core<LA>(h / w);
             return turned({angle.high + q, angle.low}, x, y);  // one of the two is 0
@@ -125,7 +129,7 @@ template <class T, class Accuracy> struct Atan2 {
         const V height = absolute(y), width = absolute(x);
         if constexpr (std::is_same_v<T, float>) {
             if constexpr (std::is_same_v<Accuracy, HA>) {
-                const d2x2 h = widen(y), w = widen(x);
+                const DoublesPair h = widen(y), w = widen(x);
                 return narrow(Atan2<double, LA>::fast(h.low, w.low),
                               Atan2<double, LA>::fast(h.high, w.high));
             } else {

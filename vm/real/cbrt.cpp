@@ -17,8 +17,8 @@ template <class T, class Accuracy> struct Cbrt {
     using V = Vector<T>;
     KEF_REPORT_NAME(Cbrt);
 
-    static i4 outside(i4 h) { return cbrt_outside<T>(h); }
-    static i4 beyond(i4 h) requires(std::is_same_v<T, double>) { return cbrt_beyond(h); }
+    static ints outside(ints h) { return cbrt_outside<T>(h); }
+    static ints beyond(ints h) requires(std::is_same_v<T, double>) { return cbrt_beyond(h); }
     static V far(V x) requires(std::is_same_v<T, double>) {
         return cbrt_rescaled(x, fast, 0x1p100, 0x1p-100);
     }
@@ -43,10 +43,9 @@ template <class T, class Accuracy> struct Cbrt {
     }
 
 private:
-    static d2 in_double(d2 x) {
+    static doubles in_double(doubles x) {
         if constexpr (std::is_same_v<Accuracy, HA>) {
-            const DoubleDouble<d2> root = cbrt_parts(x);
-            return root.high + root.low;
+            return rounded(cbrt_parts(x));
         } else {
             return cbrt_from(x, inverse_cbrt_estimate(x));
         }

@@ -38,8 +38,10 @@ struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::root2;
 
-    static i4 outside(i4 h) { return not_between(h, Range::first, Range::last); }
-    static i4 beyond(i4 h) { return not_between(h, Format<T>::normal_head, Format<T>::one_head); }
+    static ints outside(ints h) { return not_between(h, Range::first, Range::last); }
+    static ints beyond(ints h) {
+        return not_between(h, Format<T>::normal_head, Format<T>::one_head);
+    }
 
     // q is the smaller of 2 p and 2 - 2 p, exactly.
     template <class V> static ErfInverseArgument<V> argument(V p) {
@@ -54,7 +56,7 @@ struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
         if (p == 1) return r = Format<T>::infinity, VTM_STATUS_SING;
         if (p < 0 || p > 1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<d2> subnormal = erf_inverse_tail<HA, scale>(all(p * 0x1p54), -53);
+            const Parts subnormal = erf_inverse_tail<HA, scale>(all(p * 0x1p54), -53);
             r = -(subnormal.high + subnormal.low)[0];
         } else {
             Kernel::rounded(p, r);

@@ -20,12 +20,12 @@ template <class T, class> struct Div {
     static V fast(V a, V b) { return a / b; }
     // Single: the quotient is finite. In double precision that gate would make the divider
     // wait; the one on the arguments, |a| < 2^511 and 2^-511 <= |b| < 2^511, does not.
-    static i4 outside(i4 a, i4 b) requires std::is_same_v<T, double> {
+    static ints outside(ints a, ints b) requires std::is_same_v<T, double> {
         constexpr std::int32_t first = 0x20000000, last = 0x5FE00000;
         return (magnitude(a) >= last) | not_between(magnitude(b), first, last);
     }
     // Any normal b, and any a below 2^1024 |b|.
-    static i4 beyond(i4 a, i4 b) requires std::is_same_v<T, double> {
+    static ints beyond(ints a, ints b) requires std::is_same_v<T, double> {
         constexpr auto normal = Format<T>::normal_head, infinity = Format<T>::infinity_head;
         return (magnitude(a) >= static_cast<std::int32_t>(infinity)) |
                not_between(magnitude(b), normal, infinity) |
@@ -33,7 +33,7 @@ template <class T, class> struct Div {
     }
     static V far(V a, V b) requires std::is_same_v<T, double> { return fast(a, b); }
     static constexpr bool far_everywhere = std::is_same_v<T, double>;
-    static i4 refuse(i4 quotient) requires std::is_same_v<T, float> {
+    static ints refuse(ints quotient) requires std::is_same_v<T, float> {
         return not_finite<T>(quotient);
     }
 

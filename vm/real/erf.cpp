@@ -26,11 +26,11 @@ constexpr double slope_leading = from_bits(UINT64_C(0x3FF20DD750000000));
 constexpr double slope_rest = (slope_high - slope_leading) + slope_low;
 
 // 2/sqrt(pi) x; scaled, so that the parts of small ones are normal numbers.
-inline d2 erf_slope(d2 x) {
-    const d2 u = x * 0x1p200, high = leading(u);
+inline doubles erf_slope(doubles x) {
+    const doubles u = x * 0x1p200, high = leading(u);
     return (high * slope_leading + (u * slope_rest + (u - high) * slope_leading)) * 0x1p-200;
 }
-inline f4 erf_slope(f4 x) { return x * static_cast<float>(slope_high); }
+inline floats erf_slope(floats x) { return x * static_cast<float>(slope_high); }
 
 }  // namespace
 
@@ -43,12 +43,12 @@ template <class T, class Accuracy> struct Erf {
     // result is one; zeros too where the leading bits do not tell them apart.
     static constexpr T bound = tiny_bound<T, LA, Tiny::by_square>;
     static constexpr bool far_everywhere = true;
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(magnitude(h), head_of(bound), Format<T>::infinity_head);
     }
-    static i4 beyond(i4 h) {
-        const i4 size = magnitude(h);
-        const i4 gate = not_between(size, Format<T>::normal_head, Format<T>::infinity_head);
+    static ints beyond(ints h) {
+        const ints size = magnitude(h);
+        const ints gate = not_between(size, Format<T>::normal_head, Format<T>::infinity_head);
         return std::is_same_v<T, float> ? gate & (size != 0) : gate;
     }
     static auto far(V x) {
@@ -64,16 +64,12 @@ template <class T, class Accuracy> struct Erf {
         if constexpr (std::is_same_v<T, double>) {
             return with_sign(rounded(erf_table_sum<Accuracy>(minimum(absolute(x), all(6.0)))), x);
         } else if constexpr (in_double) {
-            const d2x2 u = widen(minimum(absolute(x), all(6.0f)));
-            const Two<f4> r = with_midpoints({erf_table_sum<LA>(u.low), erf_table_sum<LA>(u.high)});
-            return Two<f4>{with_sign(r.first, x), r.second};
+            const floats u = minimum(absolute(x), all(6.0f));
+            return with_sign(marked_in_double(u, erf_table_sum<LA>), x);
         } else {
             return with_sign(erf_single<Accuracy>(absolute(x)), x);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

@@ -38,8 +38,8 @@ struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::one;
 
-    static i4 outside(i4 h) { return not_between(h, Range::first, Range::last); }
-    static i4 beyond(i4 h) { return not_between(h, Format<T>::normal_head, Range::two); }
+    static ints outside(ints h) { return not_between(h, Range::first, Range::last); }
+    static ints beyond(ints h) { return not_between(h, Format<T>::normal_head, Range::two); }
 
     // q is the smaller of v and 2 - v, exactly.
     template <class V> static ErfInverseArgument<V> argument(V v) {
@@ -54,7 +54,7 @@ struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
         if (x == 2) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < 0 || x > 2) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
         if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<d2> subnormal = erf_inverse_tail<HA, scale>(all(x * 0x1p54), -54);
+            const Parts subnormal = erf_inverse_tail<HA, scale>(all(x * 0x1p54), -54);
             r = (subnormal.high + subnormal.low)[0];
         } else {
             Kernel::rounded(x, r);

@@ -41,11 +41,11 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
     static constexpr auto scale = ErfInverseScale::one;
 
     // The formula in single precision reaches to 1.
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(magnitude(h), head_of(Range::small),
                            Kernel::in_floats ? Format<T>::one_head : Range::near_end);
     }
-    static i4 beyond(i4 h) requires(!Kernel::in_floats) {
+    static ints beyond(ints h) requires(!Kernel::in_floats) {
         return not_between(magnitude(h), head_of(Range::normal), Format<T>::one_head);
     }
     // Double: small numbers too, times 2^100.
@@ -53,10 +53,10 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
         if constexpr (Kernel::single) {
             return Kernel::far(v);
         } else {
-            const l2 small = absolute(v) < Range::small;
-            if (!any_lane((i4)small)) return Kernel::far(v);
-            const d2 r = Kernel::fast(where(small, v) * 0x1p100) * 0x1p-100;
-            if (all_lanes((i4)small)) return r;
+            const longs small = absolute(v) < Range::small;
+            if (!any_lane(small)) return Kernel::far(v);
+            const doubles r = Kernel::fast(where(small, v) * 0x1p100) * 0x1p-100;
+            if (all_lanes(small)) return r;
             return select(small, r, Kernel::far(select(small, all(1 - 0x1p-20), v)));
         }
     }
@@ -73,8 +73,7 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
         if (x == 0) return r = x + x, VTM_STATUS_OK;
         if constexpr (std::is_same_v<T, double>) {
             const int e = exponent_of(x);
-            const DoubleDouble<d2> part =
-                Kernel::template near<HA>(argument(all(scaled(x, -e) * 0x1p-100)));
+            const Parts part = Kernel::template near<HA>(argument(all(scaled(x, -e) * 0x1p-100)));
             r = round_scaled(part.high[0] * 0x1p100, part.low[0] * 0x1p100, e);
             if (x < 0) r = -r;
         } else {

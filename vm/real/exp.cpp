@@ -46,13 +46,13 @@ struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size
     using Bounds = ExpBounds<T>;
     KEF_REPORT_NAME(Exp);
 
-    static i4 beyond(i4 h) requires(Exp::bound > 0) {
+    static ints beyond(ints h) requires(Exp::bound > 0) {
         return greater(magnitude(h), all(static_cast<std::int32_t>(Bounds::gate - 1)));
     }
     static V far(V x) requires(std::is_same_v<T, double>&& std::is_same_v<Accuracy, LA>) {
         return beside_tiny<AtZero::one>(x, Exp::bound, [](V y) {
-            const l2 large = absolute(y) >= 690.0;
-            if (!any_lane((i4)large)) return fast(y);
+            const longs large = absolute(y) >= 690.0;
+            if (!any_lane(large)) return fast(y);
             return select(large, exp_core<HA>(y), fast(where(~large, y)));
         });
     }

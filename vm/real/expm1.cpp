@@ -40,8 +40,8 @@ template <class T, class Accuracy> struct Expm1 {
     static constexpr T bound = tiny_bound<T, Accuracy, Tiny::by_size>;
     static constexpr bool far_everywhere = true;
 
-    static i4 outside(i4 h) { return not_between(magnitude(h), head_of(bound), Range::large); }
-    static i4 beyond(i4 h) {
+    static ints outside(ints h) { return not_between(magnitude(h), head_of(bound), Range::large); }
+    static ints beyond(ints h) {
         constexpr std::uint32_t negative = 0x80000000;
         return not_between(h, 0, Range::end) &
                not_between(h, negative, negative + Format<T>::infinity_head);
@@ -54,7 +54,9 @@ template <class T, class Accuracy> struct Expm1 {
         else return expm1_single<Accuracy>(x);
     }
     static V far(V x) {
-        return beside_tiny<AtZero::argument>(maximum(all(Range::minus_one_from), x), bound, fast);
+        const V y = maximum(all(Range::minus_one_from), x);
+        if constexpr (bound > 0) return beside_tiny<AtZero::argument>(y, bound, fast);
+        else return fast(y);
     }
 
     static int edge(T x, T& r) {

@@ -33,7 +33,7 @@ template <> struct HypotRange<float> {
     static constexpr float least = 0x1p-62f, counts = 0x1p-40f, end = 0x1p60f;
 };
 
-inline d2 root(d2 x) { return square_root(x); }
+inline doubles root(doubles x) { return square_root(x); }
 inline double root(double x) { return square_root(all(x))[0]; }
 
 // The root and its error.
@@ -46,8 +46,6 @@ template <class V> inline DoubleDouble<V> root_of_squares(V a, V b) {
     return {s, rest * (0.5 / s)};
 }
 
-inline d2 rounded(DoubleDouble<d2> x) { return x.high + x.low; }
-
 }  // namespace
 
 template <class T, class Accuracy> struct Hypot {
@@ -59,13 +57,13 @@ template <class T, class Accuracy> struct Hypot {
     static constexpr bool far_everywhere = !in_double;
     using Range = HypotRange<T>;
 
-    static i4 infinite_or_nan(i4 a, i4 b) {
+    static ints infinite_or_nan(ints a, ints b) {
         constexpr auto last = static_cast<std::int32_t>(Format<T>::infinity_head - 1);
         return (last - magnitude(a)) | (last - magnitude(b));
     }
-    static i4 outside(i4 a, i4 b) {
+    static ints outside(ints a, ints b) {
         if constexpr (in_double) return infinite_or_nan(a, b);
-        const auto range = [](i4 h) {
+        const auto range = [](ints h) {
             return not_between(magnitude(h), head_of(Range::least), head_of(Range::end));
         };
         return range(a) | range(b);
@@ -76,14 +74,14 @@ template <class T, class Accuracy> struct Hypot {
         else if constexpr (accurate) return rounded(root_of_squares(a, b));
         else return square_root(a * a + b * b);
     }
-    static f4 wide_hypot(f4 a, f4 b) {
-        const d2x2 x = widen(a), y = widen(b);
+    static floats wide_hypot(floats a, floats b) {
+        const DoublesPair x = widen(a), y = widen(b);
         return narrow(square_root(x.low * x.low + y.low * y.low),
                       square_root(x.high * x.high + y.high * y.high));
     }
 
     // Finite arguments; in double up to 2^1023 and not both subnormal, so that the root is normal.
-    static i4 beyond(i4 a, i4 b) requires(!in_double) {
+    static ints beyond(ints a, ints b) requires(!in_double) {
         if constexpr (is_single) return infinite_or_nan(a, b);
         a = magnitude(a), b = magnitude(b);
         constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head),
@@ -97,11 +95,11 @@ template <class T, class Accuracy> struct Hypot {
         if constexpr (is_single) {
             const V r =
                 fast(maximum(larger, all(Range::least)), maximum(smaller, all(Range::least)));
-            const i4 wide =
+            const ints wide =
                 (larger >= Range::end) | ((larger < Range::counts) & (smaller < Range::least));
             return any_lane(wide) ? select(wide, wide_hypot(a, b), r) : r;
         } else {
-            const l2 large = larger >= Range::end;
+            const longs large = larger >= Range::end;
             const V up = select(larger < 0x1p-600, all(0x1p822), all(0x1p400));
             const V scale =
                 select(large, all(0x1p-600), select(larger < Range::counts, up, all(1.0)));
@@ -110,7 +108,7 @@ template <class T, class Accuracy> struct Hypot {
         }
     }
     // Overflow and subnormal results are for the edge.
-    static i4 refuse(i4 r) requires(is_single) {
+    static ints refuse(ints r) requires(is_single) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
 

@@ -17,7 +17,7 @@ template <class T, class> struct Inv {
     static constexpr bool arithmetic = true;
     static V fast(V x) { return all(T(1)) / x; }
     // Normal numbers: a gate on the quotients would make the divider wait.
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(magnitude(h), Format<T>::normal_head, Format<T>::infinity_head);
     }
 

@@ -9,6 +9,7 @@
 // exact: 0.51 ulp. Double LA iterates from the bit pattern; also EP. Single EP corrects the bit
 // pattern once, LA twice; HA corrects that in double and rounds once. The processor's own estimate
 // would be shorter, but its bits differ among makers.
+#include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -21,16 +22,16 @@ template <class T, class Accuracy> struct InvSqrt {
 
     // Double: from 2^-960 to 2^1020, so that no part of x and no square of the result is subnormal;
     // beyond, x times a power of four.
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         if constexpr (std::is_same_v<T, double>)
             return not_between(h, head_of(0x1p-960), head_of(0x1p1020));
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
-    static i4 beyond(i4 h) requires(std::is_same_v<T, double>) {
+    static ints beyond(ints h) requires(std::is_same_v<T, double>) {
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
     static V far(V x) requires(std::is_same_v<T, double>) {
-        const l2 small = x < 1.0;
+        const longs small = x < 1.0;
         return fast(x * select(small, all(0x1p108), all(0x1p-108))) *
                select(small, all(0x1p54), all(0x1p-54));
     }
@@ -39,15 +40,15 @@ template <class T, class Accuracy> struct InvSqrt {
         if constexpr (std::is_same_v<T, double>) {
             if constexpr (std::is_same_v<Accuracy, LA>) return iterate(x);
             // x^(-1/2) = t (1 - e)^(-1/2), 0 <= e < 2^-20; x t^2 has 9 + 44 bits.
-            const d2 t = (d2)((l2)quotient(x) & INT64_C(-0x80000000)), t2 = t * t;
-            const d2 x_high = (d2)((l2)x & INT64_C(-0x100000000000));
-            const d2 e = (1.0 - x_high * t2) - (x - x_high) * t2;
+            const doubles t = leading<31>(quotient(x)), t2 = t * t;
+            const doubles x_high = leading<44>(x);
+            const doubles e = (1.0 - x_high * t2) - (x - x_high) * t2;
             return t + t * (e * (0.5 + e * 0.375));
         } else {
             if constexpr (std::is_same_v<Accuracy, EP>) return estimate(x, ep);
-            const f4 y = estimate(x, la), y2 = y * (1.88988157f - (x * y) * y);
+            const floats y = estimate(x, la), y2 = y * (1.88988157f - (x * y) * y);
             if constexpr (std::is_same_v<Accuracy, LA>) return y2;
-            const d2x2 wide = widen(x), t = widen(y2);
+            const DoublesPair wide = widen(x), t = widen(y2);
             return narrow(corrected(wide.low, t.low), corrected(wide.high, t.high));
         }
     }
@@ -63,7 +64,7 @@ template <class T, class Accuracy> struct InvSqrt {
     }
 
 private:
-    static d2 quotient(d2 x) { return 1.0 / square_root(x); }
+    static doubles quotient(doubles x) { return 1.0 / square_root(x); }
 
     // y P(e), e = x y^2, with y by halving the bit pattern, within 3.3% of a multiple of x^(-1/2)
     // that makes the leading coefficient of P 1. EP: x^(-1/2), relative error 2^-15.6; LA:
@@ -74,22 +75,22 @@ private:
     };
     static constexpr Start ep = {0x5F111000, 2.28251982f, -2.25330663f};
     static constexpr Start la = {0x5F096000, 1.89753997f, -2.05475211f};
-    static f4 estimate(f4 x, const Start& start) {
-        const f4 y = (f4)(start.magic - (i4)_mm_srli_epi32((__m128i)x, 1));
-        const f4 e = (x * y) * y;
+    static floats estimate(floats x, const Start& start) {
+        const floats y = (floats)(start.magic - (ints)((uints)x >> 1));
+        const floats e = (x * y) * y;
         return y * (start.c0 + e * (start.c1 + e));
     }
 
     // The relative error of t cubed, for t of 2^-21.
-    static d2 corrected(d2 x, d2 t) {
-        const d2 e = 1.0 - x * (t * t);
+    static doubles corrected(doubles x, doubles t) {
+        const doubles e = 1.0 - x * (t * t);
         return t + t * (e * (0.5 + e * 0.375));
     }
 
     // From 3.5% by four steps of Newton.
-    static d2 iterate(d2 x) {
-        const d2 half = x * 0.5;
-        d2 y = (d2)(INT64_C(0x5FE6EB50C7B537A9) - ((l2)_mm_srli_epi64((__m128i)x, 1)));
+    static doubles iterate(doubles x) {
+        const doubles half = x * 0.5;
+        doubles y = (doubles)(INT64_C(0x5FE6EB50C7B537A9) - (longs)((ulongs)x >> 1));
         y = y * (1.5 - (half * y) * y);
         y = y * (1.5 - (half * y) * y);
         y = y * (1.5 - (half * y) * y);

@@ -31,17 +31,17 @@ template <> struct LGammaRange<float> {
 };
 
 // ln|Gamma(x)| of one element, finite and no pole, as high + low.
-DoubleDouble<d2> lgamma_one(double x) {
+Parts lgamma_one(double x) {
     const double y = x < 0 ? -x : x;
     if (y < 0x1p-60) {
-        const DoubleDouble<d2> log = log_parts(all(y * 0x1p54), -54);
+        const Parts log = log_parts(all(y * 0x1p54), -54);
         return {-log.high, -log.low};
     }
     if (x > 0x1p1010) {
         // x (ln x - 1), scaled, as x ln x may overflow earlier
-        const d2 part = all(x * 0x1p-16);
-        const DoubleDouble<d2> power = pow_exponent<LA>(all(x), part, exponent_halves<HA>(part));
-        const DoubleDouble<d2> sum = fast_two_sum(power.high, -part);
+        const doubles part = all(x * 0x1p-16);
+        const Parts power = pow_exponent<LA>(all(x), part, exponent_halves<HA>(part));
+        const Parts sum = fast_two_sum(power.high, -part);
         return {(sum.high + (sum.low + power.low)) * 0x1p16, all(0.0)};
     }
     if (y > gamma_last) return lgamma_stirling_parts(all(x));
@@ -56,24 +56,24 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(LGamma);
 
-    static i4 beyond(i4 h) {
+    static ints beyond(ints h) {
         constexpr std::uint32_t negative = 0x80000000;
         return not_between(h, first, Range::large) &
                not_between(h, negative + first, negative + Range::last);
     }
 
-    template <class A> static d2 near(d2 x) { return lgamma_near<A>(x); }
-    static f4 near_single(f4 x) { return lgamma_single<Accuracy>(x); }
+    template <class A> static doubles near(doubles x) { return lgamma_near<A>(x); }
+    static floats near_single(floats x) { return lgamma_single<Accuracy>(x); }
     using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
     using InDouble = std::conditional_t<Kernel::single, Inner, Accuracy>;
-    static d2 wide(d2 x) { return lgamma_stirling<InDouble>(x); }
-    static d2 mirrored(d2 x) { return lgamma_mirrored<InDouble>(x); }
-    static f4 mirrored(f4 x) { return lgamma_mirrored(x); }
+    static doubles wide(doubles x) { return lgamma_stirling<InDouble>(x); }
+    static doubles mirrored(doubles x) { return lgamma_mirrored<InDouble>(x); }
+    static floats mirrored(floats x) { return lgamma_mirrored(x); }
     template <class V> static V reflected(V r, V) { return r; }
 
     // Poles.
-    static i4 refuse(i4 r) { return not_finite<T>(r); }
-    static i4 refuse(i4 r, i4 midpoint) { return refuse(r) | midpoint; }
+    static ints refuse(ints r) { return not_finite<T>(r); }
+    static ints refuse(ints r, ints midpoint) { return refuse(r) | midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
@@ -81,9 +81,9 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
         if (x == 0 || (x < 0 && floored<T>(all(x))[0] == x))
             return r = Format<T>::infinity, VTM_STATUS_SING;
         if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
-        const DoubleDouble<d2> parts = lgamma_one(x);
+        const Parts parts = lgamma_one(x);
         if constexpr (Kernel::single) r = rounded_once(parts);
-        else r = parts.high[0] + parts.low[0];
+        else r = rounded(parts)[0];
         return VTM_STATUS_OK;
     }
 };

@@ -46,29 +46,32 @@ constexpr int exponent_of_zero = -8000;
 // x = significand 2^exponent, |significand| in [1, 2), or 0; of finite numbers. The exponent of
 // each lane stands in its upper half.
 struct Apart {
-    d2 significand;
-    i4 exponent;
+    doubles significand;
+    ints exponent;
 };
-inline Apart apart(d2 x) {
-    const i4 field = (i4)x & 0x7FF00000;
-    const l2 small = (l2)__builtin_shufflevector(field == 0, field == 0, 1, 1, 3, 3);
-    const d2 y = select(small, x * 0x1p54, x);
-    const d2 s = (d2)(((l2)y & INT64_C(-0x7FF0000000000001)) | INT64_C(0x3FF0000000000000));
-    const i4 e = (((i4)y >> 20) & 0x7FF) - 1023 - ((i4)small & 54);
-    const l2 zero = y == 0.0;
-    return {where(~zero, s), (e & ~(i4)zero) | ((i4)zero & exponent_of_zero)};
+inline Apart apart(doubles x) {
+    const ints field = (ints)x & 0x7FF00000;
+    const longs small = (longs)in_blocks<1, 1, 3, 3>(field == 0, field == 0);
+    const doubles y = select(small, x * 0x1p54, x);
+    const doubles s =
+        (doubles)(((longs)y & INT64_C(-0x7FF0000000000001)) | INT64_C(0x3FF0000000000000));
+    const ints e = (((ints)y >> 20) & 0x7FF) - 1023 - ((ints)small & 54);
+    const longs zero = y == 0.0;
+    return {where(~zero, s), (e & ~(ints)zero) | ((ints)zero & exponent_of_zero)};
 }
 
-inline i4 larger(i4 x, i4 y) { return x > y ? x : y; }
+inline ints larger(ints x, ints y) { return x > y ? x : y; }
 // 2^e, -1022 <= e <= 1023.
-inline d2 power_of_two(i4 e) { return (d2)(((e + 1023) << 20) & i4{0, -1, 0, -1}); }
+inline doubles power_of_two(ints e) {
+    return (doubles)(((e + 1023) << 20) & (ints)all(INT64_C(-1) << 32));
+}
 
 // (numerator / denominator) with one rounding, as high and low part.
-inline DoubleDouble<d2> quotient(DoubleDouble<d2> numerator, DoubleDouble<d2> denominator) {
-    const d2 inverse = 1.0 / denominator.high;
-    const d2 q = numerator.high * inverse;
-    const DoubleDouble<d2> back = two_product(q, denominator.high);
-    const d2 rest =
+inline Parts quotient(Parts numerator, Parts denominator) {
+    const doubles inverse = 1.0 / denominator.high;
+    const doubles q = numerator.high * inverse;
+    const Parts back = two_product(q, denominator.high);
+    const doubles rest =
         ((numerator.high - back.high) - back.low) + (numerator.low - q * denominator.low);
     return {q, rest * inverse};
 }
@@ -76,13 +79,13 @@ inline DoubleDouble<d2> quotient(DoubleDouble<d2> numerator, DoubleDouble<d2> de
 // scale x + shift. HA: exact products, relative error about 2^-100. LA: in one number; the leading
 // product is exact, and so is its sum with the shift where these cancel; what the correction loses,
 // 2^-76 of the product, is below 2^-53 of a sum that is above 2^-23 of the shift.
-template <class Accuracy> inline auto linear(d2 scale, d2 x, d2 shift) {
+template <class Accuracy> inline auto linear(doubles scale, doubles x, doubles shift) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> product = two_product(scale, x);
-        const DoubleDouble<d2> sum = two_sum(product.high, shift);
+        const Parts product = two_product(scale, x);
+        const Parts sum = two_sum(product.high, shift);
         return two_sum(sum.high, sum.low + product.low);
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        const d2 s = leading(scale), u = leading(x);
+        const doubles s = leading(scale), u = leading(x);
         return (s * u + shift) + (s * (x - u) + (scale - s) * x);
     } else {
         return scale * x + shift;
@@ -117,39 +120,41 @@ public:
     }
 
     // The lanes of x that are not for the fast formula, and not for the far one.
-    i4 outside(i4 x) const { return not_between(magnitude(x), low_, high_); }
-    i4 beyond(i4 x) const { return finite_ ? not_finite<double>(x) : ~(x & 0); }
+    ints outside(ints x) const { return not_between(magnitude(x), low_, high_); }
+    ints beyond(ints x) const { return finite_ ? not_finite<double>(x) : ~(x & 0); }
 
     // scale x + shift, and the least of its magnitudes that LA and EP trust.
     template <class V> struct Sum {
         V value;
-        d2 least;
+        doubles least;
     };
-    template <class Accuracy> auto fast(d2 x) const {
+    template <class Accuracy> auto fast(doubles x) const {
         const auto value = linear<Accuracy>(all(scale_), x, all(shift_));
         return Sum<std::remove_const_t<decltype(value)>>{value, all(least_)};
     }
     // Whether all of x are for the fast formula but those whose products drown; and x without
     // these.
-    bool only_drowned(d2 x) const {
-        return drowns_ && !any_lane((i4)(absolute(x) >= all(high_value_)));
+    bool only_drowned(doubles x) const {
+        return drowns_ && !any_lane(absolute(x) >= all(high_value_));
     }
-    d2 without_drowned(d2 x) const { return where(absolute(x) >= all(low_value_), x); }
+    doubles without_drowned(doubles x) const { return where(absolute(x) >= all(low_value_), x); }
     // The same divided by 2^exponent.
-    template <class Accuracy> auto far(d2 x, i4& exponent) const {
+    template <class Accuracy> auto far(doubles x, ints& exponent) const {
         const Apart scale = apart(all(scale_)), shift = apart(all(shift_)), part = apart(x);
-        const i4 product = part.exponent + scale.exponent;
+        const ints product = part.exponent + scale.exponent;
         exponent = larger(product, shift.exponent);
-        const auto factor = [&](i4 e) {
+        const auto factor = [&](ints e) {
             return power_of_two(larger(e - exponent, all(least_factor)));
         };
-        const d2 scaled_shift = shift.significand * factor(shift.exponent);
+        const doubles scaled_shift = shift.significand * factor(shift.exponent);
         const auto value =
             linear<Accuracy>(scale.significand, part.significand * factor(product), scaled_shift);
         return Sum<std::remove_const_t<decltype(value)>>{value, least_sum(scaled_shift)};
     }
 
-    static d2 least_sum(d2 shift) { return maximum(absolute(shift) * cancelled, all(vanished)); }
+    static doubles least_sum(doubles shift) {
+        return maximum(absolute(shift) * cancelled, all(vanished));
+    }
     double plain(double x) const { return scale_ * x + shift_; }
     bool finite() const { return finite_; }
     bool has_nan() const { return is_nan(scale_) || is_nan(shift_); }
@@ -170,8 +175,8 @@ struct ScaledValue {
 };
 ScaledValue one_value(const Line& line, double x) {
     if (!line.finite() || !is_finite(x)) return {line.plain(x), 0, 0};
-    i4 exponent;
-    const DoubleDouble<d2> sum = line.far<HA>(all(x), exponent).value;
+    ints exponent;
+    const Parts sum = line.far<HA>(all(x), exponent).value;
     if (sum.high[0] == 0) return {line.plain(x), 0, 0};  // with the sign that it has
     const int normal = exponent_of(sum.high[0]);
     return {scaled(sum.high[0], -normal), scaled(sum.low[0], -normal), exponent[1] + normal};
@@ -189,8 +194,8 @@ template <class T> int linear_frac_edge(const Line& above, const Line& below, T 
         const bool pole = denominator.high == 0 && !is_infinite(numerator.high);
         return pole ? VTM_STATUS_SING : VTM_STATUS_OK;
     }
-    const DoubleDouble<d2> q = quotient({all(numerator.high), all(numerator.low)},
-                                        {all(denominator.high), all(denominator.low)});
+    const Parts q = quotient({all(numerator.high), all(numerator.low)},
+                             {all(denominator.high), all(denominator.low)});
     r = static_cast<T>(
         round_scaled(q.high[0], q.low[0], numerator.exponent - denominator.exponent));
     if (r == 0 && q.high[0] < 0) r = -r;
@@ -206,44 +211,45 @@ public:
         : above_(scalea, shifta), below_(scaleb, shiftb) {}
 
     static constexpr bool far_everywhere = !std::is_same_v<Accuracy, HA>;
-    i4 outside(i4 a, i4 b) const { return above_.outside(a) | below_.outside(b); }
-    i4 beyond(i4 a, i4 b) const { return above_.beyond(a) | below_.beyond(b); }
+    ints outside(ints a, ints b) const { return above_.outside(a) | below_.outside(b); }
+    ints beyond(ints a, ints b) const { return above_.beyond(a) | below_.beyond(b); }
 
-    Two<d2> fast(d2 a, d2 b) const {
+    Two<doubles> fast(doubles a, doubles b) const {
         return divided(above_.fast<Accuracy>(a), below_.fast<Accuracy>(b));
     }
-    Two<d2> far(d2 a, d2 b) const {
+    Two<doubles> far(doubles a, doubles b) const {
         if constexpr (far_everywhere)
             if (above_.only_drowned(a) && below_.only_drowned(b))
                 return fast(above_.without_drowned(a), below_.without_drowned(b));
-        i4 above, below;
-        const Two<d2> q = divided(above_.far<Accuracy>(a, above), below_.far<Accuracy>(b, below));
+        ints above, below;
+        const Two<doubles> q =
+            divided(above_.far<Accuracy>(a, above), below_.far<Accuracy>(b, below));
         // In two steps, whose exponents a power of two can have.
-        const i4 e = above - below, bound = all(2000),
-                 within = e > bound ? bound : larger(e, -bound);
-        const i4 half = within >> 1;
+        const ints e = above - below, bound = all(2000),
+                   within = e > bound ? bound : larger(e, -bound);
+        const ints half = within >> 1;
         return {q.first * power_of_two(half) * power_of_two(within - half), q.second};
     }
     // The second vector: negative where a sum has cancelled.
-    i4 refuse(i4 r, i4 room) const {
+    ints refuse(ints r, ints room) const {
         return not_between(magnitude(r), Format<T>::normal_head, Format<T>::infinity_head) | room;
     }
 
     int edge(T a, T b, T& r) const { return linear_frac_edge(above_, below_, a, b, r); }
 
 private:
-    template <class Sum> static Two<d2> divided(const Sum& above, const Sum& below) {
+    template <class Sum> static Two<doubles> divided(const Sum& above, const Sum& below) {
         if constexpr (std::is_same_v<Accuracy, HA>) {
-            const DoubleDouble<d2> q = quotient(above.value, below.value);
+            const Parts q = quotient(above.value, below.value);
             const auto room = [](const Sum& sum) {
-                return (l2)absolute(sum.value.high) - std::bit_cast<std::int64_t>(vanished);
+                return (longs)absolute(sum.value.high) - std::bit_cast<std::int64_t>(vanished);
             };
-            return {q.high + q.low, (d2)(room(above) | room(below))};
+            return {rounded(q), (doubles)(room(above) | room(below))};
         } else {
             const auto room = [](const Sum& sum) {
-                return (l2)absolute(sum.value) - (l2)sum.least;
+                return (longs)absolute(sum.value) - (longs)sum.least;
             };
-            return {above.value / below.value, (d2)(room(above) | room(below))};
+            return {above.value / below.value, (doubles)(room(above) | room(below))};
         }
     }
 
@@ -257,14 +263,14 @@ public:
     LinearFrac(float scalea, float shifta, float scaleb, float shiftb)
         : scalea_(scalea), shifta_(shifta), scaleb_(scaleb), shiftb_(shiftb) {}
 
-    f4 fast(f4 a, f4 b) const {
-        const d2x2 x = widen(a), y = widen(b);
-        const auto part = [this](d2 u, d2 v) {
+    floats fast(floats a, floats b) const {
+        const DoublesPair x = widen(a), y = widen(b);
+        const auto part = [this](doubles u, doubles v) {
             return (u * scalea_ + shifta_) / (v * scaleb_ + shiftb_);
         };
         return narrow(part(x.low, y.low), part(x.high, y.high));
     }
-    i4 refuse(i4 r) const { return not_finite<float>(r); }
+    ints refuse(ints r) const { return not_finite<float>(r); }
     int edge(float a, float b, float& r) const {
         return linear_frac_edge(Line(scalea_, shifta_), Line(scaleb_, shiftb_), a, b, r);
     }

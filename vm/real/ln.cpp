@@ -19,7 +19,7 @@ template <class T, class Accuracy> struct Ln {
     using V = Vector<T>;
     KEF_REPORT_NAME(Ln);
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
 
@@ -28,9 +28,6 @@ template <class T, class Accuracy> struct Ln {
         else if constexpr (std::is_same_v<Accuracy, HA>) return with_midpoints(log_in_double(x));
         else return log_single<Accuracy>(x);
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = x, VTM_STATUS_OK;

@@ -22,15 +22,14 @@ constexpr double log10_e = from_bits(UINT64_C(0x3FDBCB7B1526E50E));
 constexpr double log10_e_high = from_bits(UINT64_C(0x3FDBCB7B10000000));
 constexpr double log10_e_low = from_bits(UINT64_C(0x3E349B9438CA9AAE));
 
-inline DoubleDouble<d2> log10_parts(DoubleDouble<d2> log) {
-    const d2 high = leading(log.high), rest = (log.high - high) + log.low;
+inline Parts log10_parts(Parts log) {
+    const doubles high = leading(log.high), rest = (log.high - high) + log.low;
     return {high * log10_e_high, high * log10_e_low + rest * log10_e};
 }
 
-template <class Accuracy> inline d2 log10_core(d2 x, double shift = 0) {
+template <class Accuracy> inline doubles log10_core(doubles x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        const DoubleDouble<d2> parts = log10_parts(log_parts(x, shift));
-        return parts.high + parts.low;
+        return rounded(log10_parts(log_parts(x, shift)));
     } else {
         return log_core<Accuracy>(x, shift) * log10_e;
     }
@@ -42,7 +41,7 @@ template <class T, class Accuracy> struct Log10 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Log10);
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
 
@@ -50,15 +49,12 @@ template <class T, class Accuracy> struct Log10 {
         if constexpr (std::is_same_v<T, double>) {
             return log10_core<Accuracy>(x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            const d2x2 log = log_in_double(x);
-            return with_midpoints({log.low * log10_e, log.high * log10_e});
+            return with_midpoints(
+                on_both(log_in_double(x), [](doubles log) { return log * log10_e; }));
         } else {
             return log_single<Accuracy>(x) * static_cast<float>(log10_e);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

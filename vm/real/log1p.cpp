@@ -35,12 +35,12 @@ template <class T, class Accuracy> struct Log1p {
     static constexpr T bound = tiny_bound<T, Accuracy, Tiny::by_size>;
     static constexpr bool far_everywhere = bound > 0;
 
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         constexpr std::uint32_t negative = 0x80000000;
         return not_between(h, head_of(bound), Range::large) &
                not_between(h, negative + head_of(bound), negative + Range::one);
     }
-    static i4 beyond(i4 h) requires(bound > 0) {
+    static ints beyond(ints h) requires(bound > 0) {
         constexpr std::uint32_t negative = 0x80000000;
         return not_between(h, 0, Format<T>::infinity_head) &
                not_between(h, negative, negative + Range::one);
@@ -48,8 +48,8 @@ template <class T, class Accuracy> struct Log1p {
     static V far(V x) requires(bound > 0) {
         return beside_tiny<AtZero::argument>(x, bound, [](V y) {
             if constexpr (std::is_same_v<T, double>) {
-                const l2 large = y >= 0x1p400;
-                if (any_lane((i4)large))
+                const longs large = y >= 0x1p400;
+                if (any_lane(large))
                     return select(large, log_core<Accuracy>(maximum(y, all(1.0))),
                                   fast(where(~large, y)));
             }
@@ -61,23 +61,19 @@ template <class T, class Accuracy> struct Log1p {
         if constexpr (std::is_same_v<T, double>) {
             return log1p_core<Accuracy>(x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            const Two<f4> r = with_midpoints(log1p_in_double(x));
-            return Two<f4>{with_sign(r.first, x), r.second};  // of -0
+            return with_sign(with_midpoints(log1p_in_double(x)), x);  // of -0
         } else {
             return log1p_single<Accuracy>(x);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;
         if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
         if (x == -1) return r = -Format<T>::infinity, VTM_STATUS_SING;
         if (x < -1) return r = Format<T>::invalid, VTM_STATUS_ERRDOM;
-        const DoubleDouble<d2> parts = log_parts(all(1.0 + double(x)));
-        if constexpr (std::is_same_v<T, double>) r = parts.high[0] + parts.low[0];
+        const Parts parts = log_parts(all(1.0 + double(x)));
+        if constexpr (std::is_same_v<T, double>) r = rounded(parts)[0];
         else r = rounded_once(parts);
         return VTM_STATUS_OK;
     }

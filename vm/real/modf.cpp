@@ -10,7 +10,7 @@ namespace kef::vm {
 template <class T, class> struct Modf {
     using V = Vector<T>;
     KEF_REPORT_NAME(Modf);
-    static i4 outside(i4 h) { return not_finite<T>(h); }
+    static ints outside(ints h) { return not_finite<T>(h); }
     static Two<V> fast(V x) {
         const V integer = truncated(x);
         return {integer, with_sign(x - integer, x)};

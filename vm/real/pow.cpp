@@ -21,8 +21,8 @@ namespace kef::vm {
 template <class T, class Accuracy> struct Pow : PowFormula<T, Accuracy> {
     using V = Vector<T>;
     KEF_REPORT_NAME(Pow);
-    static i4 outside(i4 a, i4 b) { return Pow::x_outside(a) | Pow::y_outside(b); }
-    static i4 beyond(i4 a, i4 b) { return Pow::x_beyond(a) | Pow::y_beyond(b); }
+    static ints outside(ints a, ints b) { return Pow::x_outside(a) | Pow::y_outside(b); }
+    static ints beyond(ints a, ints b) { return Pow::x_beyond(a) | Pow::y_beyond(b); }
     static V undefined(V a, V b) {
         using Bits = decltype(sign_bit(a));
         return (V)((Bits)a & (Bits)parity(b).fraction);

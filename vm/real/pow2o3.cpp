@@ -17,8 +17,8 @@ template <class T, class Accuracy> struct Pow2o3 {
     using V = Vector<T>;
     KEF_REPORT_NAME(Pow2o3);
 
-    static i4 outside(i4 h) { return cbrt_outside<T>(h); }
-    static i4 beyond(i4 h) requires(std::is_same_v<T, double>) { return cbrt_beyond(h); }
+    static ints outside(ints h) { return cbrt_outside<T>(h); }
+    static ints beyond(ints h) requires(std::is_same_v<T, double>) { return cbrt_beyond(h); }
     static V far(V x) requires(std::is_same_v<T, double>) {
         return cbrt_rescaled(x, fast, 0x1p200, 0x1p-200);
     }
@@ -28,8 +28,8 @@ template <class T, class Accuracy> struct Pow2o3 {
         V r;
         if constexpr (std::is_same_v<T, double>) r = in_double(a);
         else if constexpr (std::is_same_v<Accuracy, HA>)
-            r = narrow(
-                from_single_estimate(a, [](d2 x, d2 y) { return x * inverse_cbrt_from(x, y); }));
+            r = narrow(from_single_estimate(
+                a, [](doubles x, doubles y) { return x * inverse_cbrt_from(x, y); }));
         else r = a * inverse_cbrt_single<Accuracy>(a);
         return r;
     }
@@ -43,7 +43,7 @@ template <class T, class Accuracy> struct Pow2o3 {
     }
 
 private:
-    static d2 in_double(d2 x) {
+    static doubles in_double(doubles x) {
         if constexpr (std::is_same_v<Accuracy, HA>) {
             // (t + c)^2 = t^2 + c (2t + c), t^2 exact.
             const auto [t, c] = cbrt_parts(x);

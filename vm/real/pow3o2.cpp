@@ -26,13 +26,13 @@ template <> struct Pow3o2Range<double> {
 };
 template <> struct Pow3o2Range<float> { static constexpr float small = 0x1p-84f, large = 0x1p85f; };
 
-inline d2 times_root(d2 x) { return x * square_root(x); }
+inline doubles times_root(doubles x) { return x * square_root(x); }
 
 // x^(3/2) = high + low, high with 51 bits.
-inline DoubleDouble<d2> pow3o2_parts(d2 x) {
-    const d2 s = square_root(x);
-    const d2 t = (d2)((l2)s & INT64_C(-0x1000000000)), t2 = t * t;
-    const d2 d = (x - t2) / (s + t);  // sqrt(x) - t
+inline Parts pow3o2_parts(doubles x) {
+    const doubles s = square_root(x);
+    const doubles t = leading<36>(s), t2 = t * t;
+    const doubles d = (x - t2) / (s + t);  // sqrt(x) - t
     return {t2 * t, d * (3.0 * t2 + d * (3.0 * t + d))};
 }
 
@@ -45,11 +45,11 @@ template <class T, class Accuracy> struct Pow3o2 {
     using Range = Pow3o2Range<T>;
     static constexpr bool in_parts = std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>;
 
-    static i4 beyond(i4 h) requires(in_parts) {
+    static ints beyond(ints h) requires(in_parts) {
         return not_between(h, head_of(Range::small), head_of(Range::large));
     }
     static V far(V x) requires(in_parts) { return fast(x * 0x1p200) * 0x1p-300; }
-    static i4 outside(i4 h) {
+    static ints outside(ints h) {
         if constexpr (in_parts)
             return not_between(h, head_of(Range::parts_from), head_of(Range::large));
         return not_between(h, head_of(Range::small), head_of(Range::large));
@@ -59,8 +59,7 @@ template <class T, class Accuracy> struct Pow3o2 {
         if constexpr (std::is_same_v<Accuracy, LA>) {
             return x * square_root(x);
         } else if constexpr (std::is_same_v<T, double>) {
-            const DoubleDouble<d2> power = pow3o2_parts(x);
-            return power.high + power.low;
+            return rounded(pow3o2_parts(x));
         } else {
             return in_double(x, times_root);
         }
@@ -73,7 +72,7 @@ template <class T, class Accuracy> struct Pow3o2 {
         if (x == Format<T>::infinity) return r = x, VTM_STATUS_OK;
         if constexpr (std::is_same_v<T, double>) {
             const int e = exponent_of(x) & -2;
-            const DoubleDouble<d2> power = pow3o2_parts(all(scaled(x, -e)));
+            const Parts power = pow3o2_parts(all(scaled(x, -e)));
             r = round_scaled(power.high[0], power.low[0], e / 2 * 3);
         } else {
             r = static_cast<float>(times_root(all(double(x)))[0]);

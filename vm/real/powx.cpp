@@ -24,9 +24,9 @@ public:
         beyond_ = outside_ | Powx::y_beyond(all(head(b))) | all(head(kind.fraction[0]));
     }
 
-    i4 outside(i4 a) const { return Powx::x_outside(a) | outside_; }
+    ints outside(ints a) const { return Powx::x_outside(a) | outside_; }
     auto fast(V a) const { return PowFormula<T, Accuracy>::fast(a, all(b_)); }
-    i4 beyond(i4 a) const { return Powx::x_beyond(a) | beyond_; }
+    ints beyond(ints a) const { return Powx::x_beyond(a) | beyond_; }
     auto far(V a) const { return PowFormula<T, Accuracy>::far(a, all(b_), odd_); }
     int edge(T a, T& r) const { return pow_edge(a, b_, r); }
     T scalar() const { return b_; }
@@ -34,7 +34,7 @@ public:
 private:
     T b_;
     V odd_;
-    i4 outside_, beyond_;  // verdicts on the exponent
+    ints outside_, beyond_;  // verdicts on the exponent
 };
 
 template <class T, class Method> class PowxSmall : public SmallPower<T, Method> {
@@ -54,7 +54,7 @@ namespace {
 struct Square {
     static constexpr double exponent = 2;
     static auto of(auto x) { return x * x; }
-    template <class T> static i4 outside(i4 h) {
+    template <class T> static ints outside(ints h) {
         constexpr bool single = std::is_same_v<T, float>;
         constexpr std::uint32_t low = single ? 0x20000000 : 0x20000000,
                                 high = single ? 0x5F800000 : 0x5FF00000;
@@ -64,21 +64,21 @@ struct Square {
 struct Itself {
     static constexpr double exponent = 1;
     static auto of(auto x) { return x; }
-    template <class T> static i4 outside(i4 h) {
+    template <class T> static ints outside(ints h) {
         return not_between(magnitude(h), Format<T>::normal_head, Format<T>::infinity_head);
     }
 };
 struct Root {
     static constexpr double exponent = 0.5;
     static auto of(auto x) { return square_root(x); }
-    template <class T> static i4 outside(i4 h) {
+    template <class T> static ints outside(ints h) {
         return not_between(h, Format<T>::normal_head, Format<T>::infinity_head);
     }
 };
 struct Reciprocal {
     static constexpr double exponent = -1;
     static auto of(auto x) { return 1.0f / x; }
-    template <class T> static i4 outside(i4 h) {  // to 2^126, 2^1022
+    template <class T> static ints outside(ints h) {  // to 2^126, 2^1022
         return not_between(magnitude(h), Format<T>::normal_head,
                            Format<T>::infinity_head - 2 * Format<T>::normal_head);
     }
@@ -89,7 +89,7 @@ struct Reciprocal {
 template <class T, class Operation> struct PowxOne {
     using V = Vector<T>;
     KEF_REPORT_NAME(Powx);
-    static i4 outside(i4 h) { return Operation::template outside<T>(h); }
+    static ints outside(ints h) { return Operation::template outside<T>(h); }
     static V fast(V x) { return Operation::of(x); }
     static int edge(T x, T& r) {
         return pow_edge(x, scalar(), r, [](double a, double) {

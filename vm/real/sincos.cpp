@@ -22,9 +22,9 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy, AtZero::argument> {
             return {sine_of(reduced.k, p), sine_of(reduced.k + INT64_C(128), p)};
         } else if constexpr (std::is_same_v<T, float> &&
                              (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
-            const d2x2 wide = widen(x);
-            const Two<d2> low = sine_cosine_plain<SingleHA>(wide.low),
-                          high = sine_cosine_plain<SingleHA>(wide.high);
+            const DoublesPair wide = widen(x);
+            const Two<doubles> low = sine_cosine_plain<SingleHA>(wide.low),
+                               high = sine_cosine_plain<SingleHA>(wide.high);
             const Two<V> plain = {narrow(low.first, high.first), narrow(low.second, high.second)};
             if constexpr (reach == TrigReach::near) return plain;
             return {with_huge(x, plain.first, sine_of_turns<Phase::sine>),

@@ -26,16 +26,11 @@ struct Sinh : TinyAside<Sinh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::
         if constexpr (std::is_same_v<T, double>) {
             return with_sign(sinh_core<Accuracy>(a), x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            const d2x2 wide = widen(a);
-            const Two<f4> r = with_midpoints({sinh_core<LA>(wide.low), sinh_core<LA>(wide.high)});
-            return Two<f4>{with_sign(r.first, x), r.second};
+            return with_sign(marked_in_double(a, sinh_core<LA>), x);
         } else {
             return with_sign(sinh_single<Accuracy>(a), x);
         }
     }
-
-    // Single HA: the second vector marks the midpoints.
-    static i4 refuse(i4, i4 midpoint) { return midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

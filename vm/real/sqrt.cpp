@@ -16,7 +16,7 @@ template <class T, class> struct Sqrt {
     KEF_REPORT_NAME(Sqrt);
     static constexpr bool arithmetic = true;
     static V fast(V x) { return square_root(x); }
-    static i4 refuse(i4 root) { return not_finite<T>(root); }
+    static ints refuse(ints root) { return not_finite<T>(root); }
 
     static int edge(T x, T& r) {
         r = square_root(all(x))[0];

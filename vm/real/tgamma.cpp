@@ -37,8 +37,8 @@ template <> struct TGammaRange<float> {
 // Gamma(x) of one element, |x| >= 2^-963 and no pole, as high + low; whether it lies
 // below 2^-1022, where low = 0 and high is rounded once.
 bool tgamma_one(double x, DoubleDouble<double>& r) {
-    const auto take = [&](const DoubleDouble<d2>& value, d2 power) {
-        const DoubleDouble<d2> sum = fast_two_sum(value.high, value.low);
+    const auto take = [&](const Parts& value, doubles power) {
+        const Parts sum = fast_two_sum(value.high, value.low);
         r = {(sum.high * power)[0], (sum.low * power)[0]};
         return false;
     };
@@ -62,23 +62,24 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(TGamma);
 
-    static i4 beyond(i4 h) { return not_between(magnitude(h), first, Range::last); }
+    static ints beyond(ints h) { return not_between(magnitude(h), first, Range::last); }
 
-    template <class A> static d2 near(d2 x) { return tgamma_near<A>(x); }
-    static f4 near_single(f4 x) { return tgamma_single<Accuracy>(x); }
+    template <class A> static doubles near(doubles x) { return tgamma_near<A>(x); }
+    static floats near_single(floats x) { return tgamma_single<Accuracy>(x); }
     template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
-    static d2 wide(d2 x) { return tgamma_stirling(x); }
-    static d2 mirrored(d2 x) {  // single HA as in double, single LA by the shorter formula
+    static doubles wide(doubles x) { return tgamma_stirling(x); }
+    static doubles mirrored(
+        doubles x) {  // single HA as in double, single LA by the shorter formula
         using Inner = std::conditional_t<Kernel::is_rounded, HA, EP>;
         return tgamma_mirrored<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
     }
-    static f4 mirrored(f4 x) { return tgamma_mirrored(x); }
+    static floats mirrored(floats x) { return tgamma_mirrored(x); }
 
     // Poles, overflow and subnormal results.
-    static i4 refuse(i4 r) {
+    static ints refuse(ints r) {
         return not_between(magnitude(r), Format<T>::normal_head, Format<T>::infinity_head);
     }
-    static i4 refuse(i4 r, i4 midpoint) { return refuse(r) | midpoint; }
+    static ints refuse(ints r, ints midpoint) { return refuse(r) | midpoint; }
 
     static int edge(T x, T& r) {
         if (is_nan(x)) return r = quiet(x), VTM_STATUS_OK;

@@ -1,14 +1,21 @@
-// Unevaluated sums of two doubles, for vectors and scalars alike; no FMA.
+// Unevaluated sums of two doubles, for vectors and scalars alike. What depends on the rounding of a
+// product stands here, with a body for processors that multiply and add in one operation and one
+// for the others, under one promise.
 // T. J. Dekker, A floating-point technique for extending the available precision,
 // Numerische Mathematik 18 (1971); D. E. Knuth, TAOCP vol. 2, 4.2.2.
 #pragma once
 
+#include "vm/simd/products.h"
 #include "vm/simd/simd.h"
 
 namespace kef::vm {
 
 // high + low; normalised where |low| <= ulp(high)/2.
 template <class V> struct DoubleDouble { V high, low; };
+using Parts = DoubleDouble<doubles>;
+
+template <class V> inline V rounded(DoubleDouble<V> x) { return x.high + x.low; }
+inline doubles rounded(doubles x) { return x; }
 
 // a + b exactly, for |a| >= |b| or a = 0.
 template <class V> inline DoubleDouble<V> fast_two_sum(V a, V b) {
@@ -22,6 +29,12 @@ template <class V> inline DoubleDouble<V> two_sum(V a, V b) {
     return {sum, (a - (sum - b_part)) + (b - b_part)};
 }
 
+// The leading 26 bits of a: the product of two such numbers is exact, and a minus
+// them has 27 bits. Or what is left of a where the last `cleared` bits are 0.
+template <int cleared = 27> inline doubles leading(doubles a) {
+    return (doubles)((longs)a & -(INT64_C(1) << cleared));
+}
+
 // a as two halves of at most 26 bits; |a| < 2^996.
 template <class V> inline DoubleDouble<V> split(V a) {
     const V t = a * 134217729.0;  // 2^27 + 1
@@ -29,14 +42,11 @@ template <class V> inline DoubleDouble<V> split(V a) {
     return {high, a - high};
 }
 
-// The leading 26 bits of a: the product of two such numbers is exact, and a minus
-// them has 27 bits.
-inline d2 leading(d2 a) { return (d2)((l2)a & INT64_C(-0x8000000)); }
-
 // a b exactly, halves given; no underflow where |a b| > 2^-968.
 template <class V>
 inline DoubleDouble<V> two_product(V a, DoubleDouble<V> a_halves, V b, DoubleDouble<V> b_halves) {
     const V product = a * b;
+    if constexpr (is_fused) return {product, multiply_subtract(a, b, product)};
     const V low = ((a_halves.high * b_halves.high - product) + a_halves.high * b_halves.low +
                    a_halves.low * b_halves.high) +
                   a_halves.low * b_halves.low;
@@ -49,32 +59,57 @@ template <class V> inline DoubleDouble<V> two_product(V a, V b) {
 
 // a^2 exactly, as two_product.
 template <class V> inline DoubleDouble<V> two_square(V a) {
-    const DoubleDouble<V> halves = split(a);
     const V square = a * a;
+    if constexpr (is_fused) return {square, multiply_subtract(a, a, square)};
+    const DoubleDouble<V> halves = split(a);
     const V cross = halves.high * halves.low;
     return {square,
             ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
 }
 
 // a b for normalised a and b, normalised; relative error below 2^-77.
-inline DoubleDouble<d2> multiply(DoubleDouble<d2> a, DoubleDouble<d2> b) {
-    const d2 a_high = leading(a.high), b_high = leading(b.high);
+inline Parts multiply(Parts a, Parts b) {
+    if constexpr (is_fused) {
+        const Parts high = two_product(a.high, b.high);
+        return fast_two_sum(high.high,
+                            multiply_add(a.high, b.low, multiply_add(a.low, b.high, high.low)));
+    }
+    const doubles a_high = leading(a.high), b_high = leading(b.high);
     return fast_two_sum(a_high * b_high, a_high * ((b.high - b_high) + b.low) +
                                              ((a.high - a_high) + a.low) * b.high);
 }
 
-// a / b for normalised a and b, relative error below 2^-74: a quotient of 26 bits and
-// its exact remainder. The low part is below 2^-25 of the high one.
-inline DoubleDouble<d2> divide(DoubleDouble<d2> a, DoubleDouble<d2> b) {
-    const d2 inverse = 1.0 / b.high;
-    const d2 q = leading(a.high * inverse), b_high = leading(b.high);
-    const d2 rest = ((a.high - q * b_high) - q * ((b.high - b_high) + b.low)) + a.low;
+// a / b for normalised a and b, relative error below 2^-74, from a quotient and its remainder,
+// which is exact but for b.low: without fused operations a quotient of 26 bits. The low part is
+// below 2^-25 of the high one.
+inline Parts divide(Parts a, Parts b) {
+    const doubles inverse = 1.0 / b.high;
+    if constexpr (is_fused) {
+        const doubles q = a.high * inverse;
+        const doubles rest = negative_multiply_add(q, b.high, a.high);
+        return {q, (negative_multiply_add(q, b.low, rest) + a.low) * inverse};
+    }
+    const doubles q = leading(a.high * inverse), b_high = leading(b.high);
+    const doubles rest = ((a.high - q * b_high) - q * ((b.high - b_high) + b.low)) + a.low;
     return {q, rest * inverse};
 }
 
+// The root of a normalised sum, relative error about 2^-100; a = 0 gives 0.
+inline Parts root(Parts a) {
+    const doubles s = square_root(a.high);
+    const Parts back = two_square(s);
+    const doubles rest = ((a.high - back.high) - back.low) + a.low;
+    return {s, rest * (0.5 / maximum(s, all(0x1p-500)))};
+}
+
+inline Parts select(longs mask, Parts x, Parts y) {
+    return {select(mask, x.high, y.high), select(mask, x.low, y.low)};
+}
+inline Parts flipped(Parts x, longs sign) { return {flipped(x.high, sign), flipped(x.low, sign)}; }
+
 // high + low of the first lane in single precision, rounded once.
-inline float rounded_once(DoubleDouble<d2> x) {
-    const DoubleDouble<d2> sum = fast_two_sum(x.high, x.low);
+inline float rounded_once(Parts x) {
+    const Parts sum = fast_two_sum(x.high, x.low);
     return narrow(sum.high[0], sum.low[0]);
 }
 

@@ -54,7 +54,7 @@ template <class T> inline bool is_finite(T x) {
 template <class T> inline T quiet(T nan) { return nan + nan; }
 
 // Lanes that are infinite or NaN.
-template <class T> inline i4 not_finite(i4 heads) {
+template <class T> inline ints not_finite(ints heads) {
     return magnitude(heads) >= static_cast<std::int32_t>(Format<T>::infinity_head);
 }
 

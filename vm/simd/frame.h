@@ -3,7 +3,7 @@
 //
 //   K::Element             float or double
 //   K::name                the name in error reports
-//   k.outside(h...)        optional gate, from the leading 32 bits of four elements
+//   k.outside(h...)        optional gate, from the leading 32 bits of a group's elements
 //                          of each argument: lanes that the fast formula must not
 //                          see; one comparison if possible
 //   k.fast(x...)           the formula on a vector of each argument; the result,
@@ -11,7 +11,7 @@
 //   k.refuse(h...)         optional gate on the leading bits of what fast gave, for
 //                          formulas that are harmless everywhere: lanes that need
 //                          the edge; a vector more than the kernel has results is
-//                          for this gate alone
+//                          for this gate alone, and without a gate it is the verdict (Marked)
 //   k.beyond(h...), k.far(x...)
 //                          optional second gate and formula: far gives the lanes that
 //                          `outside` holds back and `beyond` does not
@@ -25,16 +25,16 @@
 //   K::arithmetic          optional: one arithmetic operation, whose flags stay raised;
 //                          all other kernels raise none (vm/control/control.h)
 //
-// The loop owns the count test, the control register, groups of four (where there are no
-// gates: single vectors), the gates, the rest of fewer than four (computed as a group padded
-// with one of its own elements, so that no lane raises a flag of its own) and the reports. Where a
-// gate holds a group back, the group tries the second formula for its lanes outside, and where that
-// is good everywhere so do some groups after it; where it fails each element of a group goes
-// through the gates alone, and only those that are held back then come to the edge. So an element's
-// result does not depend on its place, its neighbours, on n or on alignment.
+// The loop owns the count test, the control register, the groups (as many elements as there are
+// floats in a vector; where there are no gates: single vectors), the gates, the rest of an array
+// (one group padded with its last element) and the reports. Where a gate holds a group back, its
+// lanes are computed by the formula that is for each, and only those that both gates or `refuse`
+// hold back come to the edge. So an element's result does not depend on its place, its neighbours,
+// on n or on alignment.
 #pragma once
 
 #include <array>
+#include <bit>
 #include <type_traits>
 #include <utility>
 
@@ -49,10 +49,14 @@ struct LA;
 struct HA;
 struct EP;
 
-template <class V> struct Two { V first, second; };
-
-// Doubles as float results, and the lanes that are midpoints for the gate `refuse`.
-inline Two<floats> with_midpoints(DoublesPair x) { return {narrow(x), (floats)midpoints(x)}; }
+// Doubles as float results, and the lanes that are midpoints, for the edge; a formula in double.
+struct Marked {
+    floats result, marks;
+};
+inline Marked with_midpoints(DoublesPair x) { return {narrow(x), (floats)midpoints(x)}; }
+inline Marked marked_in_double(floats x, auto formula) {
+    return with_midpoints(on_both(widen(x), formula));
+}
 
 namespace frame {
 
@@ -60,6 +64,7 @@ inline constexpr int group = lanes<float>;
 
 template <class V> std::array<V, 1> as_array(V x) { return {x}; }
 template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
+inline std::array<floats, 2> as_array(Marked x) { return {x.result, x.marks}; }
 
 // A group of elements of one array, in as many vectors as they need; or fewer, padded with the
 // last one. Verdicts about a group have the order of its heads.
@@ -161,152 +166,129 @@ inline T second_argument(const K& k, const std::array<T, I>& x) {
     else return x[I - 1];
 }
 
-// The verdicts of the optional gates.
-template <class K, class Vectors, std::size_t... N>
-inline bool is_outside(const K& k, const Vectors& x, std::index_sequence<N...>) {
-    if constexpr (requires { k.outside(x[N].head()...); })
-        return any_lane(k.outside(x[N].head()...));
-    return false;
+// The verdicts of the gates on a group: the lanes that the first formula must not see, and those of
+// its results y that need the edge.
+template <class K, class T, std::size_t I>
+inline ints outside(const K& k, const std::array<Group<T>, I>& x) {
+    return [&]<std::size_t... N>(std::index_sequence<N...>) {
+        if constexpr (requires { k.outside(x[N].head()...); }) return k.outside(x[N].head()...);
+        else return ints{};
+    }
+    (std::make_index_sequence<I>());
 }
-template <class K, class Vectors, std::size_t... N>
-inline bool is_refused(const K& k, const Vectors& y, std::index_sequence<N...>) {
-    if constexpr (requires { k.refuse(y[N].head()...); }) return any_lane(k.refuse(y[N].head()...));
-    return false;
+template <std::size_t O, class K, class T, std::size_t Y>
+inline ints refused(const K& k, const std::array<Group<T>, Y>& y) {
+    return [&]<std::size_t... N>(std::index_sequence<N...>) {
+        if constexpr (requires { k.refuse(y[N].head()...); }) return k.refuse(y[N].head()...);
+        else if constexpr (Y > O) return y[O].head();
+        else return ints{};
+    }
+    (std::make_index_sequence<Y>());
 }
 
 // Computes one group; false where a gate holds it back.
-template <class K, class T, std::size_t I, class Store>
-inline bool try_group(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
-    constexpr auto indices = std::make_index_sequence<I>();
-    if (is_outside(k, x, indices)) [[unlikely]]
+template <std::size_t O, class K, class T, std::size_t I>
+inline bool try_group(const K& k, const std::array<Group<T>, I>& x, auto store_results) {
+    if (any_lane(outside(k, x))) [[unlikely]]
         return false;
-    const auto y = apply([&](auto... v) { return k.fast(v...); }, x, indices);
-    if (is_refused(k, y, std::make_index_sequence<y.size()>())) [[unlikely]]
+    const auto fast = [&](auto... v) { return k.fast(v...); };
+    const auto y = apply(fast, x, std::make_index_sequence<I>());
+    if (any_lane(refused<O>(k, y))) [[unlikely]]
         return false;
     store_results(y);
     return true;
 }
 
-// Whether the kernel of I arguments has a second formula.
+// Whether the kernel of I arguments has a second formula, and whether that is good everywhere.
 template <class K, std::size_t I>
 inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) {
-    return requires(const K& k, i4 h) { k.beyond((static_cast<void>(N), h)...); };
+    return requires(const K& k, ints h) { k.beyond((static_cast<void>(N), h)...); };
 }
 (std::make_index_sequence<I>());
-
 template <class K> inline constexpr bool far_is_everywhere = requires {
     requires K::far_everywhere;
 };
 
-// Whether the second gates hold a group back too, or there is no second formula.
+// The lanes that the second formula must not see.
 template <class K, class T, std::size_t I>
-inline bool is_beyond(const K& k, const std::array<Group<T>, I>& x) {
-    constexpr auto indices = std::make_index_sequence<I>();
-    const bool beyond = [&]<std::size_t... N>(std::index_sequence<N...>) {
-        if constexpr (has_far<K, I>) return any_lane(k.beyond(x[N].head()...));
-        return true;
+inline ints beyond(const K& k, const std::array<Group<T>, I>& x) {
+    return [&]<std::size_t... N>(std::index_sequence<N...> indices) {
+        const ints verdict = k.beyond(x[N].head()...);
+        if constexpr (requires { &K::undefined; })
+            return verdict |
+                   apply([&](auto... v) { return k.undefined(v...); }, x, indices)[0].head();
+        else return verdict;
     }
-    (indices);
-    if constexpr (requires { &K::undefined; })
-        return beyond ||
-               any_lane(apply([&](auto... v) { return k.undefined(v...); }, x, indices)[0].head());
-    return beyond;
+    (std::make_index_sequence<I>());
 }
 
-// Computes a group that the first gate holds back by the second formula.
-template <class K, class T, std::size_t I, class Store>
-inline bool try_far(const K& k, const std::array<Group<T>, I>& x, Store store_results) {
-    constexpr auto indices = std::make_index_sequence<I>();
-    if (is_beyond(k, x)) return false;
-    const auto far = [&](auto... v) { return k.far(v...); };
-    const auto fast = [&](auto... v) { return k.fast(v...); };
-    const auto y = [&] {
-        if constexpr (far_is_everywhere<K>) {
-            return apply(far, x, indices);
-        } else {
-            const i4 outside = [&]<std::size_t... N>(std::index_sequence<N...>) {
-                return k.outside(x[N].head()...);
-            }
-            (indices);
-            const auto zeros_in = [&x](i4 verdict) {  // the lanes that a formula is not for
-                auto kept = x;
-                for (auto& v : kept) v = v.replaced(verdict, Group<T>{});
-                return kept;
-            };
-            auto y = apply(far, zeros_in(~outside), indices);
-            if (!all_lanes(outside)) {
-                const auto near = apply(fast, zeros_in(outside), indices);
-                for (std::size_t j = 0; j < y.size(); ++j) y[j] = near[j].replaced(outside, y[j]);
-            }
-            return y;
-        }
-    }();
-    if (is_refused(k, y, std::make_index_sequence<y.size()>())) return false;
-    store_results(y);
-    return true;
-}
-
-// A group by the second formula, where it gives it; and, up to 15 behind it, those that the first
-// gate holds back too, or all where the second formula is good everywhere: the index behind them.
-// The kernel comes by value here and below: where its address never leaves a loop, its fields stay
-// in registers.
+// Groups that the second formula alone computes, up to 16 in a row; the index behind them. The
+// kernel comes by value here and below: where its address never leaves a loop, its fields stay in
+// registers.
 template <class K, class T, std::size_t I, std::size_t O>
 [[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
                                                const std::array<T*, O>& out) {
-    const int first = i, most = i + 16 * group, end = most < n ? most : n;
+    const int most = i + 16 * group, end = most < n ? most : n;
     for (; i <= end - group; i += group) {
         const auto x = group_at(in, i);
+        if (any_lane(beyond(k, x))) break;
         if constexpr (!far_is_everywhere<K>)
-            if (i > first && !is_outside(k, x, std::make_index_sequence<I>())) break;
-        if (!try_far(k, x, storing(out, i))) break;
+            if (!all_lanes(outside(k, x))) break;
+        const auto far = [&](auto... v) { return k.far(v...); };
+        const auto y = apply(far, x, std::make_index_sequence<I>());
+        if (any_lane(refused<O>(k, y))) break;
+        storing(out, i)(y);
     }
     return i;
 }
 
-// The same for fewer than four elements, as a group of its own; false where it is not given.
-template <class K, class T, std::size_t I, std::size_t O>
-bool far_some(const K& k, int i, int count, const std::array<const T*, I>& in,
-              const std::array<T*, O>& out) {
-    if constexpr (has_far<K, I>) {
-        T x[I][group], y[O][group];
-        std::array<const T*, I> from;
-        std::array<T*, O> to;
-        for (std::size_t j = 0; j < I; ++j) {
-            for (int m = 0; m < group; ++m) x[j][m] = in[j][i + (m < count ? m : 0)];
-            from[j] = x[j];
-        }
-        for (std::size_t j = 0; j < O; ++j) to[j] = y[j];
-        if (far_groups(k, 0, group, from, to) == 0) return false;
-        for (std::size_t j = 0; j < O; ++j)
-            for (int m = 0; m < count; ++m) out[j][i + m] = y[j][m];
-        return true;
-    }
-    return false;
-}
-
-// Elements one at a time, with their special results and reports.
+// A group of `count` elements that a gate holds back: those of the second formula are computed at
+// once, with one of themselves in the vacant lanes, so that these raise no flag of their own; then
+// those of the first one; what is left comes to the edge, one by one, with its special results and
+// reports.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline, gnu::cold]] void one_by_one(K k, int first, int count, Guard& guard,
-                                             const std::array<const T*, I>& in,
-                                             const std::array<T*, O>& out) {
-    for (int i = first; i < first + count; ++i) {
-        std::array<T, I> x;
-        std::array<Group<T>, I> same;
-        for (std::size_t j = 0; j < I; ++j) {
-            x[j] = in[j][i];
-            same[j] = Group<T>::padded(&in[j][i], 1);
-        }
-        const auto store_first = [&](const auto& y) {
-            for (std::size_t j = 0; j < O; ++j) out[j][i] = y[j].first();
-        };
-        if (try_group(k, same, store_first)) continue;
-        if (!is_beyond(k, same) && far_some(k, i, 1, in, out)) continue;
+[[gnu::noinline]] void held_back(K k, int i, int count, Guard& guard,
+                                 const std::array<const T*, I>& in, const std::array<T*, O>& out) {
+    const auto x = count < group ? padded_at(in, i, count) : group_at(in, i);
+    T arguments[I][group], results[O][group];
+    for (std::size_t j = 0; j < I; ++j) x[j].store_at(arguments[j]);
+    std::array<Group<T>, O> y{};
+    ints done{};
+    const auto compute = [&](ints chosen, auto formula) {
+        if (!any_lane(chosen)) return;
+        const int one = std::countr_zero(Group<T>::set_in(chosen));
+        auto some = x;
+        for (std::size_t j = 0; j < I; ++j)
+            some[j] = Group<T>::all_of(arguments[j][one]).replaced(chosen, x[j]);
+        const auto r = apply(formula, some, std::make_index_sequence<I>());
+        const ints good = chosen & ~refused<O>(k, r);
+        for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
+        done |= good;
+    };
+    const ints first = ~outside(k, x);
+    const ints second = [&] {
+        if constexpr (!has_far<K, I>) return ints{};
+        else if constexpr (far_is_everywhere<K>) return ~beyond(k, x);
+        else return ~(first | beyond(k, x));
+    }();
+    if constexpr (has_far<K, I>) compute(second, [&](auto... v) { return k.far(v...); });
+    compute(first & ~second, [&](auto... v) { return k.fast(v...); });
+
+    for (std::size_t j = 0; j < O; ++j) {
+        y[j].store_at(results[j]);
+        for (int m = 0; m < count; ++m) out[j][i + m] = results[j][m];
+    }
+    for (unsigned rest = ~Group<T>::set_in(done) & ((1u << count) - 1); rest != 0;
+         rest &= rest - 1) {
+        const int m = std::countr_zero(rest);
+        std::array<T, I> a;
         std::array<T, O> r;
-        const int status = edge(k, x, r, std::make_index_sequence<I>());
-        for (std::size_t j = 0; j < O; ++j) out[j][i] = r[j];
+        for (std::size_t j = 0; j < I; ++j) a[j] = arguments[j][m];
+        const int status = edge(k, a, r, std::make_index_sequence<I>());
+        for (std::size_t j = 0; j < O; ++j) out[j][i + m] = r[j];
         if (status != VTM_STATUS_OK) [[unlikely]]
-            guard.report(ElementError<T>{status, i, K::name, in[0], x[0], second_argument(k, x),
-                                         &out[0][i], &out[O - 1][i]});
+            guard.report(ElementError<T>{status, i + m, K::name, in[0], a[0], second_argument(k, a),
+                                         &out[0][i + m], &out[O - 1][i + m]});
     }
 }
 
@@ -318,29 +300,21 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
                                            const std::array<const T*, I>& in,
                                            const std::array<T*, O>& out) {
     while (i <= n - group) {
-        const int behind = is_beyond(k, group_at(in, i)) ? i : far_groups(k, i, n, in, out);
-        if (behind == i) one_by_one(k, i, group, guard, in, out), i += group;
+        const int behind = far_groups(k, i, n, in, out);
+        if (behind == i) held_back(k, i, group, guard, in, out), i += group;
         else i = behind;
-        while (i <= n - group && try_group(k, group_at(in, i), storing(out, i))) i += group;
+        while (i <= n - group && try_group<O>(k, group_at(in, i), storing(out, i))) i += group;
     }
     return i;
-}
-
-// The rest of fewer than four, likewise.
-template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline]] void rest_again(K k, int i, int rest, Guard& guard,
-                                  const std::array<const T*, I>& in, const std::array<T*, O>& out) {
-    if (!far_some(k, i, rest, in, out)) one_by_one(k, i, rest, guard, in, out);
 }
 
 // The loop of a kernel without gates, vector by vector; the number of elements done.
 template <class K, class T, std::size_t O, std::size_t... N>
 inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& out,
                    std::index_sequence<N...>) {
-    constexpr int lanes = 16 / sizeof(T);
     int i = 0;
 #pragma GCC unroll 2
-    for (; i <= n - lanes; i += lanes) {
+    for (; i <= n - lanes<T>; i += lanes<T>) {
         const auto y = as_array(k.fast(load(in[N] + i)...));
         for (std::size_t j = 0; j < O; ++j) store(out[j] + i, y[j]);
     }
@@ -359,7 +333,7 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
     int i = 0;
     if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
     for (; i <= n - group; i += group) {
-        const bool done = try_group(k, group_at(in, i), storing(out, i));
+        const bool done = try_group<O>(k, group_at(in, i), storing(out, i));
         if constexpr (has_far<K, I>) {
             if (!done) [[unlikely]] {
                 i = resume(k, i, n, guard, in, out);
@@ -367,16 +341,16 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
             }
         } else if constexpr (has_edge) {
             if (!done) [[unlikely]]
-                one_by_one(k, i, group, guard, in, out);
+                held_back(k, i, group, guard, in, out);
         }
     }
 
     const int rest = n - i;
     if (rest == 0) return;
-    const bool done = try_group(k, padded_at(in, i, rest), storing(out, i, rest));
+    const bool done = try_group<O>(k, padded_at(in, i, rest), storing(out, i, rest));
     if constexpr (has_edge)
         if (!done) [[unlikely]]
-            rest_again(k, i, rest, guard, in, out);
+            held_back(k, i, rest, guard, in, out);
 }
 
 }  // namespace frame

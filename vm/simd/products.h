@@ -64,4 +64,20 @@ inline V polynomial_by_pairs(V x, V square, const std::array<T, n>& c) {
     }
 }
 
+// And in powers of x^4.
+template <std::size_t first = 0, class V, class T, std::size_t n>
+inline V polynomial_by_fours(V x, const std::array<T, n>& c, V square, V fourth) {
+    constexpr std::size_t count = n - first < 4 ? n - first : 4;
+    std::array<T, count> some;
+    for (std::size_t i = 0; i < count; ++i) some[i] = c[first + i];
+    const V part = polynomial_by_pairs(x, square, some);
+    if constexpr (first + 4 >= n) return part;
+    else return multiply_add(fourth, polynomial_by_fours<first + 4>(x, c, square, fourth), part);
+}
+template <class V, class T, std::size_t n>
+inline V polynomial_by_fours(V x, const std::array<T, n>& c) {
+    const V square = x * x;
+    return polynomial_by_fours(x, c, square, square * square);
+}
+
 }  // namespace kef::vm

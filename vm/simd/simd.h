@@ -32,6 +32,7 @@ using ints = std::int32_t __attribute__((vector_size(vector_bytes)));
 using uints = std::uint32_t __attribute__((vector_size(vector_bytes)));  // for sums that wrap
 using longs = std::int64_t __attribute__((vector_size(vector_bytes)));
 using ulongs = std::uint64_t __attribute__((vector_size(vector_bytes)));
+using ushorts = std::uint16_t __attribute__((vector_size(vector_bytes)));
 
 // The vector of an element type and its lane count; a vector's element type, and the integers of
 // its lanes.
@@ -60,6 +61,9 @@ inline constexpr doubles all(double x) { return filled<doubles>(x); }
 inline constexpr floats all(float x) { return filled<floats>(x); }
 inline constexpr ints all(std::int32_t x) { return filled<ints>(x); }
 inline constexpr longs all(std::int64_t x) { return filled<longs>(x); }
+
+// Two vectors of one kind.
+template <class V> struct Two { V first, second; };
 
 // Unaligned.
 using DoublesAnywhere = doubles __attribute__((aligned(8), may_alias));
@@ -106,6 +110,15 @@ struct LongsPair {
 };
 inline LongsPair spread(ints mask) {
     return {(longs)in_blocks<0, 0, 1, 1>(mask, mask), (longs)in_blocks<2, 2, 3, 3>(mask, mask)};
+}
+// Each number twice, for the elements of the vectors that floats are widened to.
+inline LongsPair doubled(ints x) {
+    constexpr int half = lanes<float> / 2;
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+        return LongsPair{(longs)__builtin_shufflevector(x, x, (i / 2)...),
+                         (longs)__builtin_shufflevector(x, x, (half + i / 2)...)};
+    }
+    (std::make_integer_sequence<int, lanes<float>>());
 }
 inline std::int32_t head(double x) { return static_cast<std::int32_t>(to_bits(x) >> 32); }
 inline std::int32_t head(float x) { return static_cast<std::int32_t>(to_bits(x)); }
@@ -157,6 +170,15 @@ inline ints not_between(ints h, std::uint32_t low, std::uint32_t high) {
     constexpr std::uint32_t bias = 0x80000000u;
     return greater((ints)((uints)h + (bias - low)),
                    all(static_cast<std::int32_t>(high - low - 1 + bias)));
+}
+
+// Each half of a lane as a number of 16 bits: what is nearest to it in [first, last].
+inline ints within_16_bits(ints x, std::int16_t first, std::int16_t last) {
+    using Shorts = std::int16_t __attribute__((vector_size(vector_bytes)));
+    const Shorts low = Shorts{} + first, high = Shorts{} + last;
+    Shorts y = (Shorts)x;
+    y = y > low ? y : low;
+    return (ints)(y < high ? y : high);
 }
 
 // x, or what is nearest to it in [-bound, bound].

@@ -62,8 +62,8 @@ inline ulongs low_products(ulongs x, ulongs y) {
     return (ulongs)_mm_mul_epu32((__m128i)x, (__m128i)y);
 }
 
-// A vector of blocks that f(0), f(1), ... give.
-template <class F> inline auto of_blocks(F f) { return f(0); }
+// A vector of blocks __m128d, which f(0), f(1), ... give.
+template <class F> inline doubles of_blocks(F f) { return (doubles)f(0); }
 
 // 0 < count < lanes elements, padded with the last one, and the first `count` to memory. Never
 // through memory: a load of what narrower stores have just written stalls.

@@ -1,0 +1,85 @@
+// AVX-512 (F, BW, DQ, VL): vectors of four blocks. Included by simd.h alone.
+#pragma once
+
+namespace kef::vm {
+
+inline constexpr bool is_fused = true;
+inline double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
+inline doubles fused(doubles a, doubles b, doubles c) {
+    return (doubles)_mm512_fmadd_pd((__m512d)a, (__m512d)b, (__m512d)c);
+}
+inline floats fused(floats a, floats b, floats c) {
+    return (floats)_mm512_fmadd_ps((__m512)a, (__m512)b, (__m512)c);
+}
+
+inline unsigned bits(ints verdict) { return _mm512_movepi32_mask((__m512i)verdict); }
+inline unsigned bits(longs verdict) { return _mm512_movepi64_mask((__m512i)verdict); }
+
+inline doubles square_root(doubles x) { return (doubles)_mm512_sqrt_pd((__m512d)x); }
+inline floats square_root(floats x) { return (floats)_mm512_sqrt_ps((__m512)x); }
+
+inline doubles minimum(doubles x, doubles y) {
+    return (doubles)_mm512_min_pd((__m512d)x, (__m512d)y);
+}
+inline floats minimum(floats x, floats y) { return (floats)_mm512_min_ps((__m512)x, (__m512)y); }
+inline doubles maximum(doubles x, doubles y) {
+    return (doubles)_mm512_max_pd((__m512d)x, (__m512d)y);
+}
+inline floats maximum(floats x, floats y) { return (floats)_mm512_max_ps((__m512)x, (__m512)y); }
+inline ints greater(ints x, ints y) { return x > y; }
+
+inline ints sign_mask(ints x) { return x >> 31; }
+inline longs sign_mask(longs x) { return x >> 63; }
+
+inline doubles select(longs mask, doubles x, doubles y) {
+    return (doubles)_mm512_mask_blend_pd(_mm512_movepi64_mask((__m512i)mask), (__m512d)y,
+                                         (__m512d)x);
+}
+inline floats select(ints mask, floats x, floats y) {
+    return (floats)_mm512_mask_blend_ps(_mm512_movepi32_mask((__m512i)mask), (__m512)y, (__m512)x);
+}
+
+inline DoublesPair widen(floats x) {
+    return {(doubles)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x)),
+            (doubles)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1))};
+}
+inline floats narrow(doubles low, doubles high) {
+    return (floats)_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps((__m512d)low)),
+                                      _mm512_cvtpd_ps((__m512d)high), 1);
+}
+inline DoublesPair widen(ints x) {
+    return {(doubles)_mm512_cvtepi32_pd(_mm512_castsi512_si256((__m512i)x)),
+            (doubles)_mm512_cvtepi32_pd(_mm512_extracti32x8_epi32((__m512i)x, 1))};
+}
+inline ints truncated_to_ints(floats x) { return (ints)_mm512_cvttps_epi32((__m512)x); }
+inline floats to_floats(ints x) { return (floats)_mm512_cvtepi32_ps((__m512i)x); }
+inline doubles odd_to_doubles(ints x) {
+    return (doubles)_mm512_cvtepi32_pd(_mm512_cvtepi64_epi32(_mm512_srli_epi64((__m512i)x, 32)));
+}
+
+inline ulongs low_products(ulongs x, ulongs y) {
+    return (ulongs)_mm512_mul_epu32((__m512i)x, (__m512i)y);
+}
+
+// A vector of blocks __m128d, which f(0) to f(3) give.
+template <class F> inline doubles of_blocks(F f) {
+    const auto a = f(0), b = f(1), c = f(2), d = f(3);
+    const auto low = __builtin_shufflevector(a, b, 0, 1, 2, 3);
+    const auto high = __builtin_shufflevector(c, d, 0, 1, 2, 3);
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+}
+
+inline doubles load_some(const double* p, int count) {
+    return (doubles)_mm512_mask_loadu_pd(_mm512_set1_pd(p[count - 1]), (1u << count) - 1, p);
+}
+inline floats load_some(const float* p, int count) {
+    return (floats)_mm512_mask_loadu_ps(_mm512_set1_ps(p[count - 1]), (1u << count) - 1, p);
+}
+inline void store_some(double* p, int count, doubles x) {
+    _mm512_mask_storeu_pd(p, (1u << count) - 1, (__m512d)x);
+}
+inline void store_some(float* p, int count, floats x) {
+    _mm512_mask_storeu_ps(p, (1u << count) - 1, (__m512)x);
+}
+
+}  // namespace kef::vm
