@@ -2,7 +2,8 @@
 // (one value of one variable), the best of many runs, everything in one process and
 // on the same data.
 //
-//   bench_stats [n [p]]    n observations, default 100000; one p, or 1, 4, 10 and 50
+//   bench_stats [n [p]]    n observations, default 100000; one p, or 1, 4, 10 and 50, and after
+//                          these the order statistics of a million numbers (stats_order_bench.cpp)
 //
 // Peers: Boost.Accumulators and GSL take one variable at a time, Eigen whole
 // matrices, in the storage that the data have.
@@ -12,39 +13,14 @@
 #include <algorithm>
 #include <boost/accumulators/accumulators.hpp>
 #include <boost/accumulators/statistics.hpp>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <functional>
 #include <random>
 #include <vector>
 
-#include "kef_stats.h"
+#include "stats_bench.h"
 
 namespace {
 
-double sink;  // results go here, so that no peer is optimised away
-
-// Processor time of this process in nanoseconds: other work on the machine does not
-// count.
-double now() {
-    timespec time;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return time.tv_sec * 1e9 + time.tv_nsec;
-}
-
-// The least time of one call.
-double best_time(const std::function<void()>& call) {
-    double best = 1e30;
-    const double end = now() + 2e8;
-    int runs = 0;
-    do {
-        const double start = now();
-        call();
-        best = std::min(best, now() - start);
-    } while (++runs < 5 || now() < end);
-    return best;
-}
+using namespace kef::bench;
 
 struct Data {
     int p, n;
@@ -237,5 +213,6 @@ int main(int argc, char** argv) {
             line("", p, rows, elements, covariance, product, "Eigen, the product alone");
             line("covariance, recurrence", p, rows, elements, by_recurrence, eigen_cov, "Eigen");
         }
+    if (argc <= 2) order_statistics();
     if (sink == 1) std::puts("");
 }

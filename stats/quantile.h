@@ -89,15 +89,10 @@ void order_statistics(const Observations<T>& x, std::ptrdiff_t i, std::ptrdiff_t
             set(rank);
 }
 
-// The two order statistics in the middle of n numbers; NaN where one is NaN. data may be the spare
-// room.
-template <class T>
-std::pair<T, T> middle_pair(const T* data, std::ptrdiff_t n, const SelectionRoom<T>& room) {
-    const Range<T> range = range_of(data, n);
-    if (range.nan) {
-        constexpr T nan = std::numeric_limits<T>::quiet_NaN();
-        return {nan, nan};
-    }
+// The two order statistics in the middle of n numbers, see select().
+template <class Source, class T>
+std::pair<T, T> middle_pair(const Source& data, std::ptrdiff_t n, const Range<T>& range,
+                            const SelectionRoom<T>& room) {
     const std::ptrdiff_t ranks[] = {(n - 1) / 2, n / 2};
     select(data, n, range, Ranks(ranks, ranks + 2), room.out, room.spare);
     return {room.out[ranks[0]], room.out[ranks[1]]};

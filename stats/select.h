@@ -113,13 +113,18 @@ private:
     __m128i shift_;
 };
 
+// A source of numbers: a pointer to them, or what has [] and load_at().
+template <class T> inline Vector<T> load_at(const T* x, std::ptrdiff_t j) {
+    return vm::load(x + j);
+}
+
 // Calls f(j, bucket, parity) for all numbers, j = 0 .. n - 1; neighbours differ in parity.
-template <class T, class Map, class F>
-inline void for_each_bucket(const T* x, std::ptrdiff_t n, const Map& map, F f) {
-    constexpr std::ptrdiff_t lanes = 16 / sizeof(T);
+template <class Source, class Map, class F>
+inline void for_each_bucket(const Source& x, std::ptrdiff_t n, const Map& map, F f) {
+    constexpr std::ptrdiff_t lanes = 16 / sizeof(x[0]);
     std::ptrdiff_t j = 0;
     for (; j + lanes <= n; j += lanes) {
-        const __m128i b = (__m128i)map(vm::load(x + j));
+        const __m128i b = (__m128i)map(load_at(x, j));
         f(j, _mm_extract_epi16(b, 0), 0);
         f(j + 1, _mm_extract_epi16(b, 2), 1);
         if constexpr (lanes == 4) {
@@ -193,9 +198,10 @@ struct Part {
 template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks);
 
 // Puts the buckets with a wanted rank to their places in `out` and arranges them, but for the
-// largest, which is returned. Numbers that stand in `out` themselves go by way of `spare`.
-template <int most, class T, class Map>
-Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buckets, Ranks ranks) {
+// largest, which is returned. Numbers that stand there already, `in_place`, go by way of `spare`.
+template <int most, class Source, class T, class Map>
+Part distribute(const Source& x, bool in_place, T* out, T* spare, Part part, const Map& map,
+                int buckets, Ranks ranks) {
     std::size_t place[most], size[most];
     std::memset(place, 0, buckets * sizeof *place);
     std::memset(size, 0, buckets * sizeof *size);
@@ -203,7 +209,7 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
     for_each_bucket(x, part.n, map,
                     [&](std::ptrdiff_t, unsigned b, int odd) { ++(odd ? place : size)[b]; });
 
-    T* const target = x == out + part.first ? spare : out;
+    T* const target = in_place ? spare : out;
     std::size_t next = part.first;
     Ranks wanted = ranks;
     for (int b = 0; b < buckets; ++b) {
@@ -232,20 +238,20 @@ Part distribute(const T* x, T* out, T* spare, Part part, const Map& map, int buc
     for (int b = 0; b < buckets; ++b) {
         if (size[b] == 0) continue;
         const Part inner = part_of(b);
-        if (target == spare)
-            std::memcpy(out + inner.first, spare + inner.first, inner.n * sizeof(T));
+        if (in_place) std::memcpy(out + inner.first, spare + inner.first, inner.n * sizeof(T));
         ranks.reach(inner.first, inner.first + inner.n);
         if (b != largest) arrange(out, spare, inner, ranks);
     }
     return part_of(largest);
 }
 
-template <class T>
-Part distribute(const T* x, T* out, T* spare, Part part, const Range<T>& range, Ranks ranks) {
-    return with_map_of(range, part.n, part.by_pattern,
-                       [&](const auto& map, auto most, int buckets) {
-                           return distribute<most>(x, out, spare, part, map, buckets, ranks);
-                       });
+template <class Source, class T>
+Part distribute(const Source& x, bool in_place, T* out, T* spare, Part part, const Range<T>& range,
+                Ranks ranks) {
+    return with_map_of(
+        range, part.n, part.by_pattern, [&](const auto& map, auto most, int buckets) {
+            return distribute<most>(x, in_place, out, spare, part, map, buckets, ranks);
+        });
 }
 
 template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks) {
@@ -253,7 +259,7 @@ template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks) {
         const T* x = out + part.first;
         const Range<T> range = range_of(x, part.n);
         if (range.least == range.greatest) return;
-        part = distribute(x, out, spare, part, range, ranks);
+        part = distribute(x, true, out, spare, part, range, ranks);
     }
     sort_by_insertion(out + part.first, part.n);
 }
@@ -261,16 +267,16 @@ template <class T> void arrange(T* out, T* spare, Part part, Ranks ranks) {
 }  // namespace detail
 
 // Puts to out[r] what sorting n numbers would put there, for the wanted ranks r; the other elements
-// of `out` and `spare`, n numbers each, become anything. No number is NaN, `range` is theirs. x may
-// be `spare`.
-// Equal numbers are not told apart, nor are the two zeros.
-template <class T>
-void select(const T* x, std::ptrdiff_t n, const Range<T>& range, Ranks ranks, T* out, T* spare) {
+// of `out` and `spare`, n numbers each, become anything. No number is NaN or outside the range. x
+// may be `spare`. Equal numbers are not told apart, nor are the two zeros.
+template <class Source, class T>
+void select(const Source& x, std::ptrdiff_t n, const Range<T>& range, Ranks ranks, T* out,
+            T* spare) {
     if (n > few && range.least < range.greatest) {
-        const auto part = detail::distribute(x, out, spare, {0, n, false}, range, ranks);
+        const auto part = detail::distribute(x, false, out, spare, {0, n, false}, range, ranks);
         detail::arrange(out, spare, part, ranks);
     } else {
-        std::memcpy(out, x, n * sizeof(T));
+        for (std::ptrdiff_t j = 0; j < n; ++j) out[j] = x[j];
         detail::sort_by_insertion(out, n);
     }
 }

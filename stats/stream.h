@@ -48,20 +48,29 @@ struct StreamState {
 
 // Room for work on one run.
 template <class T> struct RunRoom {
-    static constexpr int most_buckets = 32768;
+    // Tables of buckets for the levels of condense().
+    static constexpr int levels = 4, first_buckets = 32768, more_buckets = 8192;
+    static constexpr int all_buckets = first_buckets + (levels - 1) * more_buckets;
     T *run, *out, *spare;  // 8k
     T *summary, *merged;   // k + 1
     T* representative;     // one of each bucket
     std::uint32_t* place;
     std::ptrdiff_t* rank;  // k
 
+    static int buckets(int level) { return level == 0 ? first_buckets : more_buckets; }
+    static int offset(int level) { return all_buckets - (levels - level) * more_buckets; }
+    std::uint32_t* place_of(int level) const { return place + (level == 0 ? 0 : offset(level)); }
+    T* representative_of(int level) const {
+        return representative + (level == 0 ? 0 : offset(level));
+    }
+
     RunRoom() = default;
     // For `numbers` observations of an open run, or a whole one.
     static std::uint64_t reserve(KeptLayout& layout, std::ptrdiff_t k, std::ptrdiff_t numbers) {
         const std::uint64_t place = layout.reserve(numbers, 3 * sizeof(T));
         layout.reserve(k + 1, 2 * sizeof(T));
-        layout.reserve(most_buckets, sizeof(T));
-        layout.reserve(most_buckets, sizeof(std::uint32_t));
+        layout.reserve(all_buckets, sizeof(T));
+        layout.reserve(all_buckets, sizeof(std::uint32_t));
         layout.reserve(k, sizeof(std::ptrdiff_t));
         return place;
     }
@@ -75,56 +84,78 @@ template <class T> struct RunRoom {
         spare = out + numbers;
         summary = reinterpret_cast<T*>(at(k + 1, 2 * sizeof(T)));
         merged = summary + k + 1;
-        representative = reinterpret_cast<T*>(at(most_buckets, sizeof(T)));
-        place = reinterpret_cast<std::uint32_t*>(at(most_buckets, sizeof(std::uint32_t)));
+        representative = reinterpret_cast<T*>(at(all_buckets, sizeof(T)));
+        place = reinterpret_cast<std::uint32_t*>(at(all_buckets, sizeof(std::uint32_t)));
         rank = reinterpret_cast<std::ptrdiff_t*>(at(k, sizeof(std::ptrdiff_t)));
     }
 };
 
-// k of the 8k observations x, in ascending order: for the ranks 8i + 4, a value of that rank or of
-// one that is less than 24 off, which every number of a bucket of so many is. The count of the
-// observations up to any v is thus 8 times the count of values up to v, within 4 + 23.
+namespace detail {
+
+// A bucket of a run stands for itself as a whole up to so many numbers.
+inline constexpr std::uint32_t small_bucket = 3 * condensed;
+
+// Values for the ranks 8i + 4 among those of a part, to `result`, whose end is returned: for each,
+// a number of that rank or of the same small bucket. x are the part's numbers, those of larger
+// buckets go to `to`, at their ranks, and `from` takes them back at the next level.
 template <class T>
-void condense(const T* x, const Range<T>& range, std::ptrdiff_t k, const RunRoom<T>& room,
-              T* result) {
-    constexpr std::uint32_t small = 0x80000000, most = 3 * condensed;
+T* condense_part(const T* x, T* from, T* to, Part part, int level, const RunRoom<T>& room,
+                 T* result) {
+    constexpr std::uint32_t small = 0x80000000;
+    const std::ptrdiff_t end_of_part = part.first + part.n;
+    std::ptrdiff_t rank = (part.first + condensed / 2 - 1) / condensed * condensed + condensed / 2;
+    const Range<T> range = range_of(x, part.n);
     if (range.least == range.greatest) {
-        std::fill_n(result, k, range.least);
-        return;
+        for (; rank < end_of_part; rank += condensed) *result++ = range.least;
+        return result;
     }
-    const std::ptrdiff_t n = condensed * k;
-    int buckets = 64;
-    while (buckets < room.most_buckets && buckets < 2 * k) buckets *= 2;
-    detail::with_map(range, false, buckets, [&](const auto& map) {
+    if (level > 0 && (part.n <= 2 * few || level == room.levels)) {
+        std::ptrdiff_t* last = room.rank;
+        for (std::ptrdiff_t r = rank; r < end_of_part; r += condensed) *last++ = r;
+        arrange(from, to, part, Ranks(room.rank, last));
+        for (; rank < end_of_part; rank += condensed) *result++ = from[rank];
+        return result;
+    }
+    std::uint32_t* const place = room.place_of(level);
+    T* const representative = room.representative_of(level);
+    int buckets = 32;
+    while (buckets < room.buckets(level) && buckets < part.n / 4) buckets *= 2;
+    with_map(range, part.by_pattern, buckets, [&](const auto& map) {
         // The place of the next number of a bucket; of a small one its end, and a mark.
-        std::uint32_t* const place = room.place;
         std::memset(place, 0, buckets * sizeof *place);
-        detail::for_each_bucket(x, n, map, [&](std::ptrdiff_t, unsigned b, int) { ++place[b]; });
-        std::uint32_t sum = 0;
+        for_each_bucket(x, part.n, map, [&](std::ptrdiff_t, unsigned b, int) { ++place[b]; });
+        auto sum = static_cast<std::uint32_t>(part.first);
         for (int b = 0; b < buckets; ++b) {
             const std::uint32_t c = place[b];
-            place[b] = c <= most ? small | (sum + c) : sum;
+            place[b] = c <= small_bucket ? small | (sum + c) : sum;
             sum += c;
         }
-        detail::for_each_bucket(x, n, map, [&](std::ptrdiff_t j, unsigned b, int) {
-            if (place[b] & small) room.representative[b] = x[j];
-            else room.out[place[b]++] = x[j];
+        for_each_bucket(x, part.n, map, [&](std::ptrdiff_t j, unsigned b, int) {
+            if (place[b] & small) representative[b] = x[j];
+            else to[place[b]++] = x[j];
         });
-        std::ptrdiff_t rank = condensed / 2, first = 0;
-        for (int b = 0; b < buckets; ++b) {
-            const auto end = static_cast<std::ptrdiff_t>(place[b] & ~small);
-            if (place[b] & small) {
-                for (; rank < end; rank += condensed) *result++ = room.representative[b];
-            } else {
-                std::ptrdiff_t* last = room.rank;
-                for (std::ptrdiff_t r = rank; r < end; r += condensed) *last++ = r;
-                detail::arrange(room.out, room.spare, {first, end - first, end - first > n / 2},
-                                Ranks(room.rank, last));
-                for (; rank < end; rank += condensed) *result++ = room.out[rank];
-            }
-            first = end;
-        }
     });
+    std::ptrdiff_t first = part.first;
+    for (int b = 0; b < buckets; ++b) {
+        const auto end = static_cast<std::ptrdiff_t>(place[b] & ~small);
+        if (place[b] & small) {
+            for (; rank < end; rank += condensed) *result++ = representative[b];
+        } else {
+            const Part inner = {first, end - first, end - first > part.n / 2};
+            result = condense_part(to + first, to, from, inner, level + 1, room, result);
+            while (rank < end) rank += condensed;
+        }
+        first = end;
+    }
+    return result;
+}
+
+}  // namespace detail
+
+// k of the 8k observations x, in ascending order: the count of the observations up to any v is 8
+// times the count of values up to v, within 4 + 23.
+template <class T> void condense(const T* x, std::ptrdiff_t k, const RunRoom<T>& room, T* result) {
+    detail::condense_part(x, room.spare, room.out, {0, condensed * k, false}, 0, room, result);
 }
 
 // Of the 2k numbers of two ascending arrays, merged, those at even or at odd places; `result` has
@@ -319,8 +350,8 @@ public:
         }
         copy_raw(i, open(i), room.run);
         if (open(i) > 0)
-            select<T>(room.run, open(i), range_of(room.run, open(i)), Ranks::all(), room.out,
-                      room.spare);
+            select(static_cast<const T*>(room.run), open(i), range_of(room.run, open(i)),
+                   Ranks::all(), room.out, room.spare);
         for (std::ptrdiff_t a = 0; a < m; ++a) {
             const double wanted = orders[a] * static_cast<double>(v.count);
             // Of the greatest observation no summary need know.
@@ -345,7 +376,7 @@ private:
     void add_run(std::ptrdiff_t i, const T* x, const RunRoom<T>& room) const {
         const Range<T> range = range_of(x, run());
         if (!extend(variable(i), range)) return;
-        condense(x, range, k(), room, room.summary);
+        condense(x, k(), room, room.summary);
         add_summary(i, 0, room);
     }
 

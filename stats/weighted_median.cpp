@@ -63,7 +63,8 @@ public:
         // The least candidate that reaches a half.
         const std::ptrdiff_t m = part_.n;
         std::memcpy(room_.spare, part_.x, m * sizeof(T));
-        select(room_.spare, m, range_of(part_.x, m), Ranks::all(), room_.sorted, room_.spare);
+        select(static_cast<const T*>(room_.spare), m, range_of(part_.x, m), Ranks::all(),
+               room_.sorted, room_.spare);
         const T *first = room_.sorted, *const end = first + m;
         int reached = 1;
         for (std::ptrdiff_t count = m; count > 0;) {

@@ -1,0 +1,119 @@
+// Order statistics beside the standard library's algorithms and the P^2 algorithm of
+// Boost.Accumulators: nanoseconds per number, n = 1000000, one variable.
+#include <boost/accumulators/accumulators.hpp>
+#include <boost/accumulators/statistics.hpp>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "stats_bench.h"
+
+namespace kef::bench {
+
+namespace {
+
+constexpr std::int32_t n = 1000000, one = 1, five = 5;
+const double orders[five] = {0.05, 0.25, 0.5, 0.75, 0.95};
+
+// A task over x with all that the computations below want.
+struct Task {
+    const std::int32_t storage = VTS_SS_STORAGE_ROWS;
+    const double epsilon = 1e-3;
+    std::vector<double> quantiles = std::vector<double>(five), sorted;
+    kef_ss_task* task = nullptr;
+    Task(const std::vector<double>& x, const std::vector<double>& w, bool sort = false) {
+        __vtsdSSNewTask(&task, &one, &n, &storage, x.data(), w.data(), nullptr, 0);
+        if (sort) sorted.resize(n);
+        __vtsdSSEditQuantiles(task, &five, orders, quantiles.data(), sort ? sorted.data() : nullptr,
+                              &storage);
+        __vtsdSSEditStreamQuantiles(task, &five, orders, quantiles.data(), &one, &epsilon);
+        __vtsdSSEditTask(task, VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION, quantiles.data());
+    }
+    ~Task() { __vtsSSDeleteTask(&task); }
+    void operator()(std::int32_t (*compute)(kef_ss_task*, std::uint64_t, std::int32_t)) {
+        if (compute(task, 0, 0) != VTS_SS_STATUS_OK) std::puts("refused"), std::exit(1);
+        sink += quantiles[0];
+    }
+    void one_quantile() { __vtsiSSEditTask(task, VTS_SS_ID_QUANTILE_ORDER_COUNT, &one); }
+};
+
+// The least time of an algorithm that changes its data, without that of the copy.
+double best_on_copy(const std::vector<double>& x,
+                    const std::function<void(std::vector<double>&)>& f) {
+    std::vector<double> copy;
+    double best = 1e30;
+    for (int run = 0; run < 7; ++run) {
+        copy = x;
+        const double start = now();
+        f(copy);
+        best = std::min(best, now() - start);
+        sink += copy[n / 2];
+    }
+    return best;
+}
+
+void row(const char* what, const std::string& data, double own, double peer, const char* name) {
+    std::printf("%-24s %-12s %8.2f %9.2f %6.2f  %s\n", what, data.c_str(), own / n, peer / n,
+                own / peer, name);
+}
+
+double p_square(const std::vector<double>& x) {
+    namespace acc = boost::accumulators;
+    using Quantiles = acc::accumulator_set<double, acc::stats<acc::tag::extended_p_square>>;
+    return best_time([&] {
+        Quantiles a(acc::tag::extended_p_square::probabilities =
+                        std::vector<double>(orders, orders + five));
+        for (const double v : x) a(v);
+        sink += acc::extended_p_square(a)[2];
+    });
+}
+
+}  // namespace
+
+void order_statistics() {
+    std::mt19937 generator(1);
+    std::normal_distribution<double> normal;
+    std::vector<double> x(n), w(n);
+    for (double& v : x) v = normal(generator);
+    for (double& v : w) v = 1 + std::fabs(normal(generator));
+    auto ascending = x;
+    std::sort(ascending.begin(), ascending.end());
+    auto heavy = x;
+    for (int j = 0; j + 1 < n; ++j) heavy[j] /= x[j + 1];
+    const std::pair<const char*, std::vector<double>> sets[] = {
+        {"normal", x},
+        {"ascending", ascending},
+        {"descending", {ascending.rbegin(), ascending.rend()}},
+        {"constant", std::vector<double>(n, 3.0)},
+        {"heavy tails", heavy},
+    };
+    std::printf("%-24s %-12s %8s %9s %6s\n", "n = 1000000, ns a number", "data", "own", "peer",
+                "own/peer");
+    double selection = 0;
+    for (const auto& [name, data] : sets) {
+        const double sort = best_on_copy(data, [](auto& v) { std::sort(v.begin(), v.end()); });
+        const double nth = best_on_copy(data, [](auto& v) {
+            auto rest = v.begin();
+            for (const double q : orders) {
+                const auto at = v.begin() + static_cast<long>((n - 1) * q);
+                std::nth_element(rest, at, v.end());
+                rest = at;
+            }
+        });
+        Task some(data, w), all(data, w, true), stream(data, w);
+        const double quantiles = best_time([&] { some(_vtsdSSQuantiles); });
+        row("five quantiles", name, quantiles, nth, "five std::nth_element");
+        row("", name, quantiles, sort, "std::sort");
+        row("order statistics", name, best_time([&] { all(_vtsdSSQuantiles); }), sort, "std::sort");
+        some.one_quantile();
+        selection = best_time([&] { some(_vtsdSSQuantiles); });
+        row("MAD", name, best_time([&] { some(_vtsdSSMAD); }), selection, "one quantile, own");
+        row("weighted median", name, best_time([&] { some(_vtsdSSWMedian); }), selection,
+            "one quantile, own");
+        row("streaming, 1e-3", name, best_time([&] { stream(_vtsdSSStreamQuantiles); }),
+            p_square(data), "Boost, P^2 of five orders");
+    }
+}
+
+}  // namespace kef::bench
