@@ -1,5 +1,7 @@
 // Order statistics beside the standard library's algorithms and the P^2 algorithm of
 // Boost.Accumulators: nanoseconds per number, n = 1000000, one variable.
+#include <malloc.h>
+
 #include <boost/accumulators/accumulators.hpp>
 #include <boost/accumulators/statistics.hpp>
 #include <cmath>
@@ -69,6 +71,46 @@ double p_square(const std::vector<double>& x) {
     });
 }
 
+// A stream of 0 .. 2^32 - 1 in blocks, asked at its end; the memory that the task has taken by
+// then.
+void memory_of_streams() {
+    std::printf("%-24s %9s %12s %12s\n", "streaming, memory", "N", "task, bytes", "image");
+    for (const double epsilon : {0.1, 0.01, 0.001})
+        for (const int count : {10000, 1000000, 100000000}) {
+            const std::int32_t block = 10000, storage = VTS_SS_STORAGE_ROWS;
+            std::int32_t asked = 0;
+            double x[block], median;
+            const double half = 0.5;
+            kef_ss_task* task;
+            __vtsdSSNewTask(&task, &one, &block, &storage, x, nullptr, nullptr, 0);
+            __vtsdSSEditStreamQuantiles(task, &asked, &half, &median, &one, &epsilon);
+            const auto used = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+            const std::size_t before = used();
+            std::mt19937 generator(1);
+            for (int first = 0; first < count; first += block) {
+                for (double& v : x) v = generator();
+                asked = first + block == count;
+                _vtsdSSStreamQuantiles(task, 0, 0);
+            }
+            std::printf("epsilon %-16g %9d %12zu %12lld\n", epsilon, count, used() - before,
+                        static_cast<long long>(__vtsSSGetStreamQuantilesSize(task)));
+            __vtsSSDeleteTask(&task);
+        }
+}
+
+// The worst rank error of five orders over data, in units of epsilon n.
+double worst_rank(const std::vector<double>& data, const std::vector<double>& sorted,
+                  const std::vector<double>& quantiles, double epsilon) {
+    double worst = 0;
+    for (int k = 0; k < five; ++k) {
+        const auto [low, high] = std::equal_range(sorted.begin(), sorted.end(), quantiles[k]);
+        const double wanted = orders[k] * n;
+        worst =
+            std::max({worst, low - sorted.begin() + 1 - wanted, wanted - (high - sorted.begin())});
+    }
+    return worst / (epsilon * static_cast<double>(data.size()));
+}
+
 }  // namespace
 
 void order_statistics() {
@@ -113,7 +155,14 @@ void order_statistics() {
             "one quantile, own");
         row("streaming, 1e-3", name, best_time([&] { stream(_vtsdSSStreamQuantiles); }),
             p_square(data), "Boost, P^2 of five orders");
+        Task once(data, w);
+        once(_vtsdSSStreamQuantiles);
+        auto ordered = data;
+        std::sort(ordered.begin(), ordered.end());
+        std::printf("%-24s %-12s %8.3f  of epsilon n\n", "streaming, rank error", name,
+                    worst_rank(data, ordered, once.quantiles, once.epsilon));
     }
+    memory_of_streams();
 }
 
 }  // namespace kef::bench

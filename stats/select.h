@@ -90,6 +90,7 @@ inline i4 ordered(f4 x) { return (i4)x ^ (vm::sign_mask((i4)x) & INT32_MAX); }
 // either of them is taken to hold both.
 template <class T> class ByPattern {
     using Key = decltype(ordered(Vector<T>{}));
+    using Wrapping = std::conditional_t<sizeof(T) == 8, vm::u2, vm::u4>;
 
 public:
     ByPattern(const Range<T>& range, int buckets) {
@@ -101,14 +102,14 @@ public:
         while (width >> shift >= static_cast<Word>(buckets)) ++shift;
         shift_ = _mm_cvtsi32_si128(shift);
     }
-    i4 operator()(Vector<T> x) const { return shifted(ordered(x) - least_); }
+    i4 operator()(Vector<T> x) const { return shifted((Wrapping)ordered(x) - (Wrapping)least_); }
 
 private:
-    i4 shifted(l2 key) const {
+    i4 shifted(vm::u2 key) const {
         const i4 bucket = (i4)_mm_srl_epi64((__m128i)key, shift_);
         return __builtin_shufflevector(bucket, bucket, 0, 2, 0, 2);
     }
-    i4 shifted(i4 key) const { return (i4)_mm_srl_epi32((__m128i)key, shift_); }
+    i4 shifted(vm::u4 key) const { return (i4)_mm_srl_epi32((__m128i)key, shift_); }
     Key least_;
     __m128i shift_;
 };

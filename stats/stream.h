@@ -48,33 +48,34 @@ struct StreamState {
 
 // Room for work on one run.
 template <class T> struct RunRoom {
-    // Tables of buckets for the levels of condense().
-    static constexpr int levels = 4, first_buckets = 32768, more_buckets = 8192;
-    static constexpr int all_buckets = first_buckets + (levels - 1) * more_buckets;
+    // Levels of condense(), and the tables of buckets of the first and of the others.
+    static constexpr int levels = 4;
+    int first_buckets, more_buckets;
     T *run, *out, *spare;  // 8k
     T *summary, *merged;   // k + 1
     T* representative;     // one of each bucket
     std::uint32_t* place;
     std::ptrdiff_t* rank;  // k
 
-    static int buckets(int level) { return level == 0 ? first_buckets : more_buckets; }
-    static int offset(int level) { return all_buckets - (levels - level) * more_buckets; }
-    std::uint32_t* place_of(int level) const { return place + (level == 0 ? 0 : offset(level)); }
-    T* representative_of(int level) const {
-        return representative + (level == 0 ? 0 : offset(level));
+    int buckets(int level) const { return level == 0 ? first_buckets : more_buckets; }
+    int offset(int level) const {
+        return level == 0 ? 0 : first_buckets + (level - 1) * more_buckets;
     }
+    std::uint32_t* place_of(int level) const { return place + offset(level); }
+    T* representative_of(int level) const { return representative + offset(level); }
 
     RunRoom() = default;
     // For `numbers` observations of an open run, or a whole one.
     static std::uint64_t reserve(KeptLayout& layout, std::ptrdiff_t k, std::ptrdiff_t numbers) {
         const std::uint64_t place = layout.reserve(numbers, 3 * sizeof(T));
         layout.reserve(k + 1, 2 * sizeof(T));
-        layout.reserve(all_buckets, sizeof(T));
-        layout.reserve(all_buckets, sizeof(std::uint32_t));
+        const RunRoom tables(k);
+        layout.reserve(tables.offset(levels), sizeof(T));
+        layout.reserve(tables.offset(levels), sizeof(std::uint32_t));
         layout.reserve(k, sizeof(std::ptrdiff_t));
         return place;
     }
-    RunRoom(char* start, std::ptrdiff_t k, std::ptrdiff_t numbers) {
+    RunRoom(char* start, std::ptrdiff_t k, std::ptrdiff_t numbers) : RunRoom(k) {
         KeptLayout layout;
         const auto at = [&](std::ptrdiff_t count, std::size_t size) {
             return start + layout.reserve(count, size);
@@ -84,9 +85,15 @@ template <class T> struct RunRoom {
         spare = out + numbers;
         summary = reinterpret_cast<T*>(at(k + 1, 2 * sizeof(T)));
         merged = summary + k + 1;
-        representative = reinterpret_cast<T*>(at(all_buckets, sizeof(T)));
-        place = reinterpret_cast<std::uint32_t*>(at(all_buckets, sizeof(std::uint32_t)));
+        representative = reinterpret_cast<T*>(at(offset(levels), sizeof(T)));
+        place = reinterpret_cast<std::uint32_t*>(at(offset(levels), sizeof(std::uint32_t)));
         rank = reinterpret_cast<std::ptrdiff_t*>(at(k, sizeof(std::ptrdiff_t)));
+    }
+
+private:
+    explicit RunRoom(std::ptrdiff_t k) : first_buckets(64) {
+        while (first_buckets < 32768 && first_buckets < 2 * k) first_buckets *= 2;
+        more_buckets = std::min(first_buckets, 8192);
     }
 };
 
