@@ -487,7 +487,7 @@ KEF_API int32_t _vtssSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t me
  * that small blocks are better added without asking.
  *
  * The task keeps a sketch of each variable: at most 128/epsilon + 16 L/epsilon numbers, L = log2(N
- * epsilon/128), beside room for work of 450/epsilon numbers at most (docs/statistics.md). Equal
+ * epsilon/128), beside room for work of 800/epsilon numbers at most (docs/statistics.md). Equal
  * weights; variables that the indices leave out are not fed. A NaN makes all later results of its
  * variable NaN. The sketch is deterministic: summaries of 16/epsilon numbers, of weights 8, 16, 32,
  * ... (Munro & Paterson, TCS 12:315, 1980; Manku, Rajagopalan & Lindsay, SIGMOD 1998).
