@@ -21,11 +21,13 @@ template <class T> struct Weighted {
 template <class T> int side(const Weighted<T>& data, T v, double greatest, double scale) {
     double count = 4;
     while (count < 2.0 * static_cast<double>(data.n)) count *= 2;
-    int exponent;
-    std::frexp(greatest * scale, &exponent);
+    // The power of two above all weights.
+    const double power =
+        2 * std::max(vm::from_bits(vm::to_bits(greatest * scale) & UINT64_C(0x7FF0000000000000)),
+                     std::numeric_limits<double>::min());
     constexpr int most = 128;  // from 2^1024 to 2^-1074 in steps of 2^-53 count
     double sigma[most];
-    sigma[0] = std::ldexp(count, exponent);
+    sigma[0] = power * count;
     double total = 0;
     for (int level = 0; level < most; ++level) {
         bool rest = false;
