@@ -1,6 +1,7 @@
 // One digest of the bits that each kernel, generator, law, estimate and spline gives for a fixed
-// list of arguments, in tests/data/digests.txt: the same on every system and preset. A change of
-// bits shows as a changed line there; KEF_WRITE_DIGESTS=file writes the list (./run digests).
+// list of arguments, in tests/data/digests.txt: the same on every system and preset without
+// fused operations. A change of bits shows as a changed line there; KEF_WRITE_DIGESTS=file writes the
+// list (./run digests).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -327,6 +328,29 @@ Lines all_lines() {
     return lines;
 }
 
+// Members with fused operations: the same bits where results are exact or correctly rounded, and
+// where no kernel is below; other last bits elsewhere.
+#if defined(__FMA__)
+constexpr bool is_fused = true;
+#else
+constexpr bool is_fused = false;
+#endif
+bool is_same_in_all_members(const std::string& line) {
+    std::istringstream words(line);
+    std::string kind, name, slot;
+    words >> kind >> name >> slot;
+    if (kind == "stream") return true;
+    if (kind != "math") return false;
+    const auto is_one_of = [&](std::initializer_list<const char*> functions) {
+        return std::find(functions.begin(), functions.end(), name.substr(1)) != functions.end();
+    };
+    if (is_one_of({"Abs", "Add", "Sub", "Mul", "Div", "Inv", "Sqr", "Sqrt", "Ceil", "Floor",
+                   "Round", "Trunc", "Rint", "NearbyInt", "Modf"}))
+        return true;
+    return name[0] == 's' && slot == "HA" &&
+           !is_one_of({"Pow", "Powx", "Atan2", "Hypot", "LinearFrac"});
+}
+
 TEST(Digests, AreThoseOnRecord) {
     const Lines lines = all_lines();
     if (const char* path = std::getenv("KEF_WRITE_DIGESTS")) {
@@ -338,7 +362,8 @@ TEST(Digests, AreThoseOnRecord) {
     std::ifstream file(KEF_SOURCE_DIR "/tests/data/digests.txt");
     for (std::string line; std::getline(file, line);)
         recorded[line.substr(17)] = line.substr(0, 16);
-    for (const auto& [name, digest] : lines) EXPECT_EQ(digest, recorded[name]) << name;
+    for (const auto& [name, digest] : lines)
+        if (!is_fused || is_same_in_all_members(name)) EXPECT_EQ(digest, recorded[name]) << name;
     EXPECT_EQ(lines.size(), recorded.size());
 }
 

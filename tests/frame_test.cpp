@@ -25,7 +25,9 @@ const std::vector<double> ordinary = {0.5, 0.75, 0.3, 0.9, 0.999, 0.0625, 0.1234
 const std::vector<double> mixed = {
     0.5, 1.5, -1.25, 3.75, 0.0, -0.0, INFINITY, -INFINITY, NAN, 1e-310, -1e-40, 1.0, 2.5, -2.5,
     0.49999999999999994, 4503599627370497.5, 8388609.0, -708.4, -745.0, 709.78, 88.5, -104.0, 1e300,
-    -1e300, 1e38, 1e-300, 0x1p-126, 0x1p-1022, 1e22, -7.0, 0.1, 170.5};
+    -1e300, 1e38, 1e-300, 0x1p-126, 0x1p-1022, 1e22, -7.0, 0.1, 170.5,
+    // zeros and tiny numbers beside such as a second formula takes
+    87.5, -0.0, 1e-20, -88.0};
 // clang-format on
 
 // `count` elements cycling through the values, from `first` on.

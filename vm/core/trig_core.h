@@ -46,9 +46,9 @@ inline longs sine_sign(longs k) { return (k << 55) & INT64_MIN; }
 inline Parts sine_parts(longs k, const TrigPowers& p) {
     const Rows row(sine256_table, row_numbers(k, 255));
     const auto [S, C] = row.pair(&SineEntry::sine);
-    const auto [s, c] = row.pair(&SineEntry::sine_low);
     const doubles high = S + p.r;  // |S| > |r| or S = 0
     const doubles rest = (S - high) + p.r;
+    const auto [s, c] = row.pair(&SineEntry::sine_low);
     const doubles small = multiply_add(C, p.sine, S * p.cosine);
     return {high, rest + (s + multiply_add(c, p.r, small))};
 }

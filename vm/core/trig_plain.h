@@ -51,9 +51,10 @@ template <Phase phase, class Accuracy, class V> inline HalfTurns<V> half_turns(V
     constexpr T shifter = phase == Phase::tangent  ? whole / 2
                           : phase == Phase::cosine ? whole + 1  // cos(pi/2 + r) = -sin r
                                                    : whole;
-    V sum = x * static_cast<T>(inverse_pi);
-    if constexpr (phase == Phase::cosine) sum = sum - T(0.5);
-    sum = sum + shifter;
+    constexpr auto inverse = static_cast<T>(inverse_pi);
+    V sum;
+    if constexpr (phase == Phase::cosine) sum = multiply_subtract(x, inverse, T(0.5)) + shifter;
+    else sum = multiply_add(x, inverse, shifter);
     V k = sum - shifter;
     if constexpr (phase == Phase::cosine) k = k + T(0.5);
     return {minus_products(x, k, pi_parts_of<T, Accuracy>), sum,
@@ -86,9 +87,16 @@ template <Phase phase, class Accuracy> inline doubles sine_polynomial(doubles r)
     }
 }
 
+// Fused operations round otherwise than those that the coefficients were chosen for, which leave no
+// result above 1.
+template <class V> inline V at_most_one(V sine) {
+    if constexpr (is_fused) return within(sine, Element<V>(1));
+    else return sine;
+}
+
 template <Phase phase, class Accuracy> inline doubles sine_plain(doubles x) {
     const auto turns = half_turns<phase, Accuracy>(x);
-    return flipped(sine_polynomial<phase, Accuracy>(turns.r), turns.parity);
+    return flipped(at_most_one(sine_polynomial<phase, Accuracy>(turns.r)), turns.parity);
 }
 
 // Sine and cosine of x = k pi + r, 2 k an integer, from those of r: they change places where it is
@@ -150,7 +158,7 @@ template <Phase phase, class Accuracy> inline floats sine_plain(floats x) {
         constexpr auto c = coefficients(0xBE2AAAA6u, 0x3C08876Eu, 0xB94FB87Fu, 0x362EE227u);
         s = r + (r * y) * polynomial_by_pairs(y, y * y, c);
     }
-    return flipped(s, sign);
+    return flipped(at_most_one(s), sign);
 }
 
 // numerator / denominator for even 2 k, -denominator / numerator for odd ones.

@@ -33,12 +33,12 @@ enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k
 template <int bias, TrigReach reach> inline TrigReduced trig_reduce(doubles x) {
     constexpr double inverse = 256 * inverse_pi;
     constexpr double shifter = 0x1.8p52 + bias;
-    const doubles sum = x * inverse + shifter;
+    const doubles sum = multiply_add(x, inverse, shifter);
     const doubles k = sum - shifter;
     if constexpr (reach == TrigReach::near) {
         constexpr double P1 = pi_parts[0] / 256, P2 = pi_parts[1] / 256, P3 = pi_parts[2] / 256;
-        const doubles r1 = x - k * P1, w = k * P2, r = r1 - w;
-        return {(longs)sum, r, ((r1 - r) - w) - k * P3};
+        const doubles r1 = negative_multiply_add(k, P1, x), w = k * P2, r = r1 - w;
+        return {(longs)sum, r, negative_multiply_add(k, P3, (r1 - r) - w)};
     } else {
         constexpr double P1 = from_bits(UINT64_C(0x3F8921FB50000000));
         constexpr double P2 = from_bits(UINT64_C(0x3DE110B460000000));

@@ -43,7 +43,7 @@ template <class T, class Accuracy> struct InvSqrt {
             const doubles t = leading<31>(quotient(x)), t2 = t * t;
             const doubles x_high = leading<44>(x);
             const doubles e = (1.0 - x_high * t2) - (x - x_high) * t2;
-            return t + t * (e * (0.5 + e * 0.375));
+            return multiply_add(t, e * multiply_add(e, 0.375, 0.5), t);
         } else {
             if constexpr (std::is_same_v<Accuracy, EP>) return estimate(x, ep);
             const floats y = estimate(x, la), y2 = y * (1.88988157f - (x * y) * y);
@@ -83,18 +83,18 @@ private:
 
     // The relative error of t cubed, for t of 2^-21.
     static doubles corrected(doubles x, doubles t) {
-        const doubles e = 1.0 - x * (t * t);
-        return t + t * (e * (0.5 + e * 0.375));
+        const doubles e = negative_multiply_add(x, t * t, 1.0);
+        return multiply_add(t, e * multiply_add(e, 0.375, 0.5), t);
     }
 
     // From 3.5% by four steps of Newton.
     static doubles iterate(doubles x) {
         const doubles half = x * 0.5;
         doubles y = (doubles)(INT64_C(0x5FE6EB50C7B537A9) - (longs)((ulongs)x >> 1));
-        y = y * (1.5 - (half * y) * y);
-        y = y * (1.5 - (half * y) * y);
-        y = y * (1.5 - (half * y) * y);
-        return y + y * (0.5 - (half * y) * y);
+        y = y * negative_multiply_add(half * y, y, 1.5);
+        y = y * negative_multiply_add(half * y, y, 1.5);
+        y = y * negative_multiply_add(half * y, y, 1.5);
+        return multiply_add(y, negative_multiply_add(half * y, y, 0.5), y);
     }
 };
 
