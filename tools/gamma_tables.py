@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Makes the tables of vm/core/gamma_core.h: tools/gamma_tables.py DIRECTORY
+"""Makes the tables of vm/core/gamma_table.h: tools/gamma_tables.py DIRECTORY
 
 gamma161.inc   for each centre c = 0, 1/8, ..., 20 the coefficients of t^0 to t^12 of a
                polynomial for Gamma(1 + c + t), |t| <= 1/16, rounded to nearest, and what
@@ -9,7 +9,7 @@ lgamma161.inc  the same for ln Gamma: of 1 + c + t up to c = 7/8, of c + t from 
 
 Polynomials interpolate at Chebyshev points. With --errors the tool
 prints the largest relative errors of these, and of the polynomials that end at t^7, t^6
-and t^3; with --constants the other constants of gamma_core.h.
+and t^3; with --constants the constants of gamma_core.h and gamma_mirrored.h.
 """
 import pathlib
 import struct

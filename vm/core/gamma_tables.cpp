@@ -1,4 +1,4 @@
-#include "vm/core/gamma_core.h"
+#include "vm/core/gamma_table.h"
 
 namespace kef::vm {
 

@@ -19,12 +19,11 @@ namespace {
 // x P(x^2) / Q(x^2) for |x| <= 4.6, cut to [-1, 1]: relative error 2^-11.8
 // (tools/tanh_rational.py).
 inline floats tanh_rational(floats x) {
-    constexpr float p0 = from_bits(0x3F8006F4u), p1 = from_bits(0x3DD446C8u),
-                    p2 = from_bits(0x3A3A0FFEu);
-    constexpr float q1 = from_bits(0x3EDF9D6Eu), q2 = from_bits(0x3C583926u);
+    constexpr auto p = coefficients(0x3F8006F4u, 0x3DD446C8u, 0x3A3A0FFEu);
+    constexpr auto q = coefficients(0x3F800000u, 0x3EDF9D6Eu, 0x3C583926u);
     x = within(x, 4.6f);
     const floats u = x * x;
-    return within((x * (p0 + u * (p1 + u * p2))) / (1.0f + u * (q1 + u * q2)), 1.0f);
+    return within((x * polynomial(u, p)) / polynomial(u, q), 1.0f);
 }
 
 }  // namespace
