@@ -1,7 +1,7 @@
 // One digest of the bits that each kernel, generator, law, estimate and spline gives for a fixed
 // list of arguments, in tests/data/digests.txt: the same on every system and preset without
-// fused operations. A change of bits shows as a changed line there; KEF_WRITE_DIGESTS=file writes the
-// list (./run digests).
+// fused operations. A change of bits shows as a changed line there; KEF_WRITE_DIGESTS=file writes
+// the list (./run digests).
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -142,7 +142,9 @@ template <class Accuracy, int shift = 0> inline floats exp_single(floats x, auto
     const floats k = sum - shifter;
     floats p;
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        const floats r = (negative_multiply_add(k, static_cast<float>(ln2), x) + ... + low);
+        // With the product rounded, so that r = 0 where x is such a product: powers of two are
+        // exact.
+        const floats r = ((x - k * static_cast<float>(ln2)) + ... + low);
         p = polynomial(r, coefficients(0x3F800000u, 0x3F800000u, 0x3F01024Du, 0x3E2AA08Eu));
     } else {
         constexpr auto c = [] {
