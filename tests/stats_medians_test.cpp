@@ -68,6 +68,8 @@ TEST(StatsMedians, DeviationOfSpecialData) {
     EXPECT_TRUE(std::isnan(mad<double>({1, infinity, infinity})));
     // The median of the last pair has one bit more than a double.
     EXPECT_EQ(0x1p-53, mad<double>({1, 1 + 0x1p-52}));
+    const double next = 1 + 0x1p-52;
+    EXPECT_EQ(0x1p-53, mad<double>({1, next, infinity, 1, -infinity, next}));
 }
 
 // Sorts, and compares sums of weights with a half, all without rounding.
@@ -128,6 +130,10 @@ template <class T> void check_weighted() {
                 for (const int storage : {VTS_SS_STORAGE_ROWS, VTS_SS_STORAGE_COLUMNS})
                     EXPECT_EQ(T(exact_weighted_median(x, w)), weighted_median(x, w, storage))
                         << "weights " << w[0] << ", " << w[n - 1];
+            // Equal halves whose sums are rounded differently.
+            std::sort(x.begin(), x.end());
+            for (int j = 0; j < n / 2; ++j) real[n - 1 - j] = real[j];
+            EXPECT_EQ(T(exact_weighted_median(x, real)), weighted_median(x, real));
         }
 }
 

@@ -43,6 +43,9 @@ template <class T> std::vector<std::pair<std::string, std::vector<T>>> data_sets
         {"five values", make([&](int) { return std::floor(5 * uniform(generator)) - 2; })},
         {"zeros of both signs", make([&](int) { return uniform(generator) < 0.5 ? -0.0 : 0.0; })},
         {"many scales", make([&](int) { return std::exp(40 * normal(generator)); })},
+        {"zeros and many scales", make([&](int j) {
+             return j % 3 == 2 ? std::exp(40 * normal(generator)) : j % 3 == 0 ? -0.0 : 0.0;
+         })},
         {"subnormal", make([&](int) { return std::floor(2000 * normal(generator)) * tiny; })},
         {"full range", make([&](int) { return (2 * uniform(generator) - 1) * huge; })},
         {"one step apart, then huge",

@@ -60,12 +60,12 @@ template <class T> struct StreamTask {
 // Each quantile is an observation, and its rank is right: exactly while nothing has been condensed,
 // else within what the levels in use allow, which is less than epsilon N.
 template <class T>
-void expect_ranks(const StreamTask<T>& stream, std::vector<T> x, int i = 0, int merges = 0) {
+void expect_ranks(const StreamTask<T>& stream, std::vector<T> x, int i = 0, double share = 1) {
     std::sort(x.begin(), x.end());
     const double N = double(x.size()), k = std::ceil(16 / double(stream.epsilon));
-    const double levels = std::max(0.0, std::floor(std::log2(N / (8 * k)))) + merges;
+    const double levels = std::max(0.0, std::floor(std::log2(N / (8 * k))));
     const double bound =
-        N < 8 * k ? 0 : std::min(N / (2 * k) * (7 + levels) + 1, stream.epsilon * N);
+        N < 8 * k ? 0 : std::min(N / (2 * k) * (7 + levels) + 1, share * stream.epsilon * N);
     for (std::size_t a = 0; a < stream.orders.size(); ++a) {
         const T value = stream.quantiles[i * stream.orders.size() + a];
         const auto [low, high] = std::equal_range(x.begin(), x.end(), value);
@@ -114,7 +114,9 @@ template <class T> void check_bound() {
                 for (const int block : {n, 1000}) {
                     StreamTask<T> stream(epsilon);
                     stream.feed(x, block);
-                    expect_ranks(stream, x);
+                    // Errors to either side cancel, where the data do not work against it.
+                    const bool cancel = name == "normal" && n == 100000;
+                    expect_ranks(stream, x, 0, cancel ? 0.1 : 1);
                 }
             }
 }
