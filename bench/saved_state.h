@@ -17,7 +17,7 @@ namespace kef {
 
 // FNV-1a.
 inline std::uint64_t hash_file(const std::filesystem::path& path, std::uint64_t hash) {
-    if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
+    if (std::FILE* file = std::fopen(path.string().c_str(), "rb")) {
         for (int c; (c = std::getc(file)) != EOF;)
             hash = (hash ^ static_cast<unsigned>(c)) * 0x100000001B3u;
         std::fclose(file);

@@ -28,6 +28,12 @@ if(BUILD_SHARED_LIBS AND CMAKE_OBJCOPY)
   ")
 endif()
 
+# Import libraries under both names that linkers look for, and the list to make another one of.
+if(WIN32 AND BUILD_SHARED_LIBS)
+  install(FILES $<TARGET_LINKER_FILE:kef> DESTINATION ${CMAKE_INSTALL_LIBDIR} RENAME kef.lib)
+  install(FILES ${CMAKE_BINARY_DIR}/kef.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+
 install(EXPORT kef-targets NAMESPACE kef:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/kef)
 write_basic_package_version_file(kef-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/kef-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/kef-config-version.cmake

@@ -14,7 +14,7 @@
  * own mode, VTM_ERRMODE_CALLBACK, and the law's own error callback set; which laws set them,
  * docs/distributions.md tells. It has to return. An exception that leaves it ends the process, with
  * the message of the C++ runtime; a jump out of it (longjmp) is forbidden: the thread would keep
- * that mode and callback. */
+ * that mode and callback. On Windows an exception is forbidden likewise, and not held up. */
 #ifndef KEF_DIST_H
 #define KEF_DIST_H
 

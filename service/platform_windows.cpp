@@ -166,3 +166,12 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID process_ends) {
     }
     return TRUE;
 }
+
+// A program that holds the library's objects itself has no DllMain; the loader calls this there
+// too.
+static void NTAPI in_program(PVOID module, DWORD reason, PVOID) {
+    if (module != GetModuleHandleA(nullptr)) return;
+    if (reason == DLL_PROCESS_ATTACH) kef::platform::process_attach();
+    if (reason == DLL_THREAD_DETACH) kef::platform::thread_detach();
+}
+__attribute__((section(".CRT$XLC"), used)) static const PIMAGE_TLS_CALLBACK on_thread = in_program;

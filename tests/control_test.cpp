@@ -8,7 +8,7 @@
 #include <xmmintrin.h>
 
 #include "kef_vm.h"
-#include "tests/process.h"
+#include "tests/system.h"
 #include "tests/threads.h"
 
 namespace kef_test {
@@ -87,16 +87,16 @@ TEST(Mode, CallbackBitFollowsTheCallback) {
 
 // The environment is read by threads whose mode word is zero.
 TEST(Mode, ZeroFromTheEnvironmentIsReadAgainAndZeroByClearingIsNot) {
-    setenv("KEF_VTM_MODE", "VTM_DEFAULT_PRECISION", 1);
+    set_environment("KEF_VTM_MODE", "VTM_DEFAULT_PRECISION");
     in_fresh_thread([] {
         EXPECT_EQ(kef_vtm_kernel_GetMode(), 0u);
         EXPECT_EQ(kef_vtm_kernel_GetTTableIndex(), -1);
-        setenv("KEF_VTM_MODE", "VTM_EP", 1);
+        set_environment("KEF_VTM_MODE", "VTM_EP");
         EXPECT_EQ(kef_vtm_kernel_GetMode(), 3u);
-        setenv("KEF_VTM_MODE", "VTM_LA", 1);
+        set_environment("KEF_VTM_MODE", "VTM_LA");
         EXPECT_EQ(kef_vtm_kernel_GetMode(), 3u);
     });
-    setenv("KEF_VTM_MODE", "VTM_ERRMODE_CALLBACK", 1);
+    set_environment("KEF_VTM_MODE", "VTM_ERRMODE_CALLBACK");
     in_fresh_thread([] {
         EXPECT_EQ(kef_vtm_kernel_SetErrorCallBack(refuse), nullptr);
         EXPECT_EQ(kef_vtm_kernel_GetMode(), 0x1000u);
@@ -108,7 +108,7 @@ TEST(Mode, ZeroFromTheEnvironmentIsReadAgainAndZeroByClearingIsNot) {
         EXPECT_EQ(kef_vtm_kernel_SetMode(VTM_EP), 0u);
         EXPECT_EQ(kef_vtm_kernel_GetMode(), 3u);
     });
-    unsetenv("KEF_VTM_MODE");
+    set_environment("KEF_VTM_MODE", nullptr);
 }
 
 TEST(Mode, EnvironmentValues) {

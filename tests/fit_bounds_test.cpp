@@ -1,40 +1,13 @@
 // Nothing is read or written outside the caller's arrays: each array ends, or begins, at
 // a page that may not be touched.
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <algorithm>
-
 #include "tests/fit_data.h"
+#include "tests/system.h"
 
 namespace {
 
 using namespace fit_test;
-
-enum class Guard { before, behind };
-
-template <class T> class Guarded {
-public:
-    Guarded(const std::vector<T>& values, Guard guard) : size_(values.size() * sizeof(T)) {
-        const std::size_t page = sysconf(_SC_PAGESIZE), used = (size_ + page - 1) / page * page;
-        length_ = used + page;
-        base_ = static_cast<char*>(
-            mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        if (base_ == MAP_FAILED) std::abort();
-        const bool before = guard == Guard::before;
-        mprotect(before ? base_ : base_ + used, page, PROT_NONE);
-        first_ = reinterpret_cast<T*>(before ? base_ + page : base_ + used - size_);
-        std::copy(values.begin(), values.end(), first_);
-    }
-    ~Guarded() { munmap(base_, length_); }
-    Guarded(const Guarded&) = delete;
-    T* data() const { return size_ == 0 ? nullptr : first_; }
-
-private:
-    std::size_t size_, length_;
-    char* base_;
-    T* first_;
-};
+using kef_test::Guard;
+using kef_test::Guarded;
 
 template <class T>
 void use_every_array(const Kind& kind, const Spline<T>& s, std::size_t n, Guard guard) {

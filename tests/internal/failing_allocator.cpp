@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
+#include <new>
 
 extern "C" {
 void* __real_malloc(std::size_t size);
@@ -73,3 +74,13 @@ void __wrap_free(void* block) {
 }
 
 }  // extern "C"
+
+#if defined(_WIN32)
+// The C++ library is linked in there, and would be led through it too.
+void* operator new(std::size_t size) {
+    if (void* block = __real_malloc(size)) return block;
+    throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { __real_free(block); }
+void operator delete(void* block, std::size_t) noexcept { __real_free(block); }
+#endif

@@ -1,12 +1,11 @@
 // Streams when there is no memory: every allocation of every call fails once.
-#include <unistd.h>
-
 #include <cstring>
 #include <string>
 
 #include "kef_rng.h"
 #include "tests/internal/failing_allocator.h"
 #include "tests/rng_streams.h"
+#include "tests/system.h"
 
 namespace {
 
@@ -125,7 +124,8 @@ TEST_F(RngMemory, Chunks) {
 TEST_F(RngMemory, SaveAndLoad) {
     const Stream source = stream_with_chunks(VTS_BRNG_MT2203 + 7);
     const Bytes image = image_of(source);
-    const std::string path = testing::TempDir() + "kef_rng_memory_" + std::to_string(getpid());
+    const std::string path =
+        testing::TempDir() + "kef_rng_memory_" + std::to_string(kef_test::process_number());
     const auto length = static_cast<std::int32_t>(path.size());
     EXPECT_EQ(for_each_failed_allocation(
                   [] { return 0; },

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "places.h"
-#include "tests/process.h"
+#include "tests/system.h"
 
 namespace kef_test {
 namespace {
@@ -46,7 +46,7 @@ TEST(Lifecycle, WorksWithoutAKeyForThreads) {
 #endif
 
 // A program with the shared library, and one that holds what it needs of the archive.
-const char* const programs[] = {"control", "control_static"};
+const char* const programs[] = {"life", "life_static"};
 
 TEST(Lifecycle, ThreadsGiveTheirBlocksBack) {
     for (const char* program : programs) expect_success(run_client(program, {"threads"}));
