@@ -14,6 +14,10 @@ namespace kef::vm {
 template <class T> struct RowNumbers { int of[lanes<T>]; };
 inline RowNumbers<double> row_numbers(longs x, int mask = 0xFFFF, int word = 0, int first = 0) {
     RowNumbers<double> rows;
+    if constexpr (lanes < double >> 2) {  // one operation instead of one a lane
+        x &= std::int64_t{mask} << (16 * word);
+        mask = 0xFFFF;
+    }
 #pragma GCC unroll 8
     for (int i = 0; i < lanes<double>; ++i)
         rows.of[i] = (((ushorts)x)[4 * i + word] & mask) - first;

@@ -63,8 +63,7 @@ inline ulongs low_products(ulongs x, ulongs y) {
 
 // A vector of blocks __m128d, which f(0) and f(1) give.
 template <class F> inline doubles of_blocks(F f) {
-    const auto low = f(0), high = f(1);
-    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+    return (doubles)_mm256_insertf128_pd(_mm256_castpd128_pd256(f(0)), f(1), 1);
 }
 
 // The lanes before `count`.

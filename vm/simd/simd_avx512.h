@@ -63,10 +63,9 @@ inline ulongs low_products(ulongs x, ulongs y) {
 
 // A vector of blocks __m128d, which f(0) to f(3) give.
 template <class F> inline doubles of_blocks(F f) {
-    const auto a = f(0), b = f(1), c = f(2), d = f(3);
-    const auto low = __builtin_shufflevector(a, b, 0, 1, 2, 3);
-    const auto high = __builtin_shufflevector(c, d, 0, 1, 2, 3);
-    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+    const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(f(0)), f(1), 1);
+    const __m256d high = _mm256_insertf128_pd(_mm256_castpd128_pd256(f(2)), f(3), 1);
+    return (doubles)_mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
 }
 
 inline doubles load_some(const double* p, int count) {
