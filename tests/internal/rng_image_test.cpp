@@ -13,6 +13,7 @@
 #include "service/alloc.h"
 #include "tests/internal/failing_allocator.h"
 #include "tests/rng_streams.h"
+#include "tests/system.h"
 
 // The linker leads image.cpp's question here.
 static bool rdrand_is_missing = false;
@@ -30,7 +31,8 @@ protected:
     std::string path = "/proc/self/fd/" + std::to_string(memory_file);
     ~RngImage() override { close(memory_file); }
 #else
-    std::string path = testing::TempDir() + "kef_stream_image";
+    std::string path =
+        testing::TempDir() + "kef_stream_image_" + std::to_string(kef_test::process_number());
     ~RngImage() override { std::remove(path.c_str()); }
 #endif
 
