@@ -20,7 +20,7 @@ public:
 
     // After passes over all functions.
     void print(const std::vector<const kef_test::Row*>& rows, bool markdown) const {
-        const double factor = this->factor();
+        const auto [factor, least, most] = fit();
         Table table({"function", "kernels", "cycles", "on the scale", "published"});
         for (const kef_test::Row* shown : rows) {
             const kef_test::Row& row = *shown;
@@ -37,7 +37,7 @@ public:
         }
         table.print(markdown);
         std::printf("%sfactor %.3f; the anchors' costs are between %.2f and %.2f times that\n",
-                    markdown ? "\n" : "", factor, least_, most_);
+                    markdown ? "\n" : "", factor, least, most);
     }
 
 private:
@@ -101,7 +101,10 @@ private:
     }
 
     // The mean of ln(anchor / cycles), each kernel once, is the solution of least squares.
-    double factor() const {
+    struct Fit {
+        double factor, least, most;  // of anchor / (factor cycles)
+    };
+    Fit fit() const {
         std::vector<double> logarithms;
         for (const kef_test::Row& row : kef_test::rows())
             for (int slot = 0; slot < 3; ++slot) {
@@ -116,13 +119,10 @@ private:
         for (const double x : logarithms) sum += x;
         const double mean = sum / static_cast<double>(logarithms.size());
         const auto [least, most] = std::minmax_element(logarithms.begin(), logarithms.end());
-        least_ = std::exp(*least - mean);
-        most_ = std::exp(*most - mean);
-        return std::exp(mean);
+        return {std::exp(mean), std::exp(*least - mean), std::exp(*most - mean)};
     }
 
     std::map<std::string, std::array<std::vector<double>, 3>> cycles_;
-    mutable double least_ = 1, most_ = 1;
 };
 
 }  // namespace kef

@@ -35,7 +35,7 @@ template <class Odd> bool convert(std::int32_t n, const float* x, double* r, Odd
     std::int32_t i = 0;
     for (; i < (n & -4); i += 4) {
         const vm::f4 four = vm::load(x + i);
-        const vm::d2x2 wide = vm::widen(four);
+        const vm::DoublesPair wide = vm::widen(four);
         any |= odd(vm::heads(four));
         vm::store(r + i, wide.low);
         vm::store(r + i + 2, wide.high);

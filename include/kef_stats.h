@@ -466,7 +466,8 @@ KEF_API int32_t _vtssSSMAD(kef_ss_task *task, uint64_t estimates, int32_t method
  * exactly a half, the mean of it and the next larger x. Equal weights give the ordinary median.
  *
  * Reads x and the weights; writes element i of the QUANTILES, p of them. Exact: rounded sums
- * never decide, however many weights there are. Observations of weight 0 take no part, NaN among
+ * never decide, however many weights there are (in double precision, bits of weights below 2^-1010
+ * are dropped beside one above 2^1020/n). Observations of weight 0 take no part, NaN among
  * them; any other NaN makes the result of its variable NaN. Memory 4 to 6n elements, which the task
  * keeps.
  *

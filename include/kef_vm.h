@@ -5,8 +5,9 @@
  * All functions are plain C, never throw and never keep a pointer to caller
  * data, except the two that say so.
  *
- * Every function gives the same bits on every x86 processor, at every length,
- * position and alignment of the vectors. */
+ * Every function gives the same bits on every x86 processor that runs the same build of
+ * the library, at every length, position and alignment of the vectors; builds for wider
+ * vectors differ in last bits, but where a result is exact or correctly rounded. */
 #ifndef KEF_VM_H
 #define KEF_VM_H
 

@@ -6,6 +6,10 @@
 
 namespace kef::stats {
 
+inline bool is_storage(std::int64_t code) {
+    return code == VTS_SS_STORAGE_ROWS || code == VTS_SS_STORAGE_COLUMNS;
+}
+
 // n, x and its storage, in this order; then p.
 inline std::int32_t check_observations(const Task& task) {
     if (positive_at(task, task.count) == 0) return VTS_SS_STATUS_BAD_COUNT;

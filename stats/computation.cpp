@@ -3,20 +3,6 @@
 
 #include "stats/each.h"
 
-namespace kef::stats {
-
-namespace {
-
-bool is_storage(const Task& task, const void* code) {
-    if (code == nullptr) return false;
-    const std::int64_t storage = integer_at(task, code);
-    return storage == VTS_SS_STORAGE_ROWS || storage == VTS_SS_STORAGE_COLUMNS;
-}
-
-}  // namespace
-
-}  // namespace kef::stats
-
 using namespace kef::stats;
 
 #define KEF_CHECK(check) KEF_CHECK_##check
@@ -33,8 +19,9 @@ using namespace kef::stats;
 #define KEF_CHECK_layout(matrix)                                              \
     if (task->matrix != nullptr && !is_layout(*task, task->matrix##_storage)) \
         return VTS_SS_STATUS_NULL_STORAGE;
-#define KEF_CHECK_storage(array)                                             \
-    if (task->array != nullptr && !is_storage(*task, task->array##_storage)) \
+#define KEF_CHECK_storage(array)                                                           \
+    if (task->array != nullptr && (task->array##_storage == nullptr ||                     \
+                                   !is_storage(integer_at(*task, task->array##_storage)))) \
         return VTS_SS_STATUS_NULL_STORAGE;
 
 #define KEF_COMPUTATION_ENTRY(type, T, Name, function, ...)                       \

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "service/alloc.h"
+#include "stats/checks.h"
 
 namespace kef::stats {
 
@@ -18,9 +19,7 @@ std::int32_t new_task(Task** task_out, const void* p, const void* n, const void*
     if (!positive(p)) return VTS_SS_STATUS_BAD_DIMENSION;
     if (x != nullptr) {
         if (x_storage == nullptr) return VTS_SS_STATUS_NULL_STORAGE;
-        const std::int64_t storage = integer_at(wide != 0, x_storage);
-        if (storage != VTS_SS_STORAGE_ROWS && storage != VTS_SS_STORAGE_COLUMNS)
-            return VTS_SS_STATUS_BAD_X_STORAGE;
+        if (!is_storage(integer_at(wide != 0, x_storage))) return VTS_SS_STATUS_BAD_X_STORAGE;
         if (!positive(n)) return VTS_SS_STATUS_BAD_COUNT;
     }
     if (task_out == nullptr) return VTS_SS_STATUS_NULL_TASK;

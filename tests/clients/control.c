@@ -65,7 +65,7 @@ static void trapped(const char *name) {
 
 #if defined(_WIN32)
 static LONG WINAPI on_exception(EXCEPTION_POINTERS *what) {
-    /* Which exceptions are set and unmasked: the code is the same for all in a 32-bit program. */
+    /* Which exceptions are set and unmasked: the code need not tell, in a 32-bit program. */
 #if defined(_WIN64)
     const unsigned csr = what->ContextRecord->MxCsr;
 #else

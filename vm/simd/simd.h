@@ -145,7 +145,6 @@ using i4 = std::int32_t __attribute__((vector_size(16)));
 using u4 = std::uint32_t __attribute__((vector_size(16)));
 using l2 = std::int64_t __attribute__((vector_size(16)));
 using u2 = std::uint64_t __attribute__((vector_size(16)));
-using d2x2 = DoublesPair;
 
 }  // namespace kef::vm
 
