@@ -14,6 +14,7 @@
 #include "bench/meter.h"
 #include "bench/peers.h"
 #include "bench/saved_state.h"
+#include "bench/table.h"
 #include "include/kef_vm.h"
 
 namespace kef {
@@ -290,9 +291,9 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             total.done[chunk] = true;
             const std::size_t count = total.done.count();
             if (count % 32 == 0) saved.save();
-            std::fprintf(stderr, "\r%s: %5.1f %%, %llu misrounded ", row.name().c_str(),
-                         100.0 * count / Exhaustive::chunk_count,
-                         static_cast<unsigned long long>(total.tallies[0][0].misrounded));
+            show_progress(format("\r%s: %5.1f %%, %llu misrounded ", row.name().c_str(),
+                                 100.0 * count / Exhaustive::chunk_count,
+                                 static_cast<unsigned long long>(total.tallies[0][0].misrounded)));
         }
     };
     std::vector<std::thread> threads;
@@ -301,7 +302,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
     for (std::thread& thread : threads) thread.join();
     if (fresh) {
         saved.save();
-        std::fputc('\n', stderr);
+        show_progress("\n");
     }
     return std::move(saved.state);
 }

@@ -2,6 +2,8 @@
 // belongs to the machine code that was measured: with other code it starts anew.
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -52,6 +54,12 @@ inline std::uint64_t code_hash(const kef_test::Row& row) {
     std::uint64_t hash = 0xCBF29CE484222325u;
     for (const fs::path& object : objects) hash = hash_file(object, hash);
     return hash;
+}
+
+// How far a run is, on a terminal: one line, written over; the caller ends it.
+inline void show_progress(const std::string& line) {
+    static const bool terminal = isatty(STDERR_FILENO) == 1;
+    if (terminal) std::fputs(line.c_str(), stderr);
 }
 
 // `State` is plain data with a member `code`; it is saved as it stands. `plan` changes with what a

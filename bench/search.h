@@ -12,6 +12,7 @@
 
 #include "bench/sampling.h"
 #include "bench/saved_state.h"
+#include "bench/table.h"
 #include "include/kef_vm.h"
 
 namespace kef {
@@ -93,7 +94,7 @@ public:
             perform(wide_.size() + r * lists_.size(), lists_.size(),
                     [&](Worker& worker, std::size_t i) { worker.narrow(lists_[i], rounds[r]); });
         }
-        if (fresh) std::fputc('\n', stderr);
+        if (fresh) show_progress("\n");
         return state_;
     }
 
@@ -302,8 +303,8 @@ private:
                 worker->finish();
                 state_.done[first + i] = true;
                 saved_.save();
-                std::fprintf(stderr, "\r%s: %5.1f %% ", row_.name().c_str(),
-                             100.0 * state_.done.count() / state_.jobs);
+                show_progress(format("\r%s: %5.1f %% ", row_.name().c_str(),
+                                     100.0 * state_.done.count() / state_.jobs));
             }
         };
         std::vector<std::thread> threads;
