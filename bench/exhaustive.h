@@ -230,6 +230,9 @@ private:
 
 struct Exhaustive {
     static constexpr std::uint32_t chunk_count = 4096, chunk_size = 1 << 20;
+    // Chunks far apart come first: a large error seen early decides the long runs of floats that
+    // share one result, and so nearly one error, without the exact value.
+    static constexpr std::uint32_t stride = 2531;
     std::uint64_t code = 0;
     std::bitset<chunk_count> done;
     double screen_error = 0;
@@ -263,9 +266,10 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             Meter<float>::Tallies tallies(all.size());
             {
                 const std::lock_guard guard(lock);
-                while (next < Exhaustive::chunk_count && total.done[next]) ++next;
-                if (next == Exhaustive::chunk_count) return;
-                chunk = next++;
+                do {
+                    if (next == Exhaustive::chunk_count) return;
+                    chunk = next++ * Exhaustive::stride % Exhaustive::chunk_count;
+                } while (total.done[chunk]);
                 // Errors that were seen elsewhere are no new worst ones.
                 for (std::size_t k = 0; k < all.size(); ++k)
                     for (int j = 0; j < 2; ++j) {
