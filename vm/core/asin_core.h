@@ -13,7 +13,7 @@
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // asin u = high + low, and the lanes where y > 1/2.
 template <class V> struct AsinParts {
@@ -95,4 +95,4 @@ inline DoubleDouble<V> added_angle(V base, V base_low, V high, V low) {
     else return {sum, low};
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -20,6 +20,10 @@ struct AtanEntry {
 inline constexpr int atan_entries = 386;
 extern const AtanEntry atan_table[atan_entries];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // The entries for |x|.
 inline Rows<AtanEntry> atan_rows(doubles x) {
     constexpr int first = (0x3F900000 >> 15) - 1;  // head of 2^-6; entry 0 lies below
@@ -63,4 +67,4 @@ template <class Accuracy> inline doubles atan_core(doubles x) {
     return rounded(atan_parts<Accuracy>(x));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

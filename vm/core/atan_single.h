@@ -6,7 +6,7 @@
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // atan(y/x) for x, y >= 0, not both 0: the smaller over the larger, a polynomial on
 // [0, 1] with relative error 2^-23.1 (LA), 2^-11.9 (EP), and pi/2 minus that where
@@ -28,4 +28,4 @@ template <class Accuracy> inline floats atan_single(floats y, floats x) {
     return base + flipped(multiply_add(t * t2, q, t), inverted & INT32_MIN);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

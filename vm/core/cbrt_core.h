@@ -11,7 +11,7 @@
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // (1 - e)^(-1/3) - 1 and (1 - e)^(-2/3) - 1 for |e| < 2^-16, error 2^-51.
 inline doubles refine(doubles e) {
@@ -109,4 +109,4 @@ inline doubles cbrt_rescaled(doubles x, Formula formula, double up, double down)
            select(small, all(down), all(up));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -5,7 +5,7 @@
 
 #include "vm/simd/products.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // pi = pi + pi_low to 2^-107.
 inline constexpr double pi = from_bits(UINT64_C(0x400921FB54442D18));
@@ -30,4 +30,4 @@ inline constexpr auto pi_parts =
 inline constexpr std::array pi_parts_single = {0x1.921ep+1f, 0x1.b544p-15f, 0x1.0b4612p-33f};
 inline constexpr std::array ln2_parts_single = {0x1.62e4p-1f, 0x1.7f7d1cp-20f};
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -32,6 +32,10 @@ struct alignas(64) ErfShortEntry {
 extern const ErfEntry erf_table[97];
 extern const ErfShortEntry erf_short_table[193];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // The table of an accuracy, and how many coefficients count: for erf, and for erfc, which
 // needs more where it is small.
 template <class Accuracy> struct ErfTable;
@@ -153,4 +157,4 @@ template <int shift> inline Parts erfc_tail(doubles u, doubles u_low) {
     return {product.high * e.power, low * e.power};
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

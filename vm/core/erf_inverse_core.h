@@ -38,6 +38,10 @@ struct ErfInverseLine {
 extern const ErfInverseCubic erf_inverse_single_table[erf_inverse_single_entries];
 extern const ErfInverseLine erf_inverse_line_table[erf_inverse_single_entries];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // What r is multiplied by: r solves erf(r) = x, sqrt2 r is the quantile of the normal
 // distribution.
 enum class ErfInverseScale { one, root2 };
@@ -205,4 +209,4 @@ private:
     }
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

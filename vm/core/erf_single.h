@@ -6,7 +6,7 @@
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // erf u for u >= 0: u P(u^2) / Q(u^2), cut to 1, which it reaches at the end of the interval
 // [0, 3.92] (LA: relative error 2^-25.6, and 2^-24 added for the end), [0, 2.6] (EP: 2^-11.6).
@@ -54,4 +54,4 @@ template <class Accuracy> inline floats exp_of_square(floats y, float f) {
     return exp_single<HA>(y1 * y1 * -f, y2 * (y + y1) * -f);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -14,7 +14,7 @@
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // Results are normal, with their low parts, for y < normal_end, and 0 from zero_from on.
 struct ErfcLimits {
@@ -147,4 +147,4 @@ private:
     }
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

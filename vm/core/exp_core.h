@@ -24,6 +24,10 @@ struct Exp128 {
 };
 extern const Exp128 exp128_table[128];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // Adding 1.5 2^52 leaves the nearest integer in the low bits of the sum.
 inline constexpr double shifter52 = from_bits(UINT64_C(0x4338000000000000));
 
@@ -160,4 +164,4 @@ template <class Accuracy, int shift = 0> inline floats exp_single(floats x, auto
     return (floats)((uints)p + ((uints)sum << 23));  // wraps
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

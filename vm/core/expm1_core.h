@@ -10,7 +10,7 @@
 #include "vm/core/exp_core.h"
 #include "vm/simd/double_double.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // e^r - 1 = r + r^2 q(r), |r| <= ln2/128, relative error 2^-62.1; gives r^2 q(r).
 inline doubles expm1_tail(doubles r) {
@@ -77,4 +77,4 @@ template <class Accuracy> inline floats expm1_single(floats x) {
     return multiply_subtract(power, p, 1.0f - power);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

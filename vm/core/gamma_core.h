@@ -17,7 +17,7 @@
 #include "vm/core/gamma_mirrored.h"
 #include "vm/core/pow_core.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // Of the series for x > 0 and, less ln pi, for x < 0.
 inline constexpr Parts half_ln_2pi = in_parts(0x1.d67f1c864beb5p-1, -0x1.65b5a1b7ff5dfp-55);
@@ -89,4 +89,4 @@ template <class Accuracy> inline doubles lgamma_stirling(doubles x) {
     }
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -12,7 +12,7 @@
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The formulas take first <= |x|; those for small x up to 20, the last below `near`.
 template <class T> struct GammaRange;
@@ -93,4 +93,4 @@ private:
     }
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

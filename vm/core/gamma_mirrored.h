@@ -10,7 +10,7 @@
 #include "vm/core/rounding.h"
 #include "vm/core/trig_core.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // Constants in two parts.
 inline constexpr Parts in_parts(double high, double low) { return {all(high), all(low)}; }
@@ -124,4 +124,4 @@ inline floats lgamma_mirrored(floats x) {
     return where(inverse == 0, all(Format<float>::infinity)) - log_single<EPTerm>(inverse);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

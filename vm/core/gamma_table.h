@@ -31,6 +31,10 @@ struct alignas(16) GammaRowSingle {
 extern const GammaRow gamma_table[gamma_rows], lgamma_table[gamma_rows];
 extern const GammaRowSingle gamma_table_single[gamma_rows], lgamma_table_single[gamma_rows];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 20 1/16 or as 2^-100
 // (single precision: 2^-40), which drowns beside a(0) and leaves no subnormal products.
 struct GammaReduced {
@@ -133,4 +137,4 @@ template <class Accuracy> inline floats lgamma_single(floats x) {
     return value - log_single<Log>(lgamma_factor(x, c));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -14,7 +14,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The gates: |x| < large_value, whose leading bits are `large`.
 template <class T> struct HyperbolicRange;
@@ -106,4 +106,4 @@ template <class Accuracy> inline floats half_tanh_single(floats x) {
     return e / (e + 2.0f);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -6,7 +6,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // w = y + y^2 / (1 + sqrt(1 + y^2)): asinh y = ln(1 + w), 0 <= y < 2^500.
 inline Parts asinh_argument(doubles y) {
@@ -68,4 +68,4 @@ template <class T, class Argument> inline T log_or_log1p(T x, Argument argument)
     else return rounded_once(log);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -6,7 +6,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // s + rest = 1 + x exactly.
 struct OnePlus {
@@ -75,4 +75,4 @@ template <class Accuracy> inline floats log1p_single(floats x) {
     return log_single<Accuracy>(s.exponent, select(s.exponent == 0, x, s.z - 1.0f));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

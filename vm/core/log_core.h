@@ -23,6 +23,10 @@ struct LogEntry {
 };
 extern const LogEntry log128_table[128];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 namespace log_constants {
 inline constexpr std::int32_t offset = 0x3FE69000;         // head of the lower end of z
 inline constexpr std::int32_t offset_single = 0x3F348000;  // the same for single precision
@@ -112,4 +116,4 @@ template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     }
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -6,7 +6,7 @@
 #include "vm/core/log_core.h"
 #include "vm/simd/frame.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 struct LogSingleReduced {
     ints exponent, interval;
@@ -67,4 +67,4 @@ template <class Accuracy> inline floats log_single(floats x) {
     return log_single<Accuracy>(s.exponent, s.z - 1.0f);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

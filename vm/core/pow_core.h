@@ -15,7 +15,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // y in halves, as every power needs it.
 template <class Accuracy> inline Parts exponent_halves(doubles y) {
@@ -234,4 +234,4 @@ template <class T, class Accuracy> struct PowFormula {
     }
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

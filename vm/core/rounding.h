@@ -7,7 +7,7 @@
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 inline doubles with_sign(doubles magnitude, doubles x) {
     return (doubles)((longs)magnitude | sign_bit(x));
@@ -73,4 +73,4 @@ template <class T> inline Vector<T> rounded(Vector<T> x) {
     return with_sign(t + where(absolute(x) - t == all(T(0.5)), all(T(1))), x);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -5,7 +5,7 @@
 
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // 2^e, -1022 <= e <= 1023.
 inline double power_of_two(int e) { return from_bits(static_cast<std::uint64_t>(1023 + e) << 52); }
@@ -40,4 +40,4 @@ inline double round_scaled(double high, double low, int e) {
     return round_to_subnormal(reduced, scaled(low, e + 1022));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

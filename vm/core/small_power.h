@@ -13,7 +13,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // m of y = m / 2 for |m| < 256; otherwise `no_halves`. By bits, which raises no flags.
 inline constexpr int no_halves = 1 << 30;
@@ -119,4 +119,4 @@ private:
     std::int32_t heads_;
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -13,7 +13,7 @@
 #include "vm/simd/frame.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The least argument of the first formula where f(x) = x + O(x^3), and where f(x) = x + O(x^2),
 // f(0) + O(x) or f(0) + O(x^2). 0, which means no gate: floats in double are never so small.
@@ -70,4 +70,4 @@ private:
     }
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

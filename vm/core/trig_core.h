@@ -24,6 +24,10 @@ struct SineEntry {
 };
 extern const SineEntry sine256_table[256];
 
+}  // namespace kef::vm
+
+namespace KEF_VM {
+
 // What sine and cosine share of r.
 struct TrigPowers {
     doubles r, sine, cosine;  // sin r - r, cos r - 1
@@ -94,4 +98,4 @@ inline DoubleDouble<double> tangent_one(TrigReduced x) {
     return {sum.high[0], sum.low[0]};
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -19,7 +19,7 @@
 #include "vm/core/trig_huge.h"
 #include "vm/core/trig_plain.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // Where the reductions end.
 template <class T, class Accuracy> struct TrigLast;
@@ -113,4 +113,4 @@ template <class Accuracy, class T> constexpr const char* trig_name(const char* c
         trig_name<Accuracy, T>({"s" #function "_LA", "s" #function "_HA", "s" #function "_EP", \
                                 "d" #function "_LA", "d" #function "_HA", "d" #function "_EP"})
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

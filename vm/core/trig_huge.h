@@ -11,7 +11,7 @@
 #include "vm/core/trig_plain.h"
 #include "vm/simd/rows.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // 1/(2 pi), least significant byte first; above it a byte of zeros, where the windows of
 // the smallest arguments begin, and four bytes that are read and not used.
@@ -87,4 +87,4 @@ template <class Formula> inline floats with_huge(floats x, floats plain, Formula
     return select(huge, narrow(formula(turns.low), formula(turns.high)), plain);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -18,7 +18,7 @@
 #include "vm/simd/products.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // Which function: cosine is a sine with a quarter turn added; tangent goes by quarter turns.
 enum class Phase { sine, cosine, tangent };
@@ -196,4 +196,4 @@ template <class Accuracy, class V> inline V tangent_plain(V x) {
     return quotient_by_parity(tangent_fraction(turns.r), sign_mask(turns.parity), turns.parity);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

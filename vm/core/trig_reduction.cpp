@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace kef::vm {
+namespace KEF_VM {
 
 namespace {
 
@@ -69,4 +69,4 @@ TrigReduced trig_reduce_one(double x) {
             all(negative ? -r.low : r.low)};
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

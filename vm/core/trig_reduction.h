@@ -15,7 +15,7 @@
 #include "vm/simd/double_double.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // x = k pi/256 + r, r = high + low. Only the last 9 bits of each k count.
 struct TrigReduced {
@@ -50,4 +50,4 @@ template <int bias, TrigReach reach> inline TrigReduced trig_reduce(doubles x) {
     }
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -8,7 +8,7 @@
 #include "vm/simd/products.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // high + low; normalised where |low| <= ulp(high)/2.
 template <class V> struct DoubleDouble { V high, low; };
@@ -113,4 +113,4 @@ inline float rounded_once(Parts x) {
     return narrow(sum.high[0], sum.low[0]);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

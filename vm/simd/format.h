@@ -8,7 +8,7 @@
 #include "kef_vm.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The leading 32 bits of a constant.
 inline constexpr std::uint32_t head_of(double x) {
@@ -62,4 +62,4 @@ template <class T> inline ints not_finite(ints heads) {
 #define KEF_REPORT_NAME(function) \
     static constexpr const char* name = std::is_same_v<T, float> ? "vs" #function : "vd" #function
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

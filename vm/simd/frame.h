@@ -41,7 +41,7 @@
 #include "vm/control/control.h"
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The accuracy tags: they tell the kernels of a function apart. Which of them stand in which
 // slots is said in surface.def.
@@ -385,4 +385,4 @@ template <class K, class T> [[gnu::flatten]] void map1x2(std::int32_t n, const T
         map1x2<function<element_##type, accuracy>>(n, a, y, z);                                  \
     }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -9,7 +9,7 @@
 
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // a b + c, c - a b and a b - c, of vectors and scalars.
 inline auto multiply_add(auto a, auto b, auto c) {
@@ -80,4 +80,4 @@ inline V polynomial_by_fours(V x, const std::array<T, n>& c) {
     return polynomial_by_fours(x, c, square, square * square);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

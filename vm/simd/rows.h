@@ -7,7 +7,7 @@
 
 #include "vm/simd/simd.h"
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // The number of the row for each lane of Vector<T>: a word of 16 bits of the lane, or some of its
 // bits, less `first`.
@@ -120,4 +120,4 @@ private:
     const Entry* row_[lanes<T>];
 };
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

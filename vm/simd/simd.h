@@ -23,7 +23,17 @@
 #endif
 #endif
 
-namespace kef::vm {
+// What depends on the width has names of its own for each: a library that holds two of them has two
+// functions where both have one, and not the linker's choice. Tables stand in kef::vm.
+#if KEF_VECTOR_BYTES == 64
+#define KEF_VM kef::vm::inline bytes_64
+#elif KEF_VECTOR_BYTES == 32
+#define KEF_VM kef::vm::inline bytes_32
+#else
+#define KEF_VM kef::vm::inline bytes_16
+#endif
+
+namespace KEF_VM {
 
 inline constexpr int vector_bytes = KEF_VECTOR_BYTES;
 using doubles = double __attribute__((vector_size(vector_bytes)));
@@ -146,7 +156,7 @@ using u4 = std::uint32_t __attribute__((vector_size(16)));
 using l2 = std::int64_t __attribute__((vector_size(16)));
 using u2 = std::uint64_t __attribute__((vector_size(16)));
 
-}  // namespace kef::vm
+}  // namespace KEF_VM
 
 #if KEF_VECTOR_BYTES == 64
 #include "vm/simd/simd_avx512.h"
@@ -156,7 +166,7 @@ using u2 = std::uint64_t __attribute__((vector_size(16)));
 #include "vm/simd/simd_sse2.h"
 #endif
 
-namespace kef::vm {
+namespace KEF_VM {
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(ints verdict) { return bits(verdict) != 0; }
@@ -210,4 +220,4 @@ template <class Formula> inline floats in_double(floats x, Formula formula) {
     return narrow(on_both(widen(x), formula));
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

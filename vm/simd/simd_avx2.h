@@ -1,7 +1,7 @@
 // AVX2 with fused multiply-add: vectors of two blocks. Included by simd.h alone.
 #pragma once
 
-namespace kef::vm {
+namespace KEF_VM {
 
 inline constexpr bool is_fused = true;
 inline double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
@@ -87,4 +87,4 @@ inline void store_some(float* p, int count, floats x) {
     _mm256_maskstore_ps(p, (__m256i)first_ints(count), (__m256)x);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -1,7 +1,7 @@
 // AVX-512 (F, BW, DQ, VL): vectors of four blocks. Included by simd.h alone.
 #pragma once
 
-namespace kef::vm {
+namespace KEF_VM {
 
 inline constexpr bool is_fused = true;
 inline double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
@@ -81,4 +81,4 @@ inline void store_some(float* p, int count, floats x) {
     _mm512_mask_storeu_ps(p, (1u << count) - 1, (__m512)x);
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM

@@ -1,7 +1,7 @@
 // SSE2: vectors of one block. Included by simd.h alone.
 #pragma once
 
-namespace kef::vm {
+namespace KEF_VM {
 
 inline constexpr bool is_fused = false;
 
@@ -80,4 +80,4 @@ inline void store_some(float* p, int count, floats x) {
     if (count == 3) p[2] = x[2];
 }
 
-}  // namespace kef::vm
+}  // namespace KEF_VM
