@@ -54,13 +54,17 @@ inline d2 log_poisson_large(d2 x, d2 m) {
     return -deviance(x, m) - stirling_error(x) - (half_log_2pi + 0.5 * log_x);
 }
 
-// 0 <= x < stirling_from: Gamma(x + 1) from Gamma(y + 1), y = x + an integer.
-[[gnu::noinline]] inline void log_poisson_small(double x, double m, double& result) {
+// ln Gamma(x + 1), 0 <= x < stirling_from, from Gamma(y + 1), y = x + an integer.
+inline void log_gamma_small(double x, double& result) {
     double y = x, product = 1;
     while (y < stirling_from) product *= y += 1;
     const d2 logs = vm::log_core<vm::LA>(d2{y, product});
-    const double log_gamma =
-        (y + 0.5) * logs[0] - y + half_log_2pi + stirling_error(all(y))[0] - logs[1];
+    result = (y + 0.5) * logs[0] - y + half_log_2pi + stirling_error(all(y))[0] - logs[1];
+}
+
+[[gnu::noinline]] inline void log_poisson_small(double x, double m, double& result) {
+    double log_gamma;
+    log_gamma_small(x, log_gamma);
     result = x * log_of(m) - m - log_gamma;
 }
 
