@@ -55,41 +55,41 @@ enum {
 /* Parameter identifiers: I of __vtsiSSEditTask, D of __vtsdSSEditTask and
  * __vtssSSEditTask. Sizes in elements; "layout" is a VTS_SS_LAYOUT_ code. */
 enum {
-    VTS_SS_ID_DIMENSION = 1,             /* I p */
-    VTS_SS_ID_COUNT = 2,                 /* I n, observations of the current block */
-    VTS_SS_ID_X = 3,                     /* D observations, p*n */
-    VTS_SS_ID_X_STORAGE = 4,             /* I VTS_SS_STORAGE_ code */
-    VTS_SS_ID_INDICES = 5,               /* I p flags: not zero = variable is processed */
-    VTS_SS_ID_WEIGHTS = 6,               /* D n */
-    VTS_SS_ID_MEAN = 7,                  /* D p */
-    VTS_SS_ID_RAW_MOMENT_2 = 8,          /* D p */
-    VTS_SS_ID_RAW_MOMENT_3 = 9,          /* D p */
-    VTS_SS_ID_RAW_MOMENT_4 = 10,         /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,     /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,     /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,     /* D p */
-    VTS_SS_ID_KURTOSIS = 14,             /* D p */
-    VTS_SS_ID_SKEWNESS = 15,             /* D p */
-    VTS_SS_ID_MINIMUM = 16,              /* D p */
-    VTS_SS_ID_MAXIMUM = 17,              /* D p */
-    VTS_SS_ID_VARIATION = 18,            /* D p */
-    VTS_SS_ID_COVARIANCE = 19,           /* D matrix */
-    VTS_SS_ID_COVARIANCE_STORAGE = 20,   /* I layout */
-    VTS_SS_ID_CORRELATION = 21,          /* D matrix */
-    VTS_SS_ID_CORRELATION_STORAGE = 22,  /* I layout */
-    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23,  /* D 2: W and W2, kept between calls */
-    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24, /* I m */
-    VTS_SS_ID_QUANTILE_ORDERS = 25,      /* D m orders in [0,1] */
-    VTS_SS_ID_QUANTILES = 26,            /* D p*m, variable by variable; p by WMedian */
-    VTS_SS_ID_ORDER_STATISTICS = 27,     /* D p*n, every variable ascending */
-    VTS_SS_ID_GROUP_INDICES = 28,
-    VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29,
-    VTS_SS_ID_POOLED_MEAN = 30,
-    VTS_SS_ID_POOLED_COVARIANCE = 31,
-    VTS_SS_ID_REQUESTED_GROUPS = 32,
-    VTS_SS_ID_GROUP_MEANS = 33,
-    VTS_SS_ID_GROUP_COVARIANCE_STORAGE = 34,
-    VTS_SS_ID_GROUP_COVARIANCES = 35,
+    VTS_SS_ID_DIMENSION = 1,                  /* I p */
+    VTS_SS_ID_COUNT = 2,                      /* I n, observations of the current block */
+    VTS_SS_ID_X = 3,                          /* D observations, p*n */
+    VTS_SS_ID_X_STORAGE = 4,                  /* I VTS_SS_STORAGE_ code */
+    VTS_SS_ID_INDICES = 5,                    /* I p flags: not zero = variable is processed */
+    VTS_SS_ID_WEIGHTS = 6,                    /* D n */
+    VTS_SS_ID_MEAN = 7,                       /* D p */
+    VTS_SS_ID_RAW_MOMENT_2 = 8,               /* D p */
+    VTS_SS_ID_RAW_MOMENT_3 = 9,               /* D p */
+    VTS_SS_ID_RAW_MOMENT_4 = 10,              /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,          /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,          /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,          /* D p */
+    VTS_SS_ID_KURTOSIS = 14,                  /* D p */
+    VTS_SS_ID_SKEWNESS = 15,                  /* D p */
+    VTS_SS_ID_MINIMUM = 16,                   /* D p */
+    VTS_SS_ID_MAXIMUM = 17,                   /* D p */
+    VTS_SS_ID_VARIATION = 18,                 /* D p */
+    VTS_SS_ID_COVARIANCE = 19,                /* D matrix */
+    VTS_SS_ID_COVARIANCE_STORAGE = 20,        /* I layout */
+    VTS_SS_ID_CORRELATION = 21,               /* D matrix */
+    VTS_SS_ID_CORRELATION_STORAGE = 22,       /* I layout */
+    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23,       /* D 2: W and W2, kept between calls */
+    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24,      /* I m */
+    VTS_SS_ID_QUANTILE_ORDERS = 25,           /* D m orders in [0,1] */
+    VTS_SS_ID_QUANTILES = 26,                 /* D p*m, variable by variable; p by WMedian */
+    VTS_SS_ID_ORDER_STATISTICS = 27,          /* D p*n, every variable ascending */
+    VTS_SS_ID_GROUP_INDICES = 28,             /* I n: 0 .. G-1, negative: left out */
+    VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29, /* I layout */
+    VTS_SS_ID_POOLED_MEAN = 30,               /* D p */
+    VTS_SS_ID_POOLED_COVARIANCE = 31,         /* D matrix */
+    VTS_SS_ID_REQUESTED_GROUPS = 32,          /* I G flags: not zero = wanted */
+    VTS_SS_ID_GROUP_MEANS = 33,               /* D p for each wanted group */
+    VTS_SS_ID_GROUP_COVARIANCE_STORAGE = 34,  /* I layout */
+    VTS_SS_ID_GROUP_COVARIANCES = 35,         /* D matrix for each wanted group */
     VTS_SS_ID_ROBUST_COVARIANCE_STORAGE = 36,
     VTS_SS_ID_ROBUST_PARAMETER_COUNT = 37,
     VTS_SS_ID_ROBUST_PARAMETERS = 38,
@@ -98,12 +98,12 @@ enum {
     VTS_SS_ID_OUTLIER_PARAMETER_COUNT = 41,
     VTS_SS_ID_OUTLIER_PARAMETERS = 42,
     VTS_SS_ID_OUTLIER_WEIGHTS = 43,
-    VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44, /* I VTS_SS_STORAGE_ code */
-    VTS_SS_ID_PARTIAL_INDICES = 45,
-    VTS_SS_ID_PARTIAL_COVARIANCE = 46,
-    VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE = 47,
-    VTS_SS_ID_PARTIAL_CORRELATION = 48,
-    VTS_SS_ID_PARTIAL_CORRELATION_STORAGE = 49,
+    VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44,    /* I VTS_SS_STORAGE_ code */
+    VTS_SS_ID_PARTIAL_INDICES = 45,             /* I p marks: > 0 of interest, < 0 held fixed */
+    VTS_SS_ID_PARTIAL_COVARIANCE = 46,          /* D matrix of the variables of interest */
+    VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE = 47,  /* I layout */
+    VTS_SS_ID_PARTIAL_CORRELATION = 48,         /* D matrix of the variables of interest */
+    VTS_SS_ID_PARTIAL_CORRELATION_STORAGE = 49, /* I layout */
     VTS_SS_ID_MISSING_A_COUNT = 50,
     VTS_SS_ID_MISSING_A = 51,
     VTS_SS_ID_MISSING_B_COUNT = 52,
@@ -114,8 +114,8 @@ enum {
     VTS_SS_ID_MISSING_E = 57,
     VTS_SS_ID_MISSING_C_COUNT = 58,
     VTS_SS_ID_MISSING_C = 59,
-    VTS_SS_ID_PARAMETRIZED_MATRIX = 60,
-    VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61,
+    VTS_SS_ID_PARAMETRIZED_MATRIX = 60,             /* D matrix */
+    VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61,     /* I layout */
     VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT = 62, /* I 1 */
     VTS_SS_ID_STREAM_QUANTILE_PARAMETERS = 63,      /* D 1: epsilon */
     VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,     /* I m */
@@ -131,7 +131,7 @@ enum {
     VTS_SS_ID_CROSS_PRODUCT = 74,                   /* D matrix */
     VTS_SS_ID_CROSS_PRODUCT_STORAGE = 75,           /* I layout */
     VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION = 76,       /* D p */
-    VTS_SS_ID_MAHALANOBIS_DISTANCE = 77
+    VTS_SS_ID_MAHALANOBIS_DISTANCE = 77             /* D n */
 };
 
 /* Estimates: the second argument of Basic and of Minmax is the OR of these. */
@@ -475,6 +475,64 @@ KEF_API int32_t _vtssSSMAD(kef_ss_task *task, uint64_t estimates, int32_t method
  * where a weight is negative or not finite, or all are 0. NO_MEMORY. */
 KEF_API int32_t _vtsdSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Mahalanobis distance of each observation from a mean, sqrt((x_j - m)^T S^-1 (x_j - m)), not
+ * squared (Proc. Nat. Inst. Sci. India 2:49, 1936).
+ *
+ * Reads x, the MEAN m and the COVARIANCE S as they stand, as Basic or the caller left them; writes
+ * element j of the MAHALANOBIS_DISTANCE for observation j. S = L L^T by Cholesky, then |L^-1 (x_j -
+ * m)|, in double precision throughout. Variables that the indices leave out take no part, with
+ * their rows and columns of S; weights play no part. An observation with a NaN or an infinity in it
+ * gives NaN or infinity, and no other one does. The results do not overlay what is read. Memory p^2
+ * + 20p + 1200 doubles and p integers at most, which the task keeps.
+ *
+ * Checked: NULL_MAHALANOBIS_DISTANCE, NULL_MEAN, NULL_COVARIANCE, then n, x, its storage, p as by
+ * Basic, the layout of the covariance (NULL_STORAGE). NO_MEMORY. NOT_POSITIVE_DEFINITE: for some
+ * variable 1 - R^2, R its multiple correlation with those before it, is not above p
+ * epsilon, 2.2e-16 p or 1.2e-7 p, so that the rounding of S may have made it of 0; or S holds NaN
+ * or infinities where it is read. Nothing is written then. */
+KEF_API int32_t _vtsdSSMahDistance(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSMahDistance(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Covariance and correlation of some variables, Y, where others, Z, are held fixed: P = C_YY - C_YZ
+ * C_ZZ^-1 C_ZY (Anderson, An Introduction to Multivariate Statistical Analysis, 3rd ed., 2.5).
+ *
+ * Reads PARTIAL_INDICES, p marks: positive for a variable of Y, negative for one of Z, 0 for
+ * neither, as is one that the indices leave out; and the COVARIANCE or, where that is not
+ * registered, the CORRELATION. Writes what is registered of PARTIAL_COVARIANCE, P, and
+ * PARTIAL_CORRELATION, as the correlation by Basic from P: matrices of as many rows as Y has
+ * variables, in their order. C_ZZ = L L^T by Cholesky, P = C_YY - U^T U with U = L^-1 C_ZY, in
+ * double precision; never an inverse. A variable that Z determines to rounding (P_ii not above
+ * (z+1) epsilon C_ii, z variables in Z) has covariances 0, and NaN for its correlations with
+ * others. The results may overlay the
+ * matrix that is read. Memory (y+z)^2 + 4(y+z) numbers at most, which the task keeps.
+ *
+ * Checked: NULL_PARTIAL_INDICES, COVARIANCE or CORRELATION (NULL_COVARIANCE), one of the results
+ * (NULL_PARTIAL_COVARIANCE), p, the layouts (NULL_STORAGE) of the matrix that is read and of those
+ * that are written. NOTHING_MARKED: no variable in Y, or none in Z. NO_MEMORY.
+ * NOT_POSITIVE_DEFINITE: C_ZZ, as by MahDistance. Nothing is written then. */
+KEF_API int32_t _vtsdSSPartialCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSPartialCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* A correlation matrix near a symmetric matrix that is none, having negative eigenvalues: estimated
+ * pair by pair, rounded, or changed by hand. By spectral decomposition (Rebonato & Jaeckel, J. Risk
+ * 2(2), 1999): negative eigenvalues become 0, and the result is scaled to a diagonal of exactly 1.
+ *
+ * Reads the CORRELATION, writes the PARAMETRIZED_MATRIX: positive semidefinite to rounding,
+ * elements inside [-1,1]. A matrix of diagonal 1 that has no negative eigenvalue comes back as it
+ * was, to rounding. A variable of which nothing is left (its row belongs to eigenvalues that are
+ * not positive) is correlated with no other. Variables that the indices leave out take no part and
+ * keep their rows and columns. The eigenvalues come from the tridiagonal form by implicit QL steps,
+ * in double precision. The result may overlay the matrix that is read. Memory
+ * 3p^2
+ * + 3p doubles and p integers, which the task keeps.
+ *
+ * Checked: NULL_PARAMETRIZED_MATRIX, NULL_CORRELATION, p, the layouts of both (NULL_STORAGE).
+ * NO_MEMORY. NOT_POSITIVE_DEFINITE: an element is NaN or infinite. ITERATION_LIMIT: 30p steps did
+ * not find the eigenvalues, which is not known to happen. Nothing is
+ * written then. */
+KEF_API int32_t _vtsdSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
 
 /* Quantiles of all observations of a stream, fed block by block, of a length that nobody knows.
  *

@@ -41,4 +41,15 @@ inline bool is_selected(const Task& task, std::ptrdiff_t i) {
     return task.indices == nullptr || integer_at(task, task.indices, i) != 0;
 }
 
+// The number of these variables among the first p, and their list.
+inline std::ptrdiff_t count_selected(const Task& task, std::ptrdiff_t p) {
+    std::ptrdiff_t count = 0;
+    for (std::ptrdiff_t i = 0; i < p; ++i) count += is_selected(task, i);
+    return count;
+}
+inline void list_selected(const Task& task, std::ptrdiff_t p, std::ptrdiff_t* list) {
+    for (std::ptrdiff_t i = 0; i < p; ++i)
+        if (is_selected(task, i)) *list++ = i;
+}
+
 }  // namespace kef::stats

@@ -19,6 +19,12 @@ using namespace kef::stats;
 #define KEF_CHECK_layout(matrix)                                              \
     if (task->matrix != nullptr && !is_layout(*task, task->matrix##_storage)) \
         return VTS_SS_STATUS_NULL_STORAGE;
+#define KEF_CHECK_either_layout(matrix, other) \
+    if (task->matrix != nullptr) {             \
+        KEF_CHECK_layout(matrix)               \
+    } else {                                   \
+        KEF_CHECK_layout(other)                \
+    }
 #define KEF_CHECK_storage(array)                                                           \
     if (task->array != nullptr && (task->array##_storage == nullptr ||                     \
                                    !is_storage(integer_at(*task, task->array##_storage)))) \

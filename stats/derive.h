@@ -64,10 +64,12 @@ inline void shapes_from_central(double W, const Scales& scales, Quantities& q) {
     q[variation] = std::sqrt(q[central_2] / scales[Scale::N]) / q[mean];
 }
 
+// What rounding has moved beyond 1 is 1.
+inline double within_unit(double r) { return r > 1 ? 1 : r < -1 ? -1 : r; }
+
 // Divided twice: the product of the two variances could overflow.
 inline double correlation_of(double c_ij, double c_ii, double c_jj) {
-    const double r = c_ij / std::sqrt(c_ii) / std::sqrt(c_jj);
-    return r > 1 ? 1 : r < -1 ? -1 : r;
+    return within_unit(c_ij / std::sqrt(c_ii) / std::sqrt(c_jj));
 }
 
 }  // namespace kef::stats

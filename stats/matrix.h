@@ -1,4 +1,4 @@
-// Symmetric results in the layouts that callers ask for.
+// Symmetric matrices in the layouts that callers ask for.
 #pragma once
 
 #include <cstddef>
@@ -15,11 +15,26 @@ template <class T> struct SymmetricMatrix {
 
     // The element of i >= j.
     T get(std::ptrdiff_t i, std::ptrdiff_t j) const { return data[index(i, j)]; }
+    // The element of any i and j.
+    T at(std::ptrdiff_t i, std::ptrdiff_t j) const { return i < j ? get(j, i) : get(i, j); }
 
     // Hands every place of the element of i >= j to f until it says no.
     template <class F> bool places(std::ptrdiff_t i, std::ptrdiff_t j, F f) const {
         return f(data[index(i, j)]) &&
                (layout != VTS_SS_LAYOUT_FULL || i == j || f(data[j * p + i]));
+    }
+
+    // Sets the element of i >= j, in every place.
+    void put(std::ptrdiff_t i, std::ptrdiff_t j, double value) const {
+        places(i, j, [=](T& place) {
+            place = static_cast<T>(value);
+            return true;
+        });
+    }
+    // Sets all, to value(i, j), i >= j.
+    template <class Value> void fill(Value value) const {
+        for (std::ptrdiff_t i = 0; i < p; ++i)
+            for (std::ptrdiff_t j = 0; j <= i; ++j) put(i, j, value(i, j));
     }
 
 private:

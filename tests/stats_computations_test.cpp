@@ -72,6 +72,7 @@ enum {
     Check {                                                                                    \
         [](FullTask& t) { t.task->matrix##_storage = &t.storage; }, VTS_SS_STATUS_NULL_STORAGE \
     }
+#define KEF_SPOILED_either_layout(matrix, other) KEF_SPOILED_layout(matrix)
 #define KEF_SPOILED_storage(array)                                                         \
     Check {                                                                                \
         [](FullTask& t) { t.task->array##_storage = &t.zero; }, VTS_SS_STATUS_NULL_STORAGE \
