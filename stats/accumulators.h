@@ -12,6 +12,7 @@
 #include "stats/fields.h"
 #include "stats/observations.h"
 #include "stats/recurrence.h"
+#include "stats/task.h"
 
 namespace kef::stats {
 
@@ -127,5 +128,55 @@ struct Accumulators {
         positive_weights = true;
     }
 };
+
+// Where the arrays of accumulators for p variables stand in a block: those of every plan, and those
+// of plans with products.
+class SumsRoom {
+public:
+    SumsRoom(KeptLayout& layout, std::ptrdiff_t p)
+        : coefficients_(layout.reserve(1, sizeof(Coefficients))),
+          pair_(layout.reserve(pairs_of(p), sizeof(Pair))),
+          sums_(layout.reserve(pairs_of(p), sizeof(PairSums))) {}
+    void give(Accumulators& A, char* block) const {
+        A.coefficients = reinterpret_cast<Coefficients*>(block + coefficients_);
+        A.pair = reinterpret_cast<Pair*>(block + pair_);
+        A.sums = reinterpret_cast<PairSums*>(block + sums_);
+    }
+    static std::uint64_t pairs_of(std::ptrdiff_t p) {
+        return (static_cast<std::uint64_t>(p) + 1) / 2;
+    }
+
+private:
+    std::uint64_t coefficients_, pair_, sums_;
+};
+
+class ProductsRoom {
+public:
+    ProductsRoom(KeptLayout& layout, std::ptrdiff_t p) {
+        const std::uint64_t pairs = SumsRoom::pairs_of(p);
+        tile_sum_ = layout.reserve(pairs, sizeof(d2));
+        tile_distance_ = layout.reserve(pairs, sizeof(d2));
+        deviation_ = layout.reserve(pairs, column * sizeof(d2));
+        scaled_ = layout.reserve(pairs, column * sizeof(d2));
+        blocks_ = layout.reserve(pairs, pairs + 1, sizeof(ProductBlock) / 2);
+    }
+    void give(Accumulators& A, char* block) const {
+        A.tile_sum = reinterpret_cast<d2*>(block + tile_sum_);
+        A.tile_distance = reinterpret_cast<d2*>(block + tile_distance_);
+        A.deviation = reinterpret_cast<d2*>(block + deviation_);
+        A.scaled = reinterpret_cast<d2*>(block + scaled_);
+        A.products = reinterpret_cast<ProductBlock*>(block + blocks_);
+    }
+
+private:
+    std::uint64_t tile_sum_, tile_distance_, deviation_, scaled_, blocks_;
+};
+
+// The pairs of a list of variables.
+inline void set_pairs(Accumulators& A, const std::ptrdiff_t* variable, std::ptrdiff_t count) {
+    A.pairs = (count + 1) / 2;
+    for (std::ptrdiff_t k = 0; k < A.pairs; ++k)
+        A.pair[k] = {variable[2 * k], variable[2 * k + (2 * k + 1 < count)]};
+}
 
 }  // namespace kef::stats

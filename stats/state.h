@@ -25,38 +25,24 @@ struct BasicState {
 // The state, with arrays for p variables. A block that is there already moves or stays as it is;
 // null when there is no memory, and then the state is as before.
 inline BasicState* state_of(Task& task, std::ptrdiff_t p, bool products) {
-    const std::uint64_t pairs = (static_cast<std::uint64_t>(p) + 1) / 2;
     KeptLayout own;
     own.reserve(1, sizeof(BasicState));
-    const auto coefficients = own.reserve(1, sizeof(Coefficients));
     const auto variable = own.reserve(p, sizeof(std::ptrdiff_t));
-    const auto pair = own.reserve(pairs, sizeof(Pair));
-    const auto sums = own.reserve(pairs, sizeof(PairSums));
+    const SumsRoom sums(own, p);
     char* start = keep(task, Kept::basic, own);
     if (start == nullptr) return nullptr;
     auto* state = reinterpret_cast<BasicState*>(start);
-    Accumulators& A = state->sums;
     if (products) {
         KeptLayout matrix;
-        const auto tile_sum = matrix.reserve(pairs, sizeof(d2));
-        const auto tile_distance = matrix.reserve(pairs, sizeof(d2));
-        const auto deviation = matrix.reserve(pairs, column * sizeof(d2));
-        const auto scaled = matrix.reserve(pairs, column * sizeof(d2));
-        const auto blocks = matrix.reserve(pairs, pairs + 1, sizeof(ProductBlock) / 2);
+        const ProductsRoom room(matrix, p);
         char* second = keep(task, Kept::basic_products, matrix);
         if (second == nullptr) return nullptr;
-        A.tile_sum = reinterpret_cast<d2*>(second + tile_sum);
-        A.tile_distance = reinterpret_cast<d2*>(second + tile_distance);
-        A.deviation = reinterpret_cast<d2*>(second + deviation);
-        A.scaled = reinterpret_cast<d2*>(second + scaled);
-        A.products = reinterpret_cast<ProductBlock*>(second + blocks);
+        room.give(state->sums, second);
     }
     if (state->p != p) state->valid = false;
     state->p = p;
     state->variable = reinterpret_cast<std::ptrdiff_t*>(start + variable);
-    A.coefficients = reinterpret_cast<Coefficients*>(start + coefficients);
-    A.pair = reinterpret_cast<Pair*>(start + pair);
-    A.sums = reinterpret_cast<PairSums*>(start + sums);
+    sums.give(state->sums, start);
     return state;
 }
 
@@ -72,10 +58,7 @@ inline bool select_variables(const Task& task, BasicState& state) {
     }
     same = same && count == state.count;
     state.count = count;
-    Accumulators& A = state.sums;
-    A.pairs = (count + 1) / 2;
-    for (std::ptrdiff_t k = 0; k < A.pairs; ++k)
-        A.pair[k] = {state.variable[2 * k], state.variable[2 * k + (2 * k + 1 < count)]};
+    set_pairs(state.sums, state.variable, count);
     return same;
 }
 
