@@ -3,7 +3,8 @@
 // on the same data.
 //
 //   bench_stats [n [p]]    n observations, default 100000; one p, or 1, 4, 10 and 50, and after
-//                          these the order statistics of a million numbers (stats_order_bench.cpp)
+//                          these the order statistics of a million numbers (stats_order_bench.cpp),
+//                          distances and pooled covariance (stats_matrices_bench.cpp)
 //
 // Peers: Boost.Accumulators and GSL take one variable at a time, Eigen whole
 // matrices, in the storage that the data have.
@@ -213,6 +214,9 @@ int main(int argc, char** argv) {
             line("", p, rows, elements, covariance, product, "Eigen, the product alone");
             line("covariance, recurrence", p, rows, elements, by_recurrence, eigen_cov, "Eigen");
         }
-    if (argc <= 2) order_statistics();
+    if (argc <= 2) {
+        order_statistics();
+        matrices();
+    }
     if (sink == 1) std::puts("");
 }

@@ -35,5 +35,6 @@ inline double best_time(const std::function<void()>& call) {
 }
 
 void order_statistics();
+void matrices();
 
 }  // namespace kef::bench

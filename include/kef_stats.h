@@ -514,6 +514,34 @@ KEF_API int32_t _vtssSSMahDistance(kef_ss_task *task, uint64_t estimates, int32_
 KEF_API int32_t _vtsdSSPartialCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSPartialCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
 
+/* Pooled covariance of groups of observations, and means and covariances of groups.
+ *
+ * Reads x, the weights and GROUP_INDICES, the group of each observation, 0 .. G-1, negative for one
+ * that takes no part; nor does one of weight 0. Writes what is registered of
+ *   POOLED_COVARIANCE   sum C_g / sum B_g over all groups g, where C_g is the cross-product of a
+ *                       group around its own mean and B = W - W2/W, so that without weights the
+ *                       divisor is n less the number of groups
+ *   POOLED_MEAN         the mean of all observations that take part
+ *   GROUP_MEANS, GROUP_COVARIANCES
+ *                       of those groups whose flag in REQUESTED_GROUPS (G of them) is not zero, one
+ *                       behind the other, packed matrices without gaps; as by Basic, and NaN for
+ *                       a group without members. Such groups play no other part.
+ * Every call is a computation of its own. Accumulated by the method TILED of Basic, a group at a
+ * time, in double precision. A NaN in a variable makes its results NaN, the means of other groups
+ * and of other variables stay. Variables that the indices leave out keep their results. No result
+ * overlays what is read. Memory, which the task keeps: n + G integers of 32 bits; for each
+ * group with members 13p doubles and up to 256 of its observations, 0.5 MB for all of them or 32
+ * for each; p^2 doubles, and as many for each wanted covariance; 520p doubles.
+ *
+ * Checked: NULL_GROUP_INDICES, one of the four results (NULL_POOLED_COVARIANCE), REQUESTED_GROUPS
+ * for the groups' results (NULL_GROUP_INDICES), then n, x, its storage, p as by Basic, the layouts
+ * (NULL_STORAGE). NULL_WEIGHTS: a weight is negative or not finite, or all are 0.
+ * TOO_FEW_OBSERVATIONS: none takes part, or for POOLED_COVARIANCE no two in one group. NO_MEMORY,
+ * also for a group index of 2^31 - 1 or more.
+ */
+KEF_API int32_t _vtsdSSPooledCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSPooledCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+
 /* A correlation matrix near a symmetric matrix that is none, having negative eigenvalues: estimated
  * pair by pair, rounded, or changed by hand. By spectral decomposition (Rebonato & Jaeckel, J. Risk
  * 2(2), 1999): negative eigenvalues become 0, and the result is scaled to a diagonal of exactly 1.

@@ -158,11 +158,15 @@ private:
                    std::ptrdiff_t last, const double* l, std::ptrdiff_t step) const {
         d2 sum[vectors];
         double* const own = b + i * stride;
+#pragma GCC unroll 4
         for (int v = 0; v < vectors; ++v) sum[v] = two<true>(own + 2 * v);
-        for (std::ptrdiff_t k = first; k < last; ++k) {
-            const d2 factor = duplicate(l + k * step);
-            for (int v = 0; v < vectors; ++v) sum[v] -= factor * two<true>(b + k * stride + 2 * v);
+        const double *x = b + first * stride, *const end = b + last * stride;
+        for (l += first * step; x != end; x += stride, l += step) {
+            const d2 factor = duplicate(l);
+#pragma GCC unroll 4
+            for (int v = 0; v < vectors; ++v) sum[v] -= factor * two<true>(x + 2 * v);
         }
+#pragma GCC unroll 4
         for (int v = 0; v < vectors; ++v) vm::store(own + 2 * v, sum[v] * inverse_[i]);
     }
 

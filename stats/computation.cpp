@@ -10,6 +10,9 @@ using namespace kef::stats;
     if (task->field == nullptr) return null_status::field;
 #define KEF_CHECK_any(field, other) \
     if (task->field == nullptr && task->other == nullptr) return null_status::field;
+#define KEF_CHECK_any4(field, b, c, d)                                                            \
+    if (task->field == nullptr && task->b == nullptr && task->c == nullptr && task->d == nullptr) \
+        return null_status::field;
 #define KEF_CHECK_with(field, other) \
     if (task->field != nullptr && task->other == nullptr) return null_status::other;
 #define KEF_CHECK_observations \

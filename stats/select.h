@@ -30,6 +30,12 @@ template <class T> struct Range {
     bool nan;
 };
 
+// Whether numbers in this range serve as weights: none negative or not finite, not all 0.
+template <class T> bool are_weights(const Range<T>& range) {
+    return !range.nan && range.least >= 0 && range.greatest > 0 &&
+           range.greatest <= std::numeric_limits<T>::max();
+}
+
 template <class T> Range<T> range_of(const T* x, std::ptrdiff_t n) {
     constexpr std::ptrdiff_t lanes = 16 / sizeof(T);
     Vector<T> low[2] = {vm::all(x[0]), vm::all(x[0])}, high[2] = {low[0], low[0]};

@@ -38,7 +38,7 @@ struct OwnedTask {
 };
 
 // What each of the kept words is for.
-enum class Kept { basic, basic_products, scratch, stream, stream_raw, stream_levels };
+enum class Kept { basic, basic_products, scratch, stream, stream_raw, stream_levels, groups };
 
 // The arrays of a kept block, one after the other, each aligned to 128 bytes.
 class KeptLayout {

@@ -176,9 +176,7 @@ template <class T> std::int32_t weighted_median(Task& task) {
     const auto x = observations_of<T>(task);
     const auto* weights = static_cast<const T*>(task.weights);
     const Range<T> extent = range_of(weights, n);
-    if (extent.nan || extent.least < 0 || extent.greatest <= 0 ||
-        extent.greatest > std::numeric_limits<T>::max())
-        return VTS_SS_STATUS_NULL_WEIGHTS;
+    if (!are_weights(extent)) return VTS_SS_STATUS_NULL_WEIGHTS;
     const bool zeros = extent.least == 0, copied = zeros || x.stride != 1;
 
     KeptLayout layout;

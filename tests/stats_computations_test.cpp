@@ -52,6 +52,11 @@ enum {
     Check {                                                                                     \
         [](FullTask& t) { t.task->field = nullptr, t.task->other = nullptr; }, status_of::field \
     }
+#define KEF_SPOILED_any4(field, b, c, d)                                                  \
+    Check {                                                                               \
+        [](FullTask& t) { t.task->field = t.task->b = t.task->c = t.task->d = nullptr; }, \
+            status_of::field                                                              \
+    }
 #define KEF_SPOILED_with(field, other)                                    \
     Check {                                                               \
         [](FullTask& t) {                                                 \

@@ -114,12 +114,27 @@ TEST(StatsMemory, MinmaxNeedsNone) {
 // call leaves all arrays as they were, and the next one goes well.
 struct Order : Half {
     std::int32_t count = 2, rows = VTS_SS_STORAGE_ROWS;
-    std::vector<double> orders = {0.25, 0.5}, quantiles, statistics, deviations;
+    std::vector<double> orders = {0.25, 0.5}, quantiles, statistics, deviations, distances, other;
+    std::vector<std::int32_t> marks, groups;
     Order()
         : Half(VTS_SS_METHOD_TILED, most, 0),
           quantiles(2 * most),
           statistics(most * n),
-          deviations(most) {
+          deviations(most),
+          distances(n),
+          other(2 * most * most),
+          marks(most, -1),
+          groups(n, 2) {
+        basic(VTS_SS_ESTIMATE_COVARIANCE | VTS_SS_ESTIMATE_CORRELATION, VTS_SS_METHOD_TILED);
+        marks[3] = marks[5] = 1;
+        for (std::size_t j = 0; j < groups.size(); j += 3) groups[j] = 7;
+        __vtsdSSEditPartialCovCor(task, marks.data(), nullptr, nullptr, nullptr, nullptr,
+                                  other.data(), &layout, nullptr, nullptr);
+        __vtsdSSEditMtxParametrz(task, nullptr, nullptr, other.data(), &layout);
+        __vtsdSSEditPooledCovariance(task, groups.data(), other.data() + most * most, other.data(),
+                                     nullptr, nullptr, nullptr);
+        __vtsiSSEditTask(task, VTS_SS_ID_POOLED_COVARIANCE_STORAGE, &layout);
+        set(VTS_SS_ID_MAHALANOBIS_DISTANCE, distances);
         weights = weights_for<double>(n);
         set(VTS_SS_ID_WEIGHTS, weights);
         set(VTS_SS_ID_MEDIAN_ABSOLUTE_DEVIATION, deviations);
@@ -132,13 +147,17 @@ struct Order : Half {
     std::vector<double> all() const {
         auto result = quantiles;
         result.insert(result.end(), statistics.begin(), statistics.end());
-        result.insert(result.end(), deviations.begin(), deviations.end());
+        for (const auto* more : {&deviations, &distances, &other})
+            result.insert(result.end(), more->begin(), more->end());
         return result;
     }
 };
 
 TEST(StatsMemory, OrderStatistics) {
-    const auto calls = {_vtsdSSQuantiles, _vtsdSSMAD, _vtsdSSWMedian};
+    const auto calls = {_vtsdSSQuantiles,         _vtsdSSMAD,
+                        _vtsdSSWMedian,           _vtsdSSMahDistance,
+                        _vtsdSSPartialCovariance, _vtsdSSCorParametrization,
+                        _vtsdSSPooledCovariance};
     for (const auto compute : calls) {
         Order calm;
         const auto before = calm.all();

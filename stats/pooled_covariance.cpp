@@ -1,0 +1,346 @@
+// _vtsdSSPooledCovariance, _vtssSSPooledCovariance: sum C_g / sum B_g over groups of observations,
+// and means and covariances of groups. The observations of each group are put together and go
+// through the accumulators of Basic a tile at a time; what groups are not asked for themselves
+// share the sums of products, which are all added up in the end.
+#include <cstring>
+
+#include "stats/accumulate.h"
+#include "stats/computation.h"
+#include "stats/derive.h"
+#include "stats/select.h"
+
+namespace kef::stats {
+
+namespace {
+
+// Observations on their way: from their places in x to those in the tiles of their groups.
+constexpr int on_the_way = 64;
+
+// The members of a group that wait for a tile to be full, each an observation of `stride` elements.
+template <class T> struct Waiting {
+    T *x, *next, *w;  // w is null for data without weights
+    int count;
+};
+
+// The variables of the list, of the observations from[k] in x to the places to[k].
+template <class T>
+void copy(const Observations<T>& x, const std::ptrdiff_t* variable, std::ptrdiff_t variables,
+          const std::ptrdiff_t* from, T* const* to, int n) {
+    if (x.stride == 1) {
+        // What fills a cache line is written together.
+        constexpr std::ptrdiff_t line = 64 / sizeof(T);
+        for (std::ptrdiff_t first = 0; first < variables; first += line) {
+            const T* own[line];
+            const std::ptrdiff_t count = std::min(line, variables - first);
+            for (std::ptrdiff_t a = 0; a < count; ++a) own[a] = x.at(variable[first + a], 0);
+            for (int k = 0; k < n; ++k)
+                for (std::ptrdiff_t a = 0; a < count; ++a) to[k][first + a] = own[a][from[k]];
+        }
+    } else if (variable[variables - 1] - variable[0] == variables - 1) {
+        constexpr int block = 16 / sizeof(T);
+        for (int k = 0; k < n; ++k) {
+            const T* const own = x.at(variable[0], from[k]);
+            std::ptrdiff_t a = 0;
+            for (; a + block <= variables; a += block) std::memcpy(to[k] + a, own + a, 16);
+            for (; a < variables; ++a) to[k][a] = own[a];
+        }
+    } else {
+        for (int k = 0; k < n; ++k)
+            for (std::ptrdiff_t a = 0; a < variables; ++a) to[k][a] = *x.at(variable[a], from[k]);
+    }
+}
+
+template <class T> class Pooling {
+public:
+    explicit Pooling(Task& task)
+        : task_(task),
+          p_(positive_at(task, task.dimension)),
+          n_(positive_at(task, task.count)),
+          variables_(count_selected(task, p_)),
+          weights_(static_cast<const T*>(task.weights)),
+          products_(task.pooled_covariance != nullptr || task.group_covariances != nullptr) {}
+
+    std::int32_t run() {
+        if (variables_ == 0) return VTS_SS_STATUS_OK;
+        if (weights_ != nullptr && !are_weights(range_of(weights_, n_)))
+            return VTS_SS_STATUS_NULL_WEIGHTS;
+        if (!read_groups()) return VTS_SS_STATUS_NO_MEMORY;
+        if (!number_groups()) return VTS_SS_STATUS_NO_MEMORY;
+        if (groups_ == 0) return VTS_SS_STATUS_TOO_FEW_OBSERVATIONS;
+        if (!make_room()) return VTS_SS_STATUS_NO_MEMORY;
+        add_all();
+        for (std::ptrdiff_t g = 0; g < groups_; ++g) {
+            const Accumulators& A = sums_[g];
+            if (!A.one_observation()) normaliser_ += std::max(0.0, A.W - A.W2 / A.W);
+        }
+        if (task_.pooled_covariance != nullptr && !(normaliser_ > 0))
+            return VTS_SS_STATUS_TOO_FEW_OBSERVATIONS;
+        write_groups();
+        write_pooled();
+        return VTS_SS_STATUS_OK;
+    }
+
+private:
+    bool is_wanted(std::int64_t group) const {
+        return task_.requested_groups != nullptr &&
+               integer_at(task_, task_.requested_groups, static_cast<std::ptrdiff_t>(group)) != 0;
+    }
+    bool has_own_products(std::int64_t group) const {
+        return task_.group_covariances != nullptr && is_wanted(group);
+    }
+
+    // group_[j] is the group of observation j, -1 when it takes no part; last_ the largest index.
+    bool read_groups() {
+        groups_room_.reserve(n_, sizeof(std::int32_t));
+        char* start = keep(task_, Kept::groups, groups_room_);
+        if (start == nullptr) return false;
+        group_ = reinterpret_cast<std::int32_t*>(start);
+        const auto read = [&](const auto* indices) {
+            std::remove_cvref_t<decltype(*indices)> last = -1;
+            for (std::ptrdiff_t j = 0; j < n_; ++j) {
+                const bool used = indices[j] >= 0 && (weights_ == nullptr || weights_[j] != 0);
+                group_[j] = used ? static_cast<std::int32_t>(indices[j]) : -1;
+                if (indices[j] > last) last = indices[j];
+            }
+            last_ = last;
+        };
+        if (task_.wide_integers) read(static_cast<const std::int64_t*>(task_.group_indices));
+        else read(static_cast<const std::int32_t*>(task_.group_indices));
+        return last_ < INT32_MAX;
+    }
+
+    // number_[group] counts the groups that have members; -1 for the others.
+    bool number_groups() {
+        const auto numbers = groups_room_.reserve(last_ + 1, sizeof(std::int32_t));
+        char* start = keep(task_, Kept::groups, groups_room_);
+        if (start == nullptr) return false;
+        group_ = reinterpret_cast<std::int32_t*>(start);
+        number_ = reinterpret_cast<std::int32_t*>(start + numbers);
+        std::fill_n(number_, last_ + 1, -1);
+        for (std::ptrdiff_t j = 0; j < n_; ++j)
+            if (group_[j] >= 0) number_[group_[j]] = 0;
+        for (std::int64_t group = 0; group <= last_; ++group)
+            if (number_[group] == 0) {
+                number_[group] = static_cast<std::int32_t>(groups_++);
+                own_ += has_own_products(group);
+            }
+        return true;
+    }
+
+    bool make_room() {
+        pairs_ = (variables_ + 1) / 2;
+        stride_ = 2 * pairs_;
+        // Tiles that stay in the second-level cache, as long as they are not too short for it.
+        constexpr std::ptrdiff_t cache = 1 << 19, shortest = 32;
+        const std::ptrdiff_t fitting = cache / sizeof(T) / stride_ / groups_;
+        const std::ptrdiff_t members = (n_ / groups_ + 4) & -4;
+        tile_ = static_cast<int>(
+            std::min({std::max(fitting & -4, shortest), members, std::ptrdiff_t{short_tile}}));
+
+        KeptLayout room;
+        const std::uint64_t groups = groups_;
+        const auto variable = room.reserve(variables_, sizeof(std::ptrdiff_t));
+        const auto pair = room.reserve(pairs_, sizeof(Pair), 2);
+        const auto waiting = room.reserve(groups, sizeof(Waiting<T>));
+        const auto data = room.reserve(groups, stride_ * sizeof(T), tile_);
+        const auto weights = room.reserve(weights_ != nullptr ? groups : 0, sizeof(T), tile_);
+        const auto accumulators = room.reserve(groups, sizeof(Accumulators));
+        const auto sums = room.reserve(groups + 1, sizeof(PairSums), pairs_);
+        const std::uint64_t blocks = products_ ? block_index(pairs_, 0) : 0;
+        const auto tile_sum = room.reserve(pairs_, sizeof(d2));
+        const auto tile_distance = room.reserve(pairs_, sizeof(d2));
+        const auto deviation = room.reserve(products_ ? pairs_ : 0, column * sizeof(d2));
+        const auto scaled = room.reserve(products_ ? pairs_ : 0, column * sizeof(d2));
+        const auto coefficients = room.reserve(1, sizeof(Coefficients));
+        const auto products = room.reserve(own_ + 1, sizeof(ProductBlock), blocks);
+        char* start = scratch(task_, room);
+        if (start == nullptr) return false;
+
+        variable_ = reinterpret_cast<std::ptrdiff_t*>(start + variable);
+        list_selected(task_, p_, variable_);
+        sums_ = reinterpret_cast<Accumulators*>(start + accumulators);
+        waiting_ = reinterpret_cast<Waiting<T>*>(start + waiting);
+        Accumulators A{};
+        A.plan = Plan(set_of(quantity::mean) | (products_ ? set_of(quantity::product) : 0), false);
+        A.positive_weights = true;
+        A.pairs = pairs_;
+        A.pair = reinterpret_cast<Pair*>(start + pair);
+        run_ = A.pair + pairs_;
+        for (std::ptrdiff_t k = 0; k < pairs_; ++k) {
+            const std::ptrdiff_t a = 2 * k, b = a + (a + 1 < variables_);
+            A.pair[k] = {a, b};
+            run_[k] = {variable_[a], variable_[b]};
+        }
+        A.tile_sum = reinterpret_cast<d2*>(start + tile_sum);
+        A.tile_distance = reinterpret_cast<d2*>(start + tile_distance);
+        A.deviation = reinterpret_cast<d2*>(start + deviation);
+        A.scaled = reinterpret_cast<d2*>(start + scaled);
+        A.coefficients = reinterpret_cast<Coefficients*>(start + coefficients);
+        A.sums = reinterpret_cast<PairSums*>(start + sums);
+        A.products = reinterpret_cast<ProductBlock*>(start + products);
+        std::memset(static_cast<void*>(A.sums), 0, (groups_ + 1) * pairs_ * sizeof *A.sums);
+        std::memset(static_cast<void*>(A.products), 0, (own_ + 1) * blocks * sizeof *A.products);
+        total_ = A;
+        ProductBlock* next = A.products;
+        for (std::int64_t group = 0; group <= last_; ++group) {
+            const std::ptrdiff_t g = number_[group];
+            if (g < 0) continue;
+            sums_[g] = A;
+            sums_[g].sums += (g + 1) * pairs_;
+            if (has_own_products(group)) sums_[g].products = next += blocks;
+            T* const own = reinterpret_cast<T*>(start + data) + g * tile_ * stride_;
+            T* const w = reinterpret_cast<T*>(start + weights) + g * tile_;
+            waiting_[g] = {own, own, weights_ != nullptr ? w : nullptr, 0};
+        }
+        return true;
+    }
+
+    void add_all() {
+        const auto x = observations_of<T>(task_);
+        const std::ptrdiff_t n = n_, stride = stride_;
+        const std::int32_t *const group = group_, *const number = number_;
+        std::ptrdiff_t from[on_the_way];
+        T* to[on_the_way];
+        for (std::ptrdiff_t j = 0; j < n;) {
+            int count = 0;
+            std::ptrdiff_t full = -1;
+            for (; j < n && count < on_the_way && full < 0; ++j) {
+                if (group[j] < 0) continue;
+                const std::ptrdiff_t g = number[group[j]];
+                if (n - j >= short_tile && group[j + short_tile - 1] == group[j] &&
+                    std::all_of(group + j, group + j + short_tile,
+                                [=](std::int32_t other) { return other == group[j]; })) {
+                    // A whole tile of one group need not be put together.
+                    add(g, x, j, short_tile, weights_ != nullptr ? weights_ + j : nullptr, run_);
+                    j += short_tile - 1;
+                    continue;
+                }
+                Waiting<T>& members = waiting_[g];
+                from[count] = j;
+                to[count++] = members.next;
+                members.next += stride;
+                if (members.w != nullptr) members.w[members.count] = weights_[j];
+                if (++members.count == tile_) full = g;
+            }
+            copy(x, variable_, variables_, from, to, count);
+            if (full >= 0) add_waiting(full);
+        }
+        for (std::ptrdiff_t g = 0; g < groups_; ++g)
+            if (waiting_[g].count > 0) add_waiting(g);
+    }
+
+    void add_waiting(std::ptrdiff_t g) {
+        Waiting<T>& members = waiting_[g];
+        add(g, {members.x, 1, stride_}, 0, members.count, members.w, total_.pair);
+        members.next = members.x;
+        members.count = 0;
+    }
+
+    // n observations of a group; the pairs are those of their variables.
+    void add(std::ptrdiff_t g, const Observations<T>& x, std::ptrdiff_t first, int n,
+             const T* weights, Pair* pair) {
+        alignas(16) double w[short_tile + 4];
+        sums_[g].pair = pair;
+        add_observations(sums_[g], x, first, n,
+                         weights != nullptr ? read_weights(weights, n, w) : TileWeights::ones(n));
+    }
+
+    // mean(a) and product(a, b) of list members to arrays of the caller's.
+    template <class Mean> void write_mean(T* mean, Mean of) const {
+        for (std::ptrdiff_t a = 0; a < variables_; ++a) mean[variable_[a]] = static_cast<T>(of(a));
+    }
+    template <class Product>
+    void write_covariance(T* data, const void* layout, double divisor, Product product) const {
+        const auto matrix = matrix_at<T>(task_, p_, data, layout);
+        for (std::ptrdiff_t a = 0; a < variables_; ++a)
+            for (std::ptrdiff_t b = 0; b <= a; ++b)
+                matrix.put(variable_[a], variable_[b], product(a, b) / divisor);
+    }
+
+    // Of the wanted groups, one behind the other; NaN for one without members.
+    void write_groups() const {
+        if (task_.group_means == nullptr && task_.group_covariances == nullptr) return;
+        const std::ptrdiff_t size =
+            task_.group_covariances == nullptr ? 0
+            : integer_at(task_, task_.group_covariances_storage) == VTS_SS_LAYOUT_FULL
+                ? p_ * p_
+                : p_ * (p_ + 1) / 2;
+        auto *means = static_cast<T*>(task_.group_means),
+             *covariances = static_cast<T*>(task_.group_covariances);
+        for (std::int64_t group = 0; group <= last_; ++group) {
+            if (!is_wanted(group)) continue;
+            const Accumulators* A = number_[group] >= 0 ? &sums_[number_[group]] : nullptr;
+            if (means != nullptr) {
+                write_mean(means, [&](std::ptrdiff_t a) {
+                    return A != nullptr ? A->get(quantity::mean, a) : NAN;
+                });
+                means += p_;
+            }
+            if (covariances != nullptr) {
+                write_covariance(covariances, task_.group_covariances_storage,
+                                 A != nullptr ? normaliser(A->W, A->W2) : 1,
+                                 [&](std::ptrdiff_t a, std::ptrdiff_t b) {
+                                     return A != nullptr ? A->get_product(a, b) : NAN;
+                                 });
+                covariances += size;
+            }
+        }
+    }
+
+    // All groups together: the means of the others are joined to that of the heaviest group, so
+    // that a small one far away does not round it; the sums of products are added.
+    void write_pooled() {
+        std::ptrdiff_t heaviest = 0;
+        for (std::ptrdiff_t g = 1; g < groups_; ++g)
+            if (sums_[g].W > sums_[heaviest].W) heaviest = g;
+        std::copy_n(sums_[heaviest].sums, pairs_, total_.sums);
+        total_.W = sums_[heaviest].W;
+        for (std::ptrdiff_t g = 0; g < groups_; ++g) {
+            const Accumulators& A = sums_[g];
+            if (g != heaviest) {
+                const MergeFactors factors(total_.W, A.W);
+                for (std::ptrdiff_t i = 0; i < pairs_; ++i)
+                    merge(total_.sums[i], 1, A.sums[i].mean_high, A.sums[i].mean_low, {}, factors);
+                total_.W += A.W;
+            }
+            if (A.products == total_.products) continue;
+            for (std::ptrdiff_t k = 0; k < block_index(pairs_, 0); ++k) {
+                total_.products[k].straight += A.products[k].straight;
+                total_.products[k].crossed += A.products[k].crossed;
+            }
+        }
+        if (task_.pooled_mean != nullptr)
+            write_mean(static_cast<T*>(task_.pooled_mean),
+                       [&](std::ptrdiff_t a) { return total_.get(quantity::mean, a); });
+        if (task_.pooled_covariance != nullptr)
+            write_covariance(
+                static_cast<T*>(task_.pooled_covariance), task_.pooled_covariance_storage,
+                normaliser_,
+                [&](std::ptrdiff_t a, std::ptrdiff_t b) { return total_.get_product(a, b); });
+    }
+
+    Task& task_;
+    const std::ptrdiff_t p_, n_, variables_;
+    const T* const weights_;
+    const bool products_;
+    std::int64_t last_ = -1;               // the largest group index
+    std::ptrdiff_t groups_ = 0, own_ = 0;  // groups with members, those with products of their own
+    std::ptrdiff_t pairs_ = 0, stride_ = 0;
+    int tile_ = 0;
+    KeptLayout groups_room_;
+    std::int32_t *group_ = nullptr, *number_ = nullptr;
+    std::ptrdiff_t* variable_ = nullptr;
+    Waiting<T>* waiting_ = nullptr;
+    Accumulators* sums_ = nullptr;
+    Accumulators total_{};  // with the pairs of waiting members
+    Pair* run_ = nullptr;   // the pairs of x
+    double normaliser_ = 0;
+};
+
+}  // namespace
+
+template <class T> std::int32_t pooled_covariance(Task& task) { return Pooling<T>(task).run(); }
+
+KEF_BOTH_PRECISIONS(pooled_covariance);
+
+}  // namespace kef::stats
