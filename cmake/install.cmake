@@ -2,19 +2,23 @@
 # CMake package kef::kef. A directory that was not given as an absolute one is relative to the
 # prefix, which every file finds from its own place, so that a tree can be moved.
 include(CMakePackageConfigHelpers)
-install(TARGETS kef EXPORT kef-targets)
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
-  PATTERN "kef_*.h" PATTERN "kef_*_status.def")
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+
+# A member for wider vectors is the library alone, at the place below the generic member's where the
+# loader looks first.
+if(KEF_MEMBER AND BUILD_SHARED_LIBS)
+  set(KEF_LIBRARY_DIR ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${KEF_MEMBER})
+  install(TARGETS kef LIBRARY DESTINATION ${KEF_LIBRARY_DIR} NAMELINK_SKIP)
+else()
+  set(KEF_LIBRARY_DIR $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}>)
+  install(TARGETS kef EXPORT kef-targets)
+endif()
 
 # The installed library is stripped. What a debugger reads goes to .debug beside it, where
 # debuggers look.
 if(BUILD_SHARED_LIBS AND CMAKE_OBJCOPY)
-  set(KEF_DLL_DIR $<IF:$<BOOL:${WIN32}>,${CMAKE_INSTALL_BINDIR},${CMAKE_INSTALL_LIBDIR}>)
   install(CODE "
     set(file $<TARGET_FILE_NAME:kef>)
-    set(directory \"${KEF_DLL_DIR}\")
+    set(directory \"${KEF_LIBRARY_DIR}\")
     if(NOT IS_ABSOLUTE \"\${directory}\")
       string(PREPEND directory \"\${CMAKE_INSTALL_PREFIX}/\")
     endif()
@@ -27,6 +31,15 @@ if(BUILD_SHARED_LIBS AND CMAKE_OBJCOPY)
     endforeach()
   ")
 endif()
+
+if(KEF_MEMBER AND BUILD_SHARED_LIBS)
+  return()
+endif()
+
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING
+  PATTERN "kef_*.h" PATTERN "kef_*_status.def")
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
 
 # Import libraries under both names that linkers look for, and the list to make another one of.
 if(WIN32 AND BUILD_SHARED_LIBS)

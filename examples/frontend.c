@@ -120,7 +120,9 @@ int main(int argc, char **argv) {
     int result = GOOD;
     printf(
         "KEF computes elementary functions, random numbers, statistics and splines over whole\n"
-        "arrays, on x86 processors with SSE2 and SSE3, and states how exact each result is.\n\n");
+        "arrays, on x86 processors with SSE2 and SSE3, and states how exact each result is.\n"
+        "This is the %s member of the library.\n\n",
+        kef_member());
     for (int k = 0; k < CHAPTERS; ++k) {
         if (!all && !chosen[k]) continue;
         printf("%d. %s\n\n", k + 1, chapters[k].title);

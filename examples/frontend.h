@@ -16,6 +16,7 @@
 #include <stdint.h>
 
 #include "functions.h"
+#include "kef_version.h"
 #include "kef_vm.h"
 
 /* What every chapter may use. */

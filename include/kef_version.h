@@ -21,6 +21,11 @@ KEF_BEGIN_DECLS
 /* KEF_VERSION as the library was built with it; always the same, on any thread. */
 KEF_API int32_t kef_version(void);
 
+/* The member of the library that the loader has chosen: "generic", "x86-64-v3" (vectors of 32
+ * bytes) or "x86-64-v4" (64 bytes). Members differ in speed, and in last bits as docs/members.md
+ * tells. */
+KEF_API const char *kef_member(void);
+
 KEF_END_DECLS
 
 #endif

@@ -148,7 +148,8 @@ KEF_API kef_vtm_error_callback _vtmGetErrorCallBack(void);
 KEF_API kef_vtm_error_callback _vtmClearErrorCallBack(void);
 KEF_API const void *_vtmSetInterfInputVectorPointer(const void *start);
 
-/* The processor-specific build that this library is: 0, the generic one. */
+/* The number of the member that runs, as kef_member (kef_version.h) gives its name: 0 the generic
+ * one, 1 x86-64-v3, 2 x86-64-v4. Constant in each; the processor is not asked. */
 KEF_API int32_t dll_cpu_version(void);
 
 KEF_END_DECLS

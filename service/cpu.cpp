@@ -1,9 +1,6 @@
 #include "service/cpu.h"
 
 #include <cpuid.h>
-#include <cstdint>
-
-#include "kef_vm.h"
 
 namespace kef {
 
@@ -14,6 +11,3 @@ CpuFeatures cpu_features() {
 }
 
 }  // namespace kef
-
-// The generic member of the set of processor-specific builds; not a probe.
-std::int32_t dll_cpu_version(void) { return 0; }

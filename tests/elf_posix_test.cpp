@@ -62,7 +62,7 @@ TEST(Surface, ExportsWhatTheHeadersDeclareAndNoMore) {
     // All of one version, which is a name of its own.
     const std::string version = "KEF_" + interface;
     std::set<std::string> exported;
-    for (const std::string& line : lines_of({"nm", "-D", "--defined-only", KEF_LIBRARY})) {
+    for (const std::string& line : lines_of({"nm", "-D", "--defined-only", library()})) {
         const std::string name = line.substr(line.rfind(' ') + 1);
         if (name == version) continue;
         const std::size_t end = name.find("@@");
@@ -78,7 +78,7 @@ TEST(Surface, ExportsWhatTheHeadersDeclareAndNoMore) {
 TEST(Surface, EveryInstructionGivesTheSameBitsOnEveryProcessor) {
     const std::regex estimates(R"(\t(v?rcp|v?rsqrt|fsin|fcos|fptan|fpatan|f2xm1|fyl2x))");
     std::size_t count = 0;
-    for (const std::string& line : lines_of({"objdump", "-d", "--no-show-raw-insn", KEF_LIBRARY})) {
+    for (const std::string& line : lines_of({"objdump", "-d", "--no-show-raw-insn", library()})) {
         EXPECT_FALSE(std::regex_search(line, estimates)) << line;
         count += line.find("mulp") != line.npos;
     }
@@ -89,7 +89,7 @@ TEST(Surface, EntriesAreBareJumps) {
     std::map<std::uintptr_t, std::vector<std::string>> code;
     std::vector<std::string>* current = nullptr;
     for (const std::string& line :
-         lines_of({"objdump", "-d", "--no-show-raw-insn", "-j", ".text", KEF_LIBRARY})) {
+         lines_of({"objdump", "-d", "--no-show-raw-insn", "-j", ".text", library()})) {
         if (line.ends_with(">:")) current = &code[std::stoul(line, nullptr, 16)];
         else if (current != nullptr && line.find('\t') != line.npos)
             current->push_back(line.substr(line.find('\t') + 1));
@@ -128,7 +128,7 @@ TEST(Surface, FileNeedsTheCLibraryAlone) {
     // The tags of the dynamic section: NEEDED, SONAME and so on.
     std::multimap<std::string, std::string> dynamic;
     std::smatch match;
-    for (const std::string& line : lines_of({"readelf", "-dW", KEF_LIBRARY}))
+    for (const std::string& line : lines_of({"readelf", "-dW", library()}))
         if (std::regex_search(line, match, std::regex(R"(\((\w+)\)\s+(?:.*\[)?([^\]]*))")))
             dynamic.emplace(match[1], match[2]);
     ASSERT_EQ(dynamic.count("NEEDED"), 1u);
@@ -140,14 +140,13 @@ TEST(Surface, FileNeedsTheCLibraryAlone) {
     ASSERT_EQ(dynamic.count("FLAGS"), 1u);
     EXPECT_EQ(dynamic.find("FLAGS")->second, "BIND_NOW");  // and not STATIC_TLS
     std::string segments;
-    for (const std::string& line : lines_of({"readelf", "-lW", KEF_LIBRARY}))
-        segments += line + "\n";
+    for (const std::string& line : lines_of({"readelf", "-lW", library()})) segments += line + "\n";
     EXPECT_NE(segments.find("GNU_RELRO"), segments.npos);
     EXPECT_FALSE(std::regex_search(segments, std::regex("GNU_STACK.* RWE ")));
     // No initialiser runs at load but the C library's own, the process attach and the handlers of
     // fork.
     std::smatch size;
-    for (const std::string& line : lines_of({"readelf", "-SW", KEF_LIBRARY}))
+    for (const std::string& line : lines_of({"readelf", "-SW", library()}))
         if (std::regex_search(line, size, std::regex(R"(\.init_array\s+\w+\s+\w+\s+\w+\s+(\w+))")))
             EXPECT_EQ(std::stoul(size[1], nullptr, 16), 3 * sizeof(void*));
 }
@@ -156,7 +155,7 @@ TEST(Surface, TableSizes) {
     int tables = 0;
     std::smatch match;
     const std::regex symbol(R"((\d+) OBJECT +GLOBAL DEFAULT +\d+ kef_vtm_kernel_\w+_(.)tab)");
-    for (const std::string& line : lines_of({"readelf", "--dyn-syms", "-W", KEF_LIBRARY}))
+    for (const std::string& line : lines_of({"readelf", "--dyn-syms", "-W", library()}))
         if (std::regex_search(line, match, symbol)) {
             ++tables;
             const int whole = sizeof(void*) == 4 ? 24 : 40;

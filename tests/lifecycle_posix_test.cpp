@@ -23,24 +23,24 @@ void expect_success(const Outcome& outcome) {
 
 #if !defined(KEF_STATIC)
 TEST(Lifecycle, LoadedAndUnloadedWhileThreadsLive) {
-    expect_success(run_client("loader", {"loop", KEF_LIBRARY}));
+    expect_success(run_client("loader", {"loop", library()}));
 }
 
 TEST(Lifecycle, UnloadedByAnExitHandler) {
-    expect_success(run_client("loader", {"exit", KEF_LIBRARY}));
+    expect_success(run_client("loader", {"exit", library()}));
 }
 
 TEST(Lifecycle, UnloadedWhileThreadsEnd) {
-    expect_success(run_client("loader", {"race", KEF_LIBRARY, rounds}));
+    expect_success(run_client("loader", {"race", library(), rounds}));
 }
 
 TEST(Lifecycle, LoadedInTurnsWithAnotherLibrary) {
-    expect_success(run_client(
-        "loader", {"alternate", KEF_LIBRARY, "1000", KEF_CLIENT_DIR "/libneighbour.so"}));
+    expect_success(
+        run_client("loader", {"alternate", library(), "1000", KEF_CLIENT_DIR "/libneighbour.so"}));
 }
 
 TEST(Lifecycle, WorksWithoutAKeyForThreads) {
-    expect_success(run_client("loader", {"keys", KEF_LIBRARY}));
+    expect_success(run_client("loader", {"keys", library()}));
 }
 
 #endif

@@ -9,7 +9,7 @@ namespace {
 
 TEST(Lifecycle, LoadedByPrograms) {
     for (const char* what : {"threads", "loop", "terminated", "exits"})
-        EXPECT_EQ(run_client("life", {what, KEF_LIBRARY}).exit_code, 0) << what;
+        EXPECT_EQ(run_client("life", {what, library()}).exit_code, 0) << what;
 }
 
 // The modules whose errno is found, each in a program of its own.
@@ -24,7 +24,7 @@ TEST(Errors, ErrnoOfEveryCLibrary) {
         {"errno_msvcr120", "msvcr120.dll"},
     };
     for (const auto& host : hosts) {
-        const Outcome outcome = run_client(host.program, {KEF_LIBRARY, host.module});
+        const Outcome outcome = run_client(host.program, {library(), host.module});
         if (outcome.exit_code == 77) continue;  // not on this system
         EXPECT_EQ(outcome.exit_code, 0) << host.module;
         EXPECT_EQ(outcome.out, "errno 34, last error 4711\n") << host.module;

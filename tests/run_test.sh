@@ -46,6 +46,7 @@ refused "unknown option --elephants" --elephants 5
 refused "unknown option -x" --elements 5 -x
 refused "no value after --threads" --threads
 refused "not a whole number: 1e6" --elements 1e6
+refused "members are generic, v3 and v4" --elements 5 --member v2
 refused "unknown chapter epilogue" --chapter summary --chapter epilogue
 refused "no such file: absent" absent
 refused "more than one data file: data file" "data file" "data file"

@@ -62,8 +62,16 @@ TEST(Surface, FourNamesOfARowReachItsSlots) {
                     EXPECT_NE(row.slots[i], row.slots[j]);
                 }
     }
-    EXPECT_EQ(dll_cpu_version(), 0);
     EXPECT_EQ(kef_version(), KEF_VERSION);
+}
+
+// The member that this build is, or that ./run test lets these programs run with.
+TEST(Surface, MemberIsTheOneMeant) {
+    const char* const meant = std::getenv("KEF_TEST_MEMBER");
+    EXPECT_STREQ(kef_member(), meant != nullptr ? meant : KEF_MEMBER);
+    const std::vector<std::string> members = {"generic", "x86-64-v3", "x86-64-v4"};
+    EXPECT_EQ(dll_cpu_version(),
+              std::find(members.begin(), members.end(), kef_member()) - members.begin());
 }
 
 TEST(Surface, CostsStandBehindTheSlots) {

@@ -31,6 +31,9 @@ void set_environment(const char* name, const char* value);
 
 int process_number();
 
+// The file of the shared library that runs.
+std::string library();
+
 // What the library exports under a name; null where there is none.
 void* exported(const std::string& name);
 

@@ -51,6 +51,11 @@ int process_number() { return getpid(); }
 
 void* exported(const std::string& name) { return dlsym(RTLD_DEFAULT, name.c_str()); }
 
+std::string library() {
+    Dl_info file;
+    return dladdr(exported("kef_version"), &file) != 0 ? file.dli_fname : "";
+}
+
 GuardedPages::GuardedPages(std::size_t size, Guard guard) {
     const std::size_t page = sysconf(_SC_PAGESIZE), used = (size + page - 1) / page * page;
     length_ = used + page;

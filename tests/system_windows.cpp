@@ -81,6 +81,12 @@ void* exported(const std::string& name) {
     return reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kef.dll"), name.c_str()));
 }
 
+std::string library() {
+    char name[MAX_PATH] = "";
+    GetModuleFileNameA(GetModuleHandleA("kef.dll"), name, MAX_PATH);
+    return name;
+}
+
 GuardedPages::GuardedPages(std::size_t size, Guard guard) {
     SYSTEM_INFO system;
     GetSystemInfo(&system);
