@@ -55,49 +55,49 @@ enum {
 /* Parameter identifiers: I of __vtsiSSEditTask, D of __vtsdSSEditTask and
  * __vtssSSEditTask. Sizes in elements; "layout" is a VTS_SS_LAYOUT_ code. */
 enum {
-    VTS_SS_ID_DIMENSION = 1,                  /* I p */
-    VTS_SS_ID_COUNT = 2,                      /* I n, observations of the current block */
-    VTS_SS_ID_X = 3,                          /* D observations, p*n */
-    VTS_SS_ID_X_STORAGE = 4,                  /* I VTS_SS_STORAGE_ code */
-    VTS_SS_ID_INDICES = 5,                    /* I p flags: not zero = variable is processed */
-    VTS_SS_ID_WEIGHTS = 6,                    /* D n */
-    VTS_SS_ID_MEAN = 7,                       /* D p */
-    VTS_SS_ID_RAW_MOMENT_2 = 8,               /* D p */
-    VTS_SS_ID_RAW_MOMENT_3 = 9,               /* D p */
-    VTS_SS_ID_RAW_MOMENT_4 = 10,              /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,          /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,          /* D p */
-    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,          /* D p */
-    VTS_SS_ID_KURTOSIS = 14,                  /* D p */
-    VTS_SS_ID_SKEWNESS = 15,                  /* D p */
-    VTS_SS_ID_MINIMUM = 16,                   /* D p */
-    VTS_SS_ID_MAXIMUM = 17,                   /* D p */
-    VTS_SS_ID_VARIATION = 18,                 /* D p */
-    VTS_SS_ID_COVARIANCE = 19,                /* D matrix */
-    VTS_SS_ID_COVARIANCE_STORAGE = 20,        /* I layout */
-    VTS_SS_ID_CORRELATION = 21,               /* D matrix */
-    VTS_SS_ID_CORRELATION_STORAGE = 22,       /* I layout */
-    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23,       /* D 2: W and W2, kept between calls */
-    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24,      /* I m */
-    VTS_SS_ID_QUANTILE_ORDERS = 25,           /* D m orders in [0,1] */
-    VTS_SS_ID_QUANTILES = 26,                 /* D p*m, variable by variable; p by WMedian */
-    VTS_SS_ID_ORDER_STATISTICS = 27,          /* D p*n, every variable ascending */
-    VTS_SS_ID_GROUP_INDICES = 28,             /* I n: 0 .. G-1, negative: left out */
-    VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29, /* I layout */
-    VTS_SS_ID_POOLED_MEAN = 30,               /* D p */
-    VTS_SS_ID_POOLED_COVARIANCE = 31,         /* D matrix */
-    VTS_SS_ID_REQUESTED_GROUPS = 32,          /* I G flags: not zero = wanted */
-    VTS_SS_ID_GROUP_MEANS = 33,               /* D p for each wanted group */
-    VTS_SS_ID_GROUP_COVARIANCE_STORAGE = 34,  /* I layout */
-    VTS_SS_ID_GROUP_COVARIANCES = 35,         /* D matrix for each wanted group */
-    VTS_SS_ID_ROBUST_COVARIANCE_STORAGE = 36,
-    VTS_SS_ID_ROBUST_PARAMETER_COUNT = 37,
-    VTS_SS_ID_ROBUST_PARAMETERS = 38,
-    VTS_SS_ID_ROBUST_MEAN = 39,
-    VTS_SS_ID_ROBUST_COVARIANCE = 40,
-    VTS_SS_ID_OUTLIER_PARAMETER_COUNT = 41,
-    VTS_SS_ID_OUTLIER_PARAMETERS = 42,
-    VTS_SS_ID_OUTLIER_WEIGHTS = 43,
+    VTS_SS_ID_DIMENSION = 1,                    /* I p */
+    VTS_SS_ID_COUNT = 2,                        /* I n, observations of the current block */
+    VTS_SS_ID_X = 3,                            /* D observations, p*n */
+    VTS_SS_ID_X_STORAGE = 4,                    /* I VTS_SS_STORAGE_ code */
+    VTS_SS_ID_INDICES = 5,                      /* I p flags: not zero = variable is processed */
+    VTS_SS_ID_WEIGHTS = 6,                      /* D n */
+    VTS_SS_ID_MEAN = 7,                         /* D p */
+    VTS_SS_ID_RAW_MOMENT_2 = 8,                 /* D p */
+    VTS_SS_ID_RAW_MOMENT_3 = 9,                 /* D p */
+    VTS_SS_ID_RAW_MOMENT_4 = 10,                /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_2 = 11,            /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_3 = 12,            /* D p */
+    VTS_SS_ID_CENTRAL_MOMENT_4 = 13,            /* D p */
+    VTS_SS_ID_KURTOSIS = 14,                    /* D p */
+    VTS_SS_ID_SKEWNESS = 15,                    /* D p */
+    VTS_SS_ID_MINIMUM = 16,                     /* D p */
+    VTS_SS_ID_MAXIMUM = 17,                     /* D p */
+    VTS_SS_ID_VARIATION = 18,                   /* D p */
+    VTS_SS_ID_COVARIANCE = 19,                  /* D matrix */
+    VTS_SS_ID_COVARIANCE_STORAGE = 20,          /* I layout */
+    VTS_SS_ID_CORRELATION = 21,                 /* D matrix */
+    VTS_SS_ID_CORRELATION_STORAGE = 22,         /* I layout */
+    VTS_SS_ID_ACCUMULATED_WEIGHTS = 23,         /* D 2: W and W2, kept between calls */
+    VTS_SS_ID_QUANTILE_ORDER_COUNT = 24,        /* I m */
+    VTS_SS_ID_QUANTILE_ORDERS = 25,             /* D m orders in [0,1] */
+    VTS_SS_ID_QUANTILES = 26,                   /* D p*m, variable by variable; p by WMedian */
+    VTS_SS_ID_ORDER_STATISTICS = 27,            /* D p*n, every variable ascending */
+    VTS_SS_ID_GROUP_INDICES = 28,               /* I n: 0 .. G-1, negative: left out */
+    VTS_SS_ID_POOLED_COVARIANCE_STORAGE = 29,   /* I layout */
+    VTS_SS_ID_POOLED_MEAN = 30,                 /* D p */
+    VTS_SS_ID_POOLED_COVARIANCE = 31,           /* D matrix */
+    VTS_SS_ID_REQUESTED_GROUPS = 32,            /* I G flags: not zero = wanted */
+    VTS_SS_ID_GROUP_MEANS = 33,                 /* D p for each wanted group */
+    VTS_SS_ID_GROUP_COVARIANCE_STORAGE = 34,    /* I layout */
+    VTS_SS_ID_GROUP_COVARIANCES = 35,           /* D matrix for each wanted group */
+    VTS_SS_ID_ROBUST_COVARIANCE_STORAGE = 36,   /* I layout */
+    VTS_SS_ID_ROBUST_PARAMETER_COUNT = 37,      /* I 4 */
+    VTS_SS_ID_ROBUST_PARAMETERS = 38,           /* D 4: breakdown, rejection, tolerance, limit */
+    VTS_SS_ID_ROBUST_MEAN = 39,                 /* D p */
+    VTS_SS_ID_ROBUST_COVARIANCE = 40,           /* D matrix */
+    VTS_SS_ID_OUTLIER_PARAMETER_COUNT = 41,     /* I 3 */
+    VTS_SS_ID_OUTLIER_PARAMETERS = 42,          /* D 3: start, alpha, tolerance */
+    VTS_SS_ID_OUTLIER_WEIGHTS = 43,             /* D n: 1 kept, 0 outlier */
     VTS_SS_ID_ORDER_STATISTICS_STORAGE = 44,    /* I VTS_SS_STORAGE_ code */
     VTS_SS_ID_PARTIAL_INDICES = 45,             /* I p marks: > 0 of interest, < 0 held fixed */
     VTS_SS_ID_PARTIAL_COVARIANCE = 46,          /* D matrix of the variables of interest */
@@ -561,6 +561,67 @@ KEF_API int32_t _vtssSSPooledCovariance(kef_ss_task *task, uint64_t estimates, i
  * written then. */
 KEF_API int32_t _vtsdSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Outliers of multivariate data by BACON (Billor, Hadi & Velleman, CSDA 34:279, 2000): a small
+ * subset without outliers grows by what is near its mean, measured by its covariance.
+ *
+ * Reads x and the OUTLIER_PARAMETERS, 3 of them: start, alpha, tolerance. Writes element j of the
+ * OUTLIER_WEIGHTS, n of them: 1 where observation j is kept, 0 for an outlier.
+ *   start      1: from the observations nearest to the mean in the distances of MahDistance; the
+ *              result follows every affine change of the data, and stands some 20 % of outliers.
+ *              2: from those nearest to the medians in Euclidean distance; stands some 40 %,
+ *              but the units of the variables matter.
+ *   alpha      in (0,1): the probability with which any observation of normal data without outliers
+ *              is called one
+ *   tolerance  in [0,1): stops when the subset repeats itself, or changes its size by tolerance n
+ *              at most
+ * The first subset are the nearest 4p observations, n/2 at most and p + 1 at least, of equally far
+ * ones the first in x, or as many more as make the covariance regular. Then, in up to 100 rounds,
+ * all closer than c sqrt(chi2), chi2 with probability alpha/n above it, c = 1 + (p+1)/(n-p) +
+ * 2/(n-1-3p)
+ * + max(0, (h-r)/(h+r)), h = floor((n+p+1)/2), r the size of the last subset.
+ *
+ * p counts the variables that the indices leave in; with none, nothing is written. Weights play no
+ * part. The results do not overlay x. Memory 4n + 2p^2 + 800p + 3000 doubles at most, which the
+ * task keeps.
+ *
+ * Checked: NULL_OUTLIER_PARAMETER_COUNT, NULL_OUTLIER_PARAMETERS, NULL_OUTLIER_WEIGHTS, then n, x,
+ * its storage, p as by Basic. BAD_PARAMETERS. TOO_FEW_OBSERVATIONS: n <= 3p + 1. NO_MEMORY.
+ * NOT_POSITIVE_DEFINITE: some variable is a combination of others (1 - R^2 below 3e-14 p) in all
+ * observations or in a subset, or x holds NaN or what overflows. Nothing is written then.
+ * ITERATION_LIMIT: the last subset is written. */
+KEF_API int32_t _vtsdSSOutliersDetection(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSOutliersDetection(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Robust location and covariance: the S-estimate with the translated biweight (Rocke, Ann. Stat.
+ * 24:1327, 1996). Of all ellipsoids that leave the mean of rho(d_j) at its value for normal data,
+ * d_j the distances of MahDistance, the smallest that is found from a start without outliers.
+ *
+ * Reads x and the ROBUST_PARAMETERS, 4 of them; writes the ROBUST_MEAN, p values, and the
+ * ROBUST_COVARIANCE, both consistent for normal data.
+ *   breakdown  in (0, 1/2]: the share of outliers that the estimate can bear; (n-p)/(2n) at most is
+ *              used
+ *   rejection  in (0,1): the probability with which an observation of normal data has weight 0; as
+ *              far as breakdown allows (little makes a biweight, much cuts off at once)
+ *   tolerance  in [0,1), e.g. 1e-8: stops when |m_i - m'_i| <= tolerance s_i and |C_ij - C'_ij| <=
+ *              tolerance s_i s_j, s_i^2 = C_ii, from one step to the next
+ *   limit      at least 1: the most steps
+ * rho is the integral of u w(u), w = 1 up to M, (1 - ((u-M)/c)^2)^2 up to M + c, then 0. A step:
+ * the distances by the last estimate, their scale by the mean of rho, mean and covariance under
+ * the weights w. The start is the subset of OutliersDetection (start 2, alpha 0.05); where n <= 3p
+ * + 1, or where it fails or keeps fewer than n/2, Huber's M-estimate from medians and median
+ * deviations (Maronna, Ann. Stat. 4:51, 1976), which bears some 1/(p+1) of outliers.
+ *
+ * Variables that the indices leave out take no part and keep their results. Weights play no part.
+ * The results do not overlay x. Memory as by OutliersDetection and p^2 doubles more.
+ *
+ * Checked: NULL_ROBUST_PARAMETER_COUNT, NULL_ROBUST_PARAMETERS, NULL_ROBUST_MEAN,
+ * NULL_ROBUST_COVARIANCE, then n, x, its storage, p as by Basic, the layout (NULL_STORAGE).
+ * BAD_PARAMETERS. TOO_FEW_OBSERVATIONS: n <= p. NO_MEMORY. NOT_POSITIVE_DEFINITE as by
+ * OutliersDetection, among them data of which half have one value. Nothing is written then.
+ * ITERATION_LIMIT: the last estimate is written. */
+KEF_API int32_t _vtsdSSRobustCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
 
 /* Quantiles of all observations of a stream, fed block by block, of a length that nobody knows.
  *

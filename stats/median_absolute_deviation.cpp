@@ -1,38 +1,8 @@
-// _vtsdSSMAD, _vtssSSMAD: the median of |x - m|, m the median of x (Hampel, JASA 69:383, 1974).
+// _vtsdSSMAD, _vtssSSMAD: the median of |x - m|, m the median of x.
 #include "stats/computation.h"
-#include "stats/quantile.h"
+#include "stats/median_deviation.h"
 
 namespace kef::stats {
-
-namespace {
-
-// |x - m - low| of numbers that are not copied, low being below the last place of m, or 0: rounded
-// once, but for the rounding of error - low.
-template <bool exact_median, class T> struct Deviations {
-    const T* x;
-    T m, low;
-
-    T operator[](std::ptrdiff_t j) const { return of(vm::all(x[j]))[0]; }
-    friend Vector<T> load_at(const Deviations& d, std::ptrdiff_t j) {
-        return d.of(vm::load(d.x + j));
-    }
-
-private:
-    Vector<T> of(Vector<T> v) const {
-        const Vector<T> c = vm::all(m), d = v - c;
-        if constexpr (exact_median) return vm::absolute(d);
-        const Vector<T> shadow = d - v;
-        const Vector<T> error = (v - (d - shadow)) - (c + shadow);  // Knuth
-        const Vector<T> sum = d + (error - vm::all(low));
-        return vm::absolute(vm::select(sum - sum == 0, sum, d));  // d, where it is infinite
-    }
-};
-
-template <class T> T median_of(const std::pair<T, T>& pair) {
-    return static_cast<T>(middle(pair.first, pair.second));
-}
-
-}  // namespace
 
 template <class T> std::int32_t median_absolute_deviation(Task& task) {
     const std::ptrdiff_t p = positive_at(task, task.dimension);
@@ -43,40 +13,10 @@ template <class T> std::int32_t median_absolute_deviation(Task& task) {
     char* start = scratch(task, layout);
     if (start == nullptr) return VTS_SS_STATUS_NO_MEMORY;
     const SelectionRoom<T> room(start + numbers, n);
-    for (std::ptrdiff_t i = 0; i < p; ++i) {
-        if (!is_selected(task, i)) continue;
-        T& result = static_cast<T*>(task.median_absolute_deviation)[i];
-        const T* data = contiguous(x, i, n, room.spare);
-        const Range<T> range = range_of(data, n);
-        const auto [a, b] =
-            range.nan ? std::pair(range.least, range.least) : middle_pair(data, n, range, room);
-        const double m = range.nan ? NAN : middle(a, b);
-        if (m - m != 0) {
-            result = std::numeric_limits<T>::quiet_NaN();
-            continue;
-        }
-        // What the rounding of m has lost: a + b = 2 m + 2 low exactly (|a|, |b| <= 2^1022).
-        const double sum = m * 2, shadow = sum - a;
-        const double lost = ((a - (sum - shadow)) + (b - shadow)) / 2;
-        const double low = lost - lost == 0 ? lost : 0;
-        const auto centre = static_cast<T>(m), rest = static_cast<T>((m - centre) + low);
-        const T ends[] = {range.least, range.greatest};
-        const Deviations<false, T> extreme = {ends, centre, rest};
-        const Range<T> distances = {0, std::max(extreme[0], extreme[1]), false};
-        if (rest == 0 && x.stride == 1) {
-            const Deviations<true, T> simple = {x.at(i, 0), centre, 0};
-            result = median_of(middle_pair(simple, n, distances, room));
-            continue;
-        }
-        // The first selection has taken a copy apart.
-        const Deviations<false, T> again = {contiguous(x, i, n, room.spare), centre, rest};
-        constexpr std::ptrdiff_t lanes = 16 / sizeof(T);
-        std::ptrdiff_t j = 0;
-        for (; j + lanes <= n; j += lanes) vm::store(room.spare + j, load_at(again, j));
-        for (; j < n; ++j) room.spare[j] = again[j];
-        const T* deviations = room.spare;
-        result = median_of(middle_pair(deviations, n, distances, room));
-    }
+    for (std::ptrdiff_t i = 0; i < p; ++i)
+        if (is_selected(task, i))
+            static_cast<T*>(task.median_absolute_deviation)[i] =
+                median_deviation(x, i, n, room).deviation;
     return VTS_SS_STATUS_OK;
 }
 

@@ -116,6 +116,9 @@ struct Order : Half {
     std::int32_t count = 2, rows = VTS_SS_STORAGE_ROWS;
     std::vector<double> orders = {0.25, 0.5}, quantiles, statistics, deviations, distances, other;
     std::vector<std::int32_t> marks, groups;
+    std::int32_t three = 3, four = 4;
+    std::vector<double> outlier = {2, 0.05, 0}, robust = {0.5, 0.05, 1e-8, 200}, kept, robust_mean,
+                        robust_covariance;
     Order()
         : Half(VTS_SS_METHOD_TILED, most, 0),
           quantiles(2 * most),
@@ -143,21 +146,28 @@ struct Order : Half {
         set(VTS_SS_ID_ORDER_STATISTICS, statistics);
         __vtsiSSEditTask(task, VTS_SS_ID_QUANTILE_ORDER_COUNT, &count);
         __vtsiSSEditTask(task, VTS_SS_ID_ORDER_STATISTICS_STORAGE, &rows);
+        kept.assign(n, untouched);
+        __vtsdSSEditOutDetect(task, &three, outlier.data(), kept.data());
+        robust_mean.assign(most, untouched);
+        robust_covariance.assign(most * most, untouched);
+        __vtsdSSEditRCov(task, &layout, &four, robust.data(), robust_mean.data(),
+                         robust_covariance.data());
     }
     std::vector<double> all() const {
         auto result = quantiles;
-        result.insert(result.end(), statistics.begin(), statistics.end());
-        for (const auto* more : {&deviations, &distances, &other})
+        for (const auto* more : {&statistics, &deviations, &distances, &other, &kept, &robust_mean,
+                                 &robust_covariance})
             result.insert(result.end(), more->begin(), more->end());
         return result;
     }
 };
 
-TEST(StatsMemory, OrderStatistics) {
+TEST(StatsMemory, Computations) {
     const auto calls = {_vtsdSSQuantiles,         _vtsdSSMAD,
                         _vtsdSSWMedian,           _vtsdSSMahDistance,
                         _vtsdSSPartialCovariance, _vtsdSSCorParametrization,
-                        _vtsdSSPooledCovariance};
+                        _vtsdSSPooledCovariance,  _vtsdSSOutliersDetection,
+                        _vtsdSSRobustCovariance};
     for (const auto compute : calls) {
         Order calm;
         const auto before = calm.all();
