@@ -138,7 +138,7 @@ private:
     // The diagonal element and its inverse, in whose place S_jj stands.
     bool pivot(std::ptrdiff_t j, double tolerance) {
         double& element = at(j, j);
-        if (!(element > tolerance * inverse_[j]) || element - element != 0) return false;
+        if (!(element > tolerance * inverse_[j])) return false;  // NaN and infinities, too
         element = std::sqrt(element);
         inverse_[j] = 1 / element;
         return true;

@@ -289,6 +289,38 @@ template <class T> void estimates(Lines& lines) {
     digest.add(other);
     lines.push_back(
         {"statistics " + std::string(sizeof(T) == 8 ? "d" : "s") + " order", digest.text()});
+
+    const std::int32_t marks[] = {1, -1, 1, -1, 1};
+    std::vector<std::int32_t> groups(n), wanted(7, 1);
+    for (int j = 0; j < n; ++j) groups[j] = j * j % 11 - 1;
+    wanted.resize(10);
+    std::vector<T> distances(n), squares[4], means(7 * p), covariances(7 * p * p);
+    for (auto& square : squares) square.resize(p * p);
+    problem.set(VTS_SS_ID_MAHALANOBIS_DISTANCE, distances);
+    problem.set(VTS_SS_ID_PARTIAL_COVARIANCE, squares[0]);
+    problem.set(VTS_SS_ID_PARTIAL_CORRELATION, squares[1]);
+    problem.set(VTS_SS_ID_PARAMETRIZED_MATRIX, squares[2]);
+    problem.set(VTS_SS_ID_POOLED_COVARIANCE, squares[3]);
+    problem.set(VTS_SS_ID_POOLED_MEAN, result);
+    problem.set(VTS_SS_ID_GROUP_MEANS, means);
+    problem.set(VTS_SS_ID_GROUP_COVARIANCES, covariances);
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_PARTIAL_INDICES, marks);
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_GROUP_INDICES, groups.data());
+    __vtsiSSEditTask(problem.task, VTS_SS_ID_REQUESTED_GROUPS, wanted.data());
+    for (const int id :
+         {VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE, VTS_SS_ID_PARTIAL_CORRELATION_STORAGE,
+          VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE, VTS_SS_ID_POOLED_COVARIANCE_STORAGE,
+          VTS_SS_ID_GROUP_COVARIANCE_STORAGE})
+        __vtsiSSEditTask(problem.task, id, &problem.layout);
+    EXPECT_EQ(VTS_SS_STATUS_OK, problem.basic(stats_tests::matrices, VTS_SS_METHOD_TILED));
+    Digest matrices;
+    for (const auto compute : {Api<T>::mahalanobis_distance, Api<T>::partial_covariance,
+                               Api<T>::correlation_parametrization, Api<T>::pooled_covariance})
+        EXPECT_EQ(VTS_SS_STATUS_OK, compute(problem.task, 0, 0));
+    for (const auto* array : {&distances, &result, &means, &covariances}) matrices.add(*array);
+    for (const auto& square : squares) matrices.add(square);
+    lines.push_back(
+        {"statistics " + std::string(sizeof(T) == 8 ? "d" : "s") + " matrices", matrices.text()});
 }
 
 template <class T> void splines(Lines& lines) {

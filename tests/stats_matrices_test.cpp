@@ -462,6 +462,9 @@ TEST(StatsMatrices, BadInput) {
         for (int j = 0; j < 5; ++j)
             EXPECT_EQ(j != 1 && j != 2, std::isfinite(distance.result[j])) << j;
     });
+    // The layout of what is read counts.
+    Partial<double> from_correlation(s, {-1, 1, -1, 1}, 3, 0, true);
+    EXPECT_EQ(VTS_SS_STATUS_NULL_STORAGE, from_correlation.call());
     // No variable of interest, none held fixed.
     for (const std::int32_t mark : {-1, 0, 1}) {
         Partial<double> partial(s, std::vector<std::int32_t>(4, mark), 0, 0);

@@ -250,6 +250,21 @@ TEST(StatsPooled, SmallGroups) {
     EXPECT_EQ(16, problem.covariances[2]);
     EXPECT_EQ(untouched, problem.means[3]);
 
+    // Means need no second member.
+    std::vector<double> lone = {untouched, untouched};
+    Problem<double> singles(1, 2, {3, 4}, {}, VTS_SS_STORAGE_ROWS, 0);
+    const std::int32_t two_groups[] = {1, 0};
+    __vtsdSSEditPooledCovariance(singles.task, two_groups, lone.data(), nullptr, nullptr, nullptr,
+                                 nullptr);
+    EXPECT_EQ(VTS_SS_STATUS_OK, _vtsdSSPooledCovariance(singles.task, 0, 0));
+    EXPECT_EQ(3.5, lone[0]);
+
+    // A group without weight has its place, too, be it the last.
+    Pooled<double> weightless(1, 3, 3, {1, 2, 3}, {1, 1, 0}, {0, 0, 2}, VTS_SS_STORAGE_ROWS, 0);
+    ASSERT_EQ(VTS_SS_STATUS_OK, weightless.call());
+    EXPECT_EQ(1.5, weightless.means[0]);
+    EXPECT_TRUE(std::isnan(weightless.means[1]));
+
     // Wide integers; some results alone.
     const std::int64_t p = 1, n = 7, storage = VTS_SS_STORAGE_COLUMNS, none = 0;
     const std::int64_t group[] = {1, 0, 1, 0, INT64_MIN, 0, -7}, wanted[] = {0, 1};
