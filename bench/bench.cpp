@@ -4,6 +4,7 @@
 //   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
 //   bench [function...] --costs          values for the cost tables
 //   bench [function...] --special        special and extreme arguments against ordinary ones
+//   bench [function...] --beside FILE    n = 10 and 1000 beside the member of the library in a file
 //   bench --powers                       Pow and Powx by exponent and by the sign of the base
 //   bench --processor                    the processor, in a line
 //
@@ -14,14 +15,17 @@
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 
 #include <x86intrin.h>
 
 #include "bench/costs.h"
+#include "bench/other_member.h"
 #include "bench/peers.h"
 #include "bench/processor.h"
 #include "bench/select.h"
 #include "bench/table.h"
+#include "include/kef_version.h"
 #include "include/kef_vm.h"
 #include "tests/reference.h"
 
@@ -99,26 +103,30 @@ template <class T> double class_bound(int slot) {
 // Mean of ratios, by slot.
 class Geometric {
 public:
+    explicit Geometric(int n) : n_(n) {}
     void add(int slot, double ratio) {
         sum_[slot] += std::log(ratio);
         ++count_[slot];
     }
-    void print() const {
+    void print(const char* words) const {
         double sum = 0;
         int count = 0;
         for (int slot = 0; slot < 3; ++slot) {
             sum += sum_[slot];
             count += count_[slot];
-            if (count_[slot]) print(slot_names[slot], sum_[slot], count_[slot]);
+            if (count_[slot]) print(words, slot_names[slot], sum_[slot], count_[slot]);
         }
-        if (count) print("all", sum, count);
+        if (count) print(words, "all", sum, count);
     }
 
+    int n() const { return n_; }
+
 private:
-    static void print(const char* name, double sum, int count) {
-        std::printf("geometric mean of the ratios at n = %d, %s: %.3f (%d kernels)\n",
-                    sizes[main_size], name, std::exp(sum / count), count);
+    void print(const char* words, const char* name, double sum, int count) const {
+        std::printf("geometric mean of the ratios%s at n = %d, %s: %.3f (%d kernels)\n", words, n_,
+                    name, std::exp(sum / count), count);
     }
+    int n_;
     double sum_[3] = {};
     int count_[3] = {};
 };
@@ -126,6 +134,7 @@ private:
 struct Options {
     Selection selection;
     bool markdown = false, costs = false, special = false, powers = false;
+    std::optional<OtherMember> beside;
 };
 
 class Run {
@@ -153,7 +162,8 @@ public:
         if (options_.costs) costs_.print(options_.selection.rows(), options_.markdown);
         else if (options_.special) specials_.print(options_.markdown);
         else if (options_.powers) powers_.print(options_.markdown);
-        else geometric_.print();
+        else if (options_.beside) finish_beside();
+        else geometric_.print("");
         return failed_ ? 1 : 0;
     }
 
@@ -162,6 +172,7 @@ private:
         if (options_.costs) costs<T>(row, reference);
         else if (options_.special) special<T>(row, reference);
         else if (options_.powers) powers<T>(row);
+        else if (options_.beside) beside<T>(row, reference);
         else compare<T>(row, reference);
     }
 
@@ -223,6 +234,46 @@ private:
         table.print(options_.markdown, head_);
         if (!options_.markdown) std::puts("");
         head_ = !options_.markdown;
+    }
+
+    // This member, the other one and their ratio.
+    template <class T>
+    void beside(const kef_test::Row& row, const reference::Reference& reference) {
+        std::vector<Kernel<T>> all = kernels<T>(row);
+        const std::size_t ours = all.size();
+        const kef_test::Code* const others = options_.beside->slots(row);
+        for (std::size_t k = 0; k < ours; ++k)
+            all.push_back({all[k].name, caller<T>(row, others[all[k].slot])});
+        std::vector<Table::Row> lines(ours);
+        for (Geometric* geometric : {&beside_short_, &beside_}) {
+            Batch<T> batch = ordinary<T>(row, reference, geometric->n());
+            const std::vector<double> time = cycles(all, batch);
+            for (std::size_t k = 0; k < ours; ++k) {
+                const double ratio = time[k] / time[ours + k];
+                lines[k].push_back(format("%.2f", time[k]));
+                lines[k].push_back(format("%.2f (%.2f)", time[ours + k], ratio));
+                geometric->add(all[k].slot, ratio);
+            }
+        }
+        const auto column = [&](int n, const std::string& member) {
+            return format("n = %d: %s", n, member.c_str());
+        };
+        const int n = beside_short_.n(), m = beside_.n();
+        Table table({"function", "kernel", column(n, kef_member()), column(n, other()),
+                     column(m, kef_member()), column(m, other())});
+        for (std::size_t k = 0; k < ours; ++k) {
+            lines[k].insert(lines[k].begin(), {row.name(), all[k].name});
+            table.add(lines[k]);
+        }
+        table.print(options_.markdown, head_);
+        head_ = !options_.markdown;
+    }
+    std::string other() const { return options_.beside->name(); }
+    void finish_beside() const {
+        const std::string words = format(" of %s to %s", kef_member(), other().c_str());
+        std::puts("");
+        for (const Geometric* geometric : {&beside_short_, &beside_})
+            geometric->print(words.c_str());
     }
 
     template <class T> void costs(const kef_test::Row& row, const reference::Reference& reference) {
@@ -357,7 +408,7 @@ private:
 
     const Options& options_;
     bool head_ = true, failed_ = false;
-    Geometric geometric_;
+    Geometric geometric_{sizes[main_size]}, beside_short_{10}, beside_{1000};
     Table specials_, powers_;
     Costs costs_;
 };
@@ -370,11 +421,12 @@ int main(int argc, char** argv) {
         else if (word == "--costs") options.costs = true;
         else if (word == "--special") options.special = true;
         else if (word == "--powers") options.powers = true;
+        else if (word == "--beside" && i + 1 < argc) options.beside.emplace(argv[++i]);
         else if (word == "--processor") return std::puts(processor().c_str()), 0;
         else if (!options.selection.add(word)) return 2;
     }
     kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
-    if (!options.markdown) std::printf("%s\n\n", processor().c_str());
+    if (!options.markdown) std::printf("%s; %s member\n\n", processor().c_str(), kef_member());
     Run run(options);
     // Costs are medians over passes, so that a slow minute of the machine meets all functions
     // alike.

@@ -1,29 +1,12 @@
-// SLEEF, its SSE2 functions by name; u10 is its error bound of 1.0 ulp. "by" rows
-// compose a function that it lacks.
-#include <emmintrin.h>
-#include <sleef.h>
+// SLEEF, its functions for vectors of this build's width by name; u10 is its error bound of 1.0
+// ulp. "by" rows compose a function that it lacks.
+#include "bench/native.h"
 
-#include "bench/peers.h"
+#include <sleef.h>
 
 namespace kef {
 
-template <> struct Lanes<__m128d> {
-    using Element = double;
-    static constexpr int count = 2;
-    static __m128d load(const double* p) { return _mm_loadu_pd(p); }
-    static void store(double* p, __m128d x) { _mm_storeu_pd(p, x); }
-};
-template <> struct Lanes<__m128> {
-    using Element = float;
-    static constexpr int count = 4;
-    static __m128 load(const float* p) { return _mm_loadu_ps(p); }
-    static void store(float* p, __m128 x) { _mm_storeu_ps(p, x); }
-};
-
 namespace {
-
-using d2 = __m128d;
-using f4 = __m128;
 
 #define ONE(function, name, variant, ulps, everywhere) \
     {#function, "SLEEF " #variant, ulps, everywhere,   \
@@ -77,42 +60,41 @@ using f4 = __m128;
     ONE(Rint, rint, , 0, true) ONE(NearbyInt, rint, , 0, true)
 // clang-format on
 
-#define SQUARE(V) \
-    inline V square(V x) { return x * x; }
-SQUARE(d2)
-SQUARE(f4)
+template <class V> V square(V x) { return x * x; }
 
-#define ALL(c) _mm_set1_pd(c)
-#define CALL(name, variant) Sleef_##name##d2_##variant##sse2
+#define ALL(c) (V{} + static_cast<Lanes<V>::Element>(c))
+#define CALL(name, variant)                                                          \
+    KEF_BY_WIDTH(Sleef_##name##d2_##variant##sse2, Sleef_##name##d4_##variant##avx2, \
+                 Sleef_##name##d8_##variant##avx512f)
 #define FIRST(r) r.x
 #define SECOND(r) r.y
 #define INVERSE_EVERYWHERE false
-#define V d2
+#define V NativeDoubles
 // clang-format off
 const AddPeers<double> d_rows = {
     ROWS
-    {"Modf", "SLEEF", 0, true, one<d2, [](d2 x) {
-         const auto r = Sleef_modfd2_sse2(x);
-         return Pair<d2>{r.y, r.x};
+    {"Modf", "SLEEF", 0, true, one<V, [](V x) {
+         const auto r = CALL(modf, )(x);
+         return Pair<V>{r.y, r.x};
                                             // clang-format on
                                         }>}};
-#undef ALL
 #undef CALL
 #undef V
 #undef INVERSE_EVERYWHERE
 
-#define ALL(c) _mm_set1_ps(c)
-#define CALL(name, variant) Sleef_##name##f4_##variant##sse2
+#define CALL(name, variant)                                                          \
+    KEF_BY_WIDTH(Sleef_##name##f4_##variant##sse2, Sleef_##name##f8_##variant##avx2, \
+                 Sleef_##name##f16_##variant##avx512f)
 #define INVERSE_EVERYWHERE true
-#define V f4
+#define V NativeFloats
 // clang-format off
 const AddPeers<float> s_rows = {
     ROWS
     TWO(Pow, fastpow, u3500, 3500, true) TWO(Powx, fastpow, u3500, 3500, true)
     ONE(Sin, fastsin, u3500, 3500, false) ONE(Cos, fastcos, u3500, 3500, false)
-    {"Modf", "SLEEF", 0, true, one<f4, [](f4 x) {
-         const auto r = Sleef_modff4_sse2(x);
-         return Pair<f4>{r.y, r.x};
+    {"Modf", "SLEEF", 0, true, one<V, [](V x) {
+         const auto r = CALL(modf, )(x);
+         return Pair<V>{r.y, r.x};
                                                        // clang-format on
                                                    }>}};
 
