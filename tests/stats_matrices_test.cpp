@@ -169,7 +169,7 @@ template <class T> void check_distances(double rest) {
 
 TEST(StatsMatrices, DistancesAgainst113Bits) {
     check_distances<double>(1);
-    check_distances<double>(1e-4);
+    check_distances<double>(1e-5);
     check_distances<float>(1);
 }
 
@@ -276,7 +276,7 @@ template <class T> void check_partial(double rest) {
 
 TEST(StatsMatrices, PartialCovarianceAgainst113Bits) {
     check_partial<double>(1);
-    check_partial<double>(1e-4);
+    check_partial<double>(1e-5);
     check_partial<float>(1);
 }
 

@@ -102,7 +102,7 @@ void expect_matrix(int p, int layout, const T* matrix, const std::vector<Quad>& 
 
 void expect_mean(double mean, Quad exact, double epsilon) {
     ASSERT_LE(std::fabs(double(mean - exact)),
-              6 * epsilon * std::max(1e3, std::fabs(double(exact))));
+              4 * epsilon * std::max(1e3, std::fabs(double(exact))));
 }
 
 // Groups in turn, in runs, of very different sizes, with members left out and none.
