@@ -104,18 +104,18 @@ enum {
     VTS_SS_ID_PARTIAL_COVARIANCE_STORAGE = 47,  /* I layout */
     VTS_SS_ID_PARTIAL_CORRELATION = 48,         /* D matrix of the variables of interest */
     VTS_SS_ID_PARTIAL_CORRELATION_STORAGE = 49, /* I layout */
-    VTS_SS_ID_MISSING_A_COUNT = 50,
-    VTS_SS_ID_MISSING_A = 51,
-    VTS_SS_ID_MISSING_B_COUNT = 52,
-    VTS_SS_ID_MISSING_B = 53,
-    VTS_SS_ID_MISSING_D_COUNT = 54,
-    VTS_SS_ID_MISSING_D = 55,
-    VTS_SS_ID_MISSING_E_COUNT = 56,
-    VTS_SS_ID_MISSING_E = 57,
-    VTS_SS_ID_MISSING_C_COUNT = 58,
-    VTS_SS_ID_MISSING_C = 59,
-    VTS_SS_ID_PARAMETRIZED_MATRIX = 60,             /* D matrix */
-    VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61,     /* I layout */
+    VTS_SS_ID_MISSING_A_COUNT = 50,             /* I 5 */
+    VTS_SS_ID_MISSING_A = 51,                   /* D 5, see MissingValues */
+    VTS_SS_ID_MISSING_B_COUNT = 52,             /* I L or 0 */
+    VTS_SS_ID_MISSING_B = 53,                   /* D L: start */
+    VTS_SS_ID_MISSING_D_COUNT = 54,             /* I elements of D */
+    VTS_SS_ID_MISSING_D = 55,                   /* D imputed values */
+    VTS_SS_ID_MISSING_E_COUNT = 56,             /* I (1 + M) L or 0 */
+    VTS_SS_ID_MISSING_E = 57,                   /* D (1 + M) L: laws */
+    VTS_SS_ID_MISSING_C_COUNT = 58,             /* I L + 2 or 0 */
+    VTS_SS_ID_MISSING_C = 59,                   /* D L + 2: prior */
+    VTS_SS_ID_PARAMETRIZED_MATRIX = 60,         /* D matrix */
+    VTS_SS_ID_PARAMETRIZED_MATRIX_STORAGE = 61, /* I layout */
     VTS_SS_ID_STREAM_QUANTILE_PARAMETER_COUNT = 62, /* I 1 */
     VTS_SS_ID_STREAM_QUANTILE_PARAMETERS = 63,      /* D 1: epsilon */
     VTS_SS_ID_STREAM_QUANTILE_ORDER_COUNT = 64,     /* I m */
@@ -622,6 +622,48 @@ KEF_API int32_t _vtssSSOutliersDetection(kef_ss_task *task, uint64_t estimates, 
  * ITERATION_LIMIT: the last estimate is written. */
 KEF_API int32_t _vtsdSSRobustCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, int32_t method);
+
+/* Normal data with missing values: maximum likelihood estimates by the EM algorithm (Dempster,
+ * Laird & Rubin, JRSS B 39:1, 1977), and imputations by data augmentation (Tanner & Wong, JASA
+ * 82:528, 1987; Schafer, Analysis of Incomplete Multivariate Data, 1997).
+ *
+ * Reads x, where NaN is a missing value, and the arrays A, B, C; writes D and E. A law is p means
+ * and the covariance in the layout UPPER, L = p + p(p+1)/2 numbers. A  5: the most EM iterations;
+ * steps of the data augmentation from one imputation to the next; tolerance in [0,1), e.g. 1e-8;
+ * imputations M, 0 for EM alone; the number of missing values, another one than x has being
+ * BAD_PARAMETERS, or 0 for any B  L or 0: the law to start from; without it, means and variances of
+ * the values that there are C  L + 2 or 0: the prior of the data augmentation, tau, nu, mu0 (p) and
+ * a matrix V in the layout UPPER; without it tau = 0, nu = -1, V = 0 D  at least M times the
+ * missing values: the imputations one after the other, in each the missing values of observation
+ * after observation, its variables ascending E  (1 + M) L or 0: the law by EM, then the one that
+ * each imputation was drawn from An array with the count 0, or without a count, is not there.
+ *
+ * EM: the expectations of the moments under the last law, patterns of missing values one by one,
+ * until |m_i - m'_i| <= tolerance s_i and |C_ij - C'_ij| <= tolerance s_i s_j, s_i^2 = C_ii. Where
+ * much is missing the steps become smaller than the distance that is left: a tolerance of 1e-8 may
+ * leave some 1e-7. Divisor n. Data augmentation: missing values by the law, then a law by the
+ * completed data (means m, products S around them): covariance of an inverse Wishart law of nu + n
+ * degrees of freedom and the matrix V + S + tau n/(tau+n) (m - mu0)(m - mu0)^T, mean normal around
+ * (n m
+ * + tau mu0)/(tau+n) with that covariance over tau + n. Random numbers: MRG32K3A with seed 1, so
+ * that results repeat; the thread's streams are not touched.
+ *
+ * Where nothing is missing EM gives mean and covariance (divisor n). Variables that the indices
+ * leave out take no part: their missing values do not count, their places in the laws stay. Weights
+ * play no part. The results do not overlay what is read. Memory p + 5 numbers for each observation
+ * with missing values and 9p^2 + 1300p + 3000 doubles at most, which the task keeps, and the
+ * stream.
+ *
+ * Checked: NULL_MISSING_A_COUNT, NULL_MISSING_A, D or E (NULL_MISSING_E), the counts of B, C, D, E
+ * where the array is there (their NULL_ statuses), n, x, its storage, p as by Basic. Then
+ * BAD_PARAMETERS: a count or number out of range, nu + n < p; the NULL_ status of an array whose
+ * count is not 0, and of D for M > 0. TOO_FEW_OBSERVATIONS: n <= p, or a variable with fewer than
+ * two values. NO_MEMORY. NOT_POSITIVE_DEFINITE: a law becomes singular (as by OutliersDetection),
+ * or x has infinities. Nothing is written then, but what precedes a draw of the data augmentation
+ * that is singular, which is not known to happen. ITERATION_LIMIT: EM has not settled; all is
+ * written. */
+KEF_API int32_t _vtsdSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
+KEF_API int32_t _vtssSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
 
 /* Quantiles of all observations of a stream, fed block by block, of a length that nobody knows.
  *

@@ -34,13 +34,22 @@ public:
     template <class T>
     void operator()(const Observations<T>& x, std::ptrdiff_t n, const double* weights,
                     const double* centre) {
-        A_.clear();
-        for (std::ptrdiff_t a = 0; a < count_; ++a) A_.set(quantity::mean, a, centre[a]);
-        A_.started = true;
+        start(centre);
         alignas(16) double w[short_tile + 4];
         for_each_tile(0, n, short_tile, [&](std::ptrdiff_t first, int m) {
             const TileWeights t = read_weights(weights + first, m, w);
             if (t.sum != 0) add_observations(A_, x, first, m, t);
+        });
+    }
+    // The same in parts, each of weight 1.
+    void start(const double* centre) {
+        A_.clear();
+        for (std::ptrdiff_t a = 0; a < count_; ++a) A_.set(quantity::mean, a, centre[a]);
+        A_.started = true;
+    }
+    template <class T> void add(const Observations<T>& x, std::ptrdiff_t n) {
+        for_each_tile(0, n, short_tile, [&](std::ptrdiff_t first, int m) {
+            add_observations(A_, x, first, m, TileWeights::ones(m));
         });
     }
 

@@ -1,71 +1,11 @@
 // Outliers and robust covariances: published data sets, contaminated data, invariances, bad input.
-#include <fstream>
 #include <functional>
-#include <map>
-#include <sstream>
 
-#include "places.h"
+#include "tests/robust_reference.h"
 #include "tests/stats_support.h"
 
 namespace stats_tests {
 namespace {
-
-struct Set {
-    int n, p;
-    std::vector<double> rows;
-};
-struct Estimate {
-    std::string set;
-    double breakdown, rejection;
-    std::vector<double> mean, covariance;  // full
-};
-
-// tests/data/robust_reference.txt.
-struct Reference {
-    std::map<std::string, Set> sets;
-    std::vector<Estimate> estimates;
-
-    Reference() {
-        std::ifstream file(KEF_SOURCE_DIR "/tests/data/robust_reference.txt");
-        std::string text;
-        const auto numbers = [&](int count) {
-            std::vector<double> row;
-            std::getline(file, text);
-            std::istringstream words(text);
-            for (std::string word; words >> word;) row.push_back(std::stod(word));
-            EXPECT_EQ(count, int(row.size())) << text;
-            row.resize(count);
-            return row;
-        };
-        while (std::getline(file, text)) {
-            std::istringstream words(text);
-            std::string kind, name;
-            words >> kind >> name;
-            if (kind == "set") {
-                Set& set = sets[name];
-                words >> set.n >> set.p;
-                for (int j = 0; j < set.n; ++j)
-                    for (double x : numbers(set.p)) set.rows.push_back(x);
-            } else if (kind == "robust" || kind == "mle") {
-                Estimate e{name, 0, 0, {}, {}};
-                words >> e.breakdown >> e.rejection;
-                const int p = sets.at(name).p;
-                e.covariance.resize(p * p);
-                for (int i = 0; i < p; ++i) {
-                    const auto row = numbers(i + 2);
-                    e.mean.push_back(row[0]);
-                    for (int j = 0; j <= i; ++j)
-                        e.covariance[i * p + j] = e.covariance[j * p + i] = row[j + 1];
-                }
-                if (kind == "robust") estimates.push_back(e);
-            }
-        }
-    }
-};
-const Reference& reference() {
-    static const Reference data;
-    return data;
-}
 
 // A task for both computations.
 template <class T> struct Robust {
@@ -89,7 +29,7 @@ template <class T> struct Robust {
         Api<T>::edit(task, VTS_SS_ID_ROBUST_MEAN, mean.data());
         Api<T>::edit(task, VTS_SS_ID_ROBUST_COVARIANCE, covariance.data());
     }
-    explicit Robust(const Set& set)
+    explicit Robust(const ReferenceSet& set)
         : Robust(set.p, std::vector<T>(set.rows.begin(), set.rows.end())) {}
     ~Robust() { __vtsSSDeleteTask(&task); }
     Robust(const Robust&) = delete;
@@ -145,21 +85,23 @@ TYPED_TEST_SUITE(StatsRobust, Precisions);
 
 TYPED_TEST(StatsRobust, PublishedOutliers) {
     for (const TypeParam start : {1, 2}) {
-        Robust<TypeParam> hbk(reference().sets.at("hbk"));
+        Robust<TypeParam> hbk(RobustReference::get().sets.at("hbk"));
         hbk.outlier[0] = start;
         ASSERT_EQ(VTS_SS_STATUS_OK, hbk.detect());
         EXPECT_EQ((std::vector{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}), hbk.outliers());
     }
-    Robust<TypeParam> wood(reference().sets.at("wood"));
+    Robust<TypeParam> wood(RobustReference::get().sets.at("wood"));
     ASSERT_EQ(VTS_SS_STATUS_OK, wood.detect());
     EXPECT_EQ((std::vector{4, 6, 8, 19}), wood.outliers());
 }
 
 TYPED_TEST(StatsRobust, PublishedEstimates) {
-    EXPECT_EQ(9u, reference().estimates.size());
-    for (const Estimate& e : reference().estimates) {
+    const auto estimates = RobustReference::get().of("robust");
+    EXPECT_EQ(9u, estimates.size());
+    for (const ReferenceEstimate& e : estimates) {
         SCOPED_TRACE(testing::Message() << e.set << ' ' << e.breakdown << ' ' << e.rejection);
-        Robust<TypeParam> expected(reference().sets.at(e.set)), task(reference().sets.at(e.set));
+        Robust<TypeParam> expected(RobustReference::get().sets.at(e.set)),
+            task(RobustReference::get().sets.at(e.set));
         expected.mean.assign(e.mean.begin(), e.mean.end());
         expected.covariance.assign(e.covariance.begin(), e.covariance.end());
         task.robust[0] = TypeParam(e.breakdown), task.robust[1] = TypeParam(e.rejection);

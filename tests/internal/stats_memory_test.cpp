@@ -119,6 +119,8 @@ struct Order : Half {
     std::int32_t three = 3, four = 4;
     std::vector<double> outlier = {2, 0.05, 0}, robust = {0.5, 0.05, 1e-8, 200}, kept, robust_mean,
                         robust_covariance;
+    std::int32_t five = 5, none = 0, laws = 2 * (most + most * (most + 1) / 2), many = most;
+    std::vector<double> missing = {100, 1, 1e-6, 1, 0}, imputed, law;
     Order()
         : Half(VTS_SS_METHOD_TILED, most, 0),
           quantiles(2 * most),
@@ -152,11 +154,15 @@ struct Order : Half {
         robust_covariance.assign(most * most, untouched);
         __vtsdSSEditRCov(task, &layout, &four, robust.data(), robust_mean.data(),
                          robust_covariance.data());
+        imputed.assign(many, untouched);
+        law.assign(laws, untouched);
+        __vtsdSSEditMissingVals(task, &five, missing.data(), &none, nullptr, &none, nullptr, &many,
+                                imputed.data(), &laws, law.data());
     }
     std::vector<double> all() const {
         auto result = quantiles;
         for (const auto* more : {&statistics, &deviations, &distances, &other, &kept, &robust_mean,
-                                 &robust_covariance})
+                                 &robust_covariance, &imputed, &law})
             result.insert(result.end(), more->begin(), more->end());
         return result;
     }
@@ -167,7 +173,7 @@ TEST(StatsMemory, Computations) {
                         _vtsdSSWMedian,           _vtsdSSMahDistance,
                         _vtsdSSPartialCovariance, _vtsdSSCorParametrization,
                         _vtsdSSPooledCovariance,  _vtsdSSOutliersDetection,
-                        _vtsdSSRobustCovariance};
+                        _vtsdSSRobustCovariance,  _vtsdSSMissingValues};
     for (const auto compute : calls) {
         Order calm;
         const auto before = calm.all();
