@@ -140,19 +140,16 @@ private:
         KeptLayout room;
         const std::uint64_t groups = groups_;
         const auto variable = room.reserve(variables_, sizeof(std::ptrdiff_t));
-        const auto pair = room.reserve(pairs_, sizeof(Pair), 2);
         const auto waiting = room.reserve(groups, sizeof(Waiting<T>));
         const auto data = room.reserve(groups, stride_ * sizeof(T), tile_);
         const auto weights = room.reserve(weights_ != nullptr ? groups : 0, sizeof(T), tile_);
+        const SumsRoom total(room, variables_);
+        const ProductsRoom total_products(room, products_ ? variables_ : 0);
+        const auto run = room.reserve(pairs_, sizeof(Pair));
         const auto accumulators = room.reserve(groups, sizeof(Accumulators));
-        const auto sums = room.reserve(groups + 1, sizeof(PairSums), pairs_);
-        const std::uint64_t blocks = products_ ? block_index(pairs_, 0) : 0;
-        const auto tile_sum = room.reserve(pairs_, sizeof(d2));
-        const auto tile_distance = room.reserve(pairs_, sizeof(d2));
-        const auto deviation = room.reserve(products_ ? pairs_ : 0, column * sizeof(d2));
-        const auto scaled = room.reserve(products_ ? pairs_ : 0, column * sizeof(d2));
-        const auto coefficients = room.reserve(1, sizeof(Coefficients));
-        const auto products = room.reserve(own_ + 1, sizeof(ProductBlock), blocks);
+        const auto sums = room.reserve(groups, sizeof(PairSums), pairs_);
+        const std::uint64_t blocks = block_index(pairs_, 0);
+        const auto products = room.reserve(own_, sizeof(ProductBlock), blocks);
         char* start = scratch(task_, room);
         if (start == nullptr) return false;
 
@@ -160,34 +157,29 @@ private:
         list_selected(task_, p_, variable_);
         sums_ = reinterpret_cast<Accumulators*>(start + accumulators);
         waiting_ = reinterpret_cast<Waiting<T>*>(start + waiting);
-        Accumulators A{};
-        A.plan = Plan(set_of(quantity::mean) | (products_ ? set_of(quantity::product) : 0), false);
-        A.positive_weights = true;
-        A.pairs = pairs_;
-        A.pair = reinterpret_cast<Pair*>(start + pair);
-        run_ = A.pair + pairs_;
-        for (std::ptrdiff_t k = 0; k < pairs_; ++k) {
-            const std::ptrdiff_t a = 2 * k, b = a + (a + 1 < variables_);
-            A.pair[k] = {a, b};
-            run_[k] = {variable_[a], variable_[b]};
-        }
-        A.tile_sum = reinterpret_cast<d2*>(start + tile_sum);
-        A.tile_distance = reinterpret_cast<d2*>(start + tile_distance);
-        A.deviation = reinterpret_cast<d2*>(start + deviation);
-        A.scaled = reinterpret_cast<d2*>(start + scaled);
-        A.coefficients = reinterpret_cast<Coefficients*>(start + coefficients);
-        A.sums = reinterpret_cast<PairSums*>(start + sums);
-        A.products = reinterpret_cast<ProductBlock*>(start + products);
-        std::memset(static_cast<void*>(A.sums), 0, (groups_ + 1) * pairs_ * sizeof *A.sums);
-        std::memset(static_cast<void*>(A.products), 0, (own_ + 1) * blocks * sizeof *A.products);
-        total_ = A;
-        ProductBlock* next = A.products;
+        total_.plan =
+            Plan(set_of(quantity::mean) | (products_ ? set_of(quantity::product) : 0), false);
+        total.give(total_, start);
+        total_products.give(total_, start);
+        set_pairs(total_, variable_, variables_);
+        total_.clear();
+        run_ = reinterpret_cast<Pair*>(start + run);
+        std::copy_n(total_.pair, pairs_, run_);
+        for (std::ptrdiff_t k = 0; k < pairs_; ++k)
+            total_.pair[k] = {2 * k, 2 * k + (2 * k + 1 < variables_)};
+        auto* const group_sums = reinterpret_cast<PairSums*>(start + sums);
+        auto* group_products = reinterpret_cast<ProductBlock*>(start + products);
+        std::memset(static_cast<void*>(group_sums), 0, groups_ * pairs_ * sizeof(PairSums));
+        std::memset(static_cast<void*>(group_products), 0, own_ * blocks * sizeof(ProductBlock));
         for (std::int64_t group = 0; group <= last_; ++group) {
             const std::ptrdiff_t g = number_[group];
             if (g < 0) continue;
-            sums_[g] = A;
-            sums_[g].sums += (g + 1) * pairs_;
-            if (has_own_products(group)) sums_[g].products = next += blocks;
+            sums_[g] = total_;
+            sums_[g].sums = group_sums + g * pairs_;
+            if (has_own_products(group)) {
+                sums_[g].products = group_products;
+                group_products += blocks;
+            }
             T* const own = reinterpret_cast<T*>(start + data) + g * tile_ * stride_;
             T* const w = reinterpret_cast<T*>(start + weights) + g * tile_;
             waiting_[g] = {own, own, weights_ != nullptr ? w : nullptr, 0};
