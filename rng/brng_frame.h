@@ -13,13 +13,12 @@
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cstdint>
 
 #include "rng/registry.h"
 #include "rng/scaled_range.h"
+#include "vm/simd/words.h"
 
 namespace kef::rng {
 
@@ -145,16 +144,6 @@ bool valid_block(const std::uint32_t (&x)[n], std::int32_t position,
 
 // --- maps of 32-bit words ------------------------------------------------------------------
 
-// Two words as exact doubles: as low half of a double with the exponent of 2^52, less 2^52.
-inline __m128d low_as_doubles(__m128i words) {
-    const __m128i exponent = _mm_set1_epi32(0x43300000);
-    return _mm_sub_pd(_mm_castsi128_pd(_mm_unpacklo_epi32(words, exponent)), _mm_set1_pd(0x1p52));
-}
-inline __m128d high_as_doubles(__m128i words) {
-    const __m128i exponent = _mm_set1_epi32(0x43300000);
-    return _mm_sub_pd(_mm_castsi128_pd(_mm_unpackhi_epi32(words, exponent)), _mm_set1_pd(0x1p52));
-}
-
 // r = x s + a with s = (b - a) unit, in double; a float result is that rounded once.
 class DoubleScale {
 public:
@@ -164,28 +153,25 @@ public:
     void operator()(const std::uint32_t* x, std::int32_t n, double* r) const {
         std::int32_t i = 0;
 #pragma GCC unroll 4
-        for (; i + 4 <= n; i += 4) {
-            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-            _mm_storeu_pd(r + i, scale(low_as_doubles(w)));
-            _mm_storeu_pd(r + i + 2, scale(high_as_doubles(w)));
+        for (; i + width <= n; i += width) {
+            const vm::DoublesPair w = vm::widen(vm::load(x + i));
+            vm::store(r + i, scale(w.low));
+            vm::store(r + i + width / 2, scale(w.high));
         }
-        for (; i < n; ++i) r[i] = scale(x[i]);
+        for (; i < n; ++i) r[i] = scale(static_cast<double>(x[i]));
     }
     void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
         std::int32_t i = 0;
-        for (; i + 4 <= n; i += 4) {
-            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-            _mm_storeu_ps(r + i, _mm_movelh_ps(_mm_cvtpd_ps(scale(low_as_doubles(w))),
-                                               _mm_cvtpd_ps(scale(high_as_doubles(w)))));
+        for (; i + width <= n; i += width) {
+            const vm::DoublesPair w = vm::widen(vm::load(x + i));
+            vm::store(r + i, vm::narrow(scale(w.low), scale(w.high)));
         }
-        for (; i < n; ++i) r[i] = static_cast<float>(scale(x[i]));
+        for (; i < n; ++i) r[i] = static_cast<float>(scale(static_cast<double>(x[i])));
     }
 
 private:
-    __m128d scale(__m128d x) const {
-        return _mm_add_pd(_mm_mul_pd(x, _mm_set1_pd(s_)), _mm_set1_pd(a_));
-    }
-    double scale(std::uint32_t x) const { return static_cast<double>(x) * s_ + a_; }
+    static constexpr std::int32_t width = vm::lanes<std::uint32_t>;
+    template <class V> V scale(V x) const { return x * s_ + a_; }
     double s_, a_;
 };
 
@@ -196,13 +182,11 @@ public:
     using Arithmetic = float;
     TopBitsScale(float a, float b) : s_((b - a) * 0x1p-24f), a_(a) {}
     void operator()(const std::uint32_t* x, std::int32_t n, float* r) const {
+        constexpr std::int32_t width = vm::lanes<std::uint32_t>;
         std::int32_t i = 0;
 #pragma GCC unroll 4
-        for (; i + 4 <= n; i += 4) {
-            const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-            const __m128 t = _mm_cvtepi32_ps(_mm_srli_epi32(w, 8));
-            _mm_storeu_ps(r + i, _mm_add_ps(_mm_mul_ps(t, _mm_set1_ps(s_)), _mm_set1_ps(a_)));
-        }
+        for (; i + width <= n; i += width)
+            vm::store(r + i, vm::to_floats((vm::ints)(vm::load(x + i) >> 8)) * s_ + a_);
         for (; i < n; ++i)
             r[i] = static_cast<float>(static_cast<std::int32_t>(x[i] >> 8)) * s_ + a_;
     }

@@ -30,7 +30,7 @@ template <std::int32_t capacity> struct DigitalNet {
         const std::uint32_t* v(std::int32_t bit) const { return body + dimension * (1 + bit); }
         const std::uint32_t* prefix(std::uint32_t i) const { return body + dimension * (33 + i); }
     };
-    static constexpr std::uint32_t group = 32;
+    static constexpr std::uint32_t group = 32, width = vm::lanes<std::uint32_t>;
     static bool has_prefixes(const State& s) { return s.dimension * (33 + group) <= capacity; }
     using Word = std::uint32_t;
     static constexpr std::uint32_t max_dimension = capacity / 33;
@@ -177,19 +177,25 @@ template <std::int32_t capacity> struct DigitalNet {
             for (; i < total; ++i, ++j) r[i] = pattern[j] ^ prefix[i];
             return;
         }
-        for (; count > 0; --count, prefix += dimension, r += dimension) {
-            std::uint32_t c = 0;
-            for (; c + 4 <= dimension; c += 4) add4(base + c, prefix + c, r + c);
-            if (c < dimension)
+        for (; count > 0; --count, prefix += dimension, r += dimension)
+            if (add_blocks(base, prefix, dimension, r) < dimension)
                 add4(base + dimension - 4, prefix + dimension - 4, r + dimension - 4);
-        }
     }
     // r = x ^ y.
     static void add_rows(const std::uint32_t* x, const std::uint32_t* y, std::uint32_t dimension,
                          std::uint32_t* r) {
+        for (std::uint32_t c = add_blocks(x, y, dimension, r); c < dimension; ++c)
+            r[c] = x[c] ^ y[c];
+    }
+    // The same for as many coordinates as fill vectors and fours; returns how many.
+    static std::uint32_t add_blocks(const std::uint32_t* x, const std::uint32_t* y,
+                                    std::uint32_t dimension, std::uint32_t* r) {
         std::uint32_t c = 0;
-        for (; c + 4 <= dimension; c += 4) add4(x + c, y + c, r + c);
-        for (; c < dimension; ++c) r[c] = x[c] ^ y[c];
+        for (; c + width <= dimension; c += width)
+            vm::store(r + c, vm::load(x + c) ^ vm::load(y + c));
+        if constexpr (width > 4)
+            for (; c + 4 <= dimension; c += 4) add4(x + c, y + c, r + c);
+        return c;
     }
     static void add4(const std::uint32_t* x, const std::uint32_t* y, std::uint32_t* r) {
         const __m128i sum = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x)),

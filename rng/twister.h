@@ -1,20 +1,25 @@
 // The recurrence of the Mersenne twister of word length 32:
 //   x[k+n] = x[k+m] ^ ((upper bits of x[k], lower bits of x[k+1]) A)
-// with y A = y >> 1, ^ a where y is odd. Four words a step; m and n - m are at least 4.
+// with y A = y >> 1, ^ a where y is odd. A vector of words a step.
 #pragma once
-
-#include <emmintrin.h>
 
 #include <cstdint>
 
+#include "vm/simd/words.h"
+
 namespace kef::rng {
 
+// All bits of odd words.
+inline std::uint32_t odd(std::uint32_t x) { return -(x & 1); }
+inline vm::uints odd(vm::uints x) { return (vm::uints)((vm::ints)(x << 31) >> 31); }
+
 template <std::int32_t n, std::int32_t m, std::uint32_t lower_mask> struct Twister {
+    static constexpr std::int32_t width = vm::lanes<std::uint32_t>;
+    static_assert(m >= width && n - m >= width);
     static constexpr std::uint32_t upper_mask = ~lower_mask;
-    static std::uint32_t step(std::uint32_t x0, std::uint32_t x1, std::uint32_t xm,
-                              std::uint32_t a) {
-        const std::uint32_t y = (x0 & upper_mask) | (x1 & lower_mask);
-        return xm ^ y >> 1 ^ (-(y & 1) & a);
+    template <class W> static W step(W x0, W x1, W xm, std::uint32_t a) {
+        const W y = (x0 & upper_mask) | (x1 & lower_mask);
+        return xm ^ y >> 1 ^ (odd(x1) & a);
     }
 
     // The next n words in place.
@@ -32,22 +37,12 @@ private:
     // r[k] for first <= k < last from x[k], x[k+1] and x[k+distance].
     static void run(std::uint32_t* r, const std::uint32_t* x, std::int32_t first, std::int32_t last,
                     std::int32_t distance, std::uint32_t a) {
-        const __m128i matrix = _mm_set1_epi32(static_cast<int>(a)), one = _mm_set1_epi32(1),
-                      lower = _mm_set1_epi32(lower_mask);
-        const std::int32_t whole = first + (last - first) / 4 * 4;
+        std::int32_t k = first;
 #pragma GCC unroll 2
-        for (std::int32_t k = first; k < whole; k += 4) {
-            const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k));
-            const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + 1));
-            const __m128i xm = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + k + distance));
-            const __m128i y = _mm_or_si128(_mm_andnot_si128(lower, x0), _mm_and_si128(lower, x1));
-            // The lowest bit of y is that of x1.
-            const __m128i odd = _mm_cmpeq_epi32(_mm_and_si128(x1, one), one);
-            _mm_storeu_si128(
-                reinterpret_cast<__m128i*>(r + k),
-                _mm_xor_si128(_mm_xor_si128(xm, _mm_srli_epi32(y, 1)), _mm_and_si128(odd, matrix)));
-        }
-        for (std::int32_t k = whole; k < last; ++k) r[k] = step(x[k], x[k + 1], x[k + distance], a);
+        for (; k + width <= last; k += width)
+            vm::store(r + k,
+                      step(vm::load(x + k), vm::load(x + k + 1), vm::load(x + k + distance), a));
+        for (; k < last; ++k) r[k] = step(x[k], x[k + 1], x[k + distance], a);
     }
 };
 
@@ -55,26 +50,17 @@ private:
 template <int u> struct Tempering {
     std::uint32_t b, c;
 
-    std::uint32_t operator()(std::uint32_t y) const {
+    template <class W> W operator()(W y) const {
         y ^= y >> u;
         y ^= y << 7 & b;
         y ^= y << 15 & c;
         return y ^ y >> 18;
     }
-    __m128i operator()(__m128i y) const {
-        y = _mm_xor_si128(y, _mm_srli_epi32(y, u));
-        y = _mm_xor_si128(y,
-                          _mm_and_si128(_mm_slli_epi32(y, 7), _mm_set1_epi32(static_cast<int>(b))));
-        y = _mm_xor_si128(
-            y, _mm_and_si128(_mm_slli_epi32(y, 15), _mm_set1_epi32(static_cast<int>(c))));
-        return _mm_xor_si128(y, _mm_srli_epi32(y, 18));
-    }
     void operator()(const std::uint32_t* x, std::int32_t n, std::uint32_t* r) const {
+        constexpr std::int32_t width = vm::lanes<std::uint32_t>;
         std::int32_t i = 0;
 #pragma GCC unroll 2
-        for (; i + 4 <= n; i += 4)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i),
-                             (*this)(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i))));
+        for (; i + width <= n; i += width) vm::store(r + i, (*this)(vm::load(x + i)));
         for (; i < n; ++i) r[i] = (*this)(x[i]);
     }
 };

@@ -3,7 +3,7 @@
 //   x1[n] = (1403580 x1[n-2] - 810728 x1[n-3]) mod m1,   m1 = 2^32 - 209
 //   x2[n] = (527612 x2[n-1] - 1370589 x2[n-3]) mod m2,   m2 = 2^32 - 22853
 //   z = (x1 - x2) mod m1 in [0, m1).
-// Map: u = z c, c = 1/m1 rounded to double. Sixteen numbers a pass: number k = 0, 1, ... of a pass
+// Map: u = z c, c = 1/m1 rounded to double. Eight vectors of numbers a pass: number k = 0, 1, ...
 // is row 0 of A^(k+1) times the state, so that they do not wait for each other.
 #include <array>
 
@@ -13,16 +13,18 @@ namespace kef::rng {
 
 namespace {
 
+using vm::ulongs;
+
 constexpr std::uint32_t m[2] = {4294967087, 4294944443};
 constexpr std::uint32_t complement[2] = {209, 22853};  // 2^32 - m
 constexpr std::uint32_t row[2][3] = {{0, 1403580, m[0] - 810728}, {527612, 0, m[1] - 1370589}};
 constexpr double unit = 0x1.000000d10000bp-32;  // 0x3DF000000D10000B
-constexpr std::int32_t pass = 16;
+constexpr std::int32_t lanes = vm::lanes<std::uint64_t>, pass = 8 * lanes;
 
 // coefficient[c][i][k]: what x[c][i] counts in number k of a pass; each word stands in the
 // low half of 64 bits.
 struct Coefficients {
-    alignas(16) std::uint64_t of[2][3][pass];
+    alignas(vm::vector_bytes) std::uint64_t of[2][3][pass];
 };
 constexpr Coefficients make_coefficients() {
     Coefficients table{};
@@ -71,49 +73,39 @@ struct Mrg32k3a {
     }
 
     // Congruent to p and below 2^32 (complement + 1): high half times 2^32 - m, plus low half.
-    static __m128i fold(__m128i p, __m128i complement) {
-        return _mm_add_epi64(_mm_mul_epu32(_mm_srli_epi64(p, 32), complement),
-                             _mm_and_si128(p, _mm_set_epi32(0, -1, 0, -1)));
+    static ulongs fold(ulongs p, int c) {
+        return vm::low_products(p >> 32, vm::filled<ulongs>(complement[c])) + (p & 0xFFFFFFFF);
     }
     // (x - y) mod m for x - y in [-m, m).
-    static __m128i subtract(__m128i x, __m128i y, __m128i m) {
-        const __m128i d = _mm_sub_epi64(x, y);
-        const __m128i negative = _mm_shuffle_epi32(_mm_srai_epi32(d, 31), _MM_SHUFFLE(3, 3, 1, 1));
-        return _mm_add_epi64(d, _mm_and_si128(negative, m));
-    }
-    static __m128i modulus(int c) {
-        return _mm_set_epi32(0, static_cast<int>(m[c]), 0, static_cast<int>(m[c]));
+    static ulongs subtract(ulongs x, ulongs y, int c) {
+        const ulongs d = x - y;
+        return d + ((ulongs)vm::sign_mask((vm::longs)d) & std::uint64_t{m[c]});
     }
 
-    // Numbers k and k + 1 of component c of a pass from the state.
-    static __m128i component(const __m128i* x, int c, std::int32_t k) {
-        const __m128i d = _mm_set_epi32(0, complement[c], 0, complement[c]);
-        __m128i sum = _mm_setzero_si128();
-        for (int i = 0; i < 3; ++i) {
-            const __m128i a =
-                _mm_load_si128(reinterpret_cast<const __m128i*>(coefficients.of[c][i] + k));
-            sum = _mm_add_epi64(sum, fold(_mm_mul_epu32(a, x[i]), d));
-        }
+    // A vector of numbers of component c of a pass from the state, from number k on.
+    static ulongs component(const ulongs* x, int c, std::int32_t k) {
+        ulongs sum = {};
+        for (int i = 0; i < 3; ++i)
+            sum += fold(vm::low_products(vm::load(coefficients.of[c][i] + k), x[i]), c);
         // The sum is below 3 * 2^32 (d + 1) < 2^49; folded again it is below 2^32 + 2^31 < 2 m.
-        return subtract(fold(sum, d), modulus(c), modulus(c));
+        return subtract(fold(sum, c), vm::filled<ulongs>(m[c]), c);
     }
 
     static std::int32_t words(State& s, Word* r, std::int32_t n, std::int32_t) {
         while (n > 0) {
-            __m128i x[2][3];
+            ulongs x[2][3];
             for (int c = 0; c < 2; ++c)
-                for (int i = 0; i < 3; ++i) x[c][i] = _mm_set1_epi32(static_cast<int>(s.x[c][i]));
+                for (int i = 0; i < 3; ++i) x[c][i] = vm::filled<ulongs>(s.x[c][i]);
             // The old state stands before the numbers of the pass.
             alignas(16) std::uint64_t sequence[2][4 + pass];
             alignas(16) std::uint64_t z[pass];
-            for (std::int32_t k = 0; k < pass; k += 2) {
-                __m128i y[2];
+            for (std::int32_t k = 0; k < pass; k += lanes) {
+                ulongs y[2];
                 for (int c = 0; c < 2; ++c) {
                     y[c] = component(x[c], c, k);
-                    _mm_store_si128(reinterpret_cast<__m128i*>(sequence[c] + 4 + k), y[c]);
+                    vm::store(sequence[c] + 4 + k, y[c]);
                 }
-                _mm_store_si128(reinterpret_cast<__m128i*>(z + k),
-                                subtract(y[0], y[1], modulus(0)));
+                vm::store(z + k, subtract(y[0], y[1], 0));
             }
             const std::int32_t taken = std::min(n, pass);
             for (std::int32_t k = 0; k < taken; ++k) r[k] = static_cast<Word>(z[k]);

@@ -45,12 +45,10 @@ struct R250 {
     }
     static void run(std::uint32_t* x, std::int32_t first, std::int32_t last,
                     std::int32_t distance) {
+        constexpr std::int32_t width = vm::lanes<std::uint32_t>;
         std::int32_t k = first;
-        for (; k + 4 <= last; k += 4) {
-            auto* p = reinterpret_cast<__m128i*>(x + k);
-            const auto* q = reinterpret_cast<const __m128i*>(x + k + distance);
-            _mm_storeu_si128(p, _mm_xor_si128(_mm_loadu_si128(p), _mm_loadu_si128(q)));
-        }
+        for (; k + width <= last; k += width)
+            vm::store(x + k, vm::load(x + k) ^ vm::load(x + k + distance));
         for (; k < last; ++k) x[k] ^= x[k + distance];
     }
 
