@@ -194,19 +194,17 @@ private:
         std::ptrdiff_t from[on_the_way];
         T* to[on_the_way];
         for (std::ptrdiff_t j = 0; j < n;) {
+            if (is_run(j)) {
+                add(number[group[j]], x, j, short_tile,
+                    weights_ != nullptr ? weights_ + j : nullptr, run_);
+                j += short_tile;
+                continue;
+            }
             int count = 0;
             std::ptrdiff_t full = -1;
             for (; j < n && count < on_the_way && full < 0; ++j) {
                 if (group[j] < 0) continue;
                 const std::ptrdiff_t g = number[group[j]];
-                if (n - j >= short_tile && group[j + short_tile - 1] == group[j] &&
-                    std::all_of(group + j, group + j + short_tile,
-                                [=](std::int32_t other) { return other == group[j]; })) {
-                    // A whole tile of one group need not be put together.
-                    add(g, x, j, short_tile, weights_ != nullptr ? weights_ + j : nullptr, run_);
-                    j += short_tile - 1;
-                    continue;
-                }
                 Waiting<T>& members = waiting_[g];
                 from[count] = j;
                 to[count++] = members.next;
@@ -219,6 +217,13 @@ private:
         }
         for (std::ptrdiff_t g = 0; g < groups_; ++g)
             if (waiting_[g].count > 0) add_waiting(g);
+    }
+
+    // Whether a whole tile of one group follows, which need not be put together.
+    bool is_run(std::ptrdiff_t j) const {
+        const std::int32_t* const first = group_ + j;
+        return n_ - j >= short_tile && *first >= 0 && first[short_tile - 1] == *first &&
+               std::all_of(first, first + short_tile, [=](std::int32_t g) { return g == *first; });
     }
 
     void add_waiting(std::ptrdiff_t g) {
