@@ -30,19 +30,16 @@ public:
     double value(std::ptrdiff_t r) const { return value_[r]; }
     const double* vector(std::ptrdiff_t r) const { return vectors_ + r * p_; }
 
-    // Of the matrix whose element of i >= j is get(i, j). False when an element is not finite, or
-    // when 30 p steps have not been enough, which is not known to happen.
+    // Of the matrix whose element of i >= j is get(i, j). False when 30 p steps have not been
+    // enough: where an element is not finite, and in no other case that is known.
     template <class Get> bool solve(Get get) {
         double most = 0;
-        bool finite = true;
         for (std::ptrdiff_t i = 0; i < p_; ++i)
             for (std::ptrdiff_t j = 0; j <= i; ++j) {
                 const double element = get(i, j);
                 row(i)[j] = row(j)[i] = element;
                 most = std::fabs(element) > most ? std::fabs(element) : most;
-                finite = finite && element - element == 0;
             }
-        if (!finite) return false;
         // The largest element lies in [2, 4) during the work, so that nothing overflows and 2^-60
         // is little; where that takes more than 2^1023, it is as little as a result can tell.
         const std::uint64_t exponent = std::bit_cast<std::uint64_t>(most) >> 52;

@@ -222,17 +222,19 @@ TEST(StatsEigen, Degenerate) {
         check_eigen(Matrix(p * p, 0), p, 1e-300, values);
         values[0] = p;
         check_eigen(Matrix(p * p, 1), p, p, values);
-        Matrix diagonal(p * p), blocks(p * p), graded(p * p);
+        Matrix diagonal(p * p), blocks(p * p), graded(p * p), nearly(p * p);
         for (std::ptrdiff_t i = 0; i < p; ++i) {
             diagonal[i * p + i] = values[i] = i % 3;
             for (std::ptrdiff_t j = 0; j < p; ++j) {
                 if (i / 4 == j / 4) blocks[i * p + j] = i == j ? 1 : 0.5;
+                nearly[i * p + j] = std::abs(i - j) == 1 ? 1 : 1e-9;  // tridiagonal
                 graded[i * p + j] = std::ldexp(1.0, -10 * static_cast<int>(std::max(i, j)));
             }
         }
         check_eigen(diagonal, p, 2, values);
         check_eigen(blocks, p, 3);
         check_eigen(graded, p, 1);
+        check_eigen(nearly, p, 2);
     }
     for (const double bad : {double(NAN), double(INFINITY)}) {
         Matrix a(9, 1);
