@@ -504,8 +504,8 @@ KEF_API int32_t _vtssSSMahDistance(kef_ss_task *task, uint64_t estimates, int32_
  * variables, in their order. C_ZZ = L L^T by Cholesky, P = C_YY - U^T U with U = L^-1 C_ZY, in
  * double precision; never an inverse. A variable that Z determines to rounding (P_ii not above
  * (z+1) epsilon C_ii, z variables in Z) has covariances 0, and NaN for its correlations with
- * others. The results may overlay the
- * matrix that is read. Memory (y+z)^2 + 4(y+z) numbers at most, which the task keeps.
+ * others. The results may overlay the matrix that is read. Memory (y+z)^2 + 4(y+z) numbers at most,
+ * which the task keeps.
  *
  * Checked: NULL_PARTIAL_INDICES, COVARIANCE or CORRELATION (NULL_COVARIANCE), one of the results
  * (NULL_PARTIAL_COVARIANCE), p, the layouts (NULL_STORAGE) of the matrix that is read and of those
@@ -551,14 +551,12 @@ KEF_API int32_t _vtssSSPooledCovariance(kef_ss_task *task, uint64_t estimates, i
  * was, to rounding. A variable of which nothing is left (its row belongs to eigenvalues that are
  * not positive) is correlated with no other. Variables that the indices leave out take no part and
  * keep their rows and columns. The eigenvalues come from the tridiagonal form by implicit QL steps,
- * in double precision. The result may overlay the matrix that is read. Memory
- * 3p^2
- * + 3p doubles and p integers, which the task keeps.
+ * in double precision. The result may overlay the matrix that is read.
+ * Memory 3p^2 + 3p doubles and p integers, which the task keeps.
  *
  * Checked: NULL_PARAMETRIZED_MATRIX, NULL_CORRELATION, p, the layouts of both (NULL_STORAGE).
  * NO_MEMORY. NOT_POSITIVE_DEFINITE: an element is NaN or infinite. ITERATION_LIMIT: 30p steps did
- * not find the eigenvalues, which is not known to happen. Nothing is
- * written then. */
+ * not find the eigenvalues, which is not known to happen. Nothing is written then. */
 KEF_API int32_t _vtsdSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSCorParametrization(kef_ss_task *task, uint64_t estimates, int32_t method);
 
@@ -571,14 +569,14 @@ KEF_API int32_t _vtssSSCorParametrization(kef_ss_task *task, uint64_t estimates,
  *              result follows every affine change of the data, and stands some 20 % of outliers.
  *              2: from those nearest to the medians in Euclidean distance; stands some 40 %,
  *              but the units of the variables matter.
- *   alpha      in (0,1): the probability with which any observation of normal data without outliers
- *              is called one
+ *   alpha      in [1e-30, 1): the probability with which any observation of normal data without
+ *              outliers is called one
  *   tolerance  in [0,1): stops when the subset repeats itself, or changes its size by tolerance n
  *              at most
  * The first subset are the nearest 4p observations, n/2 at most and p + 1 at least, of equally far
  * ones the first in x, or as many more as make the covariance regular. Then, in up to 100 rounds,
- * all closer than c sqrt(chi2), chi2 with probability alpha/n above it, c = 1 + (p+1)/(n-p) +
- * 2/(n-1-3p)
+ * all closer than c sqrt(chi2), chi2 with probability alpha/n above it,
+ * c = 1 + (p+1)/(n-p) + 2/(n-1-3p)
  * + max(0, (h-r)/(h+r)), h = floor((n+p+1)/2), r the size of the last subset.
  *
  * p counts the variables that the indices leave in; with none, nothing is written. Weights play no
@@ -599,18 +597,18 @@ KEF_API int32_t _vtssSSOutliersDetection(kef_ss_task *task, uint64_t estimates, 
  *
  * Reads x and the ROBUST_PARAMETERS, 4 of them; writes the ROBUST_MEAN, p values, and the
  * ROBUST_COVARIANCE, both consistent for normal data.
- *   breakdown  in (0, 1/2]: the share of outliers that the estimate can bear; (n-p)/(2n) at most is
- *              used
- *   rejection  in (0,1): the probability with which an observation of normal data has weight 0; as
- *              far as breakdown allows (little makes a biweight, much cuts off at once)
+ *   breakdown  in [1e-9, 1/2]: the share of outliers that the estimate can bear; (n-p)/(2n) at
+ *              most is used
+ *   rejection  in [1e-30, 1): the probability with which an observation of normal data has weight
+ *              0; as far as breakdown allows (little makes a biweight, much cuts off at once)
  *   tolerance  in [0,1), e.g. 1e-8: stops when |m_i - m'_i| <= tolerance s_i and |C_ij - C'_ij| <=
  *              tolerance s_i s_j, s_i^2 = C_ii, from one step to the next
  *   limit      at least 1: the most steps
  * rho is the integral of u w(u), w = 1 up to M, (1 - ((u-M)/c)^2)^2 up to M + c, then 0. A step:
  * the distances by the last estimate, their scale by the mean of rho, mean and covariance under
- * the weights w. The start is the subset of OutliersDetection (start 2, alpha 0.05); where n <= 3p
- * + 1, or where it fails or keeps fewer than n/2, Huber's M-estimate from medians and median
- * deviations (Maronna, Ann. Stat. 4:51, 1976), which bears some 1/(p+1) of outliers.
+ * the weights w. The start is the subset of OutliersDetection (start 2, alpha 0.05); where
+ * n <= 3p + 1, or where it fails or keeps fewer than n/2, Huber's M-estimate from medians and
+ * median deviations (Maronna, Ann. Stat. 4:51, 1976), which bears some 1/(p+1) of outliers.
  *
  * Variables that the indices leave out take no part and keep their results. Weights play no part.
  * The results do not overlay x. Memory as by OutliersDetection and p^2 doubles more.
@@ -628,15 +626,17 @@ KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, i
  * 82:528, 1987; Schafer, Analysis of Incomplete Multivariate Data, 1997).
  *
  * Reads x, where NaN is a missing value, and the arrays A, B, C; writes D and E. A law is p means
- * and the covariance in the layout UPPER, L = p + p(p+1)/2 numbers. A  5: the most EM iterations;
- * steps of the data augmentation from one imputation to the next; tolerance in [0,1), e.g. 1e-8;
- * imputations M, 0 for EM alone; the number of missing values, another one than x has being
- * BAD_PARAMETERS, or 0 for any B  L or 0: the law to start from; without it, means and variances of
- * the values that there are C  L + 2 or 0: the prior of the data augmentation, tau, nu, mu0 (p) and
- * a matrix V in the layout UPPER; without it tau = 0, nu = -1, V = 0 D  at least M times the
- * missing values: the imputations one after the other, in each the missing values of observation
- * after observation, its variables ascending E  (1 + M) L or 0: the law by EM, then the one that
- * each imputation was drawn from An array with the count 0, or without a count, is not there.
+ * and the covariance in the layout UPPER, L = p + p(p+1)/2 numbers.
+ *   A  5: the most EM iterations; steps of the data augmentation from one imputation to the next;
+ *      tolerance in [0,1), e.g. 1e-8; imputations M, 0 for EM alone; the number of missing values,
+ *      another one than x has being BAD_PARAMETERS, or 0 for any
+ *   B  L or 0: the law to start from; without it, means and variances of the values that there are
+ *   C  L + 2 or 0: the prior of the data augmentation, tau, nu, mu0 (p) and a matrix V in the
+ *      layout UPPER; without it tau = 0, nu = -1, V = 0
+ *   D  at least M times the missing values: the imputations one after the other, in each the
+ *      missing values of observation after observation, its variables ascending
+ *   E  (1 + M) L or 0: the law by EM, then the one that each imputation was drawn from
+ * An array with the count 0, or without a count, is not there.
  *
  * EM: the expectations of the moments under the last law, patterns of missing values one by one,
  * until |m_i - m'_i| <= tolerance s_i and |C_ij - C'_ij| <= tolerance s_i s_j, s_i^2 = C_ii. Where
@@ -644,15 +644,14 @@ KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, i
  * leave some 1e-7. Divisor n. Data augmentation: missing values by the law, then a law by the
  * completed data (means m, products S around them): covariance of an inverse Wishart law of nu + n
  * degrees of freedom and the matrix V + S + tau n/(tau+n) (m - mu0)(m - mu0)^T, mean normal around
- * (n m
- * + tau mu0)/(tau+n) with that covariance over tau + n. Random numbers: MRG32K3A with seed 1, so
- * that results repeat; the thread's streams are not touched.
+ * (n m + tau mu0)/(tau+n) with that covariance over tau + n. Random numbers: MRG32K3A with seed 1,
+ * so that results repeat; the thread's streams are not touched.
  *
  * Where nothing is missing EM gives mean and covariance (divisor n). Variables that the indices
  * leave out take no part: their missing values do not count, their places in the laws stay. Weights
- * play no part. The results do not overlay what is read. Memory p + 5 numbers for each observation
- * with missing values and 9p^2 + 1300p + 3000 doubles at most, which the task keeps, and the
- * stream.
+ * play no part. The results do not overlay what is read. Memory p + 5 + p/64 numbers for each
+ * observation with missing values and 12p^2 + 900p + 3000 doubles at most, which the task keeps,
+ * and the stream.
  *
  * Checked: NULL_MISSING_A_COUNT, NULL_MISSING_A, D or E (NULL_MISSING_E), the counts of B, C, D, E
  * where the array is there (their NULL_ statuses), n, x, its storage, p as by Basic. Then

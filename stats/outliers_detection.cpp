@@ -8,7 +8,7 @@ template <class T> std::int32_t outliers_detection(Task& task) {
     const auto* parameters = static_cast<const T*>(task.outlier_parameters);
     if (integer_at(task, task.outlier_parameter_count) != 3) return VTS_SS_STATUS_BAD_PARAMETERS;
     const double start = parameters[0], alpha = parameters[1], tolerance = parameters[2];
-    if ((start != 1 && start != 2) || !(alpha > 0 && alpha < 1) ||
+    if ((start != 1 && start != 2) || !(alpha >= 1e-30 && alpha < 1) ||
         !(tolerance >= 0 && tolerance < 1))
         return VTS_SS_STATUS_BAD_PARAMETERS;
 

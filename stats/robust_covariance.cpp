@@ -80,7 +80,7 @@ template <class T> std::int32_t robust_covariance(Task& task) {
     if (integer_at(task, task.robust_parameter_count) != 4) return VTS_SS_STATUS_BAD_PARAMETERS;
     const double breakdown = parameters[0], rejection = parameters[1], tolerance = parameters[2],
                  limit = parameters[3];
-    if (!(breakdown > 0 && breakdown <= 0.5) || !(rejection > 0 && rejection < 1) ||
+    if (!(breakdown >= 1e-9 && breakdown <= 0.5) || !(rejection >= 1e-30 && rejection < 1) ||
         !(tolerance >= 0 && tolerance < 1) || !(limit >= 1 && limit <= 0x1p31))
         return VTS_SS_STATUS_BAD_PARAMETERS;
 

@@ -264,6 +264,9 @@ TYPED_TEST(StatsRobust, BadInput) {
         {[](Task& t) { t.outlier[0] = 0, t.robust[0] = 0; }, parameters, parameters},
         {[](Task& t) { t.outlier[0] = 3, t.robust[0] = TypeParam(0.51); }, parameters, parameters},
         {[](Task& t) { t.outlier[0] = TypeParam(1.5), t.robust[1] = 0; }, parameters, parameters},
+        {[](Task& t) { t.outlier[1] = TypeParam(1e-31), t.robust[0] = TypeParam(1e-10); },
+         parameters, parameters},
+        {[](Task& t) { t.outlier[2] = 1, t.robust[1] = TypeParam(1e-31); }, parameters, parameters},
         {[](Task& t) { t.outlier[1] = 0, t.robust[1] = 1; }, parameters, parameters},
         {[](Task& t) { t.outlier[1] = 1, t.robust[2] = -1; }, parameters, parameters},
         {[](Task& t) { t.outlier[2] = -1, t.robust[3] = 0; }, parameters, parameters},
@@ -308,6 +311,30 @@ TYPED_TEST(StatsRobust, BadInput) {
             task.n = n, task.outlier_count = 3, task.robust_count = 4;
             EXPECT_EQ(VTS_SS_STATUS_OK, task.detect());
             EXPECT_EQ(VTS_SS_STATUS_OK, task.estimate());
+        }
+}
+
+// The ends of the ranges of the parameters.
+TYPED_TEST(StatsRobust, Extremes) {
+    Robust<TypeParam> task(3, contaminated<TypeParam>(3, 150, 0.2, 20));
+    for (const double alpha : {1.1e-30, 0.999}) {
+        task.outlier[1] = TypeParam(alpha);
+        EXPECT_EQ(VTS_SS_STATUS_OK, task.detect());
+        EXPECT_LE(30u, task.outliers().size());
+    }
+    // Without outliers all of these estimate the same.
+    Robust<TypeParam> clean(3, normal_data<TypeParam>(3, 2000, 0));
+    clean.robust[2] = TypeParam(1e-6);
+    for (const double breakdown : {1.1e-9, 0.01, 0.5})
+        for (const double rejection : {1.1e-30, 1e-5, 0.999}) {
+            SCOPED_TRACE(testing::Message() << breakdown << ' ' << rejection);
+            clean.robust[0] = TypeParam(breakdown);
+            clean.robust[1] = TypeParam(rejection);
+            ASSERT_EQ(VTS_SS_STATUS_OK, clean.estimate());
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_NEAR(i, clean.mean[i], 0.3);
+                EXPECT_NEAR(1, clean.covariance[i * 4] / ((1 + i) * (1 + i)), 0.2);
+            }
         }
 }
 
