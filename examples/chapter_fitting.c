@@ -7,6 +7,7 @@
 
 #include "frontend.h"
 #include "kef_fit.h"
+#include "picture.h"
 
 /* Inhabitants of the United States in millions, by the census every ten years from
  * 1790: the table `uspop` of R's package datasets (McNeil 1977). */
@@ -59,128 +60,16 @@ static void evaluate(const struct spline *s, int order, int64_t n, const double 
                                    DF_BY_ROWS, NULL);
 }
 
-/* ---- round numbers -------------------------------------------------------- */
-
-/* The multiples of 1, 2 or 5 times a power of ten. */
-struct scale {
-    double factor, power; /* a step is factor * power, or factor / power with decimals */
-    int decimals;
-};
-
-/* The smallest such step that is no less than `least` > 0. */
-static struct scale round_steps(double least) {
-    int exponent = (int)floor(log10(least));
-    double factor = 1;
-    while (factor * pow(10, exponent) < least) factor = factor == 2 ? 5 : 2 * factor;
-    if (factor == 10) factor = 1, ++exponent;
-    const struct scale s = {factor, pow(10, abs(exponent)), exponent < 0 ? -exponent : 0};
-    return s;
-}
-
-/* Multiple k: with decimals a quotient, which is the number that its digits are read as. */
-static double multiple(struct scale s, double k) {
-    return s.decimals > 0 ? k * s.factor / s.power : k * s.factor * s.power;
-}
-
-/* Multiple k in digits. */
-static void write_multiple(struct scale s, double k, char *to, size_t size) {
-    if (s.power > 1e7) snprintf(to, size, "%.9g", multiple(s, k));
-    else snprintf(to, size, "%.*f", s.decimals, multiple(s, k));
-}
-
-/* The number of the last multiple that does not exceed x. */
-static double multiple_below(struct scale s, double x) {
-    double k = floor(x / multiple(s, 1));
-    while (multiple(s, k) > x) --k;
-    while (multiple(s, k + 1) <= x) ++k;
-    return k;
-}
-
-/* ---- the picture ---------------------------------------------------------- */
-
-/* A panel of the picture: its place, and the ranges of its axes. */
-struct panel {
-    FILE *to;
-    double left, low_x, high_x, high_y;
-};
-enum { WIDTH = 1000, HEIGHT = 440, PANEL_WIDTH = 400, PANEL_HEIGHT = 320, TOP = 50 };
-
-static double place_x(const struct panel *p, double x) {
-    return p->left + PANEL_WIDTH * (x - p->low_x) / (p->high_x - p->low_x);
-}
-static double place_y(const struct panel *p, double y) {
-    return TOP + PANEL_HEIGHT * (1 - y / p->high_y);
-}
-
-/* A text element with those attributes. */
-static void draw_text(FILE *to, const char *attributes, const char *text) {
-    fprintf(to, "<text %s>", attributes);
-    for (; *text != 0; ++text) {
-        if (*text == '<') fputs("&lt;", to);
-        else if (*text == '&') fputs("&amp;", to);
-        else fputc(*text, to);
-    }
-    fprintf(to, "</text>\n");
-}
-
-/* Frame, title, what the axes show in which unit, and some five round numbers at each. */
-static void draw_axes(const struct panel *p, const char *title, const char *label_x,
-                      const char *label_y) {
-    const double bottom = TOP + PANEL_HEIGHT, middle = p->left + PANEL_WIDTH / 2.0;
-    char place[100], number[40];
-    fprintf(p->to,
-            "<rect x='%.1f' y='%d' width='%d' height='%d' fill='none' stroke='#888'/>\n"
-            "<path stroke='#888' d='",
-            p->left, TOP, PANEL_WIDTH, PANEL_HEIGHT);
-    const struct scale x = round_steps((p->high_x - p->low_x) / 6), y = round_steps(p->high_y / 6);
-    const double last_x = multiple_below(x, p->high_x), last_y = multiple_below(y, p->high_y);
-    const double first_x = ceil(p->low_x / multiple(x, 1) - 1e-9);
-    for (double k = first_x; k <= last_x; ++k)
-        fprintf(p->to, "M%.1f %.1fv5", place_x(p, multiple(x, k)), bottom);
-    for (double k = 0; k <= last_y; ++k)
-        fprintf(p->to, "M%.1f %.1fh-5", p->left, place_y(p, multiple(y, k)));
-    fprintf(p->to, "'/>\n");
-    for (double k = first_x; k <= last_x; ++k) {
-        snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='middle'",
-                 place_x(p, multiple(x, k)), bottom + 19);
-        write_multiple(x, k, number, sizeof number);
-        draw_text(p->to, place, strlen(number) < 12 ? number : "");
-    }
-    for (double k = 0; k <= last_y; ++k) {
-        snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='end'", p->left - 8,
-                 place_y(p, multiple(y, k)) + 4);
-        write_multiple(y, k, number, sizeof number);
-        draw_text(p->to, place, number);
-    }
-    snprintf(place, sizeof place, "x='%.1f' y='%d' font-size='15'", p->left, TOP - 14);
-    draw_text(p->to, place, title);
-    snprintf(place, sizeof place, "x='%.1f' y='%.1f' text-anchor='middle'", middle, bottom + 42);
-    draw_text(p->to, place, label_x);
-    snprintf(place, sizeof place,
-             "transform='translate(%.1f %.1f) rotate(-90)' text-anchor='middle'", p->left - 42,
-             TOP + PANEL_HEIGHT / 2.0);
-    draw_text(p->to, place, label_y);
-}
-
 /* CURVE values on a uniform grid. */
-static void draw_curve(const struct panel *p, const double ends[2], const double *y) {
-    fprintf(p->to, "<polyline fill='none' stroke='#c03020' stroke-width='2' points='");
-    for (int i = 0; i < CURVE; ++i) {
-        const double x = ends[0] + (ends[1] - ends[0]) * i / (CURVE - 1);
-        fprintf(p->to, "%.1f,%.1f ", place_x(p, x), place_y(p, y[i]));
-    }
-    fprintf(p->to, "'/>\n");
-}
-
-static void draw_key(const struct panel *p, const char *text) {
-    char place[60];
-    snprintf(place, sizeof place, "x='%.1f' y='%d'", p->left + 12, TOP + 22);
-    draw_text(p->to, place, text);
+static void draw_spline(const struct panel *p, const double ends[2], const double *y) {
+    double x[CURVE];
+    for (int i = 0; i < CURVE; ++i) x[i] = ends[0] + (ends[1] - ends[0]) * i / (CURVE - 1);
+    draw_curve(p, "#c03020", CURVE, x, y);
 }
 
 /* ---- the census ----------------------------------------------------------- */
 
-static bool print_census(FILE *picture) {
+static bool print_census(const struct picture *picture) {
     double years[DECADES], back[DECADES];
     for (int i = 0; i < DECADES; ++i) years[i] = FIRST_YEAR + 10 * i;
     struct spline s = make_spline(DECADES, years, census, DF_TYPE_NATURAL, DF_NOT_A_KNOT, NULL,
@@ -217,16 +106,15 @@ static bool print_census(FILE *picture) {
     fine &= fabs(parts - integral[4]) <= 1e-14 * parts;
 
     if (picture != NULL) {
-        const struct panel p = {picture, 70, FIRST_YEAR - 10, LAST_YEAR + 10, 220};
+        struct panel p = left_panel(picture);
+        p.low_x = FIRST_YEAR - 10, p.high_x = LAST_YEAR + 10, p.high_y = 220;
         const double ends[] = {FIRST_YEAR, LAST_YEAR};
         double curve[CURVE];
         evaluate(&s, 0, CURVE, ends, DF_UNIFORM, curve);
         draw_axes(&p, "Inhabitants of the United States", "year", "inhabitants, millions");
-        draw_curve(&p, ends, curve);
-        draw_key(&p, "dots: censuses; curve: cubic spline");
-        for (int i = 0; i < DECADES; ++i)
-            fprintf(picture, "<circle cx='%.1f' cy='%.1f' r='3.5' fill='#204080'/>\n",
-                    place_x(&p, years[i]), place_y(&p, census[i]));
+        draw_spline(&p, ends, curve);
+        draw_key(&p, 0, "dots: censuses; curve: cubic spline");
+        for (int i = 0; i < DECADES; ++i) draw_dot(&p, "#204080", years[i], census[i]);
     }
     free_spline(&s);
     return fine;
@@ -296,17 +184,7 @@ static struct spline rising_spline(const struct histogram *h) {
                        slope + 1, kef_df_kernel_dDFHermiteCubicSpline1D);
 }
 
-/* What the title of the data begins with: "quantity, unit". Gives the unit. */
-static const char *copy_quantity(const struct session *session, char *to, size_t size) {
-    snprintf(to, size, "%s", session->title[0] != 0 ? session->title : "measured value");
-    char *unit = strchr(to, ',');
-    if (unit == NULL) return "";
-    char *rest = strchr(++unit, ',');
-    if (rest != NULL) *rest = 0;
-    return unit;
-}
-
-static bool print_histogram(const struct session *session, FILE *picture) {
+static bool print_histogram(const struct session *session) {
     struct histogram h = {0};
     if (!count_classes(session, &h)) {
         printf("\n   The measurements have no spread that a histogram could show.\n");
@@ -338,54 +216,28 @@ static bool print_histogram(const struct session *session, FILE *picture) {
         fine &= density[i] >= -1e-12 * session->count;
         largest = fmax(largest, density[i]);
     }
-    if (picture != NULL) {
+    if (session->picture != NULL) {
         for (int k = 0; k < h.limits; ++k) largest = fmax(largest, h.found[k]);
         char quantity[100], count[160];
         const char *unit = copy_quantity(session, quantity, sizeof quantity);
         write_multiple(h.width, 1, number, sizeof number);
         snprintf(count, sizeof count, "measurements per %s%.60s", number, unit);
-        const struct panel p = {picture, 570, ends[0], ends[1], 1.1 * largest};
+        struct panel p = right_panel(session->picture);
+        p.low_x = ends[0], p.high_x = ends[1], p.high_y = 1.1 * largest;
         for (int k = 2; k + 1 < h.limits; ++k)
-            fprintf(picture,
-                    "<rect x='%.1f' y='%.1f' width='%.1f' height='%.1f' fill='#a8c0e0' "
-                    "stroke='#204080'/>\n",
-                    place_x(&p, h.limit[k - 1]), place_y(&p, h.found[k]),
-                    place_x(&p, h.limit[k]) - place_x(&p, h.limit[k - 1]),
-                    place_y(&p, 0) - place_y(&p, h.found[k]));
+            draw_box(&p, h.limit[k - 1], h.limit[k], 0, h.found[k]);
         draw_axes(&p, "Measurements in classes", quantity, count);
-        draw_curve(&p, ends, density);
-        draw_key(&p, "bars: found; curve: density");
+        draw_spline(&p, ends, density);
+        draw_key(&p, 0, "bars: found; curve: density");
     }
     free_spline(&s);
     return fine;
 }
 
 bool fitting_chapter(const struct session *session) {
-    FILE *picture = NULL;
-    if (session->picture != NULL) {
-        picture = fopen(session->picture, "w");
-        if (picture == NULL) {
-            perror(session->picture);
-            return false;
-        }
-        fprintf(picture,
-                "<svg xmlns='http://www.w3.org/2000/svg' width='%d' height='%d' "
-                "viewBox='0 0 %d %d' font-family='sans-serif' font-size='12'>\n"
-                "<rect width='100%%' height='100%%' fill='white'/>\n",
-                WIDTH, HEIGHT, WIDTH, HEIGHT);
-    }
-    bool fine = print_census(picture);
-    fine &= print_histogram(session, picture);
-    if (picture != NULL) {
-        fprintf(picture, "</svg>\n");
-        const bool written = !ferror(picture);
-        if (fclose(picture) != 0 || !written) {
-            fprintf(stderr, "frontend: %s could not be written\n", session->picture);
-            return false;
-        }
-        printf("\n   The picture is in %s.\n", session->picture);
-    } else {
-        printf("\n   --picture FILE.svg draws this.\n");
-    }
+    bool fine = print_census(session->picture);
+    fine &= print_histogram(session);
+    if (session->picture != NULL) end_row(session->picture);
+    else printf("\n   --picture FILE.svg draws this.\n");
     return fine;
 }

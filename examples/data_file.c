@@ -113,3 +113,12 @@ bool read_measurements(const char *path, struct session *session) {
     session->measurements = NULL;
     return false;
 }
+
+const char *copy_quantity(const struct session *session, char *to, size_t size) {
+    snprintf(to, size, "%s", session->title[0] != 0 ? session->title : "measured value");
+    char *unit = strchr(to, ',');
+    if (unit == NULL) return "";
+    char *rest = strchr(++unit, ',');
+    if (rest != NULL) *rest = 0;
+    return unit;
+}

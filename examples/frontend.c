@@ -7,11 +7,14 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "picture.h"
+
 static const struct {
     const char *name, *title;
+    int rows; /* of the picture */
     chapter_function *print;
 } chapters[] = {
-#define CHAPTER(name, title) {#name, title, name##_chapter},
+#define CHAPTER(name, rows, title) {#name, title, rows, name##_chapter},
 #include "chapters.def"
 #undef CHAPTER
 };
@@ -76,7 +79,7 @@ static bool parse_count(const char *text, long most, long *value) {
 int main(int argc, char **argv) {
     struct session session = {.elements = 1000000, .threads = processors()};
     bool chosen[CHAPTERS] = {false}, all = true;
-    const char *path = NULL;
+    const char *path = NULL, *picture_path = NULL;
 
     for (int i = 1; i < argc; ++i) {
         const char *word = argv[i];
@@ -94,7 +97,7 @@ int main(int argc, char **argv) {
         switch ((enum option)option) {
             case OPTION_help: return usage();
             case OPTION_table: session.table = true; break;
-            case OPTION_picture: session.picture = argv[i]; break;
+            case OPTION_picture: picture_path = argv[i]; break;
             case OPTION_elements:
                 if (!parse_count(argv[i], MOST_ELEMENTS, &count))
                     return usage_error("wrong number of elements: ", argv[i]);
@@ -116,25 +119,35 @@ int main(int argc, char **argv) {
     }
     if (path == NULL) return usage_error("no data file given", "");
     if (!read_measurements(path, &session)) return FAILED;
+    int rows = 0;
+    for (int k = 0; k < CHAPTERS; ++k) rows += all || chosen[k] ? chapters[k].rows : 0;
+    struct picture picture;
+    if (picture_path != NULL && rows > 0) {
+        if (!open_picture(&picture, picture_path, rows)) return FAILED;
+        session.picture = &picture;
+    }
 
     int result = GOOD;
     printf(
         "KEF computes elementary functions, random numbers, statistics and splines over whole\n"
         "arrays, on x86 processors with SSE2 and SSE3, and states how exact each result is.\n"
-        "This is the %s member of the library.\n\n",
+        "This is the %s member of the library.\n",
         kef_member());
     for (int k = 0; k < CHAPTERS; ++k) {
         if (!all && !chosen[k]) continue;
-        printf("%d. %s\n\n", k + 1, chapters[k].title);
+        printf("\n%d. %s\n\n", k + 1, chapters[k].title);
         fflush(stdout); /* the progress goes to standard error */
         if (!chapters[k].print(&session)) {
             fprintf(stderr, "frontend: a check failed in chapter \"%s\"\n", chapters[k].name);
             result = FAILED;
         }
-        if (k < CHAPTERS - 1) printf("\n");
         fflush(stdout);
     }
     free(session.measurements);
+    if (session.picture != NULL) {
+        if (close_picture(&picture)) printf("\nThe picture is in %s.\n", picture_path);
+        else result = FAILED;
+    }
     if (ferror(stdout)) {
         fprintf(stderr, "frontend: the output could not be written\n");
         result = FAILED;

@@ -7,6 +7,7 @@
  *   watch.c       a log of element errors
  *   functions.*   the functions it knows, from one list
  *   data_file.c   the measurements
+ *   picture.*     what the chapters draw
  *   support.c     memory, clock, progress line */
 #ifndef FRONTEND_H
 #define FRONTEND_H
@@ -23,16 +24,16 @@
 struct session {
     char title[100]; /* of the measurements; may be empty */
     double *measurements;
-    int32_t count;       /* of measurements, at least 2 */
-    int32_t elements;    /* of the long arrays */
-    int threads;         /* at most so many for one call */
-    const char *picture; /* file to draw to, or null */
-    bool table;          /* every function in the summary */
+    int32_t count;           /* of measurements, at least 2 */
+    int32_t elements;        /* of the long arrays */
+    int threads;             /* at most so many for one call */
+    struct picture *picture; /* or null; a chapter draws one row, and ends it */
+    bool table;              /* every function in the summary */
 };
 
 /* A chapter prints its part; false when a check in it failed. */
 typedef bool chapter_function(const struct session *session);
-#define CHAPTER(name, title) chapter_function name##_chapter;
+#define CHAPTER(name, rows, title) chapter_function name##_chapter;
 #include "chapters.def"
 #undef CHAPTER
 
@@ -41,6 +42,8 @@ typedef bool chapter_function(const struct session *session);
  * bad line or failure it reports to standard error, with line numbers, and
  * gives false. */
 bool read_measurements(const char *path, struct session *session);
+/* What the title begins with, "quantity, unit", or other words for it. Gives the unit. */
+const char *copy_quantity(const struct session *session, char *to, size_t size);
 
 /* y = f(a), y = f(a, b) or y, z = f(a) at the calling thread's accuracy, by up to
  * `threads` threads. Checks what the kernels do not: counts and pointers, with

@@ -25,6 +25,14 @@ expect() {
     fi
 }
 
+# drawn WORDS...: the picture contains them.
+drawn() {
+    for words in "$@"; do
+        grep -qF "$words" "$directory/picture.svg" ||
+            { echo "no words $words in the picture"; failures=$((failures + 1)); }
+    done
+}
+
 # file TEXT: a data file with that printf text; its name is $file.
 file() {
     file=$directory/data
@@ -44,9 +52,11 @@ summary=$("$program" "$data" --elements 1 2>/dev/null | sed -n '/^9\. /,$p' | wc
     { echo "$summary lines of summary"; failures=$((failures + 1)); }
 expect 0 "sNearbyInt" "$data" --elements 100 --chapter summary --table
 expect 0 "1790 to 1970" "$data" --chapter fitting
-expect 0 "The picture is in" "$data" --chapter fitting --picture "$directory/picture.svg"
 expect 0 "never below zero" "$data" --chapter fitting
-grep -q '</svg>' "$directory/picture.svg" || { echo "no picture"; failures=$((failures + 1)); }
+expect 0 "12 of 12" "$data" --elements 54321 --chapter statistics
+expect 0 "The picture is in" "$data" --elements 1 --chapter statistics --chapter fitting \
+    --picture "$directory/picture.svg"
+drawn '>part 5<' '>Outliers and a gap<' '>bars: found; curve: density<' "height='880'" '</svg>'
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"
 export KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR
 expect 0 "0x403: accuracy EP" "$data" --elements 1000
@@ -57,15 +67,15 @@ file '# A title\n\n  1.5  \r\n2.5'
 expect 0 "2 values from 1.5 to 2.5" "$file" --chapter measurements
 file '3\n3\n3\n'
 expect 0 "the spread is zero" "$file" --chapter measurements
+expect 0 "12 of 12" "$file" --elements 9 --chapter statistics --picture "$directory/picture.svg"
 file '1\n0\n-4\n'
 expect 0 "out of domain" "$file" --chapter measurements
 expect 0 "singularity" "$file" --chapter measurements
 file '# Mass <a & b>, kg, by nobody\n1\n2\n2.5\n4\n'
 expect 0 "The picture is in" "$file" --chapter fitting --picture "$directory/picture.svg"
-for words in '>Mass &lt;a &amp; b>, kg<' '>measurements per 1 kg<'; do
-    grep -qF "$words" "$directory/picture.svg" ||
-        { echo "no words $words in the picture"; failures=$((failures + 1)); }
-done
+drawn '>Mass &lt;a &amp; b>, kg<' '>measurements per 1 kg<'
+expect 0 "The picture is in" "$file" --elements 9 --chapter statistics --picture "$directory/picture.svg"
+drawn '>Mass &lt;a &amp; b>, kg<' '>all<'
 file '1e308\n-1e308\n0\n1e-320\n'
 expect 0 "" "$file" --elements 10
 
