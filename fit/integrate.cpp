@@ -4,8 +4,12 @@
 // for close limits: (b - a) sum_k c_k/(k+1) sum_{j=0..k} a^j b^(k-j). Over several
 // cells: the rest of the first one, the whole ones between, the start of the last
 // one, the whole ones summed as an unevaluated pair of doubles.
+#include <algorithm>
+#include <cmath>
+
 #include "fit/evaluate.h"
 #include "service/alloc.h"
+#include "vm/core/scaling.h"
 
 namespace kef::fit {
 
@@ -36,45 +40,72 @@ public:
         Sum sum;
         for (std::size_t cell = 0; cell < map_.cells(); ++cell) {
             sums[cell] = sum;
-            sum.add(whole(cell));
+            sum.add(whole<0>(cell));
         }
         sums[map_.cells()] = sum;
         sums_ = sums;
     }
 
-    // From `left`, in cell i, to `right` > left, in cell j >= i.
+    // From `left`, in cell i, to `right` > left, in cell j >= i. Where a length, a power of it or a
+    // part of the sum overflows, once more in a large unit.
     double between(std::size_t i, T left, std::size_t j, T right) const {
-        const double a = double(left) - double(map_.left(i));
-        const double b = double(right) - double(map_.left(j));
-        // Lengths from the limits themselves: distances between close ones are exact.
-        if (i == j) return in_cell(i, a, b, double(right) - double(left));
-        const double rest = in_cell(i, a, width(i), double(map_.right(i)) - double(left));
-        const double start = in_cell(j, 0, b, b);
-        if (sums_ != nullptr) return (rest + start) + sums_[j].minus(sums_[i + 1]);
-        Sum sum;
-        sum.add(rest);
-        for (std::size_t cell = i + 1; cell < j; ++cell) sum.add(whole(cell));
-        sum.add(start);
-        return sum.value();
+        const double integral = between<0>(i, left, j, right, sums_);
+        if (integral - integral == 0) [[likely]]
+            return integral;
+        return vm::scaled(between<large_unit>(i, left, j, right, nullptr), large_unit);
     }
 
 private:
-    double width(std::size_t cell) const {
-        return double(map_.right(cell)) - double(map_.left(cell));
+    // Units of length by their binary logarithm.
+    static constexpr int large_unit = 60;
+
+    // In this unit of length, from running sums if there are any.
+    template <int unit>
+    double between(std::size_t i, T left, std::size_t j, T right, const Sum* sums) const {
+        const double a = distance<unit>(map_.left(i), left),
+                     b = distance<unit>(map_.left(j), right);
+        // Lengths from the limits themselves: distances between close ones are exact.
+        if (i == j) return in_cell<unit>(i, a, b, distance<unit>(left, right));
+        const double rest = in_cell<unit>(i, a, distance<unit>(map_.left(i), map_.right(i)),
+                                          distance<unit>(left, map_.right(i)));
+        const double start = in_cell<unit>(j, 0, b, b);
+        if (sums != nullptr) return (rest + start) + sums[j].minus(sums[i + 1]);
+        Sum sum;
+        sum.add(rest);
+        for (std::size_t cell = i + 1; cell < j; ++cell) sum.add(whole<unit>(cell));
+        sum.add(start);
+        return sum.value();
     }
-    double whole(std::size_t cell) const {
-        const double h = width(cell);
-        return in_cell(cell, 0, h, h);
+    template <int unit> static double distance(T from, T to) {
+        constexpr double scale = 1.0 / double(UINT64_C(1) << unit);
+        return double(to) * scale - double(from) * scale;
     }
-    double in_cell(std::size_t cell, double a, double b, double length) const {
+    template <int unit> double whole(std::size_t cell) const {
+        const double h = distance<unit>(map_.left(cell), map_.right(cell));
+        return in_cell<unit>(cell, 0, h, h);
+    }
+    template <int unit> double in_cell(std::size_t cell, double a, double b, double length) const {
         const T* c = c_ + cell * stride_;
-        double sum = c[0], mixed = 1, power = 1;
+        if constexpr (unit == 0)
+            return length * average(a, b, [&](std::size_t k) { return double(c[k]); });
+        // By distances of at most 1: powers of the others could overflow.
+        const double size = std::max(std::fabs(a), std::fabs(b));
+        const int e = size - size == 0 && size > 0 ? vm::exponent_of(size) + 1 : 0;
+        return length * average(vm::scaled(a, -e), vm::scaled(b, -e), [&](std::size_t k) {
+                   const std::int64_t exponent = std::int64_t(k) * (e + unit);
+                   return vm::scaled(double(c[k]),
+                                     int(std::clamp<std::int64_t>(exponent, -9999, 9999)));
+               });
+    }
+    // Of the polynomial of the coefficients c(k), from a to b.
+    template <class C> double average(double a, double b, C c) const {
+        double sum = c(0), mixed = 1, power = 1;
         for (std::size_t k = 1; k < order_; ++k) {
             power *= a;
             mixed = mixed * b + power;  // sum of a^j b^(k-j)
-            sum += double(c[k]) * mixed / double(k + 1);
+            sum += c(k) * mixed / double(k + 1);
         }
-        return length * sum;
+        return sum;
     }
 
     const CellMap<T>& map_;

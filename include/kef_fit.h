@@ -143,7 +143,8 @@ KEF_API int32_t kef_df_kernel_sNewTask1D(kef_df_task **task, int64_t nx, const f
                                          int64_t x_hint, int64_t ny, const float *y, int64_t y_hint,
                                          int32_t int64_flag);
 
-/* Releases what the task owns and stores null in *task; the caller's arrays stay. */
+/* Releases what the task owns and stores null in *task; the caller's arrays stay.
+ * DF_STATUS_NULL_TASK where *task is null; `task` itself is not. */
 KEF_API int32_t kef_df_kernel_DeleteTask(kef_df_task **task);
 
 /* Names the spline.
@@ -279,7 +280,8 @@ KEF_API int32_t kef_df_kernel_sDFInterpolate1D(const kef_df_task *task, int64_t 
  *   left, right          limits; their hints as those of sites
  *   result, result_hint  DF_BY_ROWS result[i*nlimit + j], DF_BY_COLUMNS result[j*ny + i]
  * Limits outside the partition: the polynomial of the end cell goes on. left > right
- * gives minus the integral from right to left, left = right exactly 0. Sums over
+ * gives minus the integral from right to left, left = right exactly 0. An integral of a finite
+ * spline is infinite or NaN only where it, or the part of it in a cell, overflows. Sums over
  * cells are carried with twice the working precision; where the intervals of a call
  * span more cells than there are, they are taken from running sums, made once.
  * method is 0. Statuses as for interpolation. */

@@ -289,6 +289,45 @@ TEST(FitEvaluate, RunningSumsAreStable) {
     }
 }
 
+// Where a length or a power of it overflows, the integral does not.
+void expect_integral_of_wide(const Spline<double>& s, const std::vector<double>& left,
+                             const std::vector<double>& right) {
+    for (std::size_t copies : {1, 20}) {  // cell by cell, and from running sums
+        std::vector<double> from, to;
+        for (std::size_t k = 0; k < copies; ++k)
+            from.insert(from.end(), left.begin(), left.end()),
+                to.insert(to.end(), right.begin(), right.end());
+        std::vector<double> r(from.size());
+        ASSERT_EQ(DF_STATUS_OK, kef_df_kernel_dDFIntegrate1D(s.task, 0, r.size(), from.data(), 0,
+                                                             to.data(), 0, r.data(), 0));
+        for (std::size_t j = 0; j < r.size(); ++j) {
+            const auto [sum, terms] = exact_integral(s, 0, from[j], to[j]);
+            EXPECT_LE(double(magnitude(r[j] - sum) / terms), 5e-16) << from[j] << ' ' << to[j];
+        }
+    }
+}
+
+TEST(FitEvaluate, IntegralsOverWideRanges) {
+    Spline<double> line;
+    line.x = {-1.5e308, 0, 1.5e308}, line.y = {-1, 0.5, 1};
+    line.fit(kinds()[0]);
+    expect_integral_of_wide(line, {-1.5e308, -1.5e308, 1.5e308, -1e308, -1.7e308, 5},
+                            {1.5e308, -1.4e308, 0.3e308, 1.6e308, 1.7e308, 5.5});
+    for (const Kind& kind : kinds()) {
+        if (kind.order < 3) continue;
+        SCOPED_TRACE(kind.name);
+        const double scale = kind.order == 3 ? 0x1p511 : 0x1p341;
+        Spline<double> s;
+        for (double x : uneven<double>(9, 4)) s.x.push_back(x * scale);
+        s.y = noise<double>(9, 4);
+        s.set_conditions(kind.boundaries[0], kind.internals[0]);
+        s.fit(kind);
+        ASSERT_TRUE(std::all_of(s.c.begin(), s.c.end(), [](double c) { return std::isfinite(c); }));
+        expect_integral_of_wide(s, {-2 * scale, 3 * scale, 1.25 * scale},
+                                {3 * scale, -1.5 * scale, 9 * scale});
+    }
+}
+
 // Results may take the place of the sites, or of either limit, from arrays and grids.
 template <class T> void expect_in_place() {
     Spline<T> s;
