@@ -328,7 +328,8 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
  * With weights w_j, W = sum w, W2 = sum w^2 (no weights: w = 1), m = sum w x / W,
  * R_k = sum w x^k / W, S_k = sum w x^k, M_k = sum w (x-m)^k,
  * C_ij = sum w (x_i-m_i)(x_j-m_j) and N = W - W2/W (N = W for one observation and where that
- * is not positive, so that one observation has variance 0 and not NaN):
+ * is not positive, so that one observation has variance 0 and not NaN); weights may be of any size,
+ * also where W2 overflows or is subnormal:
  *
  *   mean m; raw moments R_2, R_3, R_4; sums S_1 .. S_4; central sums M_2, M_3, M_4
  *   central moments   M_k / N = F M_k / W with one factor F = W/N for all three;
@@ -370,7 +371,8 @@ KEF_API int32_t __vtssSSEditMtxParametrz(kef_ss_task *task, float *correlation,
  * entry, or without that array, the call starts anew and old contents of the arrays
  * do not matter. The task keeps the state in full precision and uses it as long as the
  * arrays that this call is about hold what it last wrote, bit for bit; else (arrays restored
- * by the caller, another task, other variables selected) it takes up the values in the arrays.
+ * by the caller, another task, other variables selected) it takes up the values in the arrays;
+ * central moments and the covariance then need a W2 that is a normal number of the arrays' type.
  * A sum of higher order needs those below it, and a correlation its variances: each is looked
  * for in the estimates asked for, then in the arrays that these require, then in every other
  * array that is registered and which must then hold the state, too; a sum, a moment, or
@@ -713,7 +715,8 @@ KEF_API int32_t __vtsSSLoadStreamQuantiles(kef_ss_task *task, const void *image,
  * quantiles: the bound of epsilon N holds for all observations of both, and where STREAM_QUANTILES
  * are registered they are written.
  *
- * Checked, in this order: tasks (NULL_TASK, BAD_PARAMETERS when they are one), method (BAD_METHOD);
+ * Checked, in this order: tasks (NULL_TASK, BAD_PARAMETERS when they are one), method (BAD_METHOD;
+ * where an estimate of Basic is asked for, else it plays no part);
  * of `task`, then of `other`, the required arrays (their statuses), NULL_ACCUMULATED_WEIGHTS,
  * NULL_MINIMUM, NULL_MAXIMUM, layouts (NULL_STORAGE), precision (BAD_PRECISION); BAD_DIMENSION when
  * p, the processed variables or the p of the sketches differ; BAD_PARAMETERS for sketches of

@@ -11,7 +11,8 @@ namespace kef::stats {
 // The weights of a tile.
 struct TileWeights {
     const double* w;  // null: no weights; else readable up to three beyond the tile
-    double sum, sum_of_squares;
+    double sum;
+    SumOfSquares sum_of_squares;
     bool positive;  // none is negative or NaN
 
     static TileWeights ones(int n) {
@@ -33,7 +34,10 @@ template <class T> TileWeights read_weights(const T* weights, int n, double* w) 
         squares += two * two;
         unusual |= ~(l2)(two >= 0.0);
     }
-    return {w, sum[0] + sum[1], squares[0] + squares[1], _mm_movemask_pd((__m128d)unusual) == 0};
+    return {w,
+            sum[0] + sum[1],
+            {w, n, squares[0] + squares[1]},
+            _mm_movemask_pd((__m128d)unusual) == 0};
 }
 
 namespace detail {

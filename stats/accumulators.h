@@ -13,6 +13,7 @@
 #include "stats/observations.h"
 #include "stats/recurrence.h"
 #include "stats/task.h"
+#include "stats/weights.h"
 
 namespace kef::stats {
 
@@ -80,7 +81,8 @@ struct Accumulators {
     Plan plan;
     bool started;           // holds observations
     bool positive_weights;  // no weight is known to be, or may have been, negative
-    double W, W2;
+    double W;
+    SumOfSquares W2;
     std::ptrdiff_t pairs;
     Pair* pair;
     PairSums* sums;
@@ -96,7 +98,7 @@ struct Accumulators {
     Coefficients* coefficients;
 
     // All that there are observations of is one.
-    bool one_observation() const { return positive_weights && W * W == W2; }
+    bool one_observation() const { return positive_weights && is_one_observation<double>(W, W2); }
 
     double get(Quantity q, std::ptrdiff_t a) const {
         PairSums& s = sums[a / 2];
@@ -123,7 +125,8 @@ struct Accumulators {
         std::memset(static_cast<void*>(sums), 0, pairs * sizeof *sums);
         if (plan.products)
             std::memset(static_cast<void*>(products), 0, block_index(pairs, 0) * sizeof *products);
-        W = W2 = 0;
+        W = 0;
+        W2 = {};
         started = false;
         positive_weights = true;
     }

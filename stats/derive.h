@@ -6,21 +6,14 @@
 #include <cmath>
 
 #include "stats/fields.h"
+#include "stats/weights.h"
 
 namespace kef::stats {
-
-// The normaliser of central moments and covariance: n - 1 without weights, the
-// unbiased one for reliability weights; W where that would not be positive, and for one
-// observation, where rounding alone could make it so.
-inline double normaliser(double W, double W2) {
-    const double B = W - W2 / W;
-    return B > 0 && W * W != W2 ? B : W;
-}
 
 // By Scale, what a field's quantity is divided by.
 struct Scales {
     double value[3];
-    Scales(double W, double W2) : value{1, W, normaliser(W, W2)} {}
+    Scales(double W, const SumOfSquares& W2) : value{1, W, normaliser(W, W2)} {}
     double operator[](Scale scale) const { return value[static_cast<int>(scale)]; }
     template <Scale scale> double divide(double quantity) const {
         return scale == Scale::one ? quantity : quantity / (*this)[scale];
@@ -35,16 +28,18 @@ struct Quantities {
 };
 
 // Mean and central sums from the raw sums. A variance that rounding made negative is 0, and
-// with it all central sums, as they are where there is one observation.
+// with it all central sums, as they are where there is one observation; NaN where the mean is not
+// finite.
 inline void central_from_raw(double W, bool one_observation, Quantities& q) {
     using namespace quantity;
     const double m = q[raw_1] / W, R2 = q[raw_2] / W, R3 = q[raw_3] / W, R4 = q[raw_4] / W;
     const double square = m * m, variance = R2 - square;
     const bool none = one_observation || variance <= 0;
+    const double nothing = m - m;
     q[mean] = m;
-    q[central_2] = none ? 0 : W * variance;
-    q[central_3] = none ? 0 : W * (R3 - 3 * m * R2 + 2 * m * square);
-    q[central_4] = none ? 0 : W * (R4 - 4 * m * R3 + 6 * square * R2 - 3 * square * square);
+    q[central_2] = none ? nothing : W * variance;
+    q[central_3] = none ? nothing : W * (R3 - 3 * m * R2 + 2 * m * square);
+    q[central_4] = none ? nothing : W * (R4 - 4 * m * R3 + 6 * square * R2 - 3 * square * square);
 }
 
 // The raw sums from mean and central sums; the first is not among them.

@@ -52,10 +52,11 @@ MedianDeviation<T> median_deviation(const Observations<T>& x, std::ptrdiff_t i, 
         range.nan ? std::pair(range.least, range.least) : middle_pair(data, n, range, room);
     const double m = range.nan ? NAN : middle(a, b);
     if (m - m != 0) return {m, std::numeric_limits<T>::quiet_NaN()};
-    // What the rounding of m has lost: a + b = 2 m + 2 low exactly (|a|, |b| <= 2^1022).
-    const double sum = m * 2, shadow = sum - a;
-    const double lost = ((a - (sum - shadow)) + (b - shadow)) / 2;
-    const double low = lost - lost == 0 ? lost : 0;
+    // What the rounding of m has lost: a + b = 2 m + 2 low exactly, in halves where sums overflow.
+    const double scale = std::fabs(m) > 0x1p1020 ? 0.25 : 1, a_scaled = a * scale,
+                 b_scaled = b * scale;
+    const double sum = m * (2 * scale), shadow = sum - a_scaled;
+    const double low = ((a_scaled - (sum - shadow)) + (b_scaled - shadow)) / (2 * scale);
     const auto centre = static_cast<T>(m), rest = static_cast<T>((m - centre) + low);
     const T ends[] = {range.least, range.greatest};
     const Deviations<false, T> extreme = {ends, centre, rest};

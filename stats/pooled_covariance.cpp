@@ -71,7 +71,7 @@ public:
         add_all();
         for (std::ptrdiff_t g = 0; g < groups_; ++g) {
             const Accumulators& A = sums_[g];
-            if (!A.one_observation()) normaliser_ += std::max(0.0, A.W - A.W2 / A.W);
+            if (!A.one_observation()) normaliser_ += std::max(0.0, A.W - A.W2.over(A.W));
         }
         if (task_.pooled_covariance != nullptr && !(normaliser_ > 0))
             return VTS_SS_STATUS_TOO_FEW_OBSERVATIONS;

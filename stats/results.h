@@ -110,7 +110,7 @@ bool visit_results(const Task& task, const BasicState& state, FieldSet fields, O
     const Accumulators& A = state.sums;
     const Scales scales(A.W, A.W2);
     if (auto* accumulated = static_cast<T*>(task.accumulated_weights))
-        if (!op(accumulated[0], A.W) || !op(accumulated[1], A.W2)) return false;
+        if (!op(accumulated[0], A.W) || !op(accumulated[1], A.W2.plain())) return false;
     // A mean from raw sums needs a weight to divide by.
     const FieldSet vectors = state.from_raw && !(A.W > 0) ? fields & field::raw_sums : fields;
     if (vectors & ~field::matrices)

@@ -23,7 +23,7 @@ public:
           state_(state),
           A_(state.sums),
           scales_(A_.W, A_.W2),
-          one_observation_(static_cast<T>(A_.W * A_.W) == static_cast<T>(A_.W2)),
+          one_observation_(is_one_observation<T>(A_.W, A_.W2)),
           places_{asked & current, asked, required, current, usable_fields(task)},
           known_(state.held) {}
 

@@ -59,6 +59,27 @@ TEST(StatsMedians, DeviationAgainstExactArithmetic) {
     check_mad<float>();
 }
 
+// Next to overflow, where the sum of the two numbers in the middle is infinite.
+template <class T> void check_large_mad() {
+    std::mt19937 generator(7);
+    std::uniform_real_distribution<double> uniform(0.5, 1);
+    constexpr T scale = std::numeric_limits<T>::max() / 2 + std::numeric_limits<T>::max() / 4;
+    for (const int n : {2, 3, 4, 10, 1000})
+        for (int round = 0; round < 20; ++round) {
+            std::vector<T> x(n);
+            for (T& v : x) v = T(uniform(generator)) * scale;
+            const Exact expected = exact_mad(x);
+            EXPECT_LE(std::fabs(double((mad(x) - expected) / expected)),
+                      1.5 * double(std::numeric_limits<T>::epsilon()))
+                << n;
+        }
+}
+
+TEST(StatsMedians, DeviationOfLargeNumbers) {
+    check_large_mad<double>();
+    check_large_mad<float>();
+}
+
 TEST(StatsMedians, DeviationOfSpecialData) {
     EXPECT_EQ(0, mad<double>({3}));
     EXPECT_EQ(0, mad<double>(std::vector<double>(100, 1e300)));
