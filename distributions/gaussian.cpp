@@ -1,7 +1,9 @@
 // Normal numbers: G. E. P. Box, M. E. Muller, A note on the generation of random normal deviates,
 // Ann. Math. Statist. 29 (1958) 610-611, and inversion.
 #include "distributions/closed_form.h"
+#include "rng/shared_table.h"
 #include "service/alloc.h"
+#include "vm/core/constants.h"
 
 namespace kef::dist {
 
@@ -38,8 +40,7 @@ template <class T> void radii(std::int32_t n, T* u1) {
         n, u1, [](auto x) { return -(x + x); }, u1);
     square_root(n, u1);
 }
-template <class T>
-constexpr auto angle = [](auto u2) { return u2 * static_cast<T>(0x1.921FB54442D18p2); };
+template <class T> constexpr auto angle = [](auto u2) { return u2 * static_cast<T>(2 * vm::pi); };
 
 // One number from each pair of uniforms.
 template <class T> std::int32_t box_muller(kef_stream* stream, std::int32_t n, T* r, T a, T sigma) {
@@ -63,10 +64,10 @@ template <class T> struct SavedPair {
     T u[2];
 
     // A stream image from outside may hold anything under the key: a chunk of another size is
-    // not ours.
+    // not ours, nor one with a shared id, whose data others read.
     static SavedPair* find(const kef_stream* stream) {
         for (const kef_chunk* c = stream->header.first; c != nullptr; c = c->next)
-            if (c->key == key && c->size == sizeof(SavedPair))
+            if (c->key == key && c->size == sizeof(SavedPair) && rng::is_null_id(c->shared_id))
                 return static_cast<SavedPair*>(c->data);
         return nullptr;
     }

@@ -12,28 +12,31 @@ namespace kef::rng {
 
 namespace {
 
+// Every chunk in a list comes from new_chunk.
+const ListedChunk& listed(const kef_chunk& chunk) { return static_cast<const ListedChunk&>(chunk); }
+
 void delete_list(kef_chunk* chunk) {
     while (chunk != nullptr) {
         kef_chunk* const next = chunk->next;
-        release(*chunk);
+        release(listed(*chunk));
         free_aligned(chunk);
         chunk = next;
     }
 }
 
-kef_chunk* new_chunk(std::int32_t key, const std::uint32_t* shared_id, void* data,
-                     std::int32_t size) {
-    auto* chunk = static_cast<kef_chunk*>(allocate_aligned(sizeof(kef_chunk)));
+ListedChunk* new_chunk(std::int32_t key, const std::uint32_t* shared_id, void* data,
+                       std::int32_t size) {
+    auto* chunk = static_cast<ListedChunk*>(allocate_aligned(sizeof(ListedChunk)));
     if (chunk == nullptr) return nullptr;
-    *chunk = {key, size, data, nullptr, {}};
+    *chunk = {{key, size, data, nullptr, {}}, false};
     if (shared_id != nullptr) std::copy_n(shared_id, 4, chunk->shared_id);
     return chunk;
 }
 
 // With one more reference, or a copy of the data; null when there is no memory.
 kef_chunk* copy_of(const kef_chunk& source) {
-    kef_chunk* const copy = new_chunk(source.key, source.shared_id, nullptr, source.size);
-    if (copy == nullptr || refer_alike(*copy, source)) return copy;
+    ListedChunk* const copy = new_chunk(source.key, source.shared_id, nullptr, source.size);
+    if (copy == nullptr || refer_alike(*copy, listed(source))) return copy;
     if (source.data == nullptr || source.size <= 0) return copy;
     const auto size = static_cast<std::size_t>(source.size);
     copy->data = allocate_aligned(size);
@@ -55,7 +58,7 @@ void append(kef_stream* stream, kef_chunk* chunk) {
 
 std::int32_t attach(kef_stream* stream, std::int32_t key, const std::uint32_t* shared_id,
                     void* data, std::int32_t size) {
-    kef_chunk* const chunk = new_chunk(key, shared_id, data, size);
+    ListedChunk* const chunk = new_chunk(key, shared_id, data, size);
     if (chunk == nullptr) return VTS_STATUS_NO_MEMORY;
     if (refer(*chunk) && chunk->data != data) free_aligned(data);
     append(stream, chunk);

@@ -61,7 +61,8 @@ Entry* first_orphan() { return table + VTS_MAX_SHARED_ENTRIES - orphans; }
 
 // What the chunk refers to, else null: a chunk whose entry was absent or too small when it was
 // attached has data of its own.
-Entry* referred(const kef_chunk& chunk) {
+Entry* referred(const ListedChunk& chunk) {
+    if (chunk.data == nullptr && !chunk.refers) return nullptr;
     const auto matches = [&chunk](const Entry& e) {
         return e.data == chunk.data && has_id(e, chunk.shared_id);
     };
@@ -80,6 +81,12 @@ bool has_room(const Entry& entry, const kef_chunk& chunk) {
 void take_reference(Entry& entry, kef_chunk& chunk) {
     ++entry.references;
     chunk.data = entry.data;
+}
+
+void hold_reference(Entry& entry, ListedChunk& chunk) {
+    take_reference(entry, chunk);
+    ++entry.held;
+    chunk.refers = true;
 }
 
 // The block to free when nothing uses it any more, else null.
@@ -104,27 +111,25 @@ void* drop_held_reference(Entry& entry) {
 
 }  // namespace
 
-bool refer(kef_chunk& chunk) {
+bool refer(ListedChunk& chunk) {
     if (is_null_id(chunk.shared_id)) return false;
     const Lock lock;
     Entry* const entry = find(chunk.shared_id);
     if (entry == nullptr || !has_room(*entry, chunk)) return false;
-    take_reference(*entry, chunk);
-    ++entry->held;
+    hold_reference(*entry, chunk);
     return true;
 }
 
-bool refer_alike(kef_chunk& copy, const kef_chunk& source) {
+bool refer_alike(ListedChunk& copy, const ListedChunk& source) {
     if (is_null_id(source.shared_id)) return false;
     const Lock lock;
     Entry* const entry = referred(source);
     if (entry == nullptr) return false;
-    take_reference(*entry, copy);
-    ++entry->held;
+    hold_reference(*entry, copy);
     return true;
 }
 
-void release(const kef_chunk& chunk) {
+void release(const ListedChunk& chunk) {
     void* data = chunk.data;
     if (!is_null_id(chunk.shared_id)) {
         const Lock lock;

@@ -131,6 +131,23 @@ TEST(NormalPairs, Chunk) {
     ASSERT_EQ(gaussian(1, foreign.get(), 1, r, 0, 1), VTS_STATUS_OK);
     EXPECT_EQ(_vtsGetNumChunks(foreign.get()), 2);
     EXPECT_EQ(*static_cast<std::int32_t*>(_vtsSearchChunk(foreign.get(), 2)), 0);
+    // Nor is one whose data others share.
+    const std::uint32_t id[4] = {2, 2, 2, 2};
+    const double numbers[] = {0.25, 0.5};
+    void* const data = __vtsAllocate(sizeof numbers);
+    std::memcpy(data, numbers, sizeof numbers);
+    kef_shared_entry* entry = nullptr;
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&entry, id, data), VTS_STATUS_OK);
+    const Stream sharing = make_stream(VTS_BRNG_MT19937), plain = make_stream(VTS_BRNG_MT19937);
+    ASSERT_EQ(__vtsAddChunk(sharing.get(), 2, id, nullptr, sizeof numbers), VTS_STATUS_OK);
+    for (int k = 0; k < 2; ++k) {
+        ASSERT_EQ(gaussian(1, sharing.get(), 3, r, 0, 1), VTS_STATUS_OK);
+        ASSERT_EQ(gaussian(1, plain.get(), 3, s, 0, 1), VTS_STATUS_OK);
+        EXPECT_EQ(std::memcmp(r, s, sizeof s), 0);
+    }
+    EXPECT_EQ(std::memcmp(data, numbers, sizeof numbers), 0);
+    EXPECT_EQ(_vtsGetNumChunks(sharing.get()), 2);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(id), VTS_STATUS_OK);
 }
 
 template <class T> class Lognormal : public testing::Test {};

@@ -239,6 +239,9 @@ std::int32_t counting_refill(kef_stream*, T* buffer, std::int32_t length, std::i
 TEST(RngGenerators, AbstractRefill) {
     std::uint32_t buffer[5] = {1, 2, 3, 4, 5};
     kef_stream* handle = nullptr;
+    EXPECT_EQ(__vtsiNewAbstractStream(nullptr, 5, buffer, counting_refill),
+              VTS_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(__vtsdNewAbstractStream(nullptr, 5, nullptr, 0, 1, nullptr), VTS_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(__vtsiNewAbstractStream(&handle, 0, buffer, counting_refill),
               VTS_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(__vtsiNewAbstractStream(&handle, -1, buffer, counting_refill),

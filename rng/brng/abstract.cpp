@@ -85,7 +85,8 @@ std::int32_t initialise_abstract(std::int32_t method, kef_stream* stream,
 template <class T>
 std::int32_t new_abstract_stream(kef_stream** stream, Row row, std::int32_t brng, std::int32_t n,
                                  T* buffer, Refill<T> refill) {
-    if (n <= 0 || buffer == nullptr || refill == nullptr) return VTS_STATUS_BAD_ARGUMENT;
+    if (stream == nullptr || n <= 0 || buffer == nullptr || refill == nullptr)
+        return VTS_STATUS_BAD_ARGUMENT;
     const std::int32_t status = __vtsAllocateStream(stream, __RegBrngsNew, brng, row, 0);
     if (status != VTS_STATUS_OK) return status;
     const Parameters<T> parameters{&n, buffer, refill};

@@ -235,7 +235,17 @@ TEST(RngStreams, SharedData) {
     ASSERT_EQ(__vtsAddChunk(copy.get(), 10, late, block_of({1}), 1), VTS_STATUS_OK);
     kef_shared_entry* late_entry = nullptr;
     ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&late_entry, late, nullptr), VTS_STATUS_OK);
+    // Nor does one without data take or give back a reference.
+    const std::uint32_t later[4] = {1, 2, 3, 5};
+    ASSERT_EQ(__vtsAddChunk(copy.get(), 11, later, nullptr, 64), VTS_STATUS_OK);
+    kef_shared_entry* later_entry = nullptr;
+    ASSERT_EQ(__vtsCreateGlobRODataTableEntry(&later_entry, later, nullptr), VTS_STATUS_OK);
+    copy_of(copy).reset();
+    EXPECT_EQ(later_entry->references, 1u);
     copy.reset();
+    EXPECT_EQ(__vtsFindGlobRODataTableEntry(later, &later_entry), VTS_STATUS_OK);
+    EXPECT_EQ(later_entry->references, 1u);
+    EXPECT_EQ(__vtsUnregisterGlobRODataReference(later), VTS_STATUS_OK);
     EXPECT_EQ(late_entry->references, 1u);
     EXPECT_EQ(entry->references, 1u);
 
