@@ -100,7 +100,9 @@ typedef struct kef_vtm_error_record {
  * message, exception) and stores the record's results, changed or not, into the
  * result vectors. Any other value ends the handling: the kernel's own results
  * stay. The record is valid during the call only. A callback may use the
- * control functions below and vector math itself. */
+ * control functions below and vector math itself. It has to return: an exception or a jump
+ * (longjmp) that leaves it is forbidden, the thread would keep the kernel's floating-point
+ * control, and the rest of the vector its old contents. */
 typedef int (*kef_vtm_error_callback)(kef_vtm_error_record *record);
 
 /* The thread's mode word. At first use on a thread it is taken from the

@@ -42,6 +42,10 @@ refused() {
     [ ! -e "$work/tree/build" ] || { echo "./run demo ${*:2}: built something"; failures=$((failures + 1)); }
 }
 
+(cd "$work/elsewhere" && "$work/tree/run" elephants) >"$work/output" 2>&1 && failures=$((failures + 1))
+grep -qx "./run: no command elephants; ./run help lists them" "$work/output" ||
+    { echo "./run elephants does not name the word"; failures=$((failures + 1)); }
+
 refused "unknown option --elephants" --elephants 5
 refused "unknown option -x" --elements 5 -x
 refused "no value after --threads" --threads
