@@ -123,19 +123,19 @@ template <class Accuracy, int shift = 0> inline doubles exp_core(doubles x) {
 }
 
 // exp(x) for -746 < x < -708, subnormal: in two scalings, 2^1022 exp(x) < 1 first.
-inline double exp_subnormal(double x) {
+KEF_INLINE double exp_subnormal(double x) {
     const auto e = exp_parts<1022>(all(x));
     return round_to_subnormal((e.high * e.power)[0], (e.low * e.power)[0]);
 }
 
 // exp(x)/2 for 0 < x < 711, where m may be 1025.
-inline double exp_half(double x) {
+KEF_INLINE double exp_half(double x) {
     const auto e = exp_parts<-2>(all(x));
     return ((e.high + e.low) * e.power)[0] * 2.0;
 }
 
 // exp(x) for 709 < x < ln 2^1024, where m may be 1024.
-inline double exp_large(double x) { return exp_half(x) * 2.0; }
+KEF_INLINE double exp_large(double x) { return exp_half(x) * 2.0; }
 
 // 2^shift exp(x) = 2^(k + shift) p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
 // relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP), and 2^-28.1 (HA: for functions

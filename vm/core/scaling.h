@@ -8,7 +8,9 @@
 namespace KEF_VM {
 
 // 2^e, -1022 <= e <= 1023.
-inline double power_of_two(int e) { return from_bits(static_cast<std::uint64_t>(1023 + e) << 52); }
+KEF_INLINE double power_of_two(int e) {
+    return from_bits(static_cast<std::uint64_t>(1023 + e) << 52);
+}
 
 // floor(log2 |x|) for finite x other than 0.
 inline int exponent_of(double x) {
@@ -17,7 +19,7 @@ inline int exponent_of(double x) {
 }
 
 // x 2^e in steps that do not overflow; exact unless the result is subnormal.
-inline double scaled(double x, int e) {
+KEF_INLINE double scaled(double x, int e) {
     for (; e > 1000; e -= 1000) x *= 0x1p1000;
     for (; e < -1000; e += 1000) x *= 0x1p-1000;
     return x * power_of_two(e);
@@ -25,7 +27,7 @@ inline double scaled(double x, int e) {
 
 // (high + low) 2^-1022 for |high| < 1, rounded once: adding 1 brings the sum to the
 // spacing of subnormal numbers, with the error of that addition taken along.
-inline double round_to_subnormal(double high, double low) {
+KEF_INLINE double round_to_subnormal(double high, double low) {
     const double one = high < 0 ? -1.0 : 1.0;
     const double sum = one + high;
     const double rounded = sum + (((one - sum) + high) + low);
@@ -33,7 +35,7 @@ inline double round_to_subnormal(double high, double low) {
 }
 
 // (high + low) 2^e rounded once, for 0.25 <= |high| < 8 and any e.
-inline double round_scaled(double high, double low, int e) {
+KEF_INLINE double round_scaled(double high, double low, int e) {
     if (e > -1000) return scaled(high + low, e);
     const double reduced = scaled(high, e + 1022);  // 2^1022 times the result
     if (reduced >= 1.0 || reduced <= -1.0) return scaled(high + low, e);

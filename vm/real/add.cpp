@@ -10,7 +10,7 @@ template <class T, class> struct Add {
     using V = Vector<T>;
     KEF_REPORT_NAME(Add);
     static constexpr bool arithmetic = true;
-    static V fast(V a, V b) { return a + b; }
+    static V fast(V a, V b) { return sum_in_order(a, b); }
 };
 
 KEF_MAP2(s, Add, HA)

@@ -34,7 +34,7 @@ template <> struct HypotRange<float> {
 };
 
 inline doubles root(doubles x) { return square_root(x); }
-inline double root(double x) { return square_root(all(x))[0]; }
+KEF_INLINE double root(double x) { return square_root(all(x))[0]; }
 
 // The root and its error.
 template <class V> inline DoubleDouble<V> root_of_squares(V a, V b) {

@@ -10,7 +10,7 @@ template <class T, class> struct Mul {
     using V = Vector<T>;
     KEF_REPORT_NAME(Mul);
     static constexpr bool arithmetic = true;
-    static V fast(V a, V b) { return a * b; }
+    static V fast(V a, V b) { return product_in_order(a, b); }
 };
 
 KEF_MAP2(s, Mul, HA)

@@ -33,6 +33,10 @@
 #define KEF_VM kef::vm::inline bytes_16
 #endif
 
+// For helpers that give a double by value: on i386 one that is not inlined gives it in an x87
+// register, where a subnormal number traps under the caller's masks.
+#define KEF_INLINE [[gnu::always_inline]] inline
+
 namespace KEF_VM {
 
 inline constexpr int vector_bytes = KEF_VECTOR_BYTES;
@@ -167,6 +171,31 @@ using u2 = std::uint64_t __attribute__((vector_size(16)));
 #endif
 
 namespace KEF_VM {
+
+// x + y and x * y of kernels without an edge. Of two NaNs the first operand is the result, and the
+// compiler would turn operands round in one loop and not in another.
+#if __AVX__
+#define KEF_IN_ORDER(operation) "v" operation " %1, %0, %0"
+#else
+#define KEF_IN_ORDER(operation) operation " %1, %0"
+#endif
+inline floats sum_in_order(floats x, floats y) {
+    asm(KEF_IN_ORDER("addps") : "+v"(x) : "v"(y));
+    return x;
+}
+inline doubles sum_in_order(doubles x, doubles y) {
+    asm(KEF_IN_ORDER("addpd") : "+v"(x) : "v"(y));
+    return x;
+}
+inline floats product_in_order(floats x, floats y) {
+    asm(KEF_IN_ORDER("mulps") : "+v"(x) : "v"(y));
+    return x;
+}
+inline doubles product_in_order(doubles x, doubles y) {
+    asm(KEF_IN_ORDER("mulpd") : "+v"(x) : "v"(y));
+    return x;
+}
+#undef KEF_IN_ORDER
 
 // A gate's verdict is the sign bit of each lane.
 inline bool any_lane(ints verdict) { return bits(verdict) != 0; }
