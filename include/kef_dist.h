@@ -15,8 +15,8 @@
  * docs/distributions.md tells. It has to return. An exception that leaves it ends the process, with
  * the message of the C++ runtime; a jump out of it (longjmp) is forbidden: the thread would keep
  * that mode and callback. On Windows an exception is forbidden likewise, and not held up; nor is it
- * by _vtsiRngUniformBits, which sets nothing: there it reaches the caller, and the generator's state
- * is what the routine that threw left. */
+ * by _vtsiRngUniformBits, which sets nothing: there it reaches the caller, and the generator's
+ * state is what the routine that threw left. */
 #ifndef KEF_DIST_H
 #define KEF_DIST_H
 
