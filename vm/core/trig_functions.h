@@ -5,7 +5,10 @@
 //   double LA   one polynomial in plain double arithmetic (trig_plain.h); EP: a shorter one
 //   single HA   one polynomial in double, rounded once
 //   single LA   one polynomial in single precision; EP: a shorter one; beyond their
-//               reductions those of double, up to the largest number (trig_huge.h)
+//               reductions polynomials in double
+//
+// Beyond all of these the argument as a fraction of a turn, up to the largest number
+// (trig_huge.h); in double with the table, for every slot.
 //
 // SinCos LA takes both polynomials of one reduction. Where EP would save little it is LA: Tan,
 // single SinCos.
@@ -21,45 +24,59 @@
 
 namespace KEF_VM {
 
-// Where the reductions end.
+// Where the reductions of the first and of the second formula end.
 template <class T, class Accuracy> struct TrigLast;
 template <> struct TrigLast<double, HA> { static constexpr double near = 3072, far = 0x1p20; };
-template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = near; };
+template <> struct TrigLast<double, LA> { static constexpr double near = 0x1p17, far = 0x1p20; };
 template <> struct TrigLast<double, EP> { static constexpr double near = 0x1p12, far = 0x1p17; };
-template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17, far = near; };
-template <> struct TrigLast<float, LA> {
-    static constexpr float near = 252, far = Format<float>::infinity;
-};
-template <> struct TrigLast<float, EP> {
-    static constexpr float near = 124, far = Format<float>::infinity;
-};
+template <> struct TrigLast<float, HA> { static constexpr float near = 0x1p17f, far = near; };
+template <> struct TrigLast<float, LA> { static constexpr float near = 252, far = 0x1p17f; };
+template <> struct TrigLast<float, EP> { static constexpr float near = 124, far = 0x1p17f; };
 
-// The formulas of a kernel: near(x) and, where there is one, far(x).
+// Single precision by a formula in double.
+template <class Accuracy>
+using SingleFormula = std::conditional_t<std::is_same_v<Accuracy, HA>, SingleHA, SingleFar>;
+
+// The formulas of a kernel: near(x), far(x) and huge(x).
 template <class T, class Accuracy, TrigReach reach, Phase phase>
 inline Vector<T> sine_fast(Vector<T> x) {
-    constexpr bool is_far = reach == TrigReach::far;
-    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
-        const floats s = in_double(x, [](doubles y) { return sine_plain<phase, SingleHA>(y); });
-        return is_far ? with_huge(x, s, sine_of_turns<phase>) : s;
-    } else if constexpr (std::is_same_v<Accuracy, HA>)
-        return sine_core < phase == Phase::sine ? sine_bias : cosine_bias, reach > (x);
+    constexpr bool is_far = reach == TrigReach::far, is_high = std::is_same_v<Accuracy, HA>;
+    constexpr int bias = phase == Phase::sine ? sine_bias : cosine_bias;
+    if constexpr (std::is_same_v<T, float> && (is_far || is_high))
+        return in_double(x,
+                         [](doubles y) { return sine_plain<phase, SingleFormula<Accuracy>>(y); });
+    else if constexpr (is_high || (is_far && std::is_same_v<Accuracy, LA>))
+        return sine_core<bias, reach>(x);
     else return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
+}
+template <class T, class Accuracy, Phase phase> inline auto sine_huge(Vector<T> x) {
+    if constexpr (std::is_same_v<T, float>)
+        return of_turns<Accuracy>(x, sine_of_turns<phase, SingleFormula<Accuracy>>);
+    else {
+        const auto [reduced, marks] = trig_reduce_huge(x);
+        constexpr std::int64_t bias = phase == Phase::sine ? sine_bias : cosine_bias;
+        return MarkedBy<doubles>{sine_of(reduced.k + bias, trig_powers(reduced)), marks};
+    }
 }
 
 template <class T, class Accuracy, TrigReach reach> inline Vector<T> tangent_fast(Vector<T> x) {
-    constexpr bool is_far = reach == TrigReach::far;
-    if constexpr (std::is_same_v<T, float> && (is_far || std::is_same_v<Accuracy, HA>)) {
-        const floats t = in_double(x, [](doubles y) { return tangent_plain<SingleHA>(y); });
-        return is_far ? with_huge(x, t, tangent_of_turns) : t;
-    } else if constexpr (std::is_same_v<Accuracy, HA>) return tangent_core<reach>(x);
+    constexpr bool is_far = reach == TrigReach::far, is_high = std::is_same_v<Accuracy, HA>;
+    if constexpr (std::is_same_v<T, float> && (is_far || is_high))
+        return in_double(x, [](doubles y) { return tangent_plain<SingleHA>(y); });
+    else if constexpr (is_high || is_far) return tangent_core<reach>(x);
     else return tangent_plain<LA>(x);
 }
-
-template <class V> inline Two<V> select(auto mask, Two<V> x, Two<V> y) {
-    return {select(mask, x.first, y.first), select(mask, x.second, y.second)};
+template <class T, class Accuracy> inline auto tangent_huge(Vector<T> x) {
+    if constexpr (std::is_same_v<T, float>)
+        return of_turns<Accuracy>(x, tangent_of_turns<SingleFormula<Accuracy>>);
+    else {
+        auto [reduced, marks] = trig_reduce_huge(x);
+        reduced.k = reduced.k + std::int64_t{sine_bias};
+        return MarkedBy<doubles>{rounded(tangent_parts(reduced)), marks};
+    }
 }
 
-// Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x).
+// Gates and formulas of Function<T, Accuracy>, which has compute<reach>(x) and huge(x).
 template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKernel {
     using V = Vector<T>;
     using Last = TrigLast<T, Accuracy>;
@@ -70,10 +87,23 @@ template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKe
         return not_between(magnitude(h), head_of(bound), head_of(Last::near));
     }
     static ints beyond(ints h) {
-        return greater(magnitude(h), all(static_cast<std::int32_t>(head_of(Last::far) - 1)));
+        constexpr auto infinity = static_cast<std::int32_t>(head_of(Format<T>::infinity));
+        return greater(magnitude(h), all(infinity - 1));
     }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
     static auto far(V x) {
+        const auto is_huge = absolute(x) >= all(Last::far);
+        MarkedBy<V, decltype(fast(x))> r{};
+        if (!all_lanes(is_huge)) r.result = far_or_tiny(x);
+        if (any_lane(is_huge)) {
+            const auto huge = Function::huge(x);
+            r = {select(is_huge, huge.result, r.result), where(is_huge, huge.marks)};
+        }
+        return r;
+    }
+
+private:
+    static auto far_or_tiny(V x) {
         return beside_tiny<at_zero>(x, bound, [](V y) {
             if constexpr (Last::far > Last::near) {
                 const auto is_far = absolute(y) >= all(Last::near);

@@ -23,8 +23,10 @@ namespace KEF_VM {
 // Which function: cosine is a sine with a quarter turn added; tangent goes by quarter turns.
 enum class Phase { sine, cosine, tangent };
 
-// Single HA: the double formula that is rounded once.
+// Single HA: the double formula that is rounded once; beyond the reductions of single LA and EP:
+// its reduction and the polynomials of EP.
 struct SingleHA;
+struct SingleFar;
 
 // pi in parts whose products with k, but for the last, are exact, for |x| < 2^18 (double LA, single
 // HA), 2^13 (double EP), 252 and 124 (single LA and EP).
@@ -32,6 +34,7 @@ template <class T, class Accuracy> inline constexpr auto pi_parts_of = pi_parts;
 template <>
 inline constexpr auto pi_parts_of<double, SingleHA> = coefficients(0x400921FB54440000,
                                                                    0x3D968C234C4C6629);
+template <> inline constexpr auto pi_parts_of<double, SingleFar> = pi_parts_of<double, SingleHA>;
 template <>
 inline constexpr auto pi_parts_of<double, EP> = coefficients(0x400921FB54442000,
                                                              0x3D7A308D313198A3);
@@ -64,7 +67,7 @@ template <Phase phase, class Accuracy, class V> inline HalfTurns<V> half_turns(V
 // sin r, |r| <= pi/2; for cosine too.
 template <Phase phase, class Accuracy> inline doubles sine_polynomial(doubles r) {
     const doubles y = r * r;
-    if constexpr (std::is_same_v<Accuracy, EP>) {
+    if constexpr (std::is_same_v<Accuracy, EP> || std::is_same_v<Accuracy, SingleFar>) {
         // relative error 2^-27.1; 1 at pi/2, nowhere above
         constexpr auto s = coefficients(0x3FF0000000000000, 0xBFC55554ACC9DBD5, 0x3F8110EA82A8D6F9,
                                         0xBF29F679C69FC97F, 0x3EC5D41EE99C7ADA);

@@ -18,6 +18,8 @@ struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy, AtZero::one> {
         return sine_fast<T, Accuracy, reach, Phase::cosine>(x);
     }
 
+    static auto huge(V x) { return sine_huge<T, Accuracy, Phase::cosine>(x); }
+
     static int edge(T x, T& r) {
         int status;
         if (trig_special(x, r, status)) return status;

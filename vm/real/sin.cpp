@@ -19,6 +19,8 @@ struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, AtZero::argument> {
         return sine_fast<T, Accuracy, reach, Phase::sine>(x);
     }
 
+    static auto huge(V x) { return sine_huge<T, Accuracy, Phase::sine>(x); }
+
     static int edge(T x, T& r) {
         int status;
         if (trig_special(x, r, status)) return status;

@@ -16,27 +16,42 @@ struct SinCos : TrigKernel<SinCos<T, Accuracy>, T, Accuracy, AtZero::argument> {
     KEF_TRIG_NAME(SinCos);
 
     template <TrigReach reach> static Two<V> compute(V x) {
-        if constexpr (std::is_same_v<T, double> && std::is_same_v<Accuracy, HA>) {
-            const TrigReduced reduced = trig_reduce<sine_bias, reach>(x);
-            const TrigPowers p = trig_powers(reduced);
-            return {sine_of(reduced.k, p), sine_of(reduced.k + INT64_C(128), p)};
-        } else if constexpr (std::is_same_v<T, float> &&
-                             (std::is_same_v<Accuracy, HA> || reach == TrigReach::far)) {
+        constexpr bool is_far = reach == TrigReach::far;
+        if constexpr (std::is_same_v<T, double> &&
+                      (std::is_same_v<Accuracy, HA> || (is_far && std::is_same_v<Accuracy, LA>))) {
+            return of_reduced(trig_reduce<0, reach>(x));
+        } else if constexpr (std::is_same_v<T, float> && (std::is_same_v<Accuracy, HA> || is_far)) {
             const DoublesPair wide = widen(x);
             const Two<doubles> low = sine_cosine_plain<SingleHA>(wide.low),
                                high = sine_cosine_plain<SingleHA>(wide.high);
-            const Two<V> plain = {narrow(low.first, high.first), narrow(low.second, high.second)};
-            if constexpr (reach == TrigReach::near) return plain;
-            return {with_huge(x, plain.first, sine_of_turns<Phase::sine>),
-                    with_huge(x, plain.second, sine_of_turns<Phase::cosine>)};
+            return narrow(low, high);
         } else if constexpr (std::is_same_v<T, float>) {
             return sine_cosine_plain(x);
-        } else if constexpr (std::is_same_v<Accuracy, LA> || reach == TrigReach::far) {
+        } else if constexpr (std::is_same_v<Accuracy, LA> || is_far) {
             return sine_cosine_plain<LA>(x);
         } else {
             return {sine_fast<T, Accuracy, reach, Phase::sine>(x),
                     sine_fast<T, Accuracy, reach, Phase::cosine>(x)};
         }
+    }
+
+    static MarkedBy<V, Two<V>> huge(V x) {
+        if constexpr (std::is_same_v<T, double>) {
+            const auto [reduced, marks] = trig_reduce_huge(x);
+            return {of_reduced(reduced), marks};
+        } else {
+            return of_turns<Accuracy>(x, [](ulongs turns) {
+                using Formula = SingleFormula<Accuracy>;
+                return Two<doubles>{sine_of_turns<Phase::sine, Formula>(turns),
+                                    sine_of_turns<Phase::cosine, Formula>(turns)};
+            });
+        }
+    }
+
+    static Two<V> of_reduced(const TrigReduced& x) requires std::is_same_v<T, double> {
+        const TrigPowers p = trig_powers(x);
+        const longs k = x.k + std::int64_t{sine_bias};
+        return {sine_of(k, p), sine_of(k + INT64_C(128), p)};
     }
 
     static int edge(T x, T& y, T& z) {

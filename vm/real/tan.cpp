@@ -19,6 +19,8 @@ struct Tan : TrigKernel<Tan<T, Accuracy>, T, Accuracy, AtZero::argument> {
 
     template <TrigReach reach> static V compute(V x) { return tangent_fast<T, Accuracy, reach>(x); }
 
+    static auto huge(V x) { return tangent_huge<T, Accuracy>(x); }
+
     static int edge(T x, T& r) {
         int status;
         if (trig_special(x, r, status)) return status;

@@ -49,10 +49,13 @@ struct LA;
 struct HA;
 struct EP;
 
-// Doubles as float results, and the lanes that are midpoints, for the edge; a formula in double.
-struct Marked {
-    floats result, marks;
+// A formula's results, V or Two<V>, and the lanes that are for the edge all the same.
+template <class V, class R = V> struct MarkedBy {
+    R result;
+    V marks;
 };
+using Marked = MarkedBy<floats>;
+// Doubles as float results, where midpoints are for the edge; a formula in double.
 inline Marked with_midpoints(DoublesPair x) { return {narrow(x), (floats)midpoints(x)}; }
 inline Marked marked_in_double(floats x, auto formula) {
     return with_midpoints(on_both(widen(x), formula));
@@ -64,7 +67,10 @@ inline constexpr int group = lanes<float>;
 
 template <class V> std::array<V, 1> as_array(V x) { return {x}; }
 template <class V> std::array<V, 2> as_array(Two<V> x) { return {x.first, x.second}; }
-inline std::array<floats, 2> as_array(Marked x) { return {x.result, x.marks}; }
+template <class V> std::array<V, 2> as_array(MarkedBy<V> x) { return {x.result, x.marks}; }
+template <class V> std::array<V, 3> as_array(MarkedBy<V, Two<V>> x) {
+    return {x.result.first, x.result.second, x.marks};
+}
 
 // A group of elements of one array, in as many vectors as they need; or fewer, padded with the
 // last one. Verdicts about a group have the order of its heads.

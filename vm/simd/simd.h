@@ -225,6 +225,12 @@ template <class V, class T> inline V within(V x, T bound) {
 }
 
 inline floats narrow(DoublesPair x) { return narrow(x.low, x.high); }
+inline Two<floats> narrow(Two<doubles> low, Two<doubles> high) {
+    return {narrow(low.first, high.first), narrow(low.second, high.second)};
+}
+template <class V> inline Two<V> select(auto mask, Two<V> x, Two<V> y) {
+    return {select(mask, x.first, y.first), select(mask, x.second, y.second)};
+}
 
 // Lanes, in the order of the floats, where a double lies half-way between two floats of the normal
 // range, or so near that its last two bits decide: from two places below to one above.
