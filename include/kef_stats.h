@@ -660,9 +660,9 @@ KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, i
  * BAD_PARAMETERS: a count or number out of range, nu + n < p; the NULL_ status of an array whose
  * count is not 0, and of D for M > 0. TOO_FEW_OBSERVATIONS: n <= p, or a variable with fewer than
  * two values. NO_MEMORY. NOT_POSITIVE_DEFINITE: a law becomes singular (as by OutliersDetection),
- * or x has infinities. Nothing is written then, but what precedes a draw of the data augmentation
- * that is singular, which is not known to happen. ITERATION_LIMIT: EM has not settled; all is
- * written. */
+ * x has infinities, or V is not positive semidefinite, or too large. Nothing is written then, but
+ * what precedes a draw of the data augmentation whose completed data are singular, which is not
+ * known to happen. ITERATION_LIMIT: EM has not settled; all is written. */
 KEF_API int32_t _vtsdSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
 

@@ -33,7 +33,7 @@ template <class T> std::int32_t correlation_parametrization(Task& task) {
     auto* const B = reinterpret_cast<double*>(start + rows);
     double most = 0;
     for (std::ptrdiff_t r = 0; r < count; ++r) {
-        const double value = eigen.value(r), root = value > 0 ? std::sqrt(value) : 0;
+        const double value = eigen.scaled_value(r), root = value > 0 ? std::sqrt(value) : 0;
         most = value > most ? value : most;
         for (std::ptrdiff_t i = 0; i < count; ++i) B[i * count + r] = eigen.vector(r)[i] * root;
     }

@@ -27,7 +27,9 @@ public:
           work_(beside_ + p) {}
 
     // In no order. Eigenvector r has p elements.
-    double value(std::ptrdiff_t r) const { return value_[r]; }
+    double value(std::ptrdiff_t r) const { return value_[r] * unit_; }
+    // The same over a power of four near the largest element, so that none overflows.
+    double scaled_value(std::ptrdiff_t r) const { return value_[r]; }
     const double* vector(std::ptrdiff_t r) const { return vectors_ + r * p_; }
 
     // Of the matrix whose element of i >= j is get(i, j). False when 30 p steps have not been
@@ -40,18 +42,16 @@ public:
                 row(i)[j] = row(j)[i] = element;
                 most = std::fabs(element) > most ? std::fabs(element) : most;
             }
-        // The largest element lies in [2, 4) during the work, so that nothing overflows and 2^-60
-        // is little; where that takes more than 2^1023, it is as little as a result can tell.
-        const std::uint64_t exponent = std::bit_cast<std::uint64_t>(most) >> 52;
-        const bool tiny = exponent < 2;
-        const double scale = tiny ? 0x1p1023 : std::bit_cast<double>((2047 - exponent) << 52);
-        const double unscale = tiny ? 0x1p-1023 : std::bit_cast<double>((exponent - 1) << 52);
+        // The largest element lies in [2, 8) during the work, so that nothing overflows and 2^-60
+        // is little; where that takes more than 2^1022, it is as little as a result can tell.
+        const std::uint64_t exponent = std::bit_cast<std::uint64_t>(most) >> 52 & -2;
+        const bool tiny = exponent == 0;
+        const double scale = tiny ? 0x1p1022 : std::bit_cast<double>((2047 - exponent) << 52);
+        unit_ = tiny ? 0x1p-1022 : std::bit_cast<double>((exponent - 1) << 52);
         for (std::ptrdiff_t k = 0; k < p_ * p_; ++k) a_[k] *= scale;
         make_tridiagonal();
         collect_vectors();
-        if (!make_diagonal()) return false;
-        for (std::ptrdiff_t r = 0; r < p_; ++r) value_[r] *= unscale;
-        return true;
+        return make_diagonal();
     }
 
 private:
@@ -164,6 +164,7 @@ private:
     }
 
     std::ptrdiff_t p_;
+    double unit_ = 1;
     double *a_, *vectors_, *value_, *beside_, *work_;
 };
 

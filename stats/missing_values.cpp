@@ -128,7 +128,8 @@ public:
     std::int32_t maximise(double iterations, double tolerance) {
         bool done = false;
         for (double k = 0; k < iterations && !done; ++k) {
-            if (!fill(nullptr)) return VTS_SS_STATUS_NOT_POSITIVE_DEFINITE;
+            if (!conditional_.set(law_) || !fill(nullptr))
+                return VTS_SS_STATUS_NOT_POSITIVE_DEFINITE;
             for (std::ptrdiff_t a = 0; a < p_ * (p_ + 1) / 2; ++a) next_.products[a] /= n_;
             done = settled(law_, next_, tolerance);
             std::swap(law_, next_);
@@ -137,43 +138,35 @@ public:
         return done ? VTS_SS_STATUS_OK : VTS_SS_STATUS_ITERATION_LIMIT;
     }
 
-    // What is missing, drawn by the law. False where that is singular.
+    // What is missing, drawn by the law.
     bool draw_values(Numbers& numbers) { return fill(&numbers); }
 
-    // The law, drawn from its posterior by the data as they are filled.
-    bool draw_law(Numbers& numbers) {
-        const double tau = prior_.tau + n_, nu = prior_.nu + n_, share = prior_.tau / tau;
-        const Moments &mine = next_, &prior = prior_.law;
-        for (std::ptrdiff_t a = 0; a < p_; ++a)
-            for (std::ptrdiff_t b = 0; b <= a; ++b)
-                mine.at(a, b) += prior.at(a, b) + n_ * share * (mine.mean[a] - prior.mean[a]) *
-                                                      (mine.mean[b] - prior.mean[b]);
-        for (std::ptrdiff_t a = 0; a < p_; ++a)
-            mine.mean[a] += share * (prior.mean[a] - mine.mean[a]);
-        if (!posterior_.factor([&](std::ptrdiff_t i, std::ptrdiff_t j) { return mine.at(i, j); },
-                               singular))
-            return false;
-        // Bartlett (Proc. R. Soc. Edinburgh 53, 1933): with G G^T the matrix of the posterior and A
-        // lower triangular, A_ii^2 chi-square with nu - i degrees of freedom and normal numbers
-        // below, the covariance is B^T B, B = A^-1 G^T.
-        for (std::ptrdiff_t i = 0; i < p_; ++i) {
-            double *const A = bartlett_ + i * p_, *const B = root_ + i * p_;
-            for (std::ptrdiff_t k = 0; k < i; ++k) A[k] = numbers.normal();
-            const double diagonal = std::sqrt(numbers.chi_square(nu - static_cast<double>(i)));
-            for (std::ptrdiff_t j = 0; j < p_; ++j) B[j] = j < i ? 0 : posterior_.row(j)[i];
-            for (std::ptrdiff_t k = 0; k < i; ++k) add_scaled(B, -A[k], root_ + k * p_, p_);
-            for (std::ptrdiff_t j = 0; j < p_; ++j) B[j] /= diagonal;
-        }
-        std::copy_n(mine.mean, p_, law_.mean);
-        std::fill_n(law_.products, p_ * (p_ + 1) / 2, 0);
-        for (std::ptrdiff_t i = 0; i < p_; ++i) {
-            const double* const B = root_ + i * p_;
-            add_scaled(law_.mean, numbers.normal() / std::sqrt(tau), B, p_);
-            for (std::ptrdiff_t a = 0; a < p_; ++a) add_scaled(&law_.at(a, 0), B[a], B, a + 1);
-        }
-        return true;
+    // Whether the matrix of the prior is positive semidefinite, to rounding, and makes a posterior
+    // of the data as EM expects them.
+    bool has_posterior() {
+        const double more = 1 + 4 * static_cast<double>(p_) * std::numeric_limits<T>::epsilon();
+        const auto raised = [&](std::ptrdiff_t i, std::ptrdiff_t j) {
+            const double element = prior_.law.at(i, j);
+            return i != j ? element : element * more + std::numeric_limits<double>::min();
+        };
+        if (!posterior_.factor(raised, 0)) return false;
+        std::copy_n(law_.mean, p_, next_.mean);
+        for (std::ptrdiff_t a = 0; a < p_ * (p_ + 1) / 2; ++a)
+            next_.products[a] = law_.products[a] * n_;
+        return add_prior();
     }
 
+    // The law, drawn from its posterior by the data as they are filled. False where that is
+    // singular.
+    bool draw_law(Numbers& numbers) {
+        if (!add_prior()) return false;
+        // Few degrees of freedom may draw what is singular to rounding.
+        for (int tries = 0; tries < 100; ++tries) {
+            draw_from_posterior(numbers);
+            if (conditional_.set(law_)) return true;
+        }
+        return false;
+    }
     // The law as a record of the array E.
     void write_law(T* record) const {
         const SymmetricMatrix<T> C = {record + all_, all_, VTS_SS_LAYOUT_UPPER};
@@ -199,10 +192,46 @@ private:
                });
     }
 
+    // What is filled in becomes the posterior: its mean, and the factor of its matrix. False where
+    // that is singular.
+    bool add_prior() {
+        const double share = prior_.tau / (prior_.tau + n_);
+        const Moments &mine = next_, &prior = prior_.law;
+        for (std::ptrdiff_t a = 0; a < p_; ++a)
+            for (std::ptrdiff_t b = 0; b <= a; ++b)
+                mine.at(a, b) += prior.at(a, b) + n_ * share * (mine.mean[a] - prior.mean[a]) *
+                                                      (mine.mean[b] - prior.mean[b]);
+        for (std::ptrdiff_t a = 0; a < p_; ++a)
+            mine.mean[a] += share * (prior.mean[a] - mine.mean[a]);
+        return posterior_.factor([&](std::ptrdiff_t i, std::ptrdiff_t j) { return mine.at(i, j); },
+                                 singular);
+    }
+
+    void draw_from_posterior(Numbers& numbers) {
+        const double tau = prior_.tau + n_, nu = prior_.nu + n_;
+        // Bartlett (Proc. R. Soc. Edinburgh 53, 1933): with G G^T the matrix of the posterior and A
+        // lower triangular, A_ii^2 chi-square with nu - i degrees of freedom and normal numbers
+        // below, the covariance is B^T B, B = A^-1 G^T.
+        for (std::ptrdiff_t i = 0; i < p_; ++i) {
+            double *const A = bartlett_ + i * p_, *const B = root_ + i * p_;
+            for (std::ptrdiff_t k = 0; k < i; ++k) A[k] = numbers.normal();
+            const double diagonal = std::sqrt(numbers.chi_square(nu - static_cast<double>(i)));
+            for (std::ptrdiff_t j = 0; j < p_; ++j) B[j] = j < i ? 0 : posterior_.row(j)[i];
+            for (std::ptrdiff_t k = 0; k < i; ++k) add_scaled(B, -A[k], root_ + k * p_, p_);
+            for (std::ptrdiff_t j = 0; j < p_; ++j) B[j] /= diagonal;
+        }
+        std::copy_n(next_.mean, p_, law_.mean);
+        std::fill_n(law_.products, p_ * (p_ + 1) / 2, 0);
+        for (std::ptrdiff_t i = 0; i < p_; ++i) {
+            const double* const B = root_ + i * p_;
+            add_scaled(law_.mean, numbers.normal() / std::sqrt(tau), B, p_);
+            for (std::ptrdiff_t a = 0; a < p_; ++a) add_scaled(&law_.at(a, 0), B[a], B, a + 1);
+        }
+    }
+
     // What is missing becomes its mean under the law, or is drawn; next_ the mean and the sum of
     // products of all data then, or their expectations.
     bool fill(Numbers* numbers) {
-        if (!conditional_.set(law_)) return false;
         const bool expected = numbers == nullptr;
         std::fill_n(unsure_.products, p_ * (p_ + 1) / 2, 0);
         const bool regular =
@@ -302,6 +331,7 @@ template <class T> std::int32_t missing_values(Task& task) {
     if (status != VTS_SS_STATUS_OK && status != VTS_SS_STATUS_ITERATION_LIMIT) return status;
 
     constexpr std::int32_t no = VTS_SS_STATUS_NOT_POSITIVE_DEFINITE;
+    if (imputations > 0 && !imputation.has_posterior()) return no;
     auto* laws = has_laws ? static_cast<T*>(task.missing_e) : nullptr;
     if (laws != nullptr) imputation.write_law(laws);
     if (imputations > 0 && !imputation.draw_values(numbers)) return no;

@@ -406,6 +406,17 @@ TEST(StatsMatrices, ParametrizedCorrelation) {
     ASSERT_EQ(VTS_SS_STATUS_OK, part.call());
     const double u = untouched;
     EXPECT_EQ((std::vector<double>{1, 0, u, 0, 1, u, u, u, u, u}), part.result);
+
+    // The unit of the matrix plays no part, as far as doubles go.
+    Square<double> unit(3, 0.6);
+    for (int i = 0; i < 3; ++i) unit(i, i) = 0.9;
+    for (const double scale : {1.0, std::numeric_limits<double>::max(), 0x1p-1000}) {
+        Square<double> scaled = unit;
+        for (double& element : scaled.element) element *= scale;
+        Parametrized<double> parametrized(scaled, 0, VTS_SS_LAYOUT_LOWER);
+        ASSERT_EQ(VTS_SS_STATUS_OK, parametrized.call());
+        for (const int k : {1, 3, 4}) EXPECT_NEAR(2 / 3., parametrized.result[k], 1e-15);
+    }
 }
 
 // --- bad input ------------------------------------------------------------------

@@ -338,6 +338,14 @@ TYPED_TEST(StatsMissing, BadInput) {
         {[](Task& t) { t.c.assign(11, 0), t.c[1] = TypeParam(2.5 - t.n), t.connect(); },
          parameters},
         {[=](Task& t) { t.c.assign(11, 0), t.c[1] = not_a_number, t.connect(); }, parameters},
+        // tau, nu, mu0, the matrix by rows of its upper triangle
+        {[](Task& t) { t.c = {1, 5, 0, 0, 0, 1, 2, 0, 1, 0, 1}, t.connect(); }, singular},
+        {[](Task& t) { t.c = {1, 5, 0, 0, 0, 1, 0, TypeParam(0.5), 1, 0, 0}, t.connect(); },
+         singular},
+        {[](Task& t) { t.c = {1, 5, 0, 0, 0, -1, 0, 0, 1, 0, 1}, t.connect(); }, singular},
+        {[=](Task& t) { t.c = {1, 5, 0, 0, 0, 1, 0, 0, not_a_number, 0, 1}, t.connect(); },
+         singular},
+        {[=](Task& t) { t.c = {1, 5, 0, huge * 2, 0, 1, 0, 0, 1, 0, 1}, t.connect(); }, singular},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
@@ -347,6 +355,13 @@ TYPED_TEST(StatsMissing, BadInput) {
         EXPECT_EQ(c.status, task());
         EXPECT_TRUE(task.is_clear());
     }
+    // A matrix of the prior may be singular.
+    Task informed(3, holed(3, 60, 0.1));
+    informed.set(2, 1);
+    informed.c = {1, 5, 0, 0, 0, 1, 3, 0, 9, 0, 0};
+    informed.connect();
+    EXPECT_EQ(VTS_SS_STATUS_OK, informed());
+
     Task task(3, holed(3, 60, 0.1));
     task.set(1, 1);
     task.task->missing_d = nullptr;
