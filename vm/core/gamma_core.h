@@ -73,6 +73,13 @@ inline doubles tgamma_stirling(doubles x) {
     return rounded(parts.value) * parts.power;
 }
 
+// The same where 2^-42 (LA) or 2^-20 (EP) is enough for x > 0.
+template <class Accuracy> inline doubles tgamma_stirling_rounded(doubles x) {
+    const doubles positive = exp_core<Accuracy>(lgamma_stirling_rounded<Accuracy>(absolute(x)));
+    if (!any_negative(x)) return positive;
+    return select(sign_mask((longs)x), tgamma_stirling(x), positive);
+}
+
 // ln|Gamma(x)| for x > 20 and -2^52 < x < -20; not a number where it overflows.
 inline Parts lgamma_stirling_parts(doubles x) {
     const Parts exponent = stirling_exponent<LA>(x);

@@ -91,29 +91,19 @@ template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKe
         return greater(magnitude(h), all(infinity - 1));
     }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
+    // Each formula where a lane is its own; huge lanes are far as well.
     static auto far(V x) {
-        const auto is_huge = absolute(x) >= all(Last::far);
+        const auto is_far = absolute(x) >= all(Last::near), is_huge = absolute(x) >= all(Last::far);
         MarkedBy<V, decltype(fast(x))> r{};
-        if (!all_lanes(is_huge)) r.result = far_or_tiny(x);
+        if (!all_lanes(is_far)) r.result = beside_tiny<at_zero>(x, bound, fast);
+        if constexpr (Last::far > Last::near)
+            if (any_lane(is_far) && !all_lanes(is_huge))
+                r.result = select(is_far, Function::template compute<TrigReach::far>(x), r.result);
         if (any_lane(is_huge)) {
             const auto huge = Function::huge(x);
             r = {select(is_huge, huge.result, r.result), where(is_huge, huge.marks)};
         }
         return r;
-    }
-
-private:
-    static auto far_or_tiny(V x) {
-        return beside_tiny<at_zero>(x, bound, [](V y) {
-            if constexpr (Last::far > Last::near) {
-                const auto is_far = absolute(y) >= all(Last::near);
-                if (any_lane(is_far)) {
-                    const auto r = Function::template compute<TrigReach::far>(y);
-                    return all_lanes(is_far) ? r : select(is_far, r, fast(y));
-                }
-            }
-            return fast(y);
-        });
     }
 };
 

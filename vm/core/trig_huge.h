@@ -110,7 +110,8 @@ template <Phase phase, class Accuracy> inline doubles sine_of_turns(ulongs turns
     constexpr std::int64_t quarter = INT64_C(1) << 62;
     constexpr int quarters = phase == Phase::cosine ? 2 : 1;
     const longs t = (longs)(turns + quarters * static_cast<std::uint64_t>(quarter));
-    const doubles s = sine_polynomial<phase, Accuracy>(angle_of((t & INT64_MAX) - quarter));
+    // Cosine's: sine's has been moved for one argument below 2^17.
+    const doubles s = sine_polynomial<Phase::cosine, Accuracy>(angle_of((t & INT64_MAX) - quarter));
     return flipped(s, t & INT64_MIN);
 }
 
@@ -127,12 +128,13 @@ template <class Accuracy> inline doubles tangent_of_turns(ulongs turns) {
     return quotient_by_parity(fraction(), odd, odd & INT64_MIN);
 }
 
-// Floats by a formula of turns; where the result is to be correctly rounded, midpoints are marked.
+// Floats by a formula of turns. Where the result is to be correctly rounded, midpoints are marked,
+// for a formula that is off by up to seven places.
 template <class Accuracy, class Formula> inline auto of_turns(floats x, Formula formula) {
     const Turns turns = turns_of(x);
     const auto low = formula(turns.low), high = formula(turns.high);
     const auto marks = [](doubles low, doubles high) {
-        return std::is_same_v<Accuracy, HA> ? (floats)midpoints({low, high}) : floats{};
+        return std::is_same_v<Accuracy, HA> ? (floats)midpoints<4>({low, high}) : floats{};
     };
     if constexpr (requires { low.first; })
         return MarkedBy<floats, Two<floats>>{

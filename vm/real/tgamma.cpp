@@ -67,7 +67,11 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     template <class A> static doubles near(doubles x) { return tgamma_near<A>(x); }
     static floats near_single(floats x) { return tgamma_single<Accuracy>(x); }
     template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
-    static doubles wide(doubles x) { return tgamma_stirling(x); }
+    static doubles wide(doubles x) {
+        constexpr bool ep = std::is_same_v<Accuracy, EP>;
+        if constexpr (Kernel::single ? Kernel::is_rounded : !ep) return tgamma_stirling(x);
+        else return tgamma_stirling_rounded<std::conditional_t<Kernel::single && ep, EP, LA>>(x);
+    }
     static doubles mirrored(
         doubles x) {  // single HA as in double, single LA by the shorter formula
         using Inner = std::conditional_t<Kernel::is_rounded, HA, EP>;

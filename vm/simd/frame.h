@@ -228,57 +228,79 @@ inline ints beyond(const K& k, const std::array<Group<T>, I>& x) {
     (std::make_index_sequence<I>());
 }
 
-// Groups that the second formula alone computes, up to 16 in a row; the index behind them. The
-// kernel comes by value here and below: where its address never leaves a loop, its fields stay in
-// registers.
+// The lanes of the first and of the second formula.
+struct Shares {
+    ints first, second;
+};
+template <class K, class T, std::size_t I>
+inline Shares shares(const K& k, const std::array<Group<T>, I>& x) {
+    const ints first = ~outside(k, x);
+    if constexpr (!has_far<K, I>) return {first, ints{}};
+    else if constexpr (far_is_everywhere<K>) {
+        const ints second = ~beyond(k, x);
+        return {first & ~second, second};
+    } else return {first, ~(first | beyond(k, x))};
+}
+
+// A group by both formulas, each with one of its own elements, which begin at `from`, in the lanes
+// that are not its share: what it must not see it does not see. The lanes that are done.
+template <class K, class T, std::size_t I, std::size_t O>
+inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<T>, I>& x,
+                        const std::array<const T*, I>& from, std::array<Group<T>, O>& y) {
+    ints done{};
+    const auto compute = [&](ints chosen, auto formula) {
+        if (!any_lane(chosen)) return;
+        auto some = x;
+        if (!all_lanes(chosen)) {
+            const int one = std::countr_zero(Group<T>::set_in(chosen));
+            for (std::size_t j = 0; j < I; ++j)
+                some[j] = Group<T>::all_of(from[j][one]).replaced(chosen, x[j]);
+        }
+        const auto r = apply(formula, some, std::make_index_sequence<I>());
+        const ints good = chosen & ~refused<O>(k, r);
+        for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
+        done |= good;
+    };
+    if constexpr (has_far<K, I>) compute(share.second, [&](auto... v) { return k.far(v...); });
+    compute(share.first, [&](auto... v) { return k.fast(v...); });
+    return done;
+}
+
+// Groups that the two formulas compute, up to 16 in a row; the index behind them. The kernel comes
+// by value here and below: where its address never leaves a loop, its fields stay in registers.
 template <class K, class T, std::size_t I, std::size_t O>
 [[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
                                                const std::array<T*, O>& out) {
     const int most = i + 16 * group, end = most < n ? most : n;
     for (; i <= end - group; i += group) {
         const auto x = group_at(in, i);
-        if (any_lane(beyond(k, x))) break;
-        if constexpr (!far_is_everywhere<K>)
-            if (!all_lanes(outside(k, x))) break;
-        const auto far = [&](auto... v) { return k.far(v...); };
-        const auto y = apply(far, x, std::make_index_sequence<I>());
-        if (any_lane(refused<O>(k, y))) break;
+        Shares share;  // nothing is for the first formula where the second one is good everywhere
+        if constexpr (far_is_everywhere<K>) share = {ints{}, ~beyond(k, x)};
+        else share = shares(k, x);
+        if (!all_lanes(share.first | share.second)) break;
+        std::array<const T*, I> from;
+        for (std::size_t j = 0; j < I; ++j) from[j] = in[j] + i;
+        std::array<Group<T>, O> y{};
+        if (!all_lanes(by_formulas(k, share, x, from, y))) break;
         storing(out, i)(y);
     }
     return i;
 }
 
-// A group of `count` elements that a gate holds back: those of the second formula are computed at
-// once, with one of themselves in the vacant lanes, so that these raise no flag of their own; then
-// those of the first one; what is left comes to the edge, one by one, with its special results and
-// reports.
+// A group of `count` elements that a gate holds back: by the formulas as far as they go; what is
+// left comes to the edge, one by one, with its special results and reports.
 template <class K, class T, std::size_t I, std::size_t O, class Guard>
 [[gnu::noinline]] void held_back(K k, int i, int count, Guard& guard,
                                  const std::array<const T*, I>& in, const std::array<T*, O>& out) {
     const auto x = count < group ? padded_at(in, i, count) : group_at(in, i);
     T arguments[I][group], results[O][group];
-    for (std::size_t j = 0; j < I; ++j) x[j].store_at(arguments[j]);
+    std::array<const T*, I> from;
+    for (std::size_t j = 0; j < I; ++j) {
+        x[j].store_at(arguments[j]);
+        from[j] = arguments[j];
+    }
     std::array<Group<T>, O> y{};
-    ints done{};
-    const auto compute = [&](ints chosen, auto formula) {
-        if (!any_lane(chosen)) return;
-        const int one = std::countr_zero(Group<T>::set_in(chosen));
-        auto some = x;
-        for (std::size_t j = 0; j < I; ++j)
-            some[j] = Group<T>::all_of(arguments[j][one]).replaced(chosen, x[j]);
-        const auto r = apply(formula, some, std::make_index_sequence<I>());
-        const ints good = chosen & ~refused<O>(k, r);
-        for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
-        done |= good;
-    };
-    const ints first = ~outside(k, x);
-    const ints second = [&] {
-        if constexpr (!has_far<K, I>) return ints{};
-        else if constexpr (far_is_everywhere<K>) return ~beyond(k, x);
-        else return ~(first | beyond(k, x));
-    }();
-    if constexpr (has_far<K, I>) compute(second, [&](auto... v) { return k.far(v...); });
-    compute(first & ~second, [&](auto... v) { return k.fast(v...); });
+    const ints done = by_formulas(k, shares(k, x), x, from, y);
 
     for (std::size_t j = 0; j < O; ++j) {
         y[j].store_at(results[j]);

@@ -233,10 +233,11 @@ template <class V> inline Two<V> select(auto mask, Two<V> x, Two<V> y) {
 }
 
 // Lanes, in the order of the floats, where a double lies half-way between two floats of the normal
-// range, or so near that its last two bits decide: from two places below to one above.
-inline ints midpoints(DoublesPair x) {
-    const uints rest = (uints)tails(x.low, x.high) + 2u;
-    return in_order((ints)(rest & 0x1FFFFFFCu) == 0x10000000);
+// range, or so near that its last bits decide: by default from two places below to one above.
+template <int last = 2> inline ints midpoints(DoublesPair x) {
+    constexpr std::uint32_t places = 1u << last;
+    const uints rest = (uints)tails(x.low, x.high) + places / 2;
+    return in_order((ints)(rest & (0x20000000u - places)) == 0x10000000);
 }
 
 // high + low rounded to single precision, where high is the sum rounded to double:
