@@ -111,6 +111,65 @@ double worst_rank(const std::vector<double>& data, const std::vector<double>& so
     return worst / (epsilon * static_cast<double>(data.size()));
 }
 
+// The worst rank error over streams of 10^8 numbers whose ranks are known: of five orders, in units
+// of epsilon n.
+void ranks_of_long_streams() {
+    constexpr std::int32_t block = 10000, length = 100000000, teeth = 977;
+    constexpr std::uint32_t mask = (1u << 27) - 1;
+    using Value = double (*)(std::int32_t);
+    // How many of the numbers are below v.
+    using Below = double (*)(double);
+    const struct {
+        const char* name;
+        Value value;
+        Below below;
+    } streams[] = {
+        {"ascending", [](std::int32_t j) { return double(j); }, [](double v) { return v; }},
+        {"descending", [](std::int32_t j) { return double(length - 1 - j); },
+         [](double v) { return v; }},
+        {"saw-tooth", [](std::int32_t j) { return double(j % teeth); },
+         [](double v) { return v * (length / teeth) + std::min<double>(v, length % teeth); }},
+        {"organ-pipe", [](std::int32_t j) { return double(std::min(j, length - 1 - j)); },
+         [](double v) { return 2 * v; }},
+        {"constant", [](std::int32_t) { return 3.0; },
+         [](double v) { return v > 3 ? double(length) : 0.0; }},
+        {"random", [](std::int32_t j) { return double(j * 0x9E3779B1u & mask); }, nullptr},
+    };
+    for (const double epsilon : {0.1, 0.001})
+        for (const auto& stream : streams) {
+            const std::int32_t storage = VTS_SS_STORAGE_ROWS;
+            std::int32_t asked = 0;
+            std::vector<double> x(block), quantiles(five);
+            kef_ss_task* task;
+            __vtsdSSNewTask(&task, &one, &block, &storage, x.data(), nullptr, nullptr, 0);
+            __vtsdSSEditStreamQuantiles(task, &asked, orders, quantiles.data(), &one, &epsilon);
+            for (std::int32_t first = 0; first < length; first += block) {
+                for (std::int32_t j = 0; j < block; ++j) x[j] = stream.value(first + j);
+                if (first + block == length) asked = five;
+                if (_vtsdSSStreamQuantiles(task, 0, 0) != VTS_SS_STATUS_OK)
+                    std::puts("refused"), std::exit(1);
+            }
+            __vtsSSDeleteTask(&task);
+            double worst = 0;
+            for (int k = 0; k < five; ++k) {
+                double low = 0, high = 0;
+                if (stream.below != nullptr) {
+                    low = stream.below(quantiles[k]);
+                    high = stream.below(quantiles[k] + 1);
+                } else {
+                    for (std::int32_t j = 0; j < length; ++j) {
+                        low += stream.value(j) < quantiles[k];
+                        high += stream.value(j) <= quantiles[k];
+                    }
+                }
+                const double wanted = orders[k] * length;
+                worst = std::max({worst, low + 1 - wanted, wanted - high});
+            }
+            std::printf("rank error, n = 10^8 %-12s epsilon %-6g %8.3f  of epsilon n\n",
+                        stream.name, epsilon, worst / (epsilon * length));
+        }
+}
+
 }  // namespace
 
 void order_statistics() {
@@ -163,6 +222,7 @@ void order_statistics() {
                     worst_rank(data, ordered, once.quantiles, once.epsilon));
     }
     memory_of_streams();
+    ranks_of_long_streams();
 }
 
 }  // namespace kef::bench

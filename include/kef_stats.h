@@ -485,8 +485,9 @@ KEF_API int32_t _vtssSSWMedian(kef_ss_task *task, uint64_t estimates, int32_t me
  * element j of the MAHALANOBIS_DISTANCE for observation j. S = L L^T by Cholesky, then |L^-1 (x_j -
  * m)|, in double precision throughout. Variables that the indices leave out take no part, with
  * their rows and columns of S; weights play no part. An observation with a NaN or an infinity in it
- * gives NaN or infinity, and no other one does. The results do not overlay what is read. Memory p^2
- * + 20p + 1200 doubles and p integers at most, which the task keeps.
+ * gives NaN or infinity, and no other one does. With no variable nothing is written. The results do
+ * not overlay what is read. Memory p^2 + 20p + 1200 doubles and p integers at most, which the task
+ * keeps.
  *
  * Checked: NULL_MAHALANOBIS_DISTANCE, NULL_MEAN, NULL_COVARIANCE, then n, x, its storage, p as by
  * Basic, the layout of the covariance (NULL_STORAGE). NO_MEMORY. NOT_POSITIVE_DEFINITE: for some
@@ -661,8 +662,8 @@ KEF_API int32_t _vtssSSRobustCovariance(kef_ss_task *task, uint64_t estimates, i
  * count is not 0, and of D for M > 0. TOO_FEW_OBSERVATIONS: n <= p, or a variable with fewer than
  * two values. NO_MEMORY. NOT_POSITIVE_DEFINITE: a law becomes singular (as by OutliersDetection),
  * x has infinities, or V is not positive semidefinite, or too large. Nothing is written then, but
- * what precedes a draw of the data augmentation whose completed data are singular, which is not
- * known to happen. ITERATION_LIMIT: EM has not settled; all is written. */
+ * what precedes a draw of the data augmentation whose completed data are singular, as few different
+ * observations may be. ITERATION_LIMIT: EM has not settled; all is written. */
 KEF_API int32_t _vtsdSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
 KEF_API int32_t _vtssSSMissingValues(kef_ss_task *task, uint64_t estimates, int32_t method);
 
