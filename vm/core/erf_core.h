@@ -132,17 +132,19 @@ template <class Accuracy> inline auto erfc_table_sum(longs sign, doubles u, auto
                    erf_polynomial<Accuracy, ErfTable<Accuracy>::erfc>(x, low...));
 }
 
+// u sqrt(pi) exp(u^2) erfc(u) = 1 + s p(s), s = 1/u^2, with a relative error of 2^-59.5.
+inline constexpr auto erfc_tail_p =
+    coefficients(0xBFDFFFFFFFFFFFD5, 0x3FE7FFFFFFFF65B1, 0xBFFDFFFFFF28A50E, 0x401A3FFFB1932D73,
+                 0xC03D87EF13FA0EF5, 0x40644C56E242280D, 0xC0907178B75F0AF0, 0x40BE198AB09A857B,
+                 0xC0EC67500DFBC370, 0x4116B30BF10C88BB, 0xC134BAADEFC0434F);
+// 1/sqrt(pi) = C + C_low, C of 26 bits.
+inline constexpr double inverse_root_pi = from_bits(UINT64_C(0x3FE20DD750000000));
+inline constexpr double inverse_root_pi_low = from_bits(UINT64_C(0x3E00A6DB446B8EA4));
+
 // 2^shift erfc(u + u_low) for 5.87 <= u <= 28, |u_low| < 2^-25 u, as an unevaluated sum,
 // |low| < 0.03 high; relative error below 2^-58.
 template <int shift> inline Parts erfc_tail(doubles u, doubles u_low) {
-    // p(s), relative error of 1 + s p(s) 2^-59.5
-    constexpr auto p =
-        coefficients(0xBFDFFFFFFFFFFFD5, 0x3FE7FFFFFFFF65B1, 0xBFFDFFFFFF28A50E, 0x401A3FFFB1932D73,
-                     0xC03D87EF13FA0EF5, 0x40644C56E242280D, 0xC0907178B75F0AF0, 0x40BE198AB09A857B,
-                     0xC0EC67500DFBC370, 0x4116B30BF10C88BB, 0xC134BAADEFC0434F);
-    // 1/sqrt(pi) = C + C_low, C of 26 bits.
-    constexpr double C = from_bits(UINT64_C(0x3FE20DD750000000));
-    constexpr double C_low = from_bits(UINT64_C(0x3E00A6DB446B8EA4));
+    constexpr double C = inverse_root_pi, C_low = inverse_root_pi_low;
     const doubles u1 = leading(u), u_rest = (u - u1) + u_low;
     const ExpParts e = exp_parts(exp_reduce<HA, shift>(-(u1 * u1), -(u_rest * (u1 + u1 + u_rest))));
 
@@ -150,11 +152,18 @@ template <int shift> inline Parts erfc_tail(doubles u, doubles u_low) {
     const doubles q_low = ((1.0 - q * u1) - q * u_rest) * inverse;  // 1/u = q + q_low
     const doubles g = q * C;  // exact; g + rest = 1/(u sqrt(pi)), g + g_low all but the exponential
     const doubles rest = multiply_add(q, C_low, q_low * (C + C_low));
-    const doubles g_low = multiply_add(g + rest, s * polynomial(s, p), rest);
+    const doubles g_low = multiply_add(g + rest, s * polynomial(s, erfc_tail_p), rest);
 
     const Parts product = two_product(e.high, g);
     const doubles low = product.low + (e.high * g_low + e.low * (g + g_low));
     return {product.high * e.power, low * e.power};
+}
+
+// erfc(u), 5.87 <= u <= 26.4, relative error below 2^-27.
+inline doubles erfc_tail_short(doubles u) {
+    const doubles inverse = 1.0 / u, s = inverse * inverse;
+    return exp_core<EP>(-(u * u)) * (multiply_add(s, polynomial(s, erfc_tail_p), 1.0) *
+                                     (inverse * (inverse_root_pi + inverse_root_pi_low)));
 }
 
 }  // namespace KEF_VM

@@ -1,7 +1,8 @@
 // What the kernels of Erfc and CdfNorm share: with y = x and f = 1, or y = -x and f = 1/2,
 // both are f erfc(y sqrt(f)). A `Scale` holds the difference.
 //
-//   double, and single HA in double   the table, and beyond its end the tail formula
+//   double, and single HA in double   the table, and beyond its end the tail formula; EP: a
+//                                     short one
 //   single LA, EP                     exp(-u^2) times a rational function
 //
 // Where the result is subnormal every slot uses the tail formula in double.
@@ -33,6 +34,7 @@ struct ErfcScale {
         return erfc_table_sum<Accuracy>(sign, y);
     }
     template <int shift> static Parts tail(doubles y) { return erfc_tail<shift>(y, all(0.0)); }
+    static doubles tail_short(doubles y) { return erfc_tail_short(y); }
     static floats argument_single(floats y) { return y; }
 };
 
@@ -68,6 +70,7 @@ struct CdfNormScale {
         const Parts split = argument<double>(y), u = fast_two_sum(split.high, split.low);
         return erfc_tail<shift - 1>(u.high, u.low);
     }
+    static doubles tail_short(doubles y) { return 0.5 * erfc_tail_short(y * root_half); }
     static floats argument_single(floats y) { return y * static_cast<float>(root_half); }
 };
 
@@ -97,6 +100,7 @@ template <class T, class Accuracy, class Scale> struct ErfcKernel {
     }
     static auto far(V x) {
         if constexpr (in_single) return beside_tiny<AtZero::constant>(x, bound, fast);
+        else if constexpr (std::is_same_v<Accuracy, EP>) return Scale::tail_short(absolute(x));
         else
             return result(x,
                           [](doubles y) { return rounded(Scale::template tail<0>(absolute(y))); });
