@@ -92,9 +92,16 @@ template <class Accuracy> inline doubles lgamma_stirling(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(lgamma_stirling_parts(x));
     } else {
-        const doubles positive = lgamma_stirling_rounded<Accuracy>(absolute(x));
+        const doubles y = absolute(x), positive = lgamma_stirling_rounded<Accuracy>(y);
         if (!any_negative(x)) return positive;
-        return select(sign_mask((longs)x), rounded(lgamma_stirling_parts(x)), positive);
+        const doubles negative = [&] {
+            if constexpr (std::is_same_v<Accuracy, LA>) return rounded(lgamma_stirling_parts(x));
+            // -ln(y |sin(pi y)|/pi) - ln Gamma(y); the two may differ in sign.
+            const doubles sine = y * absolute(sine_pi_short<LA>(y));
+            return where(sine == 0, all(Format<double>::infinity)) -
+                   (lgamma_stirling_rounded<LA>(y) + log_core<LA>(sine));
+        }();
+        return select(sign_mask((longs)x), negative, positive);
     }
 }
 

@@ -35,10 +35,10 @@ inline SinePi sine_pi(doubles y) {
     return {flipped(sine, negative), sign};
 }
 
-// sin(pi y)/pi for 0 <= y <= 20 with its sign: y = n + f, u = f^2, +-(f + f u q(u)). Relative error
-// of the polynomials 2^-59.4 (LA), 2^-33.1 (EP) and 2^-25.1 (single precision).
+// sin(pi y)/pi for 0 <= y < 2^52, 2^22 with its sign: y = n + f, u = f^2, +-(f + f u q(u)).
+// Relative error of the polynomials 2^-59.4 (LA), 2^-33.1 (EP) and 2^-25.1 (single precision).
 template <class Accuracy> inline doubles sine_pi_short(doubles y) {
-    constexpr double shifter = 0x1.8p52;
+    constexpr double shifter = 0x1p52;
     const doubles sum = y + shifter, f = y - (sum - shifter), u = f * f, square = u * u;
     constexpr auto c = [] {
         if constexpr (std::is_same_v<Accuracy, LA>)
