@@ -63,7 +63,7 @@ inline MarkedBy<doubles, TrigReduced> trig_reduce_huge(doubles x) {
     // The window of 20 bytes begins at or up to 7 bits before the bit of weight 2^-e.
     const longs first =
         (longs)within_16_bits((ints)(((bits >> 52) & 0x7FF) - (1075 - 40)), 0, 0x7FFF);
-    const ulongs power = (ulongs)truncated_to_ints((floats)(((ints)first & 7) + 127 << 23));
+    const ulongs power = (ulongs)truncated_to_ints((floats)((((ints)first & 7) + 127) << 23));
     const RowNumbers<double> byte = row_numbers(first >> 3);
     const std::uint8_t* const last = inverse_2pi_of_doubles.data() + (147 + 5);
     const auto [w43, w21] = bytes_behind(last - 20, byte);
