@@ -1,13 +1,16 @@
-// Worst and mean error of every real function, by slot and interval.
+// Worst and mean error of every function, by slot and interval; of complex functions that of each
+// component and that of the norm.
 //
 //   accuracy [function...] [--quick | --count N] [--peers] [--summary | --means] [--markdown]
 //   accuracy [function...] --search | --exhaustive | --rounding [--state DIR] [--markdown]
 //
-// A function is named with or without its type: Exp, dExp. --summary takes all
-// intervals together, with the mean of the first; --means leaves out the worst errors, which a
-// sample does not tell. --search looks for the worst errors: over
-// every float where that is all, else by bench/search.h. Ends with status 1 where a kernel misses
-// its bound or the 80-bit screen is worse than its row says.
+// A function is named with or without its type: Exp, dExp; --real and --complex leave out the
+// others. --summary takes all intervals together, with the mean of the first; --means leaves out
+// the worst errors, which a sample does not tell. --search looks for the worst errors: over every
+// float where that is all, else by bench/search.h. --rounding tells for real functions of one float
+// whether HA is correctly rounded everywhere, and measures HA of complex functions along both axes
+// and on a grid of hard points. Ends with status 1 where a kernel misses its bound or the 80-bit
+// screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"
@@ -33,6 +36,7 @@ struct Options {
 struct Bound {
     double ulps = INFINITY, relative = INFINITY;
     bool correctly_rounded = false;
+    const char* unit = "ulp";
 
     template <class T> bool holds(const Tally<T>& tally) const {
         return tally.ulps.error <= ulps && tally.relative.error <= relative &&
@@ -40,18 +44,24 @@ struct Bound {
     }
     std::string text() const {
         if (correctly_rounded) return "rounded";
-        if (ulps < INFINITY) return format("%g ulp", ulps);
+        if (ulps < INFINITY) return format("%g %s", ulps, unit);
         return relative < INFINITY ? format("%g bits", -std::log2(relative)) : "";
     }
 };
 
-template <class T> Bound bound_of(const reference::Reference& row, int slot, bool one_argument) {
+// Of a component, or of the norm.
+template <class T>
+Bound bound_of(const reference::Reference& row, int slot, bool one_argument, bool norm) {
     constexpr bool single = std::is_same_v<T, float>;
     if (slot < 0) return {};  // a peer
     if (slot == 0) return {.relative = single ? 0x1p-21 : 0x1p-50};
     if (slot == 2) return {.relative = single ? 0x1p-11 : 0x1p-26};
-    if (row.bound <= 0.5 || (single && one_argument)) return {.correctly_rounded = true};
-    return {.ulps = single && !one_argument ? 0.501 : row.bound};
+    const double bound = single && !(one_argument && !row.complex()) ? 0.501 : row.bound;
+    if (row.norm_wise != norm) return {};
+    if (norm) return {.ulps = 2 * bound, .unit = "units"};
+    if (row.bound <= 0.5 || (single && one_argument && !row.complex()))
+        return {.correctly_rounded = true};
+    return {.ulps = bound};
 }
 
 std::string number(double x) {
@@ -65,9 +75,17 @@ std::string text(const reference::Range& range) {
     return result;
 }
 
+std::string text(const reference::Range& re, const reference::Range& im, int parts) {
+    if (parts == 1) return text(re);
+    const std::string x = text(re), y = text(im);
+    return x == "all" && y == "all" ? x : x + " + i " + y;
+}
 std::string text(const reference::Interval& interval, const kef_test::Row& row) {
-    std::string result = text(interval.a);
-    if (row.arguments == 2 || row.scalars == 1) result += " x " + text(interval.b);
+    if (!interval.words.empty()) return std::string(interval.words);
+    const int parts = row.argument_parts;
+    std::string result = text(interval.a, interval.a_im, parts);
+    if (row.arguments == 2 || row.scalars == 1)
+        result += " x " + text(interval.b, interval.b_im, parts);
     if (row.scalars == 4)
         for (const double c : interval.scalars) result += " " + number(c);
     return result;
@@ -83,6 +101,12 @@ template <class T> std::string argument(T x) {
                   hex(x).c_str());
 }
 
+template <class T> std::string argument(const reference::Point<T>& x, std::size_t components) {
+    std::string result = argument(x[0]);
+    for (std::size_t c = 1; c < components; ++c) result += ", " + argument(x[c]);
+    return result;
+}
+
 // A figure that the measured error does not exceed.
 std::string rounded_up(double x) {
     if (!(x < 1000)) return format("%.0f", std::ceil(x));
@@ -94,9 +118,9 @@ public:
     explicit Run(const Options& options) : options_(options) {}
 
     void row(const kef_test::Row& row) {
-        const reference::Reference* reference = reference::find(row.function);
-        if (reference && row.type == 'd') return real<double>(row, *reference);
-        if (reference && row.type == 's') return real<float>(row, *reference);
+        if (const reference::Reference* reference = find_reference(row))
+            return row.single() ? measure<float>(row, *reference)
+                                : measure<double>(row, *reference);
         std::fprintf(stderr, "%s has no reference: add a row to tests/reference.def\n",
                      row.name().c_str());
         failed_ = true;
@@ -105,12 +129,14 @@ public:
     bool failed() const { return failed_; }
 
 private:
-    template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
+    template <class T>
+    void measure(const kef_test::Row& row, const reference::Reference& reference) {
         Table table(columns({"function", "kernel", "arguments", "worst ulp", "at", "mean ulp",
                              "bits", "misrounded", "bound"}));
-        const bool every_one = std::is_same_v<T, float> && row.arguments == 1 && row.scalars == 0;
+        const bool every_one = row.type == 's' && row.arguments == 1 && row.scalars == 0;
         if (every_one && (options_.exhaustive || options_.search)) exhaust(table, row, reference);
         else if (options_.search) search<T>(table, row, reference);
+        else if (options_.rounding && row.argument_parts == 2) places<T>(table, row, reference);
         else if (!options_.exhaustive) sample<T>(table, row, reference);
     }
 
@@ -118,10 +144,8 @@ private:
     void sample(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
         std::vector<Kernel<T>> all = kernels<T>(row);
         if (options_.peers)
-            for (const Peer<T>& peer : peers<T>())
-                if (row.function == std::string_view(peer.function))
-                    all.push_back({peer.name, peer.run});
-        Meter<T> meter(reference);
+            for (const Peer<T>& peer : peers_of<T>(reference)) all.push_back({peer.name, peer.run});
+        Meter<T> meter(reference, row);
         typename Meter<T>::Tallies total(all.size());
         bool with_mean = true;
         for (const reference::Interval& interval : intervals_of<T>(reference)) {
@@ -135,11 +159,35 @@ private:
             if (!options_.summary)
                 report<T>(table, row, reference, text(interval, row), all, tallies);
             for (std::size_t k = 0; k < all.size(); ++k)
-                for (int j = 0; j < row.results; ++j) total[k][j].merge(tallies[k][j], with_mean);
+                for (int j = 0; j < meter.measures(); ++j)
+                    total[k][j].merge(tallies[k][j], with_mean);
             with_mean = false;
         }
         if (options_.summary) report<T>(table, row, reference, "all intervals", all, total);
         if (options_.markdown && !options_.summary) std::printf("## %s\n\n", row.name().c_str());
+        print(table);
+        check_screen(row, reference, meter.screen_error());
+    }
+
+    // HA of a complex function along both axes, where it has one argument, and on a grid.
+    template <class T>
+    void places(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
+        std::vector<Kernel<T>> all = kernels<T>(row);
+        all.resize(1);
+        Meter<T> meter(reference, row);
+        const auto take = [&](auto&& source, const char* words) {
+            typename Meter<T>::Tallies tallies(all.size());
+            for (std::uint64_t first = 0; first < source.count(); first += source.size) {
+                source.draw(first);
+                meter.take(all, source.batch, true, tallies);
+            }
+            report<T>(table, row, reference, words, all, tallies);
+        };
+        if (argument_components(row) == 2) {
+            take(Axis<T>(row, options_.count, 0), "real axis");
+            take(Axis<T>(row, options_.count, 1), "imaginary axis");
+        }
+        take(Grid<T>(row, options_.count), "grid");
         print(table);
         check_screen(row, reference, meter.screen_error());
     }
@@ -176,12 +224,12 @@ private:
             std::printf("%s HA, result %d: %llu of %llu misrounded", row.name().c_str(), j + 1,
                         static_cast<unsigned long long>(tally.misrounded),
                         static_cast<unsigned long long>(tally.count));
-            std::vector<float> failing(
+            std::vector<reference::Point<float>> failing(
                 tally.failing.begin(),
                 tally.failing.begin() +
                     std::min<std::uint64_t>(tally.misrounded, tally.max_failing));
             std::sort(failing.begin(), failing.end());
-            for (const float x : failing) std::printf(" %s", hex(x).c_str());
+            for (const auto& x : failing) std::printf(" %s", hex(x[0]).c_str());
             std::puts(("; screened by " + screen).c_str());
             if (options_.rounding) failed_ |= tally.misrounded > 0;
         }
@@ -192,24 +240,26 @@ private:
     void report(Table& table, const kef_test::Row& row, const reference::Reference& reference,
                 const std::string& arguments, const std::vector<Kernel<T>>& kernels,
                 const auto& tallies, bool searched = false) {
-        const bool two = row.arguments == 2 || row.scalars == 1;
+        const bool two = row.arguments == 2 || row.scalars == 1, pairs = row.result_parts == 2;
         const auto ulps = [](double x) { return format("%.*f", x < 1000 ? 4 : 0, x); };
         for (std::size_t k = 0; k < kernels.size(); ++k)
-            for (int j = 0; j < row.results; ++j) {
+            for (int j = 0; j < result_components(row) + pairs; ++j) {
                 const Tally<T>& tally = tallies[k][j];
-                const Bound bound = bound_of<T>(reference, kernels[k].slot, !two);
+                const bool norm = j == result_components(row);
+                const Bound bound = bound_of<T>(reference, kernels[k].slot, !two, norm);
                 const bool holds = bound.holds(tally);
                 failed_ |= !holds;
-                std::string at = argument(tally.ulps.a);
-                if (two) at += ", " + argument(tally.ulps.b);
+                std::string name = row.name();
+                if (pairs) name += norm ? " norm" : j == 0 ? " re" : " im";
+                else if (row.results > 1) name += format(" %d", j + 1);
                 table.add(columns(
-                    {row.results > 1 ? format("%s %d", row.name().c_str(), j + 1) : row.name(),
-                     kernels[k].name, arguments, rounded_up(tally.ulps.error), at,
-                     ulps(tally.mean()),
+                    {name, kernels[k].name, arguments, rounded_up(tally.ulps.error),
+                     argument(tally.ulps.at, argument_components(row)), ulps(tally.mean()),
                      tally.relative.error == 0
                          ? "exact"
                          : format("%.2f", std::floor(-std::log2(tally.relative.error) * 100) / 100),
-                     searched ? "" : format("%.3g %%", 100.0 * tally.misrounded / tally.count),
+                     searched || norm ? ""
+                                      : format("%.3g %%", 100.0 * tally.misrounded / tally.count),
                      bound.text() + (holds ? "" : "  MISSED")}));
             }
     }

@@ -8,18 +8,52 @@
 #include <string>
 #include <vector>
 
+#include "tests/reference.h"
 #include "tests/rows.h"
 
 namespace kef {
 
+// Vectors of components, as the function takes them: a complex element is two of them.
 template <class T> struct Batch {
-    explicit Batch(std::size_t n) : a(n), b(n), result{std::vector<T>(n), std::vector<T>(n)} {}
-    std::int32_t size() const { return static_cast<std::int32_t>(a.size()); }
+    explicit Batch(std::size_t n, std::size_t argument_parts = 1, std::size_t result_parts = 1)
+        : argument_parts(argument_parts),
+          result_parts(result_parts),
+          a(n * argument_parts),
+          b(n * argument_parts),
+          result{std::vector<T>(n * result_parts), std::vector<T>(n * result_parts)} {}
+    Batch(std::size_t n, const kef_test::Row& row)
+        : Batch(n, row.argument_parts, row.result_parts) {}
+    std::int32_t size() const { return static_cast<std::int32_t>(a.size() / argument_parts); }
 
+    // A component of an element's arguments: those of a, then those of b.
+    T& at(std::size_t i, std::size_t component) {
+        return component < argument_parts ? a[i * argument_parts + component]
+                                          : b[i * argument_parts + component - argument_parts];
+    }
+    // All of them.
+    std::array<T, 4> point(std::size_t i) const {
+        if (argument_parts == 1) return {a[i], b[i]};
+        return {a[2 * i], a[2 * i + 1], b[2 * i], b[2 * i + 1]};
+    }
+
+    std::size_t argument_parts, result_parts;
     std::vector<T> a, b;
     std::array<T, 4> scalars = {};  // Powx: the exponent, b holds it too; LinearFrac: all
     std::array<std::vector<T>, 2> result;
 };
+
+// The reference of a function; null without.
+inline const reference::Reference* find_reference(const kef_test::Row& row) {
+    return reference::find(row.function, row.type == 'c' || row.type == 'z');
+}
+
+// How many components the arguments of an element have, and its results, whether as two vectors or
+// as pairs.
+inline std::size_t argument_components(const kef_test::Row& row) {
+    return static_cast<std::size_t>(row.argument_parts) *
+           (row.arguments == 2 || row.scalars == 1 ? 2 : 1);
+}
+inline int result_components(const kef_test::Row& row) { return row.results * row.result_parts; }
 
 template <class T> struct Kernel {
     std::string name;  // the slots that share it, or the peer's name
@@ -34,7 +68,7 @@ inline constexpr const char* slot_names[] = {"LA", "HA", "EP"};
 template <class T>
 std::function<void(Batch<T>&)> caller(const kef_test::Row& row, kef_test::Code code) {
     using kef_test::Shape;
-    if (row.shape == Shape::map1)
+    if (row.shape == Shape::map1 || row.shape == Shape::modulus || row.shape == Shape::from_real)
         return [f = reinterpret_cast<void (*)(std::int32_t, const T*, T*)>(code)](Batch<T>& x) {
             f(x.size(), x.a.data(), x.result[0].data());
         };

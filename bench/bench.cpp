@@ -1,4 +1,4 @@
-// Time-stamp cycles per element of every real function, beside what a user would
+// Time-stamp cycles per element of every function, beside what a user would
 // take instead, all in one run.
 //
 //   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
@@ -8,9 +8,9 @@
 //   bench --powers                       Pow and Powx by exponent and by the sign of the base
 //   bench --processor                    the processor, in a line
 //
-// A cell is the least of many repetitions; the contenders take turns, so that
-// noise meets all of them alike. In brackets: the ratio to the fastest peer of the
-// slot's class at that n. Only ratios carry over from one machine to another.
+// --real and --complex leave out the others. A cell is the least of many repetitions; the
+// contenders take turns, so that noise meets all of them alike. In brackets: the ratio to the
+// fastest peer of the slot's class at that n. Only ratios carry over from one machine to another.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -82,22 +82,25 @@ std::vector<double> cycles(const std::vector<Kernel<T>>& kernels, Batch<T>& batc
 
 template <class T>
 Batch<T> ordinary(const kef_test::Row& row, const reference::Reference& reference, int n) {
-    Batch<T> batch(n);
+    Batch<T> batch(n, row);
     reference::Random random(row.name());
     for (std::size_t i = 0; i < 4; ++i)
         batch.scalars[i] = static_cast<T>(reference.main.scalars[i]);
-    if (row.scalars == 1) batch.scalars[0] = T(2.7);
-    for (int i = 0; i < n; ++i) {
-        batch.a[i] = random.draw<T>(reference.main.a, true);
-        batch.b[i] = row.scalars == 1 ? batch.scalars[0] : random.draw<T>(reference.main.b, true);
-    }
+    if (row.scalars == 1) batch.scalars = {T(2.7), reference.complex() ? T(0.4) : T(0)};
+    const std::vector<reference::Range> ranges = reference.main.ranges(row.argument_parts == 2);
+    for (int i = 0; i < n; ++i)
+        for (std::size_t c = 0; c < ranges.size(); ++c) {
+            const bool scalar = row.scalars == 1 && c >= batch.argument_parts;
+            batch.at(i, c) =
+                scalar ? batch.scalars[c - batch.argument_parts] : random.draw<T>(ranges[c], true);
+        }
     return batch;
 }
 
-// The largest error that keeps a slot's class.
-template <class T> double class_bound(int slot) {
+// The largest error that keeps a slot's class. No library has a complex function within 1 ulp.
+template <class T> double class_bound(int slot, bool complex) {
     constexpr double ep = std::is_same_v<T, float> ? 0x1p12 : 0x1p26;  // 11 and 26 bits
-    return slot == 1 ? 1 : slot == 0 ? 4 : ep;
+    return slot == 2 ? ep : slot == 1 && !complex ? 1 : 4;
 }
 
 // Mean of ratios, by slot.
@@ -143,24 +146,27 @@ public:
         : options_(options),
           specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4", "1 zero in 4",
                      "NaN", "infinity", "subnormal", "huge", "negative", "2^e", "2^e for b"}),
+          complex_specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4",
+                             "1 zero in 4", "NaN", "infinity", "subnormal", "huge", "x < 0, y = 0",
+                             "unit circle", "x = 2^e", "y = 2^e", "Re b = 2^e", "Im b = 2^e"}),
           powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {}
 
     void row(const kef_test::Row& row) {
-        const reference::Reference* reference = reference::find(row.function);
-        if (!reference || (row.type != 's' && row.type != 'd')) {
+        const reference::Reference* reference = find_reference(row);
+        if (!reference) {
             std::fprintf(stderr, "%s has no reference: add a row to tests/reference.def\n",
                          row.name().c_str());
             failed_ = true;
-        } else if (row.type == 'd') {
-            real<double>(row, *reference);
+        } else if (row.single()) {
+            measure<float>(row, *reference);
         } else {
-            real<float>(row, *reference);
+            measure<double>(row, *reference);
         }
     }
 
     int finish() const {
         if (options_.costs) costs_.print(options_.selection.rows(), options_.markdown);
-        else if (options_.special) specials_.print(options_.markdown);
+        else if (options_.special) print_specials();
         else if (options_.powers) powers_.print(options_.markdown);
         else if (options_.beside) finish_beside();
         else geometric_.print("");
@@ -168,7 +174,13 @@ public:
     }
 
 private:
-    template <class T> void real(const kef_test::Row& row, const reference::Reference& reference) {
+    void print_specials() const {
+        for (const Table* table : {&specials_, &complex_specials_})
+            if (!table->empty()) table->print(options_.markdown);
+    }
+
+    template <class T>
+    void measure(const kef_test::Row& row, const reference::Reference& reference) {
         if (options_.costs) costs<T>(row, reference);
         else if (options_.special) special<T>(row, reference);
         else if (options_.powers) powers<T>(row);
@@ -180,29 +192,27 @@ private:
     void compare(const kef_test::Row& row, const reference::Reference& reference) {
         std::vector<Kernel<T>> all = kernels<T>(row);
         const std::size_t ours = all.size();
-        std::vector<Peer<T>> others;
-        for (const Peer<T>& peer : peers<T>())
-            if (row.function == std::string_view(peer.function)) {
-                others.push_back(peer);
-                all.push_back({peer.name, peer.run});
-            }
+        const std::vector<Peer<T>> others = peers_of<T>(reference);
+        for (const Peer<T>& peer : others) all.push_back({peer.name, peer.run});
         std::array<std::vector<double>, sizes.size()> time;
         for (std::size_t s = 0; s < sizes.size(); ++s) {
             Batch<T> batch = ordinary<T>(row, reference, sizes[s]);
             time[s] = cycles(all, batch);
         }
 
+        // The fastest peer, of a class or at all; 0 for none.
+        const auto fastest = [&](std::size_t s, int slot, bool in_class) {
+            std::size_t best = 0;
+            for (std::size_t p = 0; p < others.size(); ++p)
+                if (!in_class || (others[p].everywhere &&
+                                  others[p].ulps <= class_bound<T>(slot, reference.complex())))
+                    if (best == 0 || time[s][ours + p] < time[s][best]) best = ours + p;
+            return best;
+        };
         // The fastest peer of a class; where there is none, the fastest at all, marked.
         const auto rival = [&](std::size_t s, int slot) {
-            std::size_t best = 0;
-            for (const bool in_class : {true, false}) {
-                for (std::size_t p = 0; p < others.size(); ++p)
-                    if (!in_class ||
-                        (others[p].everywhere && others[p].ulps <= class_bound<T>(slot)))
-                        if (best == 0 || time[s][ours + p] < time[s][best]) best = ours + p;
-                if (best != 0) return std::pair(best, in_class);
-            }
-            return std::pair(best, false);
+            const std::size_t best = fastest(s, slot, true);
+            return best ? std::pair(best, true) : std::pair(fastest(s, slot, false), false);
         };
         Table table({"function", "kernel", "ulp", "n = 10", "100", "1000", "1000000", "against"});
         for (std::size_t k = 0; k < ours; ++k) {
@@ -216,6 +226,10 @@ private:
             if (best) {
                 cells.push_back(format("%s %.2f%s", all[best].name.c_str(), time[main_size][best],
                                        in_class ? "" : ", not of the class"));
+                const std::size_t any = fastest(main_size, all[k].slot, false);
+                if (reference.complex() && any != best)
+                    cells.back() += format("; %s %.2f, not of the class", all[any].name.c_str(),
+                                           time[main_size][any]);
                 if (in_class)
                     geometric_.add(all[k].slot, time[main_size][k] / time[main_size][best]);
             } else {
@@ -289,24 +303,36 @@ private:
         costs_.add(row, slots);
     }
 
+    // Arguments that are to cost no more than ordinary ones. In a complex number one part after the
+    // other is special, or both.
     template <class T>
     void special(const kef_test::Row& row, const reference::Reference& reference) {
         using Limits = std::numeric_limits<T>;
         const std::vector<Kernel<T>> all = kernels<T>(row);
         const Batch<T> plain = ordinary<T>(row, reference, sizes[main_size]);
-        std::vector<Batch<T>> batches(9, plain);
+        const std::size_t parts = plain.argument_parts;
+        std::vector<Batch<T>> batches(parts == 2 ? 10 : 9, plain);
         reference::Random random(row.name());
         for (int i = 0; i < plain.size(); ++i) {
+            const std::size_t one = parts * i + i / 4 % parts;
             if (i % 4 == 0) {
-                batches[1].a[i] = Limits::quiet_NaN();
-                batches[2].a[i] = Limits::infinity();
-                batches[3].a[i] = 0;
+                batches[1].a[one] = Limits::quiet_NaN();
+                batches[2].a[one] = Limits::infinity();
+                batches[3].a[one] = 0;
             }
-            batches[4].a[i] = Limits::quiet_NaN();
-            batches[5].a[i] = Limits::infinity();
-            batches[6].a[i] = random.draw<T>({0, Limits::min()}, true);
-            batches[7].a[i] = random.draw<T>({std::sqrt(Limits::max()), Limits::max()}, false);
-            batches[8].a[i] = -std::fabs(plain.a[i]);
+            batches[4].a[one] = Limits::quiet_NaN();
+            batches[5].a[one] = Limits::infinity();
+            for (std::size_t c = 0; c < parts; ++c) {
+                batches[6].at(i, c) = random.draw<T>({0, Limits::min()}, true);
+                batches[7].at(i, c) =
+                    random.draw<T>({std::sqrt(Limits::max()), Limits::max()}, false);
+            }
+            batches[8].at(i, 0) = -std::fabs(plain.a[parts * i]);
+            if (parts == 1) continue;
+            batches[8].at(i, 1) = 0;
+            const T size = std::hypot(plain.a[2 * i], plain.a[2 * i + 1]);
+            batches[9].at(i, 0) = plain.a[2 * i] / size;
+            batches[9].at(i, 1) = plain.a[2 * i + 1] / size;
         }
         std::vector<std::vector<double>> time;
         for (Batch<T>& batch : batches) time.push_back(cycles(all, batch));
@@ -314,26 +340,29 @@ private:
             Table::Row cells = {row.name(), all[k].name, format("%.2f", time[0][k])};
             for (std::size_t b = 1; b < batches.size(); ++b)
                 cells.push_back(format("%.1f", time[b][k] / time[0][k]));
-            cells.push_back(worst_power(all[k], row, plain, &Batch<T>::a));
-            const bool second = row.arguments == 2;
-            cells.push_back(second ? worst_power(all[k], row, plain, &Batch<T>::b) : "");
-            specials_.add(cells);
+            for (std::size_t c = 0; c < 2 * parts; ++c)
+                cells.push_back(c < parts * row.arguments ? worst_power(all[k], row, plain, c)
+                                                          : "");
+            (parts == 2 ? complex_specials_ : specials_).add(cells);
         }
     }
 
-    // The most that one argument costs as a power of two from the smallest normal number to 1, of
+    // The most that one component costs as a power of two from the smallest normal number to 1, of
     // either sign, in multiples of the ordinary cost, and where; among those without errors and
     // subnormal results.
     template <class T>
     static std::string worst_power(const Kernel<T>& kernel, const kef_test::Row& row,
-                                   const Batch<T>& plain, std::vector<T> Batch<T>::*argument) {
+                                   const Batch<T>& plain, std::size_t component) {
         constexpr T smallest = std::numeric_limits<T>::min();
         using Found = std::pair<double, T>;  // cycles, argument
         std::vector<Found> found;
+        const auto fill = [&](Batch<T>& batch, T power) {
+            for (int i = 0; i < batch.size(); ++i) batch.at(i, component) = power;
+        };
         Batch<T> batch = plain;
         for (T size = smallest; size <= 1; size *= 2)
             for (const T power : {size, -size}) {
-                std::fill((batch.*argument).begin(), (batch.*argument).end(), power);
+                fill(batch, power);
                 kef_vtm_kernel_ClearErrStatus();
                 kernel.run(batch);
                 bool ordinary = kef_vtm_kernel_GetErrStatus() == VTM_STATUS_OK;
@@ -357,7 +386,7 @@ private:
         std::vector<Kernel<T>> all;
         for (std::size_t i = 0; i < batches.size(); ++i) {
             Batch<T>& of_this = batches[i];
-            if (i > 0) of_this.*argument = std::vector<T>(plain.a.size(), found[i - 1].second);
+            if (i > 0) fill(of_this, found[i - 1].second);
             all.push_back({kernel.name, [&](Batch<T>&) { kernel.run(of_this); }});
         }
         const std::vector<double> time = cycles(all, batch);
@@ -370,7 +399,7 @@ private:
     // Bases in [1/2, 2] and their negatives. Not an integer: a base below zero is an error.
     template <class T> void powers(const kef_test::Row& row) {
         const std::string_view function = row.function;
-        if (function != "Pow" && function != "Powx") return;
+        if ((function != "Pow" && function != "Powx") || row.argument_parts == 2) return;
         constexpr double integers = INFINITY;  // from -20 to 20, one a base
         const std::vector<Kernel<T>> ours = kernels<T>(row);
         for (const double exponent :
@@ -409,7 +438,7 @@ private:
     const Options& options_;
     bool head_ = true, failed_ = false;
     Geometric geometric_{sizes[main_size]}, beside_short_{10}, beside_{1000};
-    Table specials_, powers_;
+    Table specials_, complex_specials_, powers_;
     Costs costs_;
 };
 

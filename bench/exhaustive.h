@@ -34,10 +34,9 @@ inline Screen own_screen(const reference::Reference& reference) {
 }
 inline Screen screening_peer(const reference::Reference& reference) {
     const Peer<double>* best = nullptr;
-    for (const Peer<double>& peer : peers<double>())
-        if (peer.function == reference.name && peer.everywhere && peer.ulps <= 4 &&
-            (!best || peer.ulps > best->ulps))
-            best = &peer;
+    const std::vector<Peer<double>> all = peers_of<double>(reference);
+    for (const Peer<double>& peer : all)
+        if (peer.everywhere && peer.ulps <= 4 && (!best || peer.ulps > best->ulps)) best = &peer;
     return best ? Screen{best->name, best->ulps, best->run} : own_screen(reference);
 }
 
@@ -163,7 +162,7 @@ private:
         }
         for (int i = 0; misrounded > 0 && i < size && tally.misrounded < tally.max_failing; ++i)
             if (clear_[i] * glance.misrounded[i] != 0) {
-                tally.failing[tally.misrounded++] = x[i];
+                tally.failing[tally.misrounded++] = {x[i]};
                 --misrounded;
             }
         tally.misrounded += static_cast<std::uint64_t>(misrounded);
@@ -194,7 +193,7 @@ private:
     void enter(float x, Tally<float>& tally, const Verdict& verdict) const {
         ++tally.count;
         if (verdict.misrounded) {
-            if (tally.misrounded < tally.max_failing) tally.failing[tally.misrounded] = x;
+            if (tally.misrounded < tally.max_failing) tally.failing[tally.misrounded] = {x};
             ++tally.misrounded;
         }
         if (rounding_only_) return;
@@ -237,7 +236,7 @@ struct Exhaustive {
     std::bitset<chunk_count> done;
     double screen_error = 0;
     bool screen_holds = true;
-    std::array<std::array<Tally<float>, 2>, 3> tallies;
+    std::array<std::array<Tally<float>, max_measures>, 3> tallies;
 };
 
 // With `rounding_only` the HA kernel alone, no more than whether its results are
@@ -246,7 +245,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
                                                const kef_test::Row& row,
                                                const std::string& directory, bool rounding_only) {
     SavedState<Exhaustive> saved(
-        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive"), row, 1);
+        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive"), row, 2);
     Exhaustive& total = *saved.state;
     const bool fresh = !total.done.all();
 
@@ -277,7 +276,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
                         tallies[k][j].relative = total.tallies[k][j].relative;
                     }
             }
-            Meter<float> meter(reference, 1, rounding_only);
+            Meter<float> meter(reference, row, 1, rounding_only);
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
@@ -289,7 +288,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             }
             const std::lock_guard guard(lock);
             for (std::size_t k = 0; k < all.size(); ++k)
-                for (int j = 0; j < meter.results(); ++j) total.tallies[k][j].merge(tallies[k][j]);
+                for (int j = 0; j < meter.measures(); ++j) total.tallies[k][j].merge(tallies[k][j]);
             total.screen_error = std::max(total.screen_error, meter.screen_error());
             total.screen_holds &= sieve.screen_holds();
             total.done[chunk] = true;
@@ -311,7 +310,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
     // No result differed from its exact value: no error was ever entered as the worst.
     for (auto& kernel : total.tallies)
         for (Tally<float>& tally : kernel)
-            if (tally.sum == 0 && tally.ulps.error < 0) tally.ulps = tally.relative = {0, 0, 0, 0};
+            if (tally.sum == 0 && tally.ulps.error < 0) tally.ulps = tally.relative = {0, {}};
     return std::move(saved.state);
 }
 

@@ -79,6 +79,68 @@ template <class T> struct CLibrary {
 const CLibrary<double> d_rows;
 const CLibrary<float> s_rows;
 
+// Complex functions; std::complex has most of them from the C library, products and quotients by
+// its rules for infinities. Errors: the worst component; of products, quotients and powers in units
+// of the norm.
+extern "C" {
+__complex__ double clog10(__complex__ double);
+__complex__ float clog10f(__complex__ float);
+}
+std::complex<double> log_10(std::complex<double> z) { return clog10(z.__rep()); }
+std::complex<float> log_10(std::complex<float> z) { return clog10f(z.__rep()); }
+template <class T> std::complex<T> cis(T x) {
+    const Pair<T> r = sin_cos(x);
+    return {r.second, r.first};
+}
+
+#define Z_ONE(function, ulps, everywhere, expression) \
+    {#function, "C library", ulps, everywhere, one<Z, [](const Z& z) { return expression; }>, true},
+#define Z_TWO(function, ulps, everywhere, expression) \
+    {#function,                                       \
+     "C library",                                     \
+     ulps,                                            \
+     everywhere,                                      \
+     two<Z, [](const Z& z, const Z& w) { return expression; }>,          \
+     true},
+
+template <class T> struct ComplexCLibrary {
+    static constexpr bool single = sizeof(T) == sizeof(float);
+    using Z = std::complex<T>;
+    // clang-format off
+    AddPeers<T> rows = {
+        {"Abs", "C library", .51, true, one<Z, [](const Z& z) { return std::abs(z); }, T>, true},
+        {"Arg", "C library", .6, true, one<Z, [](const Z& z) { return std::arg(z); }, T>, true},
+        {"CIS", "C library", .57, true, one<T, [](T x) { return cis(x); }, Z>, true},
+        Z_TWO(Add, .5, true, z + w)
+        Z_TWO(Sub, .5, true, z - w)
+        Z_ONE(Conj, 0, true, std::conj(z))
+        Z_TWO(Mul, 2.3, false, z * w)
+        Z_TWO(MulByConj, 2.3, false, z * std::conj(w))
+        Z_TWO(Div, 1, single, z / w)
+        Z_ONE(Exp, 2.6, true, std::exp(z))
+        Z_ONE(Ln, 2.1, true, std::log(z))
+        Z_ONE(Log10, 1.9, true, log_10(z))
+        Z_ONE(Sqrt, .93, true, std::sqrt(z))
+        Z_ONE(Sin, 2.7, true, std::sin(z))
+        Z_ONE(Cos, 2.6, true, std::cos(z))
+        Z_ONE(Tan, 3.6, true, std::tan(z))
+        Z_ONE(Sinh, 2.6, true, std::sinh(z))
+        Z_ONE(Cosh, 2.7, true, std::cosh(z))
+        Z_ONE(Tanh, 3.5, true, std::tanh(z))
+        Z_ONE(Asin, 3, true, std::asin(z))
+        Z_ONE(Acos, 3.2, true, std::acos(z))
+        Z_ONE(Atan, 2.4, true, std::atan(z))
+        Z_ONE(Asinh, 3.8, true, std::asinh(z))
+        Z_ONE(Acosh, 3.1, true, std::acosh(z))
+        Z_ONE(Atanh, 2.5, true, std::atanh(z))
+        Z_TWO(Pow, single ? 15 : 17, false, std::pow(z, w))
+        Z_TWO(Powx, 10, false, std::pow(z, w))
+    };
+    // clang-format on
+};
+const ComplexCLibrary<double> z_rows;
+const ComplexCLibrary<float> c_rows;
+
 }  // namespace
 
 }  // namespace kef

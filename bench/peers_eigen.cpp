@@ -53,6 +53,54 @@ const AddPeers<float> more_s_rows = {
 };
 // clang-format on
 
+// Arrays of complex numbers; sums, products and roots in vectors, the rest is the C library's.
+#define Z_ARRAY(function, z_ulps, c_ulps, everywhere, R, expression)                            \
+    {#function,                                                                                 \
+     "Eigen",                                                                                   \
+     single_type ? c_ulps : z_ulps,                                                             \
+     everywhere,                                                                                \
+     [](Batch<T>& batch) {                                                                      \
+         using Array = Eigen::Array<std::complex<T>, Eigen::Dynamic, 1>;                        \
+         const auto map = [&](const std::vector<T>& v) {                                        \
+             return Eigen::Map<const Array>(reinterpret_cast<const std::complex<T>*>(v.data()), \
+                                            batch.size());                                      \
+         };                                                                                     \
+         const auto z = map(batch.a), w = map(batch.b);                                         \
+         Eigen::Map<Eigen::Array<R, Eigen::Dynamic, 1>>(                                        \
+             reinterpret_cast<R*>(batch.result[0].data()), batch.size()) = expression;          \
+     },                                                                                         \
+     true},
+
+template <class T> struct ComplexEigenArrays {
+    static constexpr bool single_type = sizeof(T) == sizeof(float);
+    using Z = std::complex<T>;
+    // clang-format off
+    AddPeers<T> rows = {
+        Z_ARRAY(Abs, .51, .51, true, T, z.abs())
+        Z_ARRAY(Arg, .6, .6, true, T, z.arg())
+        Z_ARRAY(Add, .5, .5, true, Z, z + w)
+        Z_ARRAY(Sub, .5, .5, true, Z, z - w)
+        Z_ARRAY(Conj, 0, 0, true, Z, z.conjugate())
+        Z_ARRAY(Mul, 1.7, 1.7, false, Z, z * w)
+        Z_ARRAY(MulByConj, 1.7, 1.7, false, Z, z * w.conjugate())
+        Z_ARRAY(Div, 3.5, 3.3, false, Z, z / w)
+        Z_ARRAY(Exp, 2.6, 2.5, true, Z, z.exp())
+        Z_ARRAY(Ln, 1.7, 1.2, false, Z, z.log())
+        Z_ARRAY(Log10, 3.1, 2.5, true, Z, z.log10())
+        Z_ARRAY(Sqrt, 1.8, 3.9, false, Z, z.sqrt())
+        Z_ARRAY(Sin, 2.7, 2.6, true, Z, z.sin())
+        Z_ARRAY(Cos, 2.6, 2.6, true, Z, z.cos())
+        Z_ARRAY(Tan, 3.6, 3.6, true, Z, z.tan())
+        Z_ARRAY(Sinh, 2.6, 2.5, true, Z, z.sinh())
+        Z_ARRAY(Cosh, 2.7, 2.7, true, Z, z.cosh())
+        Z_ARRAY(Tanh, 3.5, 3.5, true, Z, z.tanh())
+        Z_ARRAY(Pow, 17, 15, false, Z, z.pow(w))
+    };
+    // clang-format on
+};
+const ComplexEigenArrays<double> z_rows;
+const ComplexEigenArrays<float> c_rows;
+
 }  // namespace
 
 }  // namespace kef

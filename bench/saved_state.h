@@ -33,15 +33,19 @@ inline std::uint64_t code_hash(const kef_test::Row& row) {
     namespace fs = std::filesystem;
     std::string wanted = row.function;
     for (char& c : wanted) c = static_cast<char>(std::tolower(c));
+    // One file may hold several complex functions.
+    const bool complex = row.type == 'c' || row.type == 'z';
+    const std::string_view kernels = complex ? "/complex" : "/real";
     std::vector<fs::path> objects;
     bool found = false;
-    for (const char* folder : {"/real", "/core"}) {
+    for (const char* folder : {"/real", "/core", "/complex"}) {
+        if (folder == std::string_view("/complex") && !complex) continue;
         const fs::path path = KEF_BUILD_DIR "/CMakeFiles/kef.dir/vm" + std::string(folder);
         if (!fs::is_directory(path)) continue;
         for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
             std::string stem = entry.path().stem().stem().string();
             std::erase(stem, '_');
-            const bool own = stem == wanted && folder == std::string_view("/real");
+            const bool own = folder == kernels && (complex || stem == wanted);
             found |= own;
             if (own || folder == std::string_view("/core")) objects.push_back(entry.path());
         }

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <bitset>
-#include <fstream>
 #include <mutex>
 #include <thread>
 
@@ -19,7 +18,7 @@ namespace kef {
 
 template <class T> struct Find {
     double error = -1;
-    T a = 0, b = 0;
+    reference::Point<T> at = {};
     std::array<T, 4> scalars = {};
 };
 
@@ -43,8 +42,10 @@ template <class T> struct Finds {
 
 private:
     bool same_cell(const Find<T>& f, const Find<T>& g) const {
-        const auto cell = [&](T x) { return reference::ordinal(x) >> cell_bits; };
-        return f.error >= 0 && cell(f.a) == cell(g.a) && cell(f.b) == cell(g.b) &&
+        const auto same = [&](T x, T y) {
+            return reference::ordinal(x) >> cell_bits == reference::ordinal(y) >> cell_bits;
+        };
+        return f.error >= 0 && std::equal(f.at.begin(), f.at.end(), g.at.begin(), same) &&
                f.scalars == g.scalars;
     }
 };
@@ -54,8 +55,9 @@ template <class T> struct SearchState {
     std::bitset<1024> done;  // jobs
     std::uint64_t jobs = 0;  // 0: not known yet
     double screen_error = 0;
-    std::array<std::array<Tally<T>, 2>, 3> tallies;
-    std::array<std::array<std::array<Finds<T>, 2>, 2>, 3> finds;  // kernel, result, measure
+    std::array<std::array<Tally<T>, max_measures>, 3> tallies;
+    // Kernel, result or component or norm, by ulp and relative.
+    std::array<std::array<std::array<Finds<T>, 2>, max_measures>, 3> finds;
 };
 
 template <class T> class Search {
@@ -64,7 +66,7 @@ public:
            const std::string& directory)
         : reference_(reference),
           row_(row),
-          saved_(directory + "/" + row.name() + ".search", row, 4),
+          saved_(directory + "/" + row.name() + ".search", row, 5),
           state_(*saved_.state),
           kernels_(kernels<T>(row)),
           intervals_(intervals_of<T>(reference)) {
@@ -72,10 +74,10 @@ public:
             for (int part = 0; part < interval_parts(); ++part)
                 wide_.push_back({Job::interval, static_cast<int>(i), part});
         wide_.push_back({Job::hard, 0, 0});
-        if (row.arguments == 1 && row.scalars == 0)
+        if (argument_components(row) == 1)
             for (int part = 0; part < cell_parts; ++part) wide_.push_back({Job::cells, part, 0});
         for (int k = 0; k < static_cast<int>(kernels_.size()); ++k)
-            for (int j = 0; j < row.results; ++j)
+            for (int j = 0; j < measures(); ++j)
                 for (int measure = 0; measure < 2; ++measure)
                     if (measure == 0 || kernels_[k].slot != 1) lists_.push_back({k, j, measure});
     }
@@ -131,15 +133,19 @@ private:
         int kernel, result, measure;
     };
 
-    // Several draws of an interval: more where there are two arguments, and no cells.
-    int interval_parts() const { return row_.arguments == 1 && row_.scalars == 0 ? 4 : 12; }
+    // Several draws of an interval: more where there are two arguments, and no cells; not of
+    // complex functions, which have more intervals.
+    int interval_parts() const {
+        return argument_components(row_) == 1 || reference_.complex() ? 4 : 12;
+    }
+    int measures() const { return result_components(row_) + (row_.result_parts == 2); }
 
     // The work of one thread: its own meter, tallies and finds of one job.
     class Worker {
     public:
         explicit Worker(Search& search)
             : search_(search),
-              meter_(search.reference_),
+              meter_(search.reference_, search.row_),
               finds_(search.state_.finds),
               tallies_(search.kernels_.size()) {}
 
@@ -149,7 +155,7 @@ private:
             finds_ = search_.state_.finds;
             tallies_.assign(search_.kernels_.size(), {});
             for (std::size_t k = 0; k < tallies_.size(); ++k)
-                for (int j = 0; j < 2; ++j) {
+                for (int j = 0; j < search_.measures(); ++j) {
                     tallies_[k][j].ulps = search_.state_.tallies[k][j].ulps;
                     tallies_[k][j].relative = search_.state_.tallies[k][j].relative;
                 }
@@ -174,24 +180,36 @@ private:
         // Boxes around the finds of a list; few of the relative errors, which follow those by ulp.
         void narrow(const List& list, const Round& round) {
             with_mean_ = false;
-            const bool two = search_.row_.arguments == 2, scalar = search_.row_.scalars == 1;
+            const kef_test::Row& row = search_.row_;
+            const std::size_t components = argument_components(row),
+                              varying = row.argument_parts * row.arguments;
             const std::array<Find<T>, 64> centres =
                 search_.state_.finds[list.kernel][list.result][list.measure].best;
-            Batch<T> batch(size);
+            Batch<T> batch(size, row);
             const int width = scaled(round.log_width);
             const int batches = list.measure == 0 ? round.batches : std::min(round.batches, 16);
             for (int f = 0; f < round.finds && centres[f].error >= 0; ++f) {
                 const Find<T>& centre = centres[f];
                 batch.scalars = centre.scalars;
                 for (int n = 0; n < batches; ++n) {
-                    const bool move_a = n % 3 != 1 || !(two || scalar);
-                    const bool move_b = n % 3 != 2;
-                    if (scalar && move_b) batch.scalars[0] = near(centre.b, width);
-                    for (std::uint64_t i = 0; i < size; ++i) {
-                        batch.a[i] = move_a ? near(centre.a, width) : centre.a;
-                        if (scalar) batch.b[i] = batch.scalars[0];
-                        if (two) batch.b[i] = move_b ? near(centre.b, width) : centre.b;
-                    }
+                    // All components in one batch, then all but one; of three or more, one alone
+                    // too.
+                    const auto kinds = static_cast<int>(components > 2   ? 2 * components + 1
+                                                        : components > 1 ? 3
+                                                                         : 1);
+                    const auto moved = [&](std::size_t c) {
+                        const auto kind = static_cast<std::size_t>(n % kinds);
+                        return kind == 0 ||
+                               (kind <= components ? kind != c + 1 : kind - components == c + 1);
+                    };
+                    const auto of = [&](std::size_t c) {
+                        return moved(c) ? near(centre.at[c], width) : centre.at[c];
+                    };
+                    for (std::size_t c = varying; c < components; ++c)
+                        batch.scalars[c - varying] = of(c);
+                    for (std::uint64_t i = 0; i < size; ++i)
+                        for (std::size_t c = 0; c < components; ++c)
+                            batch.at(i, c) = c < varying ? of(c) : batch.scalars[c - varying];
                     take(batch, false);
                 }
             }
@@ -201,7 +219,7 @@ private:
         void finish() {
             SearchState<T>& state = search_.state_;
             for (std::size_t k = 0; k < tallies_.size(); ++k)
-                for (int j = 0; j < search_.row_.results; ++j) {
+                for (int j = 0; j < search_.measures(); ++j) {
                     state.tallies[k][j].merge(tallies_[k][j], with_mean_);
                     for (int measure = 0; measure < 2; ++measure)
                         for (const Find<T>& find : finds_[k][j][measure].best)
@@ -216,10 +234,10 @@ private:
         void take(Batch<T>& batch, bool for_mean) {
             meter_.take(search_.kernels_, batch, for_mean, tallies_);
             for (std::size_t k = 0; k < tallies_.size(); ++k)
-                for (int j = 0; j < search_.row_.results; ++j) {
+                for (int j = 0; j < search_.measures(); ++j) {
                     const auto& worst = meter_.worst(k)[j];
                     const auto find = [&](const auto& at) {
-                        return Find<T>{at.error, at.a, at.b, batch.scalars};
+                        return Find<T>{at.error, at.at, batch.scalars};
                     };
                     finds_[k][j][0].add(find(worst.ulps));
                     finds_[k][j][1].add(find(worst.relative));
@@ -241,7 +259,7 @@ private:
             constexpr int bits = Finds<T>::sixteenth;
             const Ordinal last = reference::ordinal(std::numeric_limits<T>::max()) >> bits;
             const Ordinal count = 2 * (last + 1);
-            Batch<T> batch(256);
+            Batch<T> batch(256, search_.row_);
             for (Ordinal cell = count * part / cell_parts; cell < count * (part + 1) / cell_parts;
                  ++cell) {
                 for (T& x : batch.a)
@@ -252,20 +270,21 @@ private:
             }
         }
 
-        // Numbers next to multiples of pi/2, for every function of one argument.
+        // Numbers next to multiples of pi/2, for every real function of one argument; tuples of
+        // these and of others for complex functions.
         void hard() {
-            std::ifstream file(KEF_SOURCE_DIR "/tests/data/near_multiples.txt");
-            if (!file) std::fprintf(stderr, "tests/data/near_multiples.txt is missing\n");
-            char type;
-            std::uint64_t bits;
-            std::vector<T> numbers;
-            while (file >> type >> std::hex >> bits) {
-                if (type != search_.row_.type) continue;
-                const T x = reference::from_ordinal<T>(static_cast<Ordinal>(bits));
-                numbers.insert(numbers.end(), {x, -x});
+            const kef_test::Row& row = search_.row_;
+            if (row.argument_parts == 2) {
+                Grid<T> grid(row, 1 << 22);
+                for (std::uint64_t first = 0; first < grid.count(); first += size) {
+                    grid.draw(first);
+                    take(grid.batch, false);
+                }
+                return;
             }
-            Batch<T> batch(size);
-            if (numbers.empty() || search_.row_.arguments + search_.row_.scalars > 1) return;
+            const std::vector<T> numbers = near_multiples<T>();
+            if (numbers.empty() || row.arguments + row.scalars > 1) return;
+            Batch<T> batch(size, row);
             for (std::size_t first = 0; first < numbers.size(); first += size) {
                 for (std::uint64_t i = 0; i < size; ++i)
                     batch.a[i] = numbers[std::min<std::size_t>(first + i, numbers.size() - 1)];

@@ -1,5 +1,5 @@
 // The functions that a command line names: Exp for every type, dExp for one; all
-// that compute, when it names none.
+// that compute, when it names none. --real and --complex take one half of them.
 #pragma once
 
 #include <cstdio>
@@ -15,6 +15,10 @@ class Selection {
 public:
     // False, with a message, for options and names that do not exist or are off.
     bool add(std::string_view word) {
+        if (word == "--real" || word == "--complex") {
+            types_ = word == "--real" ? "sd" : "cz";
+            return true;
+        }
         for (const kef_test::Row& row : kef_test::rows())
             if (row.element_wise() && (word == row.function || word == row.name())) {
                 words_.emplace_back(word);
@@ -31,6 +35,7 @@ public:
             bool wanted = words_.empty();
             for (const std::string& word : words_)
                 wanted |= word == row.function || word == row.name();
+            wanted &= types_.find(row.type) != types_.npos;
             if (wanted && row.element_wise()) result.push_back(&row);
         }
         return result;
@@ -38,6 +43,7 @@ public:
 
 private:
     std::vector<std::string> words_;
+    std::string_view types_ = "sdcz";
 };
 
 }  // namespace kef

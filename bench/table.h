@@ -23,6 +23,7 @@ public:
     using Row = std::vector<std::string>;
     explicit Table(Row head) : rows_{std::move(head)} {}
     void add(Row row) { rows_.push_back(std::move(row)); }
+    bool empty() const { return rows_.size() == 1; }
 
     // Without its head, a table goes on with the one before it.
     void print(bool markdown, bool head = true) const {

@@ -1,7 +1,6 @@
-// References of the real vector functions, and how an error is counted against
-// them. A reference is one expression, evaluated twice: in __float128 (113 bits),
-// which decides, and in 80-bit extended precision, which is fast and tells where
-// the first is not needed.
+// References of the vector functions, and how an error is counted against them. A reference is one
+// expression, evaluated twice: in __float128 (113 bits), which decides, and in 80-bit extended
+// precision, which is fast and tells where the first is not needed.
 #pragma once
 
 #include <algorithm>
@@ -11,137 +10,56 @@
 #include <cstdint>
 #include <limits>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 #include <emmintrin.h>
-#include <quadmath.h>
+
+#include "tests/complex_reference.h"
 
 namespace kef::reference {
 
-using quad = __float128;
-using wide = long double;
-
-// One name for the C library's function of either type. The names hide those of
-// the global namespace, which a reference must never fall back to.
-#define KEF_OF_ONE(name)                              \
-    inline quad name(quad x) { return ::name##q(x); } \
-    inline wide name(wide x) { return ::name##l(x); }
-#define KEF_OF_TWO(name)                                         \
-    inline quad name(quad x, quad y) { return ::name##q(x, y); } \
-    inline wide name(wide x, wide y) { return ::name##l(x, y); }
-// clang-format off
-KEF_OF_ONE(acos) KEF_OF_ONE(acosh) KEF_OF_ONE(asin) KEF_OF_ONE(asinh) KEF_OF_ONE(atan)
-KEF_OF_ONE(atanh) KEF_OF_ONE(cbrt) KEF_OF_ONE(ceil) KEF_OF_ONE(cos) KEF_OF_ONE(cosh)
-KEF_OF_ONE(erf) KEF_OF_ONE(erfc) KEF_OF_ONE(exp) KEF_OF_ONE(expm1) KEF_OF_ONE(fabs)
-KEF_OF_ONE(floor) KEF_OF_ONE(lgamma) KEF_OF_ONE(log) KEF_OF_ONE(log10) KEF_OF_ONE(log1p)
-KEF_OF_ONE(nearbyint) KEF_OF_ONE(rint) KEF_OF_ONE(round) KEF_OF_ONE(sin) KEF_OF_ONE(sinh)
-KEF_OF_ONE(sqrt) KEF_OF_ONE(tan) KEF_OF_ONE(tanh) KEF_OF_ONE(tgamma) KEF_OF_ONE(trunc)
-KEF_OF_TWO(atan2) KEF_OF_TWO(hypot) KEF_OF_TWO(pow)
-// clang-format on
-#undef KEF_OF_ONE
-#undef KEF_OF_TWO
-
-    // a b + c for factors of 53 bits, with one rounding error whatever cancels.
-    inline quad multiply_add(quad a, quad b, quad c) {
-    return a * b + c;
-}
-inline wide multiply_add(wide a, wide b, wide c) {
-    const auto upper_half = [](wide x) {  // Veltkamp's splitting
-        const wide t = x * (0x1p32L + 1);
-        return t - (t - x);
-    };
-    const wide a1 = upper_half(a), a2 = a - a1, b1 = upper_half(b), b2 = b - b1, p = a * b;
-    const wide p_error = ((a1 * b1 - p) + a1 * b2 + a2 * b1) + a2 * b2;  // Dekker's product
-    const wide s = p + c, part = s - p;
-    if (!(fabs(s) < wide(INFINITY))) return s;
-    return s + (((p - (s - part)) + (c - part)) + p_error);  // Knuth's sum
-}
-
-// (1/2) erfc(-x/sqrt2). The product t = -x/sqrt2 is taken with its rounding error
-// d, and erfc(t + d) = erfc(t) - 2/sqrt(pi) exp(-t^2) d; without d the result
-// loses 2 log2|x| + 1 bits in the tail. x has 53 bits at most.
-template <class R> R cdf_norm(R x) {
-    if (!(fabs(x) < R(1e4))) return x != x ? x : x > 0 ? R(1) : R(0);
-    const R high = -x * R(0x5A8p-11), low = -x * R(M_SQRT1_2q - 0x5A8p-11Q);
-    const R t = high + low, d = low - (t - high);
-    return (erfc(t) - R(M_2_SQRTPIq) * exp(-t * t) * d) / 2;
-}
-
-// The root x of erf(x) = y for |y| <= 1/2, or of erfc(x) = q for 0 < q <= 1/2, by
-// Halley's iteration: with u = residual / derivative, x -= u / (1 + x u). The
-// error is cubed at every step.
-inline wide erf_root(wide y) {
-    const wide y2 = y * y;  // Taylor series: relative error 0.1 y^6
-    wide x = y * (1 + y2 * (0.2617993878L + y2 * 0.1439317309L)) * 0.886226925452758L;
-    for (int i = 0; i < 2; ++i) {
-        const wide u = (erf(x) - y) / (wide(M_2_SQRTPIq) * exp(-x * x));
-        x -= u / (1 + x * u);
-    }
-    return x;
-}
-inline wide erfc_root(wide q) {
-    // Abramowitz and Stegun 26.2.23: error below 4.5e-4 for every q.
-    const wide t = sqrt(-2 * log(q / 2));
-    wide x = t - (2.515517L + t * (0.802853L + t * 0.010328L)) /
-                     (1 + t * (1.432788L + t * (0.189269L + t * 0.001308L)));
-    x *= wide(M_SQRT1_2q);
-    for (int i = 0; i < 3; ++i) {
-        const wide u = (q - erfc(x)) / (wide(M_2_SQRTPIq) * exp(-x * x));
-        x -= u / (1 + x * u);
-    }
-    return x;
-}
-inline quad erf_root(quad y) {
-    const quad x = erf_root(wide(y));
-    const quad u = (erf(x) - y) / (M_2_SQRTPIq * exp(-x * x));
-    return x - u / (1 + x * u);
-}
-inline quad erfc_root(quad q) {
-    const quad x = erfc_root(wide(q));
-    const quad u = (q - erfc(x)) / (M_2_SQRTPIq * exp(-x * x));
-    return x - u / (1 + x * u);
-}
-
-// 1 - |y|, 2 - q and 1 - q below are exact for the arguments of both types.
-template <class R> R erf_inv(R y) {
-    const R size = fabs(y);
-    if (!(size < 1)) return size == 1 ? y * R(INFINITY) : R(NAN);
-    if (size <= R(0.5)) return y == 0 ? y : erf_root(y);
-    const R x = erfc_root(1 - size);
-    return y > 0 ? x : -x;
-}
-template <class R> R erfc_inv(R q) {
-    if (!(q > 0 && q < 2)) return q == 0 ? R(INFINITY) : q == 2 ? -R(INFINITY) : R(NAN);
-    if (q < R(0.5)) return erfc_root(q);
-    if (q > R(1.5)) return -erfc_root(2 - q);
-    return erf_inv(1 - q);
-}
-template <class R> R cdf_norm_inv(R p) { return -R(M_SQRT2q) * erfc_inv(2 * p); }
-
-// A set of arguments: `low` to `high`, drawn uniformly by value and by bit
-// pattern (only so where an end is infinite); with `near`, next to its multiples.
+// A set of numbers: `low` to `high`, drawn uniformly by value and by bit pattern (only so where an
+// end is infinite, or far from the other); with `near`, next to its multiples; with `by`, next to
+// what that makes of the components drawn before.
 struct Range {
     double low, high;
     long double near = 0;
+    double (*by)(const double* drawn) = nullptr;
 };
 inline constexpr Range everything = {-INFINITY, INFINITY};
 
-// The arguments of one measurement; b where there is a second one. Scalars: of
-// the linear fraction.
+// The arguments of one measurement; b where there is a second one. Scalars: of the linear fraction.
+// Imaginary parts: of complex arguments. The words take the place of ranges in reports.
 struct Interval {
     Range a, b = {0, 0};
     std::array<double, 4> scalars = {1, 0, 1, 0};
+    Range a_im = {0, 0}, b_im = {0, 0};
+    std::string_view words = {};
+
+    // In the order of the components of the arguments.
+    std::vector<Range> ranges(bool complex) const {
+        return complex ? std::vector<Range>{a, a_im, b, b_im} : std::vector<Range>{a, b};
+    }
 };
 
 using Scalars = std::array<double, 4>;
 template <class R> using Expression = R (*)(R x, R y, const Scalars& c);
 
+template <class R> using ComplexExpression = Values<R> (*)(Complex<R> z, Complex<R> w);
+
+// The components of an element's arguments: x and y, or the parts of z and of w.
+template <class T> using Point = std::array<T, 4>;
+
 struct Reference {
     std::string_view name;
-    // Where there are two results, the second has expressions too.
-    Expression<quad> exact, exact2;
-    Expression<wide> screen, screen2;
+    // Of real functions. Where there are two results, the second has expressions too.
+    Expression<quad> exact = nullptr, exact2 = nullptr;
+    Expression<wide> screen = nullptr, screen2 = nullptr;
+    // Of complex functions: those with a complex argument or result.
+    ComplexExpression<quad> exact_z = nullptr;
+    ComplexExpression<wide> screen_z = nullptr;
     // Largest error of the 80-bit expressions, in units of 2^-63 relative; INFINITY
     // where they are of no use.
     double screen_error;
@@ -153,19 +71,47 @@ struct Reference {
     std::vector<Interval> both = {}, d = {}, s = {};
     // Errors count in ulp of max(|result|, least) where x < 0.
     double least = 0;
+    // Complex: errors of a component count in ulp of max(|component|, share |result|), of HA and
+    // of the other slots.
+    double (*share)(const double* x, bool accurate) = nullptr;
+    // Complex: the error that a relative error of 1 in what the result is made of amounts to. That
+    // of the 80-bit expressions is screen_error times this of the norm, and the bound counts in
+    // units of the norm times condition / 2^10 where that is above 1.
+    double (*condition)(const double* x) = nullptr;
+    // Complex: the bound of the most accurate kernel holds against the norm alone.
+    bool norm_wise = false;
+    // In place of the whole range.
+    Interval whole = {everything, everything, {1, 0, 1, 0}, everything, everything};
+
+    bool complex() const { return exact_z != nullptr; }
+
+    // The components of the results.
+    template <class R, class T> Values<R> value(const Point<T>& x, const Scalars& c) const {
+        const auto [first, second, complex] = [&] {
+            if constexpr (std::is_same_v<R, quad>) return std::tuple(exact, exact2, exact_z);
+            else return std::tuple(screen, screen2, screen_z);
+        }();
+        if (complex) return complex({R(x[0]), R(x[1])}, {R(x[2]), R(x[3])});
+        return {first(x[0], x[1], c), second ? second(x[0], x[1], c) : R(0)};
+    }
 };
+
+#include "tests/complex_intervals.h"
 
 inline const std::vector<Reference>& table() {
 #define KEF_EXPRESSION(type, expression)                                             \
     [](type x, [[maybe_unused]] type y, [[maybe_unused]] const Scalars& c) -> type { \
         return expression;                                                           \
     }
+#define KEF_COMPLEX_EXPRESSION(type, expression)                             \
+    []([[maybe_unused]] Complex<type> z, [[maybe_unused]] Complex<type> w) { \
+        [[maybe_unused]] const type x = z.re;                                \
+        return values(expression);                                           \
+    }
 #define KEF_REFERENCE(function, expression, ...)          \
     Reference{.name = #function,                          \
               .exact = KEF_EXPRESSION(quad, expression),  \
-              .exact2 = nullptr,                          \
               .screen = KEF_EXPRESSION(wide, expression), \
-              .screen2 = nullptr,                         \
               __VA_ARGS__},
 #define KEF_REFERENCE2(function, first, second, ...)   \
     Reference{.name = #function,                       \
@@ -174,19 +120,26 @@ inline const std::vector<Reference>& table() {
               .screen = KEF_EXPRESSION(wide, first),   \
               .screen2 = KEF_EXPRESSION(wide, second), \
               __VA_ARGS__},
+#define KEF_COMPLEX(function, expression, ...)                      \
+    Reference{.name = #function,                                    \
+              .exact_z = KEF_COMPLEX_EXPRESSION(quad, expression),  \
+              .screen_z = KEF_COMPLEX_EXPRESSION(wide, expression), \
+              __VA_ARGS__},
     static const std::vector<Reference> rows = {
 #include "tests/reference.def"
     };
 #undef KEF_REFERENCE
 #undef KEF_REFERENCE2
+#undef KEF_COMPLEX
 #undef KEF_EXPRESSION
+#undef KEF_COMPLEX_EXPRESSION
     return rows;
 }
 
-// The row of a function, or null.
-inline const Reference* find(std::string_view name) {
+// The row of a function, real or complex, or null.
+inline const Reference* find(std::string_view name, bool complex = false) {
     for (const Reference& row : table())
-        if (row.name == name) return &row;
+        if (row.name == name && row.complex() == complex) return &row;
     return nullptr;
 }
 
@@ -240,24 +193,56 @@ template <> struct Binary<quad> {
 struct Error {
     double ulps, relative;
 };
-template <class T, class R> Error error(T got, R exact, double least = 0) {
+inline constexpr Error wrong = {INFINITY, INFINITY};
+// |got - exact| and |exact|; no difference where both overflow or are NaN, `wrong` where one is
+// NaN.
+template <class R> struct Distance {
+    R difference, size;
+    bool wrong = false;
+};
+template <class T, class R> Distance<R> distance(T got, R exact) {
     using Limits = std::numeric_limits<T>;
-    constexpr Error wrong = {INFINITY, INFINITY}, none = {0, 0};
-    if (exact != exact || got != got) return (exact != exact) == (got != got) ? none : wrong;
-    R size = exact < 0 ? -exact : exact;
+    if (exact != exact || got != got) return {0, 0, (exact != exact) != (got != got)};
+    const R size = exact < 0 ? -exact : exact;
     R value = exact < 0 ? -R(got) : R(got);
     const R beyond = Binary<R>::power_of_two(Limits::max_exponent);
     if (value > beyond) {
-        if (size >= R(Limits::max()) * (1 + R(Limits::epsilon()) / 4)) return none;
+        if (size >= R(Limits::max()) * (1 + R(Limits::epsilon()) / 4)) return {0, size};
         value = beyond;
-    } else if (size > 2 * beyond) {
-        return wrong;
     }
-    const R difference = value > size ? value - size : size - value;
-    size = std::max({size, R(Limits::min()), R(least)});
-    const int e = std::min(Binary<R>::exponent(size), Limits::max_exponent - 1);
-    return {static_cast<double>(difference * Binary<R>::power_of_two(Limits::digits - 1 - e)),
-            static_cast<double>(difference / size)};
+    value = std::max(value, -beyond);
+    return {value > size ? value - size : size - value, size};
+}
+template <class T, class R> Error error(T got, R exact, wide least = 0) {
+    using Limits = std::numeric_limits<T>;
+    const Distance<R> d = distance(got, exact);
+    if (d.wrong) return wrong;
+    if (d.difference == 0 || R(least) == R(INFINITY)) return {0, 0};
+    const R own = std::min(d.size, R(Limits::max()));
+    const R size = std::max({own, R(Limits::min()), R(least)});
+    const int e = Binary<R>::exponent(size);
+    return {static_cast<double>(d.difference * Binary<R>::power_of_two(Limits::digits - 1 - e)),
+            static_cast<double>(d.difference / size)};
+}
+
+inline double square_root(double x) { return std::sqrt(x); }
+inline wide square_root(wide x) { return sqrt(x); }
+inline quad square_root(quad x) { return sqrt(x); }
+
+// The error of a complex result against its norm; its "ulps" are units of 2^-53 of the norm
+// (single: 2^-24), halves of which a last place is. The scale divides both. The norm counts as
+// eight times the smallest normal number at least: below, a last place of a part is more than such
+// a unit.
+template <class T, class R> Error norm_error(T re, T im, const Values<R>& exact, double scale = 1) {
+    using Limits = std::numeric_limits<T>;
+    const Distance<R> x = distance(re, exact[0]), y = distance(im, exact[1]);
+    if (x.wrong || y.wrong) return wrong;
+    if (x.difference == 0 && y.difference == 0) return {0, 0};
+    const R norm = square_root(x.size * x.size + y.size * y.size);
+    const R size = std::max(norm, 8 * R(Limits::min()));
+    const R off = square_root(x.difference * x.difference + y.difference * y.difference);
+    const auto relative = static_cast<double>(off / size) / scale;
+    return {std::ldexp(relative, Limits::digits), relative};
 }
 
 // Numbers of T in order: consecutive integers are consecutive numbers.
@@ -286,10 +271,13 @@ public:
     }
     double unit() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
 
-    template <class T> T draw(const Range& range, bool by_value) {
+    // `drawn`: the components before, for a range with a rule.
+    template <class T> T draw(const Range& range, bool by_value, const double* drawn = nullptr) {
         T x;
         const T low = static_cast<T>(range.low), high = static_cast<T>(range.high);
-        if (by_value && std::isfinite(range.high - range.low)) {
+        if (range.by) {
+            x = near<T>(static_cast<T>(range.by(drawn)));
+        } else if (by_value && std::isfinite(range.high - range.low)) {
             x = static_cast<T>(range.low + unit() * (range.high - range.low));
         } else {
             const auto first = ordinal(low), last = ordinal(high);
@@ -301,14 +289,18 @@ public:
             x = from_ordinal<T>(static_cast<Ordinal<T>>(static_cast<std::uint64_t>(first) +
                                                         std::min(offset, span)));
         }
-        if (range.near != 0) {
-            const T multiple = static_cast<T>(::roundl(x / range.near) * range.near);
-            x = from_ordinal<T>(ordinal(multiple) + static_cast<int>(bits() % 17) - 8);
-        }
+        if (range.near != 0) x = near<T>(static_cast<T>(::roundl(x / range.near) * range.near));
         return std::clamp(x, low, high);
     }
 
 private:
+    template <class T> T near(T x) {
+        constexpr T largest = std::numeric_limits<T>::max();
+        if (!std::isfinite(x)) return largest;
+        const T neighbour = from_ordinal<T>(ordinal(x) + static_cast<int>(bits() % 17) - 8);
+        return std::isfinite(neighbour) ? neighbour : x;
+    }
+
     std::uint64_t state_ = 0xCBF29CE484222325u;
 };
 

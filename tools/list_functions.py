@@ -29,8 +29,15 @@ Made by `tools/list_functions.py` from [vm/surface/surface.def](../vm/surface/su
   of the errors. Pack and Unpack carry the mark of pure data movement.
 - Conditions are those of both types; a threshold in parentheses is single precision's. What the results
   are beyond that, and the names in reports: [errors.md](errors.md).
+- Of a complex result the error is that of the worse component, or where the bound is that of the norm, in units of
+  2^-53 (2^-24) of it.
 
 """
+
+CONDITIONS = ("domain error", "singularity", "overflow", "underflow")
+
+# Title, the types, single first, and the last columns.
+TABLES = (("Real functions", "sd", CONDITIONS), ("Complex functions", "cz", ("conditions",)))
 
 
 def columns(line):
@@ -49,36 +56,54 @@ def surface():
     return found
 
 
+def figure(text):
+    return float(text.split()[0]) if text != "rounded" else 0
+
+
 def measured():
-    """By function with type, and kernel: the worst error as text."""
+    """By function with type, and kernel: the worst error as text; of a complex result that of the components, or of
+    the norm where the bound is."""
     found = {}
     for line in (ROOT / "docs/accuracy.md").read_text().splitlines():
-        m = re.match(r"\| ([sd][A-Z]\w*)( \d)? \| ((?:HA|LA|EP)[ HLAEP]*) \|", line)
+        m = re.match(r"\| ([sdcz][A-Z]\w*)( \w+)? \| ((?:HA|LA|EP)[ HLAEP]*) \|", line)
         if not m:
             continue
         _, _, _, ulp, _, _, bits, _, bound = columns(line)
         for slot in m[3].split():
+            if not bound or (m[2] == " norm" and "units" not in bound):
+                continue
             exact = bits == "exact" or "rounded" in bound
             key = (m[1], slot)
             # No figure promises more than was measured.
             up = math.ceil(float(ulp) * 100) / 100
             down = math.floor(float(bits) * 10) / 10 if not exact else 0
-            text = "rounded" if exact else f"{up:.2f} ulp" if "ulp" in bound else f"{down:.1f} bits"
-            # The second result of a function; ulp count upwards, bits downwards.
-            worse = max if "ulp" in text else min
-            found[key] = worse(found[key], text) if key in found else text
+            unit = re.search("ulp|units", bound)
+            text = "rounded" if exact else f"{up:.2f} {unit[0]}" if unit else f"{down:.1f} bits"
+            # The second result or part of it; ulp count upwards, bits downwards.
+            worse = min if "bits" in text else max
+            found[key] = worse(found[key], text, key=figure) if key in found else text
     return found
 
 
 def conditions():
-    """By function: domain, singularity, overflow, underflow."""
-    found = {}
+    """By types and function: domain, singularity, overflow, underflow; of complex functions in one cell. Their rows
+    stand below a heading that names them, in a table like the real one or with a column of statuses."""
+    found, kinds = {}, "sd"
     for line in (ROOT / "docs/errors.md").read_text().splitlines():
+        if line.startswith("#"):
+            kinds = "cz" if "omplex" in line else "sd"
+        cells = columns(line)
         if line.startswith("| `"):
-            cells = columns(line)
             for name in re.findall(r"`(\w+)`", cells[0]):
-                found[name] = cells[3:7]
+                found[kinds, name] = cells[3:7] if kinds == "sd" else [joined(cells[3:7])]
+        elif kinds == "cz" and line.startswith("| "):
+            for name in re.findall(r"\w+", cells[0]):
+                found[kinds, name] = [cells[1].removeprefix("none")]
     return found
+
+
+def joined(cells):
+    return "; ".join(f"{name}: {cell}" for name, cell in zip(CONDITIONS, cells) if cell)
 
 
 def cells_of(function, kind, slots, errors):
@@ -93,11 +118,18 @@ def cells_of(function, kind, slots, errors):
 
 def document():
     errors, conditions_of = measured(), conditions()
-    lines = [HEAD + "| function | single: error | cost | double: error | cost | domain error | singularity "
-             "| overflow | underflow |\n|" + "---|" * 9]
-    for function, types in surface().items():
-        cells = [cell for kind in "sd" for cell in cells_of(function, kind, types[kind], errors)]
-        lines.append("| " + " | ".join([f"`{function}`", *cells, *conditions_of[function]]) + " |")
+    lines = [HEAD.rstrip("\n")]
+    for title, kinds, heads in TABLES:
+        lines += ["", f"## {title}", "", "| " + " | ".join(
+            ["function", "single: error", "cost", "double: error", "cost", *heads]) + " |",
+            "|" + "---|" * (5 + len(heads))]
+        for function, types in surface().items():
+            if kinds[0] not in types:
+                continue
+            cells = [cell for kind in kinds for cell in cells_of(function, kind, types[kind], errors)]
+            # Pack and Unpack have one row for all types.
+            of_kind = [""] if "ack" in function and kinds == "cz" else conditions_of[kinds, function]
+            lines.append("| " + " | ".join([f"`{function}`", *cells, *of_kind]) + " |")
     return "\n".join(lines) + "\n"
 
 
@@ -105,19 +137,22 @@ def speeds():
     """By function with type, and kernel: cycles at n = 1000, and the peer with its cycles; and the line on
     all of them."""
     text = (ROOT / "docs/performance.md").read_text()
-    text = text.split("<!-- ./run bench --markdown -->")[1].split("<!-- end -->")[0]
-    found = {}
-    for line in text.splitlines():
-        if m := re.match(r"\| ([sd][A-Z]\w*) \| ((?:HA|LA|EP)[ HLAEP]*) \|", line):
-            cells = columns(line)
-            for slot in m[2].split():
-                found[m[1], slot] = cells[5].split()[0], cells[7]
-    mean, kernels = re.search(r"n = 1000, all: ([\d.]+) \((\d+) kernels\)", text).groups()
-    return found, (f"Over {kernels} kernels the geometric mean of the ratio to the fastest peer of the same "
-                   f"accuracy is {float(mean):.2f}.")
+    found, means = {}, []
+    for kind in "real", "complex":
+        part = text.split(f"<!-- ./run bench --{kind} --markdown -->")[1].split("<!-- end -->")[0]
+        for line in part.splitlines():
+            if m := re.match(r"\| ([sdcz][A-Z]\w*) \| ((?:HA|LA|EP)[ HLAEP]*) \|", line):
+                cells = columns(line)
+                for slot in m[2].split():
+                    found[m[1], slot] = cells[5].split()[0], cells[7].split(";")[0]
+        mean, kernels = re.search(r"n = 1000, all: ([\d.]+) \((\d+) kernels\)", part).groups()
+        means.append(f"{float(mean):.2f} over {kernels} kernels of {kind} functions")
+    return found, ("The geometric mean of the ratio to the fastest peer of a slot's class is "
+                   + " and ".join(means) + ".")
 
 
-IN_README = "dExp dLn dSin dPow dAtan dErf dTGamma sExp sLn".split()
+IN_README = "dExp dLn dSin dPow dAtan dErf dTGamma sExp sLn zExp zLn zSin zPow".split()
+TYPES = {"s": "single", "d": "double", "c": "complex single", "z": "complex double"}
 
 
 def readme():
@@ -126,7 +161,7 @@ def readme():
     lines = ["| function | HA / LA / EP | fastest peer of HA's class | worst error of HA in a sample |", "|---|---|---|---|"]
     for name in IN_README:
         cycles = " / ".join(speed[name, slot][0] for slot in SLOTS)
-        lines.append(f"| {'single' if name[0] == 's' else 'double'} {name[1:]} | {cycles} "
+        lines.append(f"| {TYPES[name[0]]} {name[1:]} | {cycles} "
                      f"| {speed[name, 'HA'][1]} | {errors[name, 'HA'].replace('rounded', 'correctly rounded')} |")
     table = "\n".join(lines) + f"\n\n{mean}"
     return re.sub(r"(<!-- tools/list_functions.py -->\n\n).*?(\n\n<!-- end -->)", lambda m: m[1] + table + m[2],
