@@ -77,7 +77,7 @@ static bool parse_count(const char *text, long most, long *value) {
 }
 
 int main(int argc, char **argv) {
-    struct session session = {.elements = 1000000, .threads = processors()};
+    struct session session = {.elements = 1000000, .threads = processors(), .portrait = "Tan"};
     bool chosen[CHAPTERS] = {false}, all = true;
     const char *path = NULL, *picture_path = NULL;
 
@@ -98,6 +98,11 @@ int main(int argc, char **argv) {
             case OPTION_help: return usage();
             case OPTION_table: session.table = true; break;
             case OPTION_picture: picture_path = argv[i]; break;
+            case OPTION_portrait:
+                if (!is_portrait(argv[i]))
+                    return usage_error("no function of a complex number is called ", argv[i]);
+                session.portrait = argv[i];
+                break;
             case OPTION_elements:
                 if (!parse_count(argv[i], MOST_ELEMENTS, &count))
                     return usage_error("wrong number of elements: ", argv[i]);

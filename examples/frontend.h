@@ -29,6 +29,7 @@ struct session {
     int threads;             /* at most so many for one call */
     struct picture *picture; /* or null; a chapter draws one row, and ends it */
     bool table;              /* every function in the summary */
+    const char *portrait;    /* the function of a complex number to draw */
 };
 
 /* A chapter prints its part; false when a check in it failed. */
@@ -36,6 +37,9 @@ typedef bool chapter_function(const struct session *session);
 #define CHAPTER(name, rows, title) chapter_function name##_chapter;
 #include "chapters.def"
 #undef CHAPTER
+
+/* Whether there is such a function to draw. */
+bool is_portrait(const char *name);
 
 /* Reads one number a line into session->measurements, and the title from the
  * first comment. Empty lines and lines that begin with # are left out. On any

@@ -52,9 +52,11 @@ summary=$("$program" "$data" --elements 1 2>/dev/null | sed -n '/^9\. /,$p' | wc
     { echo "$summary lines of summary"; failures=$((failures + 1)); }
 expect 0 "sNearbyInt" "$data" --elements 100 --chapter summary --table
 expect 0 "1790 to 1970" "$data" --chapter fitting
+expect 0 "5e-11" "$data" --chapter complex
+expect 2 "called Foo" "$data" --portrait Foo
 expect 0 "never below zero" "$data" --chapter fitting
 expect 0 "12 of 12" "$data" --elements 54321 --chapter statistics
-expect 0 "The picture is in" "$data" --elements 1 --chapter statistics --chapter fitting \
+expect 0 "The picture is in" "$data" --elements 1 --chapter statistics --chapter fitting --chapter complex --portrait Asin \
     --picture "$directory/picture.svg"
 drawn '>part 5<' '>Outliers and a gap<' '>bars: found; curve: density<' "height='880'" '</svg>'
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"

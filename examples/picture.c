@@ -167,3 +167,28 @@ void draw_label(const struct panel *p, double x, const char *text) {
              p->top + PANEL_HEIGHT + 19);
     draw_text(p->to, place, text);
 }
+
+void draw_fields(const struct panel *p, int columns, int rows, const unsigned char *field, int hues,
+                 int shades) {
+    const double width = (double)PANEL_WIDTH / columns, height = (double)PANEL_HEIGHT / rows;
+    fprintf(p->to,
+            "<g transform='translate(%.1f %.1f) scale(%.6g %.6g)' fill='none' stroke-width='1.05'"
+            " shape-rendering='crispEdges'>\n",
+            p->left, p->top, width, height);
+    for (int colour = 0; colour < hues * shades; ++colour) {
+        const double angle = 2 * acos(-1) * (colour / shades) / hues,
+                     light = shades > 1 ? 100 + 60.0 * (colour % shades) / (shades - 1) : 130;
+        int part[3];
+        for (int k = 0; k < 3; ++k) part[k] = (int)(light + 95 * cos(angle - k * 2 * acos(-1) / 3));
+        fprintf(p->to, "<path stroke='#%02x%02x%02x' d='", part[0], part[1], part[2]);
+        for (int row = 0; row < rows; ++row)
+            for (int i = 0; i < columns;) {
+                const int first = i;
+                while (i < columns && field[row * columns + i] == colour) ++i;
+                if (i > first) fprintf(p->to, "M%d %d.5h%d", first, row, i - first);
+                else ++i;
+            }
+        fprintf(p->to, "'/>\n");
+    }
+    fprintf(p->to, "</g>\n");
+}

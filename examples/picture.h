@@ -59,6 +59,11 @@ void draw_curve(const struct panel *p, const char *colour, int n, const double *
 void draw_dot(const struct panel *p, const char *colour, double x, double y);
 void draw_box(const struct panel *p, double x0, double x1, double y0, double y1);
 
+/* The whole panel in columns times rows fields, row by row from the top: field number
+ * hue * shades + shade is of that hue, of so many, and of that shade, the first one dark. */
+void draw_fields(const struct panel *p, int columns, int rows, const unsigned char *field, int hues,
+                 int shades);
+
 /* Words: line 0, 1, ... inside at the top; below the axis, in the middle at x. */
 void draw_key(const struct panel *p, int line, const char *text);
 void draw_label(const struct panel *p, double x, const char *text);

@@ -11,7 +11,7 @@
  *   kef_vtm_kernel_tF_ctab  the relative cost of an element in each slot;
  *                           VTM_COST_DATA_MOVEMENT for Pack and Unpack
  *
- * The costs of sExp, dExp, dLn, dPow and dAdd are anchors: settled values, which
+ * The costs of sExp, dExp, cExp, zExp, dLn, dPow and dAdd are anchors: settled values, which
  * measured speeds miss by factors up to 2. The others are measured cycles times the
  * factor that fits the anchors best (least squares of logarithms). Functions of one
  * loop and formula have one cost, an anchor's where one of them is an anchor.
@@ -45,14 +45,24 @@ KEF_BEGIN_DECLS
 
 typedef void (*kef_vtm_s_map1)(int32_t n, const float *a, float *r);
 typedef void (*kef_vtm_d_map1)(int32_t n, const double *a, double *r);
+typedef void (*kef_vtm_c_modulus)(int32_t n, const kef_complex8 *a, float *r);
+typedef void (*kef_vtm_z_modulus)(int32_t n, const kef_complex16 *a, double *r);
+typedef void (*kef_vtm_c_map1)(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+typedef void (*kef_vtm_z_map1)(int32_t n, const kef_complex16 *a, kef_complex16 *r);
 typedef void (*kef_vtm_s_map2)(int32_t n, const float *a, const float *b, float *r);
 typedef void (*kef_vtm_d_map2)(int32_t n, const double *a, const double *b, double *r);
+typedef void (*kef_vtm_c_map2)(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+typedef void (*kef_vtm_z_map2)(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+typedef void (*kef_vtm_c_from_real)(int32_t n, const float *a, kef_complex8 *r);
+typedef void (*kef_vtm_z_from_real)(int32_t n, const double *a, kef_complex16 *r);
 typedef void (*kef_vtm_s_linear_frac)(int32_t n, const float *a, const float *b, float scalea, float shifta, float scaleb, float shiftb, float *r);
 typedef void (*kef_vtm_d_linear_frac)(int32_t n, const double *a, const double *b, double scalea, double shifta, double scaleb, double shiftb, double *r);
 typedef void (*kef_vtm_s_map1x2)(int32_t n, const float *a, float *y, float *z);
 typedef void (*kef_vtm_d_map1x2)(int32_t n, const double *a, double *y, double *z);
 typedef void (*kef_vtm_s_mapx)(int32_t n, const float *a, float b, float *r);
 typedef void (*kef_vtm_d_mapx)(int32_t n, const double *a, double b, double *r);
+typedef void (*kef_vtm_c_mapx)(int32_t n, const kef_complex8 *a, kef_complex8 b, kef_complex8 *r);
+typedef void (*kef_vtm_z_mapx)(int32_t n, const kef_complex16 *a, kef_complex16 b, kef_complex16 *r);
 typedef void (*kef_vtm_s_pack_i)(int64_t n, const float *a, int64_t inca, float *y, int32_t width);
 typedef void (*kef_vtm_d_pack_i)(int64_t n, const double *a, int64_t inca, double *y, int32_t width);
 typedef void (*kef_vtm_c_pack_i)(int64_t n, const kef_complex8 *a, int64_t inca, kef_complex8 *y, int32_t width);
@@ -84,6 +94,20 @@ KEF_API void _vtmdAbs_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAbs_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAbs_ctab[3];
 
+KEF_API void _vtmcAbs(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcAbs_HA(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcAbs_21(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcAbs_11(int32_t n, const kef_complex8 *a, float *r);
+extern KEF_API kef_vtm_c_modulus kef_vtm_kernel_cAbs_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAbs_ctab[3];
+
+KEF_API void _vtmzAbs(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzAbs_HA(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzAbs_50(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzAbs_26(int32_t n, const kef_complex16 *a, double *r);
+extern KEF_API kef_vtm_z_modulus kef_vtm_kernel_zAbs_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAbs_ctab[3];
+
 KEF_API void _vtmsAcos(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAcos_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAcos_21(int32_t n, const float *a, float *r);
@@ -97,6 +121,20 @@ KEF_API void _vtmdAcos_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdAcos_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcos_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAcos_ctab[3];
+
+KEF_API void _vtmcAcos(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcos_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcos_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcos_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAcos_ctab[3];
+
+KEF_API void _vtmzAcos(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcos_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcos_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcos_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAcos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAcos_ctab[3];
 
 KEF_API void _vtmsAsin(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAsin_HA(int32_t n, const float *a, float *r);
@@ -112,6 +150,20 @@ KEF_API void _vtmdAsin_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsin_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAsin_ctab[3];
 
+KEF_API void _vtmcAsin(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsin_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsin_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsin_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAsin_ctab[3];
+
+KEF_API void _vtmzAsin(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsin_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsin_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsin_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAsin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAsin_ctab[3];
+
 KEF_API void _vtmsAtan(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtan_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtan_21(int32_t n, const float *a, float *r);
@@ -125,6 +177,20 @@ KEF_API void _vtmdAtan_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdAtan_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtan_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtan_ctab[3];
+
+KEF_API void _vtmcAtan(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtan_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtan_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtan_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAtan_ctab[3];
+
+KEF_API void _vtmzAtan(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtan_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtan_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtan_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAtan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAtan_ctab[3];
 
 KEF_API void _vtmsAcosh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAcosh_HA(int32_t n, const float *a, float *r);
@@ -140,6 +206,20 @@ KEF_API void _vtmdAcosh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAcosh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAcosh_ctab[3];
 
+KEF_API void _vtmcAcosh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcosh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcosh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAcosh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAcosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAcosh_ctab[3];
+
+KEF_API void _vtmzAcosh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcosh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcosh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAcosh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAcosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAcosh_ctab[3];
+
 KEF_API void _vtmsAsinh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAsinh_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAsinh_21(int32_t n, const float *a, float *r);
@@ -153,6 +233,20 @@ KEF_API void _vtmdAsinh_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdAsinh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAsinh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAsinh_ctab[3];
+
+KEF_API void _vtmcAsinh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsinh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsinh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAsinh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAsinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAsinh_ctab[3];
+
+KEF_API void _vtmzAsinh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsinh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsinh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAsinh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAsinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAsinh_ctab[3];
 
 KEF_API void _vtmsAtanh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsAtanh_HA(int32_t n, const float *a, float *r);
@@ -168,6 +262,20 @@ KEF_API void _vtmdAtanh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dAtanh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtanh_ctab[3];
 
+KEF_API void _vtmcAtanh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtanh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtanh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcAtanh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cAtanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAtanh_ctab[3];
+
+KEF_API void _vtmzAtanh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtanh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtanh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzAtanh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zAtanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAtanh_ctab[3];
+
 KEF_API void _vtmsAdd(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAdd_21(int32_t n, const float *a, const float *b, float *r);
@@ -181,6 +289,20 @@ KEF_API void _vtmdAdd_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdAdd_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAdd_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAdd_ctab[3];
+
+KEF_API void _vtmcAdd(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcAdd_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcAdd_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcAdd_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cAdd_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cAdd_ctab[3];
+
+KEF_API void _vtmzAdd(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzAdd_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzAdd_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzAdd_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zAdd_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zAdd_ctab[3];
 
 KEF_API void _vtmsSub(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsSub_HA(int32_t n, const float *a, const float *b, float *r);
@@ -196,6 +318,20 @@ KEF_API void _vtmdSub_26(int32_t n, const double *a, const double *b, double *r)
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dSub_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSub_ctab[3];
 
+KEF_API void _vtmcSub(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcSub_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcSub_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcSub_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cSub_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cSub_ctab[3];
+
+KEF_API void _vtmzSub(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzSub_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzSub_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzSub_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zSub_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zSub_ctab[3];
+
 KEF_API void _vtmsMul(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsMul_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsMul_21(int32_t n, const float *a, const float *b, float *r);
@@ -209,6 +345,20 @@ KEF_API void _vtmdMul_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdMul_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dMul_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dMul_ctab[3];
+
+KEF_API void _vtmcMul(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMul_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMul_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMul_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cMul_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cMul_ctab[3];
+
+KEF_API void _vtmzMul(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMul_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMul_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMul_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zMul_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zMul_ctab[3];
 
 KEF_API void _vtmsDiv(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsDiv_HA(int32_t n, const float *a, const float *b, float *r);
@@ -224,6 +374,34 @@ KEF_API void _vtmdDiv_26(int32_t n, const double *a, const double *b, double *r)
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dDiv_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dDiv_ctab[3];
 
+KEF_API void _vtmcDiv(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcDiv_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcDiv_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcDiv_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cDiv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cDiv_ctab[3];
+
+KEF_API void _vtmzDiv(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzDiv_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzDiv_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzDiv_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zDiv_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zDiv_ctab[3];
+
+KEF_API void _vtmcArg(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcArg_HA(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcArg_21(int32_t n, const kef_complex8 *a, float *r);
+KEF_API void _vtmcArg_11(int32_t n, const kef_complex8 *a, float *r);
+extern KEF_API kef_vtm_c_modulus kef_vtm_kernel_cArg_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cArg_ctab[3];
+
+KEF_API void _vtmzArg(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzArg_HA(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzArg_50(int32_t n, const kef_complex16 *a, double *r);
+KEF_API void _vtmzArg_26(int32_t n, const kef_complex16 *a, double *r);
+extern KEF_API kef_vtm_z_modulus kef_vtm_kernel_zArg_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zArg_ctab[3];
+
 KEF_API void _vtmsAtan2(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAtan2_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsAtan2_21(int32_t n, const float *a, const float *b, float *r);
@@ -237,6 +415,20 @@ KEF_API void _vtmdAtan2_50(int32_t n, const double *a, const double *b, double *
 KEF_API void _vtmdAtan2_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dAtan2_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dAtan2_ctab[3];
+
+KEF_API void _vtmcCIS(int32_t n, const float *a, kef_complex8 *r);
+KEF_API void _vtmcCIS_HA(int32_t n, const float *a, kef_complex8 *r);
+KEF_API void _vtmcCIS_21(int32_t n, const float *a, kef_complex8 *r);
+KEF_API void _vtmcCIS_11(int32_t n, const float *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_from_real kef_vtm_kernel_cCIS_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cCIS_ctab[3];
+
+KEF_API void _vtmzCIS(int32_t n, const double *a, kef_complex16 *r);
+KEF_API void _vtmzCIS_HA(int32_t n, const double *a, kef_complex16 *r);
+KEF_API void _vtmzCIS_50(int32_t n, const double *a, kef_complex16 *r);
+KEF_API void _vtmzCIS_26(int32_t n, const double *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_from_real kef_vtm_kernel_zCIS_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zCIS_ctab[3];
 
 KEF_API void _vtmsCbrt(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCbrt_HA(int32_t n, const float *a, float *r);
@@ -378,6 +570,20 @@ KEF_API void _vtmdNearbyInt_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dNearbyInt_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dNearbyInt_ctab[3];
 
+KEF_API void _vtmcConj(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcConj_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcConj_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcConj_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cConj_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cConj_ctab[3];
+
+KEF_API void _vtmzConj(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzConj_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzConj_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzConj_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zConj_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zConj_ctab[3];
+
 KEF_API void _vtmsCos(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCos_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCos_21(int32_t n, const float *a, float *r);
@@ -391,6 +597,20 @@ KEF_API void _vtmdCos_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdCos_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCos_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dCos_ctab[3];
+
+KEF_API void _vtmcCos(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCos_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCos_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCos_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cCos_ctab[3];
+
+KEF_API void _vtmzCos(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCos_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCos_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCos_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zCos_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zCos_ctab[3];
 
 KEF_API void _vtmsSin(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSin_HA(int32_t n, const float *a, float *r);
@@ -406,6 +626,20 @@ KEF_API void _vtmdSin_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSin_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSin_ctab[3];
 
+KEF_API void _vtmcSin(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSin_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSin_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSin_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cSin_ctab[3];
+
+KEF_API void _vtmzSin(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSin_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSin_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSin_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zSin_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zSin_ctab[3];
+
 KEF_API void _vtmsTan(int32_t n, const float *a, float *r);
 KEF_API void _vtmsTan_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsTan_21(int32_t n, const float *a, float *r);
@@ -419,6 +653,20 @@ KEF_API void _vtmdTan_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdTan_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTan_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dTan_ctab[3];
+
+KEF_API void _vtmcTan(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTan_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTan_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTan_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cTan_ctab[3];
+
+KEF_API void _vtmzTan(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTan_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTan_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTan_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zTan_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zTan_ctab[3];
 
 KEF_API void _vtmsCosh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsCosh_HA(int32_t n, const float *a, float *r);
@@ -434,6 +682,20 @@ KEF_API void _vtmdCosh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dCosh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dCosh_ctab[3];
 
+KEF_API void _vtmcCosh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCosh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCosh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcCosh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cCosh_ctab[3];
+
+KEF_API void _vtmzCosh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCosh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCosh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzCosh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zCosh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zCosh_ctab[3];
+
 KEF_API void _vtmsSinh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSinh_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsSinh_21(int32_t n, const float *a, float *r);
@@ -448,6 +710,20 @@ KEF_API void _vtmdSinh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSinh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSinh_ctab[3];
 
+KEF_API void _vtmcSinh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSinh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSinh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSinh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cSinh_ctab[3];
+
+KEF_API void _vtmzSinh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSinh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSinh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSinh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zSinh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zSinh_ctab[3];
+
 KEF_API void _vtmsTanh(int32_t n, const float *a, float *r);
 KEF_API void _vtmsTanh_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsTanh_21(int32_t n, const float *a, float *r);
@@ -461,6 +737,20 @@ KEF_API void _vtmdTanh_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdTanh_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dTanh_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dTanh_ctab[3];
+
+KEF_API void _vtmcTanh(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTanh_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTanh_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcTanh_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cTanh_ctab[3];
+
+KEF_API void _vtmzTanh(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTanh_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTanh_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzTanh_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zTanh_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zTanh_ctab[3];
 
 KEF_API void _vtmsErf(int32_t n, const float *a, float *r);
 KEF_API void _vtmsErf_HA(int32_t n, const float *a, float *r);
@@ -532,6 +822,20 @@ KEF_API void _vtmdExp_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dExp_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dExp_ctab[3];
 
+KEF_API void _vtmcExp(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcExp_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcExp_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcExp_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cExp_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cExp_ctab[3];
+
+KEF_API void _vtmzExp(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzExp_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzExp_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzExp_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zExp_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zExp_ctab[3];
+
 KEF_API void _vtmsLn(int32_t n, const float *a, float *r);
 KEF_API void _vtmsLn_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsLn_21(int32_t n, const float *a, float *r);
@@ -546,6 +850,20 @@ KEF_API void _vtmdLn_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLn_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLn_ctab[3];
 
+KEF_API void _vtmcLn(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLn_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLn_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLn_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cLn_ctab[3];
+
+KEF_API void _vtmzLn(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLn_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLn_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLn_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zLn_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zLn_ctab[3];
+
 KEF_API void _vtmsLog10(int32_t n, const float *a, float *r);
 KEF_API void _vtmsLog10_HA(int32_t n, const float *a, float *r);
 KEF_API void _vtmsLog10_21(int32_t n, const float *a, float *r);
@@ -559,6 +877,20 @@ KEF_API void _vtmdLog10_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdLog10_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dLog10_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dLog10_ctab[3];
+
+KEF_API void _vtmcLog10(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLog10_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLog10_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcLog10_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cLog10_ctab[3];
+
+KEF_API void _vtmzLog10(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLog10_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLog10_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzLog10_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zLog10_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zLog10_ctab[3];
 
 KEF_API void _vtmsExpm1(int32_t n, const float *a, float *r);
 KEF_API void _vtmsExpm1_HA(int32_t n, const float *a, float *r);
@@ -700,6 +1032,20 @@ KEF_API void _vtmdModf_26(int32_t n, const double *a, double *y, double *z);
 extern KEF_API kef_vtm_d_map1x2 kef_vtm_kernel_dModf_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dModf_ctab[3];
 
+KEF_API void _vtmcMulByConj(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMulByConj_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMulByConj_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcMulByConj_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cMulByConj_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cMulByConj_ctab[3];
+
+KEF_API void _vtmzMulByConj(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMulByConj_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMulByConj_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzMulByConj_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zMulByConj_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zMulByConj_ctab[3];
+
 KEF_API void _vtmsPow(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsPow_HA(int32_t n, const float *a, const float *b, float *r);
 KEF_API void _vtmsPow_21(int32_t n, const float *a, const float *b, float *r);
@@ -713,6 +1059,20 @@ KEF_API void _vtmdPow_50(int32_t n, const double *a, const double *b, double *r)
 KEF_API void _vtmdPow_26(int32_t n, const double *a, const double *b, double *r);
 extern KEF_API kef_vtm_d_map2 kef_vtm_kernel_dPow_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dPow_ctab[3];
+
+KEF_API void _vtmcPow(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcPow_HA(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcPow_21(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+KEF_API void _vtmcPow_11(int32_t n, const kef_complex8 *a, const kef_complex8 *b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map2 kef_vtm_kernel_cPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cPow_ctab[3];
+
+KEF_API void _vtmzPow(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzPow_HA(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzPow_50(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+KEF_API void _vtmzPow_26(int32_t n, const kef_complex16 *a, const kef_complex16 *b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map2 kef_vtm_kernel_zPow_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zPow_ctab[3];
 
 KEF_API void _vtmsPow2o3(int32_t n, const float *a, float *r);
 KEF_API void _vtmsPow2o3_HA(int32_t n, const float *a, float *r);
@@ -756,6 +1116,20 @@ KEF_API void _vtmdPowx_26(int32_t n, const double *a, double b, double *r);
 extern KEF_API kef_vtm_d_mapx kef_vtm_kernel_dPowx_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dPowx_ctab[3];
 
+KEF_API void _vtmcPowx(int32_t n, const kef_complex8 *a, kef_complex8 b, kef_complex8 *r);
+KEF_API void _vtmcPowx_HA(int32_t n, const kef_complex8 *a, kef_complex8 b, kef_complex8 *r);
+KEF_API void _vtmcPowx_21(int32_t n, const kef_complex8 *a, kef_complex8 b, kef_complex8 *r);
+KEF_API void _vtmcPowx_11(int32_t n, const kef_complex8 *a, kef_complex8 b, kef_complex8 *r);
+extern KEF_API kef_vtm_c_mapx kef_vtm_kernel_cPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cPowx_ctab[3];
+
+KEF_API void _vtmzPowx(int32_t n, const kef_complex16 *a, kef_complex16 b, kef_complex16 *r);
+KEF_API void _vtmzPowx_HA(int32_t n, const kef_complex16 *a, kef_complex16 b, kef_complex16 *r);
+KEF_API void _vtmzPowx_50(int32_t n, const kef_complex16 *a, kef_complex16 b, kef_complex16 *r);
+KEF_API void _vtmzPowx_26(int32_t n, const kef_complex16 *a, kef_complex16 b, kef_complex16 *r);
+extern KEF_API kef_vtm_z_mapx kef_vtm_kernel_zPowx_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zPowx_ctab[3];
+
 KEF_API void _vtmsSinCos(int32_t n, const float *a, float *y, float *z);
 KEF_API void _vtmsSinCos_HA(int32_t n, const float *a, float *y, float *z);
 KEF_API void _vtmsSinCos_21(int32_t n, const float *a, float *y, float *z);
@@ -783,6 +1157,20 @@ KEF_API void _vtmdSqrt_50(int32_t n, const double *a, double *r);
 KEF_API void _vtmdSqrt_26(int32_t n, const double *a, double *r);
 extern KEF_API kef_vtm_d_map1 kef_vtm_kernel_dSqrt_ttab[3];
 extern KEF_API const float kef_vtm_kernel_dSqrt_ctab[3];
+
+KEF_API void _vtmcSqrt(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSqrt_HA(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSqrt_21(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+KEF_API void _vtmcSqrt_11(int32_t n, const kef_complex8 *a, kef_complex8 *r);
+extern KEF_API kef_vtm_c_map1 kef_vtm_kernel_cSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_cSqrt_ctab[3];
+
+KEF_API void _vtmzSqrt(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSqrt_HA(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSqrt_50(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+KEF_API void _vtmzSqrt_26(int32_t n, const kef_complex16 *a, kef_complex16 *r);
+extern KEF_API kef_vtm_z_map1 kef_vtm_kernel_zSqrt_ttab[3];
+extern KEF_API const float kef_vtm_kernel_zSqrt_ctab[3];
 
 KEF_API void _vtmsPackI(int64_t n, const float *a, int64_t inca, float *y);
 KEF_API void _vtmsPackI_HA(int64_t n, const float *a, int64_t inca, float *y);

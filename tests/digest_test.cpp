@@ -62,18 +62,19 @@ template <class T> std::vector<T> arguments(const std::string& seed, bool second
     return x;
 }
 
-// The arguments of each function in tests/data/worst_arguments.txt: name, bits, bits or nothing.
-std::multimap<std::string, std::pair<std::uint64_t, std::uint64_t>> worst_arguments() {
-    std::multimap<std::string, std::pair<std::uint64_t, std::uint64_t>> result;
+// The arguments of each function in tests/data/worst_arguments.txt: name, bits of the components of
+// both arguments.
+std::multimap<std::string, std::vector<std::uint64_t>> worst_arguments() {
+    std::multimap<std::string, std::vector<std::uint64_t>> result;
     std::ifstream file(KEF_SOURCE_DIR "/tests/data/worst_arguments.txt");
     for (std::string line; std::getline(file, line);) {
         std::istringstream words(line);
         std::string name;
-        std::uint64_t a = 0, b = 0;
-        if (words >> name >> std::hex >> a) {
-            words >> b;
-            result.insert({name, {a, b}});
-        }
+        std::vector<std::uint64_t> components;
+        words >> name >> std::hex;
+        for (std::uint64_t bits; words >> bits;) components.push_back(bits);
+        components.resize(4);
+        result.insert({name, components});
     }
     return result;
 }
@@ -82,13 +83,18 @@ template <class T> void vector_math(const kef_test::Row& row, Lines& lines) {
     using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
     static const auto worst = worst_arguments();
     std::vector<T> a = arguments<T>(row.name(), false), b = arguments<T>(row.name(), true);
-    const auto [first, last] = worst.equal_range(row.name());
-    for (auto i = first; i != last; ++i) {
-        a.push_back(std::bit_cast<T>(static_cast<Bits>(i->second.first)));
-        b.push_back(std::bit_cast<T>(static_cast<Bits>(i->second.second)));
-    }
     // Complex elements take their parts from a run of numbers.
-    const int parts = std::max(row.argument_parts, row.result_parts);
+    const int parts = row.argument_parts;
+    while (a.size() % parts != 0) a.push_back(1), b.push_back(1);
+    const auto [first, last] = worst.equal_range(row.name());
+    for (auto i = first; i != last; ++i)
+        for (int part = 0; part < parts; ++part) {
+            const auto number = [&](int component) {
+                return std::bit_cast<T>(static_cast<Bits>(i->second[component]));
+            };
+            a.push_back(number(part));
+            b.push_back(number(parts + part));
+        }
     const auto n = static_cast<std::int32_t>(a.size() / parts);
     const std::vector<std::vector<T>> scalars =
         row.scalars == 1 ? std::vector<std::vector<T>>{{T(2.5), T(0.5)}, {3, 0}, {T(-0.5), -1}}
@@ -96,7 +102,7 @@ template <class T> void vector_math(const kef_test::Row& row, Lines& lines) {
     for (int slot = 0; slot < 3; ++slot) {
         Digest digest;
         for (const std::vector<T>& s : scalars) {
-            std::vector<T> r(a.size()), z(a.size());
+            std::vector<T> r(n * row.result_parts), z(n);
             row.invoke(row.slots[slot], {n, a.data(), b.data(), s.data(), r.data(), z.data()});
             digest.add(r);
             if (row.results > 1) digest.add(z);

@@ -129,13 +129,15 @@ TEST(Surface, EntriesAreBareJumps) {
                 calls += matches(line, "^call") && !matches(line, "get_pc_thunk");
                 frames += matches(line, "^(push|sub .*[er]sp|and .*[er]sp|mov .*,%[er]bp)");
             }
-            // The forwarders of Pack and Unpack have one more argument to pass.
-            if (row.element_wise() || sizeof(void*) == 8) {
+            // The forwarders of Pack and Unpack have one more argument to pass; that of zPowx hands
+            // on a copy of its arguments.
+            const bool copies = row.name() == "zPowx" && entry == row.entries[3];
+            if (copies || !(row.element_wise() || sizeof(void*) == 8)) {
+                EXPECT_EQ(calls, 1);
+            } else {
                 EXPECT_EQ(calls, 0);
                 EXPECT_EQ(frames, 0);
                 EXPECT_TRUE(matches(body.back(), R"(^(notrack )?jmp +\*)")) << body.back();
-            } else {
-                EXPECT_EQ(calls, 1);
             }
         }
 }

@@ -34,7 +34,8 @@ TEST(Surface, EveryFunctionIsDocumented) {
         const std::string name = row.function, figures = "| " + row.name() + " ";
         EXPECT_NE(errors.find("`" + name + "`"), errors.npos) << name;
         if (name.find("ack") != name.npos) continue;
-        EXPECT_NE(lines.find("(" + name + ", "), lines.npos) << name;
+        if (row.type == 's' || row.type == 'd')
+            EXPECT_NE(lines.find("(" + name + ", "), lines.npos) << name;
         EXPECT_NE(accuracy.find(figures), accuracy.npos) << row.name();
         EXPECT_NE(speed.find(figures), speed.npos) << row.name();
     }
@@ -50,7 +51,8 @@ TEST(Surface, ListsEveryFunctionOfEveryType) {
 TEST(Surface, FourNamesOfARowReachItsSlots) {
     for (const Row& row : rows()) {
         SCOPED_TRACE(row.name());
-        EXPECT_EQ(row.entries[3], row.entries[1]) << "the plain name is another entry";
+        EXPECT_EQ(row.entries[3] == row.entries[1], row.name() != "zPowx")
+            << "whether the plain name is the entry of slot 1";
         EXPECT_NE(row.entries[0], row.entries[1]);
         EXPECT_NE(row.entries[2], row.entries[1]);
         for (int i : {0, 1, 2})

@@ -39,7 +39,8 @@ public:
     // Runs the error handler: with the caller's masks, so that an exception that he
     // unmasked is trapped, and with the flags that he had, so that a signal names the
     // exception of the report; what the handler raises stays.
-    template <class T> [[gnu::noinline, gnu::cold]] void report(const ElementError<T>& error) {
+    template <class Argument, class Result>
+    [[gnu::noinline, gnu::cold]] void report(const ElementError<Argument, Result>& error) {
         const std::uint32_t computing = _mm_getcsr();
         _mm_setcsr((own_ & ~(masks | flags)) | (callers_ & (masks | flags)));
         handle_error(error);

@@ -116,4 +116,13 @@ template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     }
 }
 
+// log10(e), and as a sum whose first term has 26 bits; ln x as log10 x.
+inline constexpr double log10_e = from_bits(UINT64_C(0x3FDBCB7B1526E50E)),
+                        log10_e_high = from_bits(UINT64_C(0x3FDBCB7B10000000)),
+                        log10_e_low = from_bits(UINT64_C(0x3E349B9438CA9AAE));
+inline Parts log10_parts(Parts log) {
+    const doubles high = leading(log.high), rest = (log.high - high) + log.low;
+    return {high * log10_e_high, high * log10_e_low + rest * log10_e};
+}
+
 }  // namespace KEF_VM

@@ -24,14 +24,9 @@ template <class Accuracy> inline Parts exponent_halves(doubles y) {
     return {high, y - high};
 }
 
-// ln x = high + low, |low| < 2^-16 |high|, relative error below 2^-67: the square of
-// r = z/c - 1 is taken exactly. Polynomial: 2^-73.4.
-inline Parts log_extended(doubles x, double shift = 0) {
-    using namespace log_constants;
-    LogReduced reduced = log_reduce(x);
-    const doubles k = reduced.k + shift;
-    const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
-    const Parts r = fast_two_sum(u.high, u.low);
+// k ln2 + ln c + ln(1 + r) = high + low, |low| < 2^-16 |high|, relative error below 2^-67: the
+// square of a normalised r is taken exactly. Polynomial: 2^-73.4.
+inline Parts log_extended_sum(const LogReduced& reduced, doubles k, Parts r) {
     const doubles w = k * ln2_high + reduced.row.field(&LogEntry::high);  // exact
     const Parts first = fast_two_sum(w, r.high);
     // -r^2/2 = -r_high^2/2 - tail (r_high + r)/2
@@ -43,6 +38,14 @@ inline Parts log_extended(doubles x, double shift = 0) {
     const doubles t = r.high, t2 = t * t, cubic = (t * t2) * polynomial_by_pairs(t, t2, c);
     const doubles small = (reduced.row.field(&LogEntry::low) + k * ln2_low) + r.low;
     return {high.high, cubic + (square_rest + (small + (first.low + high.low)))};
+}
+
+// ln x by it.
+inline Parts log_extended(doubles x, double shift = 0) {
+    LogReduced reduced = log_reduce(x);
+    const doubles k = reduced.k + shift;
+    const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
+    return log_extended_sum(reduced, k, fast_two_sum(u.high, u.low));
 }
 
 // y ln x = high + low, |low| < 2^-7; for positive normal x.

@@ -32,10 +32,18 @@ namespace KEF_VM {
 struct TrigPowers {
     doubles r, sine, cosine;  // sin r - r, cos r - 1
 };
-inline TrigPowers trig_powers(const TrigReduced& x) {
-    // sin: relative error 2^-61.1; cos: absolute 2^-58.3.
+// sin: relative error 2^-61.1; cos: absolute 2^-58.3, or 2^-74 by Taylor's series, for quotients of
+// products.
+struct ShortCosine {
+    static constexpr auto c = coefficients(0xBFDFFFFFFFFFC416, 0x3FA55552E2B72FB5);
+};
+struct LongCosine {
+    static constexpr auto c =
+        coefficients(0xBFE0000000000000, 0x3FA5555555555555, 0xBF56C16C16C16C17);
+};
+template <class Cosine = ShortCosine> inline TrigPowers trig_powers(const TrigReduced& x) {
     constexpr auto s = coefficients(0xBFC5555555554437, 0x3F81110FAAFF7A50);
-    constexpr auto c = coefficients(0xBFDFFFFFFFFFC416, 0x3FA55552E2B72FB5);
+    constexpr auto& c = Cosine::c;
     const doubles r = x.high, r2 = r * r;
     return {r, multiply_add(r * r2, polynomial(r2, s), x.low), r2 * polynomial(r2, c)};
 }
@@ -68,9 +76,10 @@ template <int bias, TrigReach reach> inline doubles sine_core(doubles x) {
 }
 
 // One element of any size, normalised.
+template <class Cosine = ShortCosine>
 inline DoubleDouble<double> sine_one(const TrigReduced& x, int bias) {
     const longs k = x.k + static_cast<std::int64_t>(bias);
-    const Parts parts = sine_parts(k, trig_powers(x));
+    const Parts parts = sine_parts(k, trig_powers<Cosine>(x));
     const Parts sum = fast_two_sum(parts.high, parts.low);
     const Parts r = flipped(sum, sine_sign(k));
     return {r.high[0], r.low[0]};

@@ -17,16 +17,6 @@ namespace kef::vm {
 
 namespace {
 
-constexpr double log10_e = from_bits(UINT64_C(0x3FDBCB7B1526E50E));
-// log10(e) = high + low, high with 26 bits.
-constexpr double log10_e_high = from_bits(UINT64_C(0x3FDBCB7B10000000));
-constexpr double log10_e_low = from_bits(UINT64_C(0x3E349B9438CA9AAE));
-
-inline Parts log10_parts(Parts log) {
-    const doubles high = leading(log.high), rest = (log.high - high) + log.low;
-    return {high * log10_e_high, high * log10_e_low + rest * log10_e};
-}
-
 template <class Accuracy> inline doubles log10_core(doubles x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(log10_parts(log_parts(x, shift)));

@@ -81,9 +81,8 @@ inline Parts multiply(Parts a, Parts b) {
 
 // a / b for normalised a and b, relative error below 2^-74, from a quotient and its remainder,
 // which is exact but for b.low: without fused operations a quotient of 26 bits. The low part is
-// below 2^-25 of the high one.
-inline Parts divide(Parts a, Parts b) {
-    const doubles inverse = 1.0 / b.high;
+// below 2^-25 of the high one. `inverse`: 1 / b.high.
+inline Parts divide(Parts a, Parts b, doubles inverse) {
     if constexpr (is_fused) {
         const doubles q = a.high * inverse;
         const doubles rest = negative_multiply_add(q, b.high, a.high);
@@ -94,13 +93,22 @@ inline Parts divide(Parts a, Parts b) {
     return {q, rest * inverse};
 }
 
-// The root of a normalised sum, relative error about 2^-100; a = 0 gives 0.
-inline Parts root(Parts a) {
+inline Parts divide(Parts a, Parts b) { return divide(a, b, 1.0 / b.high); }
+
+// The root of a normalised sum, relative error about 2^-100; a = 0 gives 0. `half_inverse`: half of
+// its inverse.
+struct RootAndInverse {
+    Parts root;
+    doubles half_inverse;
+};
+inline RootAndInverse root_and_inverse(Parts a) {
     const doubles s = square_root(a.high);
     const Parts back = two_square(s);
     const doubles rest = ((a.high - back.high) - back.low) + a.low;
-    return {s, rest * (0.5 / maximum(s, all(0x1p-500)))};
+    const doubles half_inverse = 0.5 / maximum(s, all(0x1p-500));
+    return {{s, rest * half_inverse}, half_inverse};
 }
+inline Parts root(Parts a) { return root_and_inverse(a).root; }
 
 inline Parts select(longs mask, Parts x, Parts y) {
     return {select(mask, x.high, y.high), select(mask, x.low, y.low)};

@@ -21,7 +21,8 @@
 //                          the same bits as fast
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
-//   k.scalar()             the second argument of a kernel that has a vector and a scalar
+//   k.scalar()             the second argument of a kernel that has a vector and a scalar, as an
+//                          element
 //   K::arithmetic          optional: one arithmetic operation, whose flags stay raised;
 //                          all other kernels raise none (vm/control/control.h)
 //
@@ -31,15 +32,21 @@
 // lanes are computed by the formula that is for each, and only those that both gates or `refuse`
 // hold back come to the edge. So an element's result does not depend on its place, its neighbours,
 // on n or on alignment.
+//
+// A complex number is two arguments or results to a kernel, its real and its imaginary part: T is
+// the type of the parts, and the arrays alone know that they stand side by side.
 #pragma once
 
 #include <array>
 #include <bit>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
 #include "vm/control/control.h"
+#include "vm/simd/pairs.h"
 #include "vm/simd/simd.h"
+#include "vm/surface/shapes.h"
 
 namespace KEF_VM {
 
@@ -114,32 +121,107 @@ template <> struct Group<float> {
     }
 };
 
-// A group of each array from i on, whole or padded.
-template <class T, std::size_t I>
-inline std::array<Group<T>, I> group_at(const std::array<const T*, I>& in, int i) {
-    std::array<Group<T>, I> x;
-    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::at(in[j] + i);
-    return x;
+// As many real and imaginary parts, which alternate in memory.
+template <class T> struct Pairs { Group<T> re, im; };
+template <class T> inline Pairs<T> pairs_of(auto vectors_at) {
+    if constexpr (std::is_same_v<T, float>) {
+        const Two<floats> x = vectors_at(0);
+        return {{x.first}, {x.second}};
+    } else {
+        const Two<doubles> x = vectors_at(0), y = vectors_at(Group<T>::half);
+        return {{x.first, y.first}, {x.second, y.second}};
+    }
 }
-template <class T, std::size_t I>
-inline std::array<Group<T>, I> padded_at(const std::array<const T*, I>& in, int i, int count) {
-    std::array<Group<T>, I> x;
-    for (std::size_t j = 0; j < I; ++j) x[j] = Group<T>::padded(in[j] + i, count);
-    return x;
+template <class T> inline void store_pairs_at(T* p, const Group<T>& re, const Group<T>& im) {
+    if constexpr (std::is_same_v<T, float>) store_pairs(p, re.whole, im.whole);
+    else store_pairs(p, re.low, im.low), store_pairs(p + group, re.high, im.high);
 }
 
-// The results at i of each array, all of them or as many as `count` says.
-template <class T, std::size_t O> inline auto storing(const std::array<T*, O>& out, int i) {
-    return [&out, i](const auto& y) {
-        for (std::size_t j = 0; j < O; ++j) y[j].store_at(out[j] + i);
-    };
-}
-template <class T, std::size_t O>
-inline auto storing(const std::array<T*, O>& out, int i, int count) {
-    return [&out, i, count](const auto& y) {
-        for (std::size_t j = 0; j < O; ++j) y[j].store_some_at(out[j] + i, count);
-    };
-}
+// The N arrays of the arguments or of the results: their components in vectors and groups. E is the
+// type of an element, const where they are read.
+template <class E, std::size_t N> struct Arrays {
+    using Element = std::remove_const_t<E>;
+    using T = Real<Element>;
+    static constexpr bool complex = sizeof(Element) > sizeof(T);
+    static constexpr std::size_t components = complex ? 2 * N : N;
+    using Groups = std::array<Group<T>, components>;
+
+    // From i on: one vector, a whole group, and a group padded with the last of `count` elements.
+    std::array<Vector<T>, components> vectors_at(int i) const {
+        std::array<Vector<T>, components> x;
+        for (std::size_t j = 0; j < N; ++j)
+            if constexpr (complex) {
+                const auto [re, im] = load_pairs<T>(parts(j, i));
+                x[2 * j] = re, x[2 * j + 1] = im;
+            } else {
+                x[j] = load(p[j] + i);
+            }
+        return x;
+    }
+    Groups group_at(int i) const {
+        Groups x;
+        for (std::size_t j = 0; j < N; ++j)
+            if constexpr (complex)
+                set_pair(x, j, pairs_of<T>([&](int m) { return load_pairs<T>(parts(j, i + m)); }));
+            else x[j] = Group<T>::at(p[j] + i);
+        return x;
+    }
+    Groups padded_at(int i, int count) const {
+        Groups x;
+        for (std::size_t j = 0; j < N; ++j)
+            if constexpr (complex)
+                set_pair(x, j, pairs_of<T>([&](int m) {
+                             return load_some_pairs<T>(parts(j, i), m, count);
+                         }));
+            else x[j] = Group<T>::padded(p[j] + i, count);
+        return x;
+    }
+
+    // The results at i, all of a group or as many as `count` says.
+    auto storing(int i) const {
+        return [this, i](const auto& y) {
+            for (std::size_t j = 0; j < N; ++j)
+                if constexpr (complex) store_pairs_at(parts(j, i), y[2 * j], y[2 * j + 1]);
+                else y[j].store_at(p[j] + i);
+        };
+    }
+    auto storing(int i, int count) const {
+        return [this, i, count](const auto& y) {
+            for (std::size_t j = 0; j < N; ++j)
+                if constexpr (complex) {
+                    T whole[2 * group];
+                    store_pairs_at(whole, y[2 * j], y[2 * j + 1]);
+                    for (int m = 0; m < 2 * count; ++m) parts(j, i)[m] = whole[m];
+                } else {
+                    y[j].store_some_at(p[j] + i, count);
+                }
+        };
+    }
+    void store_vectors(int i, const auto& y) const {
+        for (std::size_t j = 0; j < N; ++j)
+            if constexpr (complex) store_pairs(parts(j, i), y[2 * j], y[2 * j + 1]);
+            else store(p[j] + i, y[j]);
+    }
+
+    // One component of element i; and an element of its components.
+    auto& component(std::size_t j, int i) const {
+        if constexpr (complex) return parts(j / 2, i)[j % 2];
+        else return p[j][i];
+    }
+    static Element element(const std::array<T, components>& x, std::size_t j) {
+        if constexpr (complex) return {x[2 * j], x[2 * j + 1]};
+        else return x[j];
+    }
+
+    std::array<E*, N> p;
+
+private:
+    using Part = std::conditional_t<std::is_const_v<E>, const T, T>;
+    Part* parts(std::size_t j, int i) const { return reinterpret_cast<Part*>(p[j] + i); }
+    static void set_pair(Groups& x, std::size_t j, const Pairs<T>& pair) {
+        x[2 * j] = pair.re, x[2 * j + 1] = pair.im;
+    }
+};
 
 // A formula on the vectors of each group.
 template <class Formula, class T, std::size_t I, std::size_t... N>
@@ -166,10 +248,9 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
 }
 
 // The second argument in a report.
-template <class K, class T, std::size_t I>
-inline T second_argument(const K& k, const std::array<T, I>& x) {
+template <class In, class K> inline auto second_argument(const K& k, const auto& x) {
     if constexpr (requires { k.scalar(); }) return k.scalar();
-    else return x[I - 1];
+    else return In::element(x, std::tuple_size_v<decltype(In::p)> - 1);
 }
 
 // The verdicts of the gates on a group: the lanes that the first formula must not see, and those of
@@ -205,6 +286,13 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, auto store_r
     return true;
 }
 
+// Whether the kernel of I arguments and O results has an edge.
+template <class K, class T, std::size_t I, std::size_t O>
+inline constexpr bool has_edge = []<std::size_t... N>(std::index_sequence<N...>) {
+    return requires(const K& k, T x) { k.edge((static_cast<void>(N), x)...); };
+}
+(std::make_index_sequence<I + O>());
+
 // Whether the kernel of I arguments has a second formula, and whether that is good everywhere.
 template <class K, std::size_t I>
 inline constexpr bool has_far = []<std::size_t... N>(std::index_sequence<N...>) {
@@ -220,7 +308,7 @@ template <class K, class T, std::size_t I>
 inline ints beyond(const K& k, const std::array<Group<T>, I>& x) {
     return [&]<std::size_t... N>(std::index_sequence<N...> indices) {
         const ints verdict = k.beyond(x[N].head()...);
-        if constexpr (requires { &K::undefined; })
+        if constexpr (requires(Vector<T> v) { k.undefined((static_cast<void>(N), v)...); })
             return verdict |
                    apply([&](auto... v) { return k.undefined(v...); }, x, indices)[0].head();
         else return verdict;
@@ -242,11 +330,12 @@ inline Shares shares(const K& k, const std::array<Group<T>, I>& x) {
     } else return {first, ~(first | beyond(k, x))};
 }
 
-// A group by both formulas, each with one of its own elements, which begin at `from`, in the lanes
-// that are not its share: what it must not see it does not see. The lanes that are done.
+// A group by both formulas, each with one of its own elements in the lanes that are not its share:
+// what it must not see it does not see. component(j, m): argument j of element m. The lanes that
+// are done.
 template <class K, class T, std::size_t I, std::size_t O>
 inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<T>, I>& x,
-                        const std::array<const T*, I>& from, std::array<Group<T>, O>& y) {
+                        auto component, std::array<Group<T>, O>& y) {
     ints done{};
     const auto compute = [&](ints chosen, auto formula) {
         if (!any_lane(chosen)) return;
@@ -254,7 +343,7 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
         if (!all_lanes(chosen)) {
             const int one = std::countr_zero(Group<T>::set_in(chosen));
             for (std::size_t j = 0; j < I; ++j)
-                some[j] = Group<T>::all_of(from[j][one]).replaced(chosen, x[j]);
+                some[j] = Group<T>::all_of(component(j, one)).replaced(chosen, x[j]);
         }
         const auto r = apply(formula, some, std::make_index_sequence<I>());
         const ints good = chosen & ~refused<O>(k, r);
@@ -268,43 +357,40 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
 
 // Groups that the two formulas compute, up to 16 in a row; the index behind them. The kernel comes
 // by value here and below: where its address never leaves a loop, its fields stay in registers.
-template <class K, class T, std::size_t I, std::size_t O>
-[[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const std::array<const T*, I>& in,
-                                               const std::array<T*, O>& out) {
+template <class K, class In, class Out>
+[[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const In& in, const Out& out) {
     const int most = i + 16 * group, end = most < n ? most : n;
     for (; i <= end - group; i += group) {
-        const auto x = group_at(in, i);
+        const auto x = in.group_at(i);
         Shares share;  // nothing is for the first formula where the second one is good everywhere
         if constexpr (far_is_everywhere<K>) share = {ints{}, ~beyond(k, x)};
         else share = shares(k, x);
         if (!all_lanes(share.first | share.second)) break;
-        std::array<const T*, I> from;
-        for (std::size_t j = 0; j < I; ++j) from[j] = in[j] + i;
-        std::array<Group<T>, O> y{};
-        if (!all_lanes(by_formulas(k, share, x, from, y))) break;
-        storing(out, i)(y);
+        const auto component = [&](std::size_t j, int m) { return in.component(j, i + m); };
+        typename Out::Groups y{};
+        if (!all_lanes(by_formulas(k, share, x, component, y))) break;
+        out.storing(i)(y);
     }
     return i;
 }
 
 // A group of `count` elements that a gate holds back: by the formulas as far as they go; what is
 // left comes to the edge, one by one, with its special results and reports.
-template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline]] void held_back(K k, int i, int count, Guard& guard,
-                                 const std::array<const T*, I>& in, const std::array<T*, O>& out) {
-    const auto x = count < group ? padded_at(in, i, count) : group_at(in, i);
+template <class K, class In, class Out, class Guard>
+[[gnu::noinline]] void held_back(K k, int i, int count, Guard& guard, const In& in,
+                                 const Out& out) {
+    using T = typename In::T;
+    constexpr std::size_t I = In::components, O = Out::components;
+    const auto x = count < group ? in.padded_at(i, count) : in.group_at(i);
     T arguments[I][group], results[O][group];
-    std::array<const T*, I> from;
-    for (std::size_t j = 0; j < I; ++j) {
-        x[j].store_at(arguments[j]);
-        from[j] = arguments[j];
-    }
+    for (std::size_t j = 0; j < I; ++j) x[j].store_at(arguments[j]);
     std::array<Group<T>, O> y{};
-    const ints done = by_formulas(k, shares(k, x), x, from, y);
+    const auto component = [&](std::size_t j, int m) { return arguments[j][m]; };
+    const ints done = by_formulas(k, shares(k, x), x, component, y);
 
     for (std::size_t j = 0; j < O; ++j) {
         y[j].store_at(results[j]);
-        for (int m = 0; m < count; ++m) out[j][i + m] = results[j][m];
+        for (int m = 0; m < count; ++m) out.component(j, i + m) = results[j][m];
     }
     for (unsigned rest = ~Group<T>::set_in(done) & ((1u << count) - 1); rest != 0;
          rest &= rest - 1) {
@@ -313,55 +399,55 @@ template <class K, class T, std::size_t I, std::size_t O, class Guard>
         std::array<T, O> r;
         for (std::size_t j = 0; j < I; ++j) a[j] = arguments[j][m];
         const int status = edge(k, a, r, std::make_index_sequence<I>());
-        for (std::size_t j = 0; j < O; ++j) out[j][i + m] = r[j];
+        for (std::size_t j = 0; j < O; ++j) out.component(j, i + m) = r[j];
         if (status != VTM_STATUS_OK) [[unlikely]]
-            guard.report(ElementError<T>{status, i + m, K::name, in[0], a[0], second_argument(k, a),
-                                         &out[0][i + m], &out[O - 1][i + m]});
+            guard.report(ElementError<typename In::Element, typename Out::Element>{
+                status, i + m, K::name, in.p[0], In::element(a, 0), second_argument<In>(k, a),
+                &out.p.front()[i + m], &out.p.back()[i + m]});
     }
 }
 
 // All groups from one on that the gates hold back, where there is a second formula: by it and the
 // first one in turn; the index behind them. Apart from the main loop, whose index moves by a
 // constant alone: that makes its addresses simple.
-template <class K, class T, std::size_t I, std::size_t O, class Guard>
-[[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard,
-                                           const std::array<const T*, I>& in,
-                                           const std::array<T*, O>& out) {
+template <class K, class In, class Out, class Guard>
+[[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard, const In& in,
+                                           const Out& out) {
     while (i <= n - group) {
         const int behind = far_groups(k, i, n, in, out);
         if (behind == i) held_back(k, i, group, guard, in, out), i += group;
         else i = behind;
-        while (i <= n - group && try_group<O>(k, group_at(in, i), storing(out, i))) i += group;
+        while (i <= n - group && try_group<Out::components>(k, in.group_at(i), out.storing(i)))
+            i += group;
     }
     return i;
 }
 
 // The loop of a kernel without gates, vector by vector; the number of elements done.
-template <class K, class T, std::size_t O, std::size_t... N>
-inline int ungated(const K k, int n, const auto& in, const std::array<T*, O>& out,
-                   std::index_sequence<N...>) {
+template <class K, class In, class Out> inline int ungated(const K k, int n, In in, Out out) {
+    constexpr int step = lanes<typename In::T>;
     int i = 0;
 #pragma GCC unroll 2
-    for (; i <= n - lanes<T>; i += lanes<T>) {
-        const auto y = as_array(k.fast(load(in[N] + i)...));
-        for (std::size_t j = 0; j < O; ++j) store(out[j] + i, y[j]);
+    for (; i <= n - step; i += step) {
+        const auto fast = [&](auto... x) { return as_array(k.fast(x...)); };
+        out.store_vectors(i, std::apply(fast, in.vectors_at(i)));
     }
     return i;
 }
 
-template <class K, class T, std::size_t I, std::size_t O>
-inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O>& out,
-                auto... scalars) {
+template <class K, class In, class Out>
+inline void run(int n, const In& in, const Out& out, auto... scalars) {
     if (n <= 0) return;
-    constexpr bool has_edge = requires { &K::edge; };
+    constexpr std::size_t I = In::components, O = Out::components;
+    constexpr bool has_edge = frame::has_edge<K, typename In::T, I, O>;
     constexpr bool arithmetic = requires { K::arithmetic; };
     ControlGuard<arithmetic> guard;
     const K k{scalars...};  // its arithmetic raises no flags either
 
     int i = 0;
-    if constexpr (!has_edge) i = ungated(k, n, in, out, std::make_index_sequence<I>());
+    if constexpr (!has_edge) i = ungated(k, n, in, out);
     for (; i <= n - group; i += group) {
-        const bool done = try_group<O>(k, group_at(in, i), storing(out, i));
+        const bool done = try_group<O>(k, in.group_at(i), out.storing(i));
         if constexpr (has_far<K, I>) {
             if (!done) [[unlikely]] {
                 i = resume(k, i, n, guard, in, out);
@@ -375,7 +461,7 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
 
     const int rest = n - i;
     if (rest == 0) return;
-    const bool done = try_group<O>(k, padded_at(in, i, rest), storing(out, i, rest));
+    const bool done = try_group<O>(k, in.padded_at(i, rest), out.storing(i, rest));
     if constexpr (has_edge)
         if (!done) [[unlikely]]
             held_back(k, i, rest, guard, in, out);
@@ -383,34 +469,35 @@ inline void run(int n, const std::array<const T*, I>& in, const std::array<T*, O
 
 }  // namespace frame
 
-// Flattened: however long a formula, it is part of the loop. The kernel K is made of the scalars.
-template <class K, class T>
-[[gnu::flatten]] void map1(std::int32_t n, const T* a, T* r, auto... scalars) {
-    frame::run<K, T, 1, 1>(n, {a}, {r}, scalars...);
+// Flattened: however long a formula, it is part of the loop. The kernel K is made of the scalars; E
+// and R are the elements of arguments and results.
+template <class K, class E, class R>
+[[gnu::flatten]] void map1(std::int32_t n, const E* a, R* r, auto... scalars) {
+    frame::run<K>(n, frame::Arrays<const E, 1>{{a}}, frame::Arrays<R, 1>{{r}}, scalars...);
 }
-template <class K, class T>
-[[gnu::flatten]] void map2(std::int32_t n, const T* a, const T* b, T* r, auto... scalars) {
-    frame::run<K, T, 2, 1>(n, {a, b}, {r}, scalars...);
+template <class K, class E>
+[[gnu::flatten]] void map2(std::int32_t n, const E* a, const E* b, E* r, auto... scalars) {
+    frame::run<K>(n, frame::Arrays<const E, 2>{{a, b}}, frame::Arrays<E, 1>{{r}}, scalars...);
 }
-template <class K, class T> [[gnu::flatten]] void map1x2(std::int32_t n, const T* a, T* y, T* z) {
-    frame::run<K, T, 1, 2>(n, {a}, {y, z});
+template <class K, class E> [[gnu::flatten]] void map1x2(std::int32_t n, const E* a, E* y, E* z) {
+    frame::run<K>(n, frame::Arrays<const E, 1>{{a}}, frame::Arrays<E, 2>{{y, z}});
 }
 
 // Define the kernel of a slot, named as in surface.def, from the functor
-// template Function<element, accuracy>.
+// template Function<T, accuracy>, T being the type of the element's parts.
 #define KEF_MAP1(type, function, accuracy)                                                         \
     void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* r) { \
-        map1<function<element_##type, accuracy>>(n, a, r);                                         \
+        map1<function<Real<element_##type>, accuracy>>(n, a, r);                                   \
     }
 #define KEF_MAP2(type, function, accuracy)                                         \
     void type##function##_##accuracy(std::int32_t n, const element_##type* a,      \
                                      const element_##type* b, element_##type* r) { \
-        map2<function<element_##type, accuracy>>(n, a, b, r);                      \
+        map2<function<Real<element_##type>, accuracy>>(n, a, b, r);                \
     }
 #define KEF_MAP1X2(type, function, accuracy)                                                     \
     void type##function##_##accuracy(std::int32_t n, const element_##type* a, element_##type* y, \
                                      element_##type* z) {                                        \
-        map1x2<function<element_##type, accuracy>>(n, a, y, z);                                  \
+        map1x2<function<Real<element_##type>, accuracy>>(n, a, y, z);                            \
     }
 
 }  // namespace KEF_VM

@@ -87,13 +87,25 @@ using namespace kef::vm;
         tables_##type##function.slot[number] KEF_ENTRY_ARGUMENTS(form);                      \
     }
 
-extern "C" {
-#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2)            \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)              \
-    KEF_ENTRY(type, function, form, _HA, 1)                              \
-    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)              \
+// The plain name is that of slot 1; of zPowx it is a function that calls slot 1 with a copy of its
+// arguments.
+#define KEF_ALIAS(type, function, form)                                  \
     void _vtm##type##function KEF_ENTRY_PARAMETERS(form, element_##type) \
         __attribute__((alias("_vtm" #type #function "_HA")));
+#define KEF_FORWARDER(type, function, form) \
+    __attribute__((optimize("no-optimize-sibling-calls"))) KEF_ENTRY(type, function, form, , 1)
+#define KEF_FORWARDED_zPowx ,
+#define KEF_THIRD(first, second, third, ...) third
+#define KEF_CHOICE(...) KEF_THIRD(__VA_ARGS__)
+#define KEF_PLAIN(type, function, form) \
+    KEF_CHOICE(KEF_FORWARDED_##type##function, KEF_FORWARDER, KEF_ALIAS, )(type, function, form)
+
+extern "C" {
+#define KEF_ROW(type, function, form, k0, k1, k2, c0, c1, c2) \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_0_##type, 0)   \
+    KEF_ENTRY(type, function, form, _HA, 1)                   \
+    KEF_ENTRY(type, function, form, KEF_SUFFIX_2_##type, 2)   \
+    KEF_PLAIN(type, function, form)
 #include "vm/surface/surface.def"
 #undef KEF_ROW
 }

@@ -1,0 +1,216 @@
+// Complex functions: those that are real functions of their parts against these, products and
+// quotients against 113 bits.
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/reference.h"
+#include "tests/rows.h"
+#include "tests/threads.h"
+
+namespace kef_test {
+namespace {
+
+using kef::reference::quad;
+
+constexpr int slots[] = {0, 1, 2};
+
+template <class T> constexpr char real_letter = sizeof(T) == 4 ? 's' : 'd';
+template <class T> constexpr char letter = sizeof(T) == 4 ? 'c' : 'z';
+
+template <class T> void call(char type, const char* function, int slot, const Call& c) {
+    const Row* row = find_row(type + std::string(function));
+    ASSERT_NE(row, nullptr) << type << function;
+    row->invoke(row->slots[slot], c);
+}
+
+// Numbers with exponents within +-width of 0, some of them special where `specials` says so.
+template <class T>
+std::vector<T> numbers(std::mt19937_64& random, int n, int width, bool specials) {
+    constexpr T limits[] = {0,
+                            T(-0.0),
+                            INFINITY,
+                            -INFINITY,
+                            NAN,
+                            std::numeric_limits<T>::denorm_min(),
+                            -std::numeric_limits<T>::max(),
+                            1};
+    std::vector<T> x(n);
+    for (T& v : x) {
+        const T significand = 1 + std::ldexp(T(random() >> 40), -24);
+        const int exponent = static_cast<int>(random() % (2 * width + 1)) - width;
+        v = std::ldexp(random() % 2 ? significand : -significand, exponent);
+        if (specials && random() % 4 == 0) v = limits[random() % std::size(limits)];
+    }
+    return x;
+}
+
+template <class T> bool same_bits(const std::vector<T>& x, const std::vector<T>& y) {
+    return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size() * sizeof(T)) == 0;
+}
+
+template <class T> void expect_real_functions_of_parts() {
+    std::mt19937_64 random(1);
+    constexpr int n = 203;
+    for (const int width : {3, std::numeric_limits<T>::max_exponent - 2}) {
+        const std::vector<T> a = numbers<T>(random, 2 * n, width, true),
+                             b = numbers<T>(random, 2 * n, width, true);
+        std::vector<T> re(n), im(n);
+        for (int i = 0; i < n; ++i) re[i] = a[2 * i], im[i] = a[2 * i + 1];
+        for (const int slot : slots) {
+            SCOPED_TRACE(slot);
+            std::vector<T> got(n), wanted(n);
+            const auto status = [] { return kef_vtm_kernel_ClearErrStatus(); };
+            status();
+            call<T>(letter<T>, "Abs", slot, {n, a.data(), nullptr, nullptr, got.data(), nullptr});
+            const int abs_status = status();
+            call<T>(real_letter<T>, "Hypot", slot,
+                    {n, re.data(), im.data(), nullptr, wanted.data(), nullptr});
+            EXPECT_EQ(status(), abs_status);
+            EXPECT_TRUE(same_bits(got, wanted)) << "Abs";
+            call<T>(letter<T>, "Arg", slot, {n, a.data(), nullptr, nullptr, got.data(), nullptr});
+            const int arg_status = status();
+            call<T>(real_letter<T>, "Atan2", slot,
+                    {n, im.data(), re.data(), nullptr, wanted.data(), nullptr});
+            EXPECT_EQ(status(), arg_status);
+            EXPECT_TRUE(same_bits(got, wanted)) << "Arg";
+
+            std::vector<T> pairs(2 * n), sines(n), cosines(n), wanted_pairs(2 * n);
+            call<T>(letter<T>, "CIS", slot,
+                    {n, re.data(), nullptr, nullptr, pairs.data(), nullptr});
+            const int cis_status = status();
+            call<T>(real_letter<T>, "SinCos", slot,
+                    {n, re.data(), nullptr, nullptr, sines.data(), cosines.data()});
+            EXPECT_EQ(status(), cis_status);
+            for (int i = 0; i < n; ++i)
+                wanted_pairs[2 * i] = cosines[i], wanted_pairs[2 * i + 1] = sines[i];
+            EXPECT_TRUE(same_bits(pairs, wanted_pairs)) << "CIS";
+            for (const char* function : {"Add", "Sub"}) {
+                call<T>(letter<T>, function, slot,
+                        {n, a.data(), b.data(), nullptr, pairs.data(), nullptr});
+                call<T>(real_letter<T>, function, slot,
+                        {2 * n, a.data(), b.data(), nullptr, wanted_pairs.data(), nullptr});
+                EXPECT_TRUE(same_bits(pairs, wanted_pairs)) << function;
+            }
+            call<T>(letter<T>, "Conj", slot,
+                    {n, a.data(), nullptr, nullptr, pairs.data(), nullptr});
+            for (int i = 0; i < 2 * n; ++i)
+                EXPECT_TRUE(same_bits<T>({pairs[i]}, {i % 2 ? -a[i] : a[i]})) << "Conj " << i;
+        }
+    }
+}
+TEST(Complex, RealFunctionsOfParts) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_FTZDAZ_OFF);
+        expect_real_functions_of_parts<float>();
+        expect_real_functions_of_parts<double>();
+    });
+}
+
+// The error of x in ulp of the larger of `exact` and `floor`.
+template <class T> double error(T x, quad exact, quad floor) {
+    const quad size = fmaxq(fabsq(exact), floor);
+    int exponent;
+    frexpq(size, &exponent);
+    exponent = std::max(exponent, std::numeric_limits<T>::min_exponent);
+    return static_cast<double>(
+        ldexpq(fabsq(quad(x) - exact), std::numeric_limits<T>::digits - exponent));
+}
+
+struct Product {
+    const char* function;
+    bool conjugate, quotient;
+};
+
+// `share`: parts count down to this share of the norm.
+template <class T> void expect_products(Product p, int slot, double bound, double share) {
+    std::mt19937_64 random(2);
+    constexpr int n = 1001;
+    const int widest = std::numeric_limits<T>::max_exponent;
+    for (const int width : {1, 20, widest / 4, widest / 2 - 2, widest - 2}) {
+        std::vector<T> a = numbers<T>(random, 2 * n, width, false),
+                       b = numbers<T>(random, 2 * n, width, false), r(2 * n);
+        // Every third one cancels in one part, to a few or to all bits.
+        for (int i = 0; i < 2 * n; i += 6) {
+            const T k = std::ldexp(T(1), static_cast<int>(random() % 9) - 4 - width / 2);
+            b[i] = k * a[i + 1] * (1 + std::ldexp(T(random() % 3), -12));
+            b[i + 1] = p.conjugate ? -k * a[i] : k * a[i];
+        }
+        call<T>(letter<T>, p.function, slot, {n, a.data(), b.data(), nullptr, r.data(), nullptr});
+        for (int i = 0; i < 2 * n; i += 2) {
+            const quad x = a[i], y = a[i + 1], u = b[i], v = p.conjugate ? -b[i + 1] : b[i + 1];
+            quad re = x * u - y * v, im = x * v + y * u;
+            if (p.quotient) {
+                const quad norm = u * u + v * v;
+                if (norm == 0) continue;
+                re /= norm, im /= norm;
+            }
+            const quad size = fmaxq(fabsq(re), fabsq(im));
+            if (size >= quad(std::numeric_limits<T>::max())) continue;
+            ASSERT_LE(error(r[i], re, share * size), bound)
+                << p.function << ' ' << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
+            ASSERT_LE(error(r[i + 1], im, share * size), bound)
+                << p.function << ' ' << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
+        }
+    }
+}
+TEST(Complex, ProductsAndQuotients) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE | VTM_FTZDAZ_OFF);
+        for (const Product p : {Product{"Mul", false, false}, Product{"MulByConj", true, false},
+                                Product{"Div", true, true}})
+            for (const int slot : slots) {
+                SCOPED_TRACE(std::string(p.function) + " slot " + std::to_string(slot));
+                const bool plain = p.quotient && slot != 1;
+                expect_products<double>(p, slot, plain ? 8 : 0.51, plain ? 1 : 0x1p-49);
+                expect_products<float>(p, slot, plain ? 8 : 0.501, plain ? 1 : 0x1p-49);
+            }
+    });
+}
+
+std::vector<kef_vtm_error_record> records;
+int replace_both_parts(kef_vtm_error_record* record) {
+    records.push_back(*record);
+    record->result1 = 5, record->result1_imag = -6;
+    return 0;
+}
+
+// Both parts go to the callback and come back from it, in place as elsewhere.
+template <class Element> void expect_replaced() {
+    using T = decltype(Element::re);
+    for (const bool in_place : {false, true}) {
+        std::vector<Element> a = {{1, 0}, {0, 1}, {-0.0, 0.0}, {2, 3}, {0, 0}},
+                             b = {{2, 0}, {0, 1}, {-1, 3}, {1, 1}, {-2, -7}}, r(5);
+        std::vector<Element>& result = in_place ? a : r;
+        records.clear();
+        call<T>(letter<T>, "Pow", 1, {5, a.data(), b.data(), nullptr, result.data(), nullptr});
+        ASSERT_EQ(records.size(), 2u);
+        for (const int k : {0, 1}) {
+            const kef_vtm_error_record& e = records[k];
+            EXPECT_EQ(e.index, k == 0 ? 2 : 4);
+            EXPECT_EQ(e.code, VTM_STATUS_SING);
+            EXPECT_EQ(e.argument1, 0);
+            EXPECT_EQ(std::signbit(e.argument1), k == 0);
+            EXPECT_EQ(e.argument2, k == 0 ? -1 : -2);
+            EXPECT_EQ(e.argument2_imag, k == 0 ? 3 : -7);
+            EXPECT_EQ(e.result1, INFINITY);
+            EXPECT_EQ(result[e.index].re, 5);
+            EXPECT_EQ(result[e.index].im, -6);
+        }
+        EXPECT_EQ(result[0].re, 1);
+        EXPECT_NEAR(result[1].re, std::exp(-std::acos(0.0)), 1e-7);  // i^i
+        EXPECT_EQ(result[1].im, 0);
+    }
+}
+TEST(Complex, CallbacksReplaceBothParts) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK);
+        kef_vtm_kernel_SetErrorCallBack(replace_both_parts);
+        expect_replaced<kef_complex8>();
+        expect_replaced<kef_complex16>();
+    });
+}
+
+}  // namespace
+}  // namespace kef_test

@@ -1,0 +1,192 @@
+// What the kernels of complex functions share: the names in reports, and functions that are others
+// with the parts of an argument or of the result exchanged, which is exact and costs nothing.
+#pragma once
+
+#include <type_traits>
+
+#include "vm/core/complex_scaling.h"
+#include "vm/simd/format.h"
+#include "vm/simd/frame.h"
+
+namespace KEF_VM {
+
+// The status of an element: that of the edge, or what its parts, as doubles, become in type T.
+template <class T, bool overflows, bool underflows>
+inline int status_of_parts(int status, bool finite, double re, double im) {
+    if (status != VTM_STATUS_OK || !finite) return status;
+    if (overflows && (is_infinite(static_cast<T>(re)) || is_infinite(static_cast<T>(im))))
+        return VTM_STATUS_OVERFLOW;
+    const auto small = [](double z) {
+        return z < Format<T>::smallest_normal && z > -Format<T>::smallest_normal;
+    };
+    return underflows && small(re) && small(im) ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
+}
+
+// The kernel of a function that is one formula in doubles for parts of every ordinary size:
+//
+//   Core::formula<Accuracy>(x, y)   on vectors: for 0 or 2^-280 <= |x| < last_x<Accuracy>(), y
+//   likewise Core::special_single(x, y), special_double(x, y)
+//                                   optional, by the bits of floats and by doubles: sign bits where
+//                                   the formula does not hold in that range
+//   Core::edge(x, y, re, im)        one element of any size, within the bounds of HA; gives the
+//   status Core::overflows, underflows     whether finite arguments can have an infinite part, and
+//                                   whether two parts below the normal numbers are reported
+//
+// Double: LA, HA and EP of the formula. Single: HA the formula of LA, rounded once, and LA, also
+// EP, that of EP.
+template <class Core, class T, class Accuracy> struct ComplexKernel {
+    using V = Vector<T>;
+    static constexpr bool is_single = std::is_same_v<T, float>;
+    using Formula = std::conditional_t<!is_single, Accuracy,
+                                       std::conditional_t<std::is_same_v<Accuracy, HA>, LA, EP>>;
+    static constexpr bool far_everywhere = true;
+    static constexpr double least = 0x1p-280;
+
+    // Heads from here on are of larger numbers.
+    static constexpr std::int32_t end(double last) {
+        if constexpr (is_single)
+            return static_cast<std::int32_t>(
+                last > double(0x1.fffffep127f) ? Format<T>::infinity_head : head_of(float(last)));
+        else return static_cast<std::int32_t>(head_of(last));
+    }
+    static constexpr std::int32_t end_x = end(Core::template last_x<Formula>()),
+                                  end_y = end(Core::template last_y<Formula>());
+    static ints special(ints x, ints y) {
+        if constexpr (requires { Core::special_single(x, y); }) return Core::special_single(x, y);
+        else return ints{};
+    }
+
+    static ints larger(ints x, ints y) {
+        return (end_x - 1 - magnitude(x)) | (end_y - 1 - magnitude(y));
+    }
+    static ints outside(ints x, ints y) {
+        if constexpr (is_single) return larger(x, y) | special(x, y);
+        else
+            return not_between(magnitude(x), head_of(least), end_x) |
+                   not_between(magnitude(y), head_of(least), end_y);
+    }
+    static ints beyond(ints x, ints y) requires(!is_single) { return larger(x, y); }
+    static V undefined(V x, V y) requires(!is_single) {
+        // Tiny, but not 0.
+        constexpr auto least_bits = std::bit_cast<std::int64_t>(least);
+        const auto tiny = [](V z) {
+            const longs size = (longs)absolute(z);
+            return (size - least_bits) & ~(size - 1);
+        };
+        longs verdict = tiny(x) | tiny(y);
+        if constexpr (requires { Core::special_double(x, y); })
+            verdict |= Core::special_double(x, y);
+        return (V)verdict;
+    }
+    static Two<V> fast(V x, V y) {
+        if constexpr (is_single) {
+            const DoublesPair a = widen(x), b = widen(y);
+            const auto low = Core::template formula<Formula>(a.low, b.low),
+                       high = Core::template formula<Formula>(a.high, b.high);
+            return {narrow(low.first, high.first), narrow(low.second, high.second)};
+        } else {
+            return Core::template formula<Formula>(x, y);
+        }
+    }
+    static Two<V> far(V x, V y) requires(!is_single) { return fast(x, y); }
+    static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
+        const ints infinite = not_finite<T>(re) | not_finite<T>(im);
+        if constexpr (!Core::underflows) return infinite;
+        constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
+        return infinite | ((magnitude(re) - normal) & (magnitude(im) - normal));
+    }
+
+    static int edge(T x, T y, T& re, T& im) {
+        double r, i;
+        const int status = Core::edge(x, y, r, i);
+        re = static_cast<T>(r), im = static_cast<T>(i);
+        return status_of_parts<T, Core::overflows, Core::underflows>(
+            status, is_finite(x) && is_finite(y), r, i);
+    }
+};
+
+// "vzExp"; and "zSin_HA", for those whose real ones are named so.
+#define KEF_COMPLEX_NAME(function) \
+    static constexpr const char* name = std::is_same_v<T, float> ? "vc" #function : "vz" #function
+#define KEF_COMPLEX_TRIG_NAME(function)                                                        \
+    static constexpr const char* name =                                                        \
+        trig_name<Accuracy, T>({"c" #function "_LA", "c" #function "_HA", "c" #function "_EP", \
+                                "z" #function "_LA", "z" #function "_HA", "z" #function "_EP"})
+
+// Define the kernel of a slot from the functor template ComplexFunction<T, accuracy>, T being the
+// type of the parts: of one argument, real or complex, and of two.
+#define KEF_COMPLEX_OF(type, function, accuracy, E, R)                    \
+    void type##function##_##accuracy(std::int32_t n, const E* a, R* r) {  \
+        map1<Complex##function<Real<element_##type>, accuracy>>(n, a, r); \
+    }
+#define KEF_COMPLEX1(type, function, accuracy) \
+    KEF_COMPLEX_OF(type, function, accuracy, element_##type, element_##type)
+#define KEF_COMPLEX_TO_REAL(type, function, accuracy) \
+    KEF_COMPLEX_OF(type, function, accuracy, element_##type, Real<element_##type>)
+#define KEF_REAL_TO_COMPLEX(type, function, accuracy) \
+    KEF_COMPLEX_OF(type, function, accuracy, Real<element_##type>, element_##type)
+#define KEF_COMPLEX2(type, function, accuracy)                                     \
+    void type##function##_##accuracy(std::int32_t n, const element_##type* a,      \
+                                     const element_##type* b, element_##type* r) { \
+        map2<Complex##function<Real<element_##type>, accuracy>>(n, a, b, r);       \
+    }
+
+// Function f of two real arguments, or of a complex one, with these exchanged.
+template <class F> struct ArgumentsExchanged : F {
+    using V = typename F::V;
+    using T = Element<V>;
+    static ints outside(ints x, ints y) { return F::outside(y, x); }
+    static ints beyond(ints x, ints y) requires requires(ints h) { F::beyond(h, h); }
+    { return F::beyond(y, x); }
+    static V undefined(V x, V y) requires requires(V v) { F::undefined(v, v); }
+    { return F::undefined(y, x); }
+    static auto fast(V x, V y) { return F::fast(y, x); }
+    static auto far(V x, V y) requires requires(V v) { F::far(v, v); }
+    { return F::far(y, x); }
+    static int edge(T x, T y, T& r) requires requires(T v) { F::edge(v, v, v); }
+    { return F::edge(y, x, r); }
+    static int edge(T x, T y, T& re, T& im) requires requires(T v) { F::edge(v, v, v, v); }
+    { return F::edge(y, x, re, im); }
+};
+
+// Function f with its complex result changed.
+template <class F, class Change> struct ResultChanged : F {
+    using T = Element<typename F::V>;
+    static auto fast(auto... x) { return Change::of(F::fast(x...)); }
+    static auto far(auto... x) requires requires { F::far(x...); }
+    { return Change::of(F::far(x...)); }
+    static int edge(T x, T& re, T& im) requires requires(T v) { F::edge(v, v, v); }
+    { return changed(F::edge(x, re, im), re, im); }
+    static int edge(T x, T y, T& re, T& im) requires requires(T v) { F::edge(v, v, v, v); }
+    { return changed(F::edge(x, y, re, im), re, im); }
+
+private:
+    static int changed(int status, T& re, T& im) {
+        const Two<T> r = Change::of(Two<T>{re, im});
+        re = r.first, im = r.second;
+        return status;
+    }
+};
+struct Exchange {
+    template <class V> static Two<V> of(Two<V> x) { return {x.second, x.first}; }
+    template <class V> static MarkedBy<V, Two<V>> of(MarkedBy<V, Two<V>> x) {
+        return {of(x.result), x.marks};
+    }
+};
+struct Conjugate {
+    template <class V> static Two<V> of(Two<V> x) { return {x.first, -x.second}; }
+};
+template <class F> using Exchanged = ArgumentsExchanged<ResultChanged<F, Exchange>>;
+
+// Sums, differences and the like part by part: f(count, first) over all 2n parts, in pieces whose
+// counts have 31 bits.
+inline void over_parts(std::int32_t n, auto f) {
+    constexpr std::int32_t most = 1 << 29;
+    for (std::int32_t i = 0; i < n;) {
+        const std::int32_t count = n - i < most ? n - i : most;
+        f(2 * count, 2 * std::ptrdiff_t{i});
+        i += count;
+    }
+}
+
+}  // namespace KEF_VM

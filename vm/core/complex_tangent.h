@@ -1,0 +1,76 @@
+// The kernel of Tan of complex numbers; that of Tanh is it with exchanged parts.
+//
+//   tan(x + iy) = (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y)
+//
+// of non-negative terms alone.
+//
+//   y infinite                  +-0 + i +-1, of any x; the zero has the sign of sin 2x
+//   x infinite, y finite        NaN, domain error; im = y where that is +-0
+//   NaN                         NaN; im = y where that is +-0, re = x likewise
+//
+// Double HA: 0.54 ulp for each part; single HA: in double, 0.5 ulp + 2^-27. LA, also EP, some
+// units.
+#pragma once
+
+#include "vm/core/complex_kernel.h"
+#include "vm/core/complex_one.h"
+
+namespace KEF_VM {
+
+struct TangentCore {
+    static constexpr bool overflows = false, underflows = false;
+    template <class Accuracy> static constexpr double last_x() {
+        return TrigLast<double, Accuracy>::near;
+    }
+    // The square of sinh y is finite, and e^-2y a normal number; larger floats stand for the
+    // limit.
+    static constexpr double last = 300;
+    template <class Accuracy> static constexpr double last_y() { return last; }
+
+    template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
+        const auto [s, c] = sine_cosine<Accuracy>(absolute(x));
+        const auto [sh, ch] = twice_hyperbolic<Accuracy>(absolute(y));
+        const auto denominator = times_power(c * c, 4) + sh * sh;
+        return {flipped(rounded(times_power(s * c, 4) / denominator), sign_bit(x)),
+                flipped(rounded(sh * ch / denominator), sign_bit(y))};
+    }
+
+    static int edge(double x, double y, double& re, double& im) {
+        if (is_infinite(y)) {
+            im = signed_like(1, y), re = signed_like(0, x);
+            if (is_finite(x)) {
+                const SpecialPair s = special_sines(x);
+                re = special_sine_product(s.sine * s.cosine, 0);
+            }
+        } else if (is_finite(x) && is_finite(y)) {
+            finite(x, y, re, im);
+        } else {
+            const double nan = is_nan(x) || is_nan(y) ? quiet(x + y) : Format<double>::invalid;
+            re = x == 0 ? x : nan, im = y == 0 ? y : nan;
+            return domain_status(x, y, re, im);
+        }
+        return VTM_STATUS_OK;
+    }
+
+private:
+    static void finite(double x, double y, double& re, double& im) {
+        const SinesOne trig = sines_one(magnitude_of(x));
+        const OneNumber product = trig.sine * trig.cosine;
+        const double height = magnitude_of(y);
+        if (height >= 22) {  // 4 sin x cos x e^(-2 y), 1
+            OneNumber rest = product * exp_one(-2 * (height < 800 ? height : 800));
+            rest.exponent += 2;
+            re = rest.with_sign_of(x), im = signed_like(1, y);
+            return;
+        }
+        const SinesOne hyper = hyperbolics_one(height);
+        const Parts c = trig.cosine.unscaled(), sh = hyper.sine.unscaled();
+        const OneNumber denominator(c * c + sh * sh);
+        re = (product / denominator).with_sign_of(x);
+        im = (hyper.sine * hyper.cosine / denominator).with_sign_of(y);
+    }
+};
+
+template <class T, class Accuracy> using TanOfParts = ComplexKernel<TangentCore, T, Accuracy>;
+
+}  // namespace KEF_VM

@@ -1,0 +1,40 @@
+// Sine and cosine, twice the hyperbolic sine and cosine, as numbers of either kind.
+#pragma once
+
+#include "vm/core/hyperbolic_core.h"
+#include "vm/core/trig_functions.h"
+#include "vm/core/two_part.h"
+
+namespace KEF_VM {
+
+// Of a reduced argument.
+inline Two<Parts> sine_cosine(const TrigReduced& x) {
+    const TrigPowers p = trig_powers<LongCosine>(x);
+    const auto of = [&](longs k) { return flipped(normalised(sine_parts(k, p)), sine_sign(k)); };
+    return {of(x.k), of(x.k + INT64_C(128))};
+}
+
+// sin x and cos x, 0 <= x < TrigLast<double, Accuracy>::near.
+template <class Accuracy> inline Two<Number<Accuracy>> sine_cosine(doubles x) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        return sine_cosine(trig_reduce<sine_bias, TrigReach::near>(x));
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        return sine_cosine_plain<LA>(x);
+    } else {
+        return {sine_plain<Phase::sine, EP>(x), sine_plain<Phase::cosine, EP>(x)};
+    }
+}
+
+// Of y >= 0, from E = e^y - 1: 2 sinh y = E + q, 2 cosh y = E + (2 - q), q = E/(E + 1).
+template <class Accuracy> inline Two<Number<Accuracy>> twice_hyperbolic(doubles y) {
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const Parts e = normalised(expm1_parts(y)), q = e / (e + 1.0);
+        return {e + q, e + (-q + 2.0)};
+    } else {
+        const doubles e = expm1_core<Accuracy>(y), q = e / (e + 1.0);
+        return {e + q, e + (2.0 - q)};
+    }
+}
+inline constexpr double hyperbolic_last = 700;
+
+}  // namespace KEF_VM
