@@ -332,6 +332,11 @@ TYPED_TEST(StatsMissing, BadInput) {
          },
          singular},
         {[=](Task& t) { t.x[1] = huge * 2; }, singular},
+        {[](Task& t) {  // singular after the only step
+             t.set(0, 1), t.a[0] = 1;
+             for (int j = 0; j < t.n; ++j) t.x[j * 3] = t.x[j * 3 + 1] = TypeParam(j % 7);
+         },
+         singular},
         {[](Task& t) { t.b.assign(9, 1), t.connect(); }, singular},
         {[=](Task& t) { t.b.assign(9, not_a_number), t.connect(); }, singular},
         {[](Task& t) { t.c.assign(11, 0), t.c[0] = -1, t.connect(); }, parameters},
