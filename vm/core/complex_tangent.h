@@ -22,9 +22,8 @@ struct TangentCore {
     template <class Accuracy> static constexpr double last_x() {
         return TrigLast<double, Accuracy>::near;
     }
-    // The square of sinh y is finite, and e^-2y a normal number; larger floats stand for the
-    // limit.
-    static constexpr double last = 300;
+    // e^-2y and its products with tiny parts are normal numbers.
+    static constexpr double last = 140;
     template <class Accuracy> static constexpr double last_y() { return last; }
 
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {

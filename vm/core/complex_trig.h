@@ -19,7 +19,7 @@ template <class Accuracy> inline Two<Number<Accuracy>> sine_cosine(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return sine_cosine(trig_reduce<sine_bias, TrigReach::near>(x));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        return sine_cosine_plain<LA>(x);
+        return sine_cosine_plain<LA, true>(x);
     } else {
         return {sine_plain<Phase::sine, EP>(x), sine_plain<Phase::cosine, EP>(x)};
     }
@@ -32,7 +32,8 @@ template <class Accuracy> inline Two<Number<Accuracy>> twice_hyperbolic(doubles 
         return {e + q, e + (-q + 2.0)};
     } else {
         const doubles e = expm1_core<Accuracy>(y), q = e / (e + 1.0);
-        return {e + q, e + (2.0 - q)};
+        // Where e is small with one rounding that counts.
+        return {select(e < 0.5, (e + e) - e * q, e + q), e + (2.0 - q)};
     }
 }
 inline constexpr double hyperbolic_last = 700;
