@@ -49,7 +49,7 @@ private:
     static void finite(double x, double y, double& re, double& im) {
         const double a = magnitude_of(x), b = magnitude_of(y);
         const int e = exponent_of(a > b ? a : b) & ~1;
-        const doubles p = all(scaled(a, -e)), q = all(scaled(b, -e));
+        const doubles p = all(if_it_counts(scaled(a, -e))), q = all(if_it_counts(scaled(b, -e)));
         const OneNumber t(complex_root<Parts>(p, q).larger, e / 2);
         const OneNumber s = halved(OneNumber(b) / t);
         const bool left = x < 0;

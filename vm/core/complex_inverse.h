@@ -104,7 +104,8 @@ private:
         if (larger >= 0x1p200) {  // ln 2|z|
             const int e = exponent_of(larger);
             const double shift = 2 * (e + 1);
-            const Parts log = log_of_norm<HA>(all(scaled(a, -e)), all(scaled(b, -e)));
+            const Parts log =
+                log_of_norm<HA>(all(if_it_counts(scaled(a, -e))), all(if_it_counts(scaled(b, -e))));
             return {large_angle(x, y),
                     halved(OneNumber(log + Parts{all(shift * ln2_high), all(shift * ln2_low)}))};
         }
@@ -172,8 +173,8 @@ private:
         const double larger = x > y ? x : y;
         if (larger >= 0x1p200) {  // pi/2, y/|z|^2
             const int e = exponent_of(larger);
-            const Parts norm =
-                square_of<Parts>(all(scaled(x, -e))) + square_of<Parts>(all(scaled(y, -e)));
+            const Parts norm = square_of<Parts>(all(if_it_counts(scaled(x, -e)))) +
+                               square_of<Parts>(all(if_it_counts(scaled(y, -e))));
             return {OneNumber(quarter_turns(1)), OneNumber(y) / OneNumber(norm, 2 * e)};
         }
         if (y == 1 && x < 0x1p-200) {  // pi/4, ln(2/x)/2

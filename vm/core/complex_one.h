@@ -58,10 +58,16 @@ inline OneNumber operator+(const OneNumber& x, const OneNumber& y) {
 }
 inline OneNumber halved(OneNumber x) { return x.exponent -= 1, x; }
 
+// Beside 1 such a number does not count, nor does its square beside that of 1; formulas that met it
+// would wait for products below the normal numbers.
+inline constexpr double drowning = 0x1p-200;
+KEF_INLINE double if_it_counts(double x) { return x < drowning ? 0.0 : x; }
+
 // e^x; beyond |x| = 1500, where no product with a sine is finite and not 0, as there. Beyond 700
 // with 1200 ln 2 taken off, which leaves its first part exact.
 // `low`: a small correction of x.
 inline OneNumber exp_one(double x, double low = 0) {
+    if (magnitude_of(x) < drowning) return OneNumber(1);
     x = x < -1500 ? -1500 : x > 1500 ? 1500 : x;
     const int m = x < -700 ? -1200 : x > 700 ? 1200 : 0;
     const ExpParts e = exp_parts(exp_reduce<HA>(all(x - m * ln2_high), all(low - m * ln2_low)));
@@ -73,11 +79,13 @@ struct SinesOne {
     OneNumber sine, cosine;
 };
 inline SinesOne sines_one(double x) {
+    if (x < drowning) return {OneNumber(x), OneNumber(1)};
     const TrigReduced reduced = trig_reduce_one(x);
     return {sine_one<LongCosine>(reduced, sine_bias), sine_one<LongCosine>(reduced, cosine_bias)};
 }
 // sinh y and cosh y, y >= 0, finite.
 inline SinesOne hyperbolics_one(double y) {
+    if (y < drowning) return {OneNumber(y), OneNumber(1)};
     if (y < 0x1p-30) return {OneNumber(y, y * y * y / 6), OneNumber(1, y * y / 2)};
     if (y > hyperbolic_last) return {halved(exp_one(y)), halved(exp_one(y))};
     const Two<Parts> twice = twice_hyperbolic<HA>(all(y));
@@ -93,8 +101,8 @@ inline OneNumber log_modulus_one(double x, double y, auto log_of) {
         return halved(small * small);
     }
     const int e = a >= 0.5 && a < 2 ? 0 : exponent_of(a);
-    const double rest = scaled(b, -e), counts = rest < 0x1p-280 ? 0 : rest;
-    const Parts log = log_of_norm(norm_parts(all(scaled(a, -e)), all(counts)), log_of);
+    const double rest = if_it_counts(scaled(b, -e));
+    const Parts log = log_of_norm(norm_parts(all(scaled(a, -e)), all(rest)), log_of);
     return halved(OneNumber(log + Parts{all(2 * e * ln2_high), all(2 * e * ln2_low)}));
 }
 
