@@ -185,16 +185,16 @@ TEST(StatsMissingData, FixedPoint) {
 }
 
 TYPED_TEST(StatsMissing, NothingMissing) {
-    const auto rows = normal_data<double>(3, 40, 1e3, 4);
+    const auto rows = normal_data<double>(3, 600, 1e3, 4);
     Missing<TypeParam> task(3, rows);
     ASSERT_EQ(VTS_SS_STATUS_OK, task());
-    Problem<double> plain(3, 40, rows);
+    Problem<double> plain(3, 600, rows);
     ASSERT_EQ(VTS_SS_STATUS_OK, plain.basic(everything, VTS_SS_METHOD_TILED));
     const double bound = sizeof(TypeParam) == 8 ? 1e-12 : 1e-4;
     for (int i = 0; i < 3; ++i) {
         EXPECT_NEAR(plain.mean[i], task.mean(i), bound * 1e3);
         for (int j = 0; j <= i; ++j)
-            EXPECT_NEAR(plain.cross_product[i * 3 + j] / 40, task.covariance(i, j), bound * 10);
+            EXPECT_NEAR(plain.cross_product[i * 3 + j] / 600, task.covariance(i, j), bound * 10);
     }
 }
 
