@@ -148,10 +148,15 @@ template <class T> void expect_products(Product p, int slot, double bound, doubl
             }
             const quad size = fmaxq(fabsq(re), fabsq(im));
             if (size >= quad(std::numeric_limits<T>::max())) continue;
-            ASSERT_LE(error(r[i], re, share * size), bound)
-                << p.function << ' ' << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
-            ASSERT_LE(error(r[i + 1], im, share * size), bound)
-                << p.function << ' ' << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
+            for (const int part : {0, 1}) {
+                const quad exact = part ? im : re;
+                SCOPED_TRACE(part ? "im" : "re");
+                ASSERT_LE(error(r[i + part], exact, share * size), bound)
+                    << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
+                if (fabsq(exact) > share * size)  // zeros of an underflow too
+                    ASSERT_EQ(std::signbit(r[i + part]), exact < 0)
+                        << a[i] << ' ' << a[i + 1] << ' ' << b[i] << ' ' << b[i + 1];
+            }
         }
     }
 }

@@ -69,7 +69,7 @@ inline ScaledOne scale_to_one(double x, double y) {
 // (high + low) 2^e rounded once, whatever their size; a sum of 0 keeps the sign of `high`.
 KEF_INLINE double scaled_once(double high, double low, int e) {
     const double sum = high + low;
-    if (sum == 0) return high;
+    if (sum == 0) return signed_like(0, high);
     const double rest = (high - sum) + low;
     const int shift = exponent_of(sum);
     return round_scaled(scaled(sum, -shift), scaled(rest, -shift), e + shift);

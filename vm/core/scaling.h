@@ -26,12 +26,14 @@ KEF_INLINE double scaled(double x, int e) {
 }
 
 // (high + low) 2^-1022 for |high| < 1, rounded once: adding 1 brings the sum to the
-// spacing of subnormal numbers, with the error of that addition taken along.
+// spacing of subnormal numbers, with the error of that addition taken along. A zero has the sign of
+// `high`.
 KEF_INLINE double round_to_subnormal(double high, double low) {
     const double one = high < 0 ? -1.0 : 1.0;
     const double sum = one + high;
     const double rounded = sum + (((one - sum) + high) + low);
-    return (rounded - one) * 0x1p-1022;
+    const double result = (rounded - one) * 0x1p-1022;
+    return from_bits(to_bits(result) | (to_bits(high) & to_bits(-0.0)));
 }
 
 // (high + low) 2^e rounded once, for 0.25 <= |high| < 8 and any e.

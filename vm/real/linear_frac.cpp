@@ -198,7 +198,6 @@ template <class T> int linear_frac_edge(const Line& above, const Line& below, T 
                              {all(denominator.high), all(denominator.low)});
     r = static_cast<T>(
         round_scaled(q.high[0], q.low[0], numerator.exponent - denominator.exponent));
-    if (r == 0 && q.high[0] < 0) r = -r;
     return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
 }
 
