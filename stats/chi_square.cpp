@@ -50,7 +50,6 @@ double upper_fraction(double a, double x) {
 Tails gamma_tails(double a, double x) {
     if (!(x > 0)) return {0, 1};
     const double weight = gamma_weight(a, x);
-    if (weight == 0) return x < a ? Tails{0, 1} : Tails{1, 0};
     if (x < a + 1) {
         const double lower = weight * lower_series(a, x);
         return {lower, 1 - lower};

@@ -39,6 +39,7 @@ template <class T> T median_of(const std::pair<T, T>& pair) {
 template <class T> struct MedianDeviation {
     double median;
     T deviation;  // NaN where the median is not finite
+    bool finite;  // all observations are
 };
 
 // Of variable i, n observations; both NaN where one of them is.
@@ -51,7 +52,8 @@ MedianDeviation<T> median_deviation(const Observations<T>& x, std::ptrdiff_t i, 
     const auto [a, b] =
         range.nan ? std::pair(range.least, range.least) : middle_pair(data, n, range, room);
     const double m = range.nan ? NAN : middle(a, b);
-    if (m - m != 0) return {m, std::numeric_limits<T>::quiet_NaN()};
+    if (m - m != 0) return {m, std::numeric_limits<T>::quiet_NaN(), false};
+    const bool finite = range.least - range.least == 0 && range.greatest - range.greatest == 0;
     // What the rounding of m has lost: a + b = 2 m + 2 low exactly, in halves where sums overflow.
     const double scale = std::fabs(m) > 0x1p1020 ? 0.25 : 1, a_scaled = a * scale,
                  b_scaled = b * scale;
@@ -63,7 +65,7 @@ MedianDeviation<T> median_deviation(const Observations<T>& x, std::ptrdiff_t i, 
     const Range<T> distances = {0, std::max(extreme[0], extreme[1]), false};
     if (rest == 0 && x.stride == 1) {
         const Deviations<true, T> simple = {x.at(i, 0), centre, 0};
-        return {m, median_of(middle_pair(simple, n, distances, room))};
+        return {m, median_of(middle_pair(simple, n, distances, room)), finite};
     }
     // The first selection has taken a copy apart.
     const Deviations<false, T> again = {contiguous(x, i, n, room.spare), centre, rest};
@@ -72,7 +74,7 @@ MedianDeviation<T> median_deviation(const Observations<T>& x, std::ptrdiff_t i, 
     for (; j + lanes <= n; j += lanes) vm::store(room.spare + j, load_at(again, j));
     for (; j < n; ++j) room.spare[j] = again[j];
     const T* deviations = room.spare;
-    return {m, median_of(middle_pair(deviations, n, distances, room))};
+    return {m, median_of(middle_pair(deviations, n, distances, room)), finite};
 }
 
 }  // namespace kef::stats

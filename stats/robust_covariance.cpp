@@ -4,6 +4,7 @@
 #include "stats/bacon.h"
 #include "stats/biweight.h"
 #include "stats/computation.h"
+#include "stats/m_estimate.h"
 
 namespace kef::stats {
 
@@ -39,29 +40,6 @@ double scale_of(const Biweight& rho, const double* square, std::ptrdiff_t n, dou
         if (done) break;
     }
     return t;
-}
-
-// Huber's M-estimate from medians and median deviations, 20 steps (Maronna, Ann. Stat. 4:51, 1976).
-template <class T> bool m_estimate(Scatter<T>& s, const Moments& to, const Moments& work) {
-    const auto n = static_cast<double>(s.n), p = static_cast<double>(s.p);
-    const double k2 = upper_chi_square_quantile(p, 0.1);
-    const double beta = chi_square_tails(p + 2, k2).lower + k2 * chi_square_tails(p, k2).upper / p;
-    if (!s.medians(to)) return false;
-    for (int step = 0; step < 20; ++step) {
-        if (!s.measure(to)) return false;
-        for (std::ptrdiff_t j = 0; j < s.n; ++j)
-            s.weight[j] = s.square[j] > k2 ? std::sqrt(k2 / s.square[j]) : 1;
-        s.weigh(work, n);
-        for (std::ptrdiff_t j = 0; j < s.n; ++j) s.weight[j] *= s.weight[j];
-        s.weigh(to, n * beta);
-        // Around the other mean.
-        const double share = s.total_weight() / (n * beta);
-        for (std::ptrdiff_t a = 0; a < s.p; ++a)
-            for (std::ptrdiff_t b = 0; b <= a; ++b)
-                to.at(a, b) += share * (to.mean[a] - work.mean[a]) * (to.mean[b] - work.mean[b]);
-        std::copy_n(work.mean, s.p, to.mean);
-    }
-    return true;
 }
 
 template <class T> bool start(Scatter<T>& s, const Moments& to, const Moments& work) {
@@ -113,6 +91,9 @@ template <class T> std::int32_t robust_covariance(Task& task) {
         s.weigh(estimate, static_cast<double>(n));
     }
 
+    for (std::ptrdiff_t a = 0; a < p; ++a)
+        if (!(estimate.at(a, a) <= std::numeric_limits<T>::max()))
+            return VTS_SS_STATUS_NOT_POSITIVE_DEFINITE;
     auto* mean = static_cast<T*>(task.robust_mean);
     const auto C = matrix_at<T>(task, positive_at(task, task.dimension), task.robust_covariance,
                                 task.robust_covariance_storage);

@@ -62,14 +62,14 @@ public:
     Moments moments(int k) const { return Moments(block_ + places_.moments + k * places_.step, p); }
     const Cholesky& factor() const { return factor_; }
 
-    // The medians and, beside the diagonal of 0, (1.4826 MAD)^2. False where one is not finite.
+    // The medians and, beside the diagonal of 0, (1.4826 MAD)^2. False where x is not finite.
     bool medians(const Moments& to) const {
         const SelectionRoom<T> room(block_ + places_.selection, n);
         constexpr double normal = 1.482602218505602;  // 1/Phi^-1(3/4)
         for (std::ptrdiff_t a = 0; a < p; ++a) {
-            const auto [median, deviation] = median_deviation(x, variable[a], n, room);
+            const auto [median, deviation, finite] = median_deviation(x, variable[a], n, room);
+            if (!finite) return false;
             const double s = normal * deviation;
-            if (s - s != 0) return false;
             to.mean[a] = centre_[a] = median;
             for (std::ptrdiff_t b = 0; b <= a; ++b) to.at(a, b) = b < a ? 0 : s * s;
         }

@@ -75,6 +75,45 @@ std::vector<double> holed(int p, int n, double share, unsigned seed = 11) {
     return rows;
 }
 
+// A normal law, and the law of the rest where some variables are known, one after the other.
+struct Law {
+    int p;
+    std::vector<long double> mean, covariance;
+    explicit Law(int p) : p(p), mean(p), covariance(p * p) {}
+    long double& at(int i, int j) { return covariance[i * p + j]; }
+
+    template <class T> Law given(const T* y) const {
+        Law law = *this;
+        for (int k = 0; k < p; ++k) {
+            if (y[k] != y[k]) continue;
+            const long double variance = law.at(k, k), shift = (y[k] - law.mean[k]) / variance;
+            std::vector<long double> row(p);
+            for (int i = 0; i < p; ++i) row[i] = law.at(i, k);
+            for (int i = 0; i < p; ++i) {
+                law.mean[i] += row[i] * shift;
+                for (int j = 0; j < p; ++j) law.at(i, j) -= row[i] * row[j] / variance;
+            }
+        }
+        return law;
+    }
+    // As arrays B, C and E have it, the matrix times a number.
+    template <class T> void write(std::vector<T>& to, double times = 1) {
+        for (int i = 0; i < p; ++i) to.push_back(T(mean[i]));
+        for (int j = 0; j < p; ++j)
+            for (int i = j; i < p; ++i) to.push_back(T(at(i, j) * times));
+    }
+    // Equal correlations, unequal deviations: so are those of the rest.
+    static Law correlated(int p, double correlation) {
+        Law law(p);
+        for (int i = 0; i < p; ++i) {
+            law.mean[i] = 2 - i % 3;
+            for (int j = 0; j < p; ++j)
+                law.at(i, j) = (1 + i % 4) * (1 + j % 4) * (i == j ? 1 : correlation);
+        }
+        return law;
+    }
+};
+
 template <class T> class StatsMissing : public testing::Test {};
 using Precisions = testing::Types<double, float>;
 TYPED_TEST_SUITE(StatsMissing, Precisions);
@@ -93,6 +132,47 @@ TYPED_TEST(StatsMissing, MaximumLikelihoodOfR) {
         for (int j = 0; j <= i; ++j)
             EXPECT_NEAR(e.covariance[i * 4 + j], task.covariance(i, j),
                         bound * s * std::sqrt(e.covariance[j * 5]));
+    }
+}
+
+// Steps of EM from a given law, as sums over the observations: of expected values and of expected
+// products.
+TYPED_TEST(StatsMissing, StepsOfEM) {
+    for (const int p : {1, 5, 66}) {
+        SCOPED_TRACE(p);
+        const int n = p + 30;
+        Missing<TypeParam> task(p, holed(p, n, p < 10 ? 0.25 : 0.03));
+        Law law = Law::correlated(p, 0.375);
+        law.write(task.b);
+        task.connect();
+        task.a[0] = 2, task.a[2] = 0;
+        ASSERT_EQ(VTS_SS_STATUS_ITERATION_LIMIT, task());
+        for (int step = 0; step < 2; ++step) {
+            Law next(p);
+            std::vector<long double> d(p);
+            for (int j = 0; j < n; ++j) {
+                Law one = law.given(&task.x[j * p]);
+                for (int i = 0; i < p; ++i) {
+                    next.mean[i] += one.mean[i] / n;
+                    d[i] = one.mean[i] - law.mean[i];
+                }
+                for (int i = 0; i < p; ++i)
+                    for (int k = 0; k < p; ++k) next.at(i, k) += (d[i] * d[k] + one.at(i, k)) / n;
+            }
+            for (int i = 0; i < p; ++i)
+                for (int k = 0; k < p; ++k)
+                    next.at(i, k) -= (next.mean[i] - law.mean[i]) * (next.mean[k] - law.mean[k]);
+            law = next;
+        }
+        const double bound = sizeof(TypeParam) == 8 ? 1e-12 : 1e-6;
+        for (int i = 0; i < p; ++i) {
+            const double s = std::sqrt(law.at(i, i));
+            EXPECT_NEAR(law.mean[i], task.mean(i), bound * (s + std::abs(law.mean[i]))) << i;
+            for (int k = 0; k <= i; ++k)
+                EXPECT_NEAR(law.at(i, k), task.covariance(i, k),
+                            bound * s * std::sqrt(law.at(k, k)))
+                    << i << ' ' << k;
+        }
     }
 }
 
@@ -242,43 +322,49 @@ TEST(StatsMissingData, PosteriorOfCompleteData) {
     }
 }
 
-// What is imputed has the law of what is missing where the data leave no doubt about the law: mean
-// and covariance of two values given the third, and none of others. D is in the order of x.
+// Where the prior leaves no doubt about the law, what is imputed has the law of what is missing
+// given the rest of its observation, and nothing to do with others: means and covariances of all
+// values within 5 of their deviations. D is in the order of x.
 TYPED_TEST(StatsMissing, ImputedValues) {
-    const int p = 3, n = 3000, imputations = 600;
+    const int p = 5, n = 40, imputations = 20000;
+    const double certain = 1e9;
     auto rows = holed(p, n, 0);
-    const int places[][2] = {{5, 1}, {5, 2}, {100, 0}, {100, 1}, {100, 2}, {101, 2}};
-    for (const auto& place : places) rows[place[0] * p + place[1]] = nan;
-    rows[5 * p] = 8;
-    rows[101 * p] = 1, rows[101 * p + 1] = 9;
+    const std::vector<int> gaps[] = {{0, 2, 4}, {0, 2, 4}, {1, 3}, {4}, {0, 1, 2, 3, 4}};
+    for (int j = 0; j < 5; ++j)
+        for (const int i : gaps[j]) rows[(7 + 3 * j) * p + i] = nan;
     Missing<TypeParam> task(p, rows);
     task.set(imputations, 2);
-    task.a[4] = 6;
+    task.a[4] = 14;
+    Law law = Law::correlated(p, 0.7);
+    task.c = {TypeParam(certain), TypeParam(certain)};
+    law.write(task.c, certain);
+    task.connect();
     ASSERT_EQ(VTS_SS_STATUS_OK, task());
-    const auto C = [&](int i, int j) { return task.covariance(i, j); };
-    double mean[6] = {}, square[6] = {}, product[6] = {};
-    for (int k = 0; k < imputations; ++k)
-        for (int v = 0; v < 6; ++v) mean[v] += double(task.d[k * 6 + v]) / imputations;
-    for (int k = 0; k < imputations; ++k)
-        for (int v = 0; v < 6; ++v) {
-            const double y = task.d[k * 6 + v] - mean[v];
-            square[v] += y * y / imputations;
-            product[v] += y * (task.d[k * 6 + (v + 1) % 6] - mean[(v + 1) % 6]) / imputations;
+    const auto value = [&](int k, int v) { return double(task.d[k * 14 + v]); };
+    double mean[14] = {};
+    for (int v = 0; v < 14; ++v)
+        for (int k = 0; k < imputations; ++k) mean[v] += value(k, v) / imputations;
+    for (int j = 0, v = 0; j < 5; ++j) {
+        Law rest = law.given(&task.x[(7 + 3 * j) * p]);
+        for (const int i : gaps[j]) {
+            EXPECT_NEAR(rest.mean[i], mean[v], 5 * std::sqrt(rest.at(i, i) / imputations)) << v;
+            for (int k = 0, w = 0; k < 5; ++k)
+                for (const int l : gaps[k]) {
+                    double product = 0;
+                    for (int m = 0; m < imputations; ++m)
+                        product += (value(m, v) - mean[v]) * (value(m, w) - mean[w]) / imputations;
+                    Law other = law.given(&task.x[(7 + 3 * k) * p]);
+                    const double expected = j == k ? rest.at(i, l) : 0;
+                    EXPECT_NEAR(
+                        expected, product,
+                        5 * std::sqrt((rest.at(i, i) * other.at(l, l) + expected * expected) /
+                                      imputations))
+                        << v << ' ' << w;
+                    ++w;
+                }
+            ++v;
         }
-    const auto near = [&](int v, double m, double variance) {
-        EXPECT_NEAR(m, mean[v], 5 * std::sqrt(variance / imputations) + 0.1) << v;
-        EXPECT_NEAR(1, square[v] / variance, 0.35) << v;
-    };
-    const auto given_first = [&](int i, int j) { return C(i, j) - C(i, 0) * C(j, 0) / C(0, 0); };
-    for (const int i : {1, 2})
-        near(i - 1, task.mean(i) + C(i, 0) / C(0, 0) * (8 - task.mean(0)), given_first(i, i));
-    EXPECT_NEAR(given_first(1, 2), product[0], 0.2 * given_first(2, 2));
-    for (const int i : {0, 1, 2}) near(2 + i, task.mean(i), C(i, i));
-    EXPECT_NEAR(0, product[1], 0.2 * std::sqrt(square[1] * square[2]));
-    const double s = given_first(1, 1), slope = given_first(1, 2) / s;
-    const double x1 = 9 - (task.mean(1) + C(1, 0) / C(0, 0) * (1 - task.mean(0)));
-    near(5, task.mean(2) + C(2, 0) / C(0, 0) * (1 - task.mean(0)) + slope * x1,
-         given_first(2, 2) - slope * slope * s);
+    }
 
     // The same again, by the fixed seed; and the first of them does not depend on how many follow.
     const auto values = task.d, laws = task.e;

@@ -201,12 +201,22 @@ TEST(StatsRobustData, UnitsOriginsAndFarOutliers) {
     plain.outlier[0] = 1;
     ASSERT_EQ(VTS_SS_STATUS_OK, plain.detect());
     ASSERT_EQ(VTS_SS_STATUS_OK, plain.estimate());
-    const double unit[] = {0x1p100, 0x1p-40, 1}, origin[] = {0, 0, 0x1p30};
+    // The squares of the second variable's values overflow, not those of its deviations.
+    const double unit[] = {0x1p100, 0x1p490, 1}, origin[] = {0, 0x1p525, 0x1p30};
     for (std::size_t k = 0; k < rows.size(); ++k) rows[k] = rows[k] * unit[k % 3] + origin[k % 3];
     Robust<double> other(p, rows);
     other.outlier[0] = 1;
     ASSERT_EQ(VTS_SS_STATUS_OK, other.detect());
     EXPECT_EQ(plain.weights, other.weights);
+    other.robust[2] = 1e-8;
+    ASSERT_EQ(VTS_SS_STATUS_OK, other.estimate());
+    for (int i = 0; i < p; ++i)
+        for (int j = 0; j < p; ++j)
+            EXPECT_NEAR(plain.covariance[i * p + j] /
+                            std::sqrt(plain.covariance[i * 4] * plain.covariance[j * 4]),
+                        other.covariance[i * p + j] / unit[i] / unit[j] /
+                            std::sqrt(plain.covariance[i * 4] * plain.covariance[j * 4]),
+                        1e-4);
 
     rows = contaminated<double>(p, n, 0.1, 50);
     Robust<double> near_one(p, rows);
@@ -312,6 +322,24 @@ TYPED_TEST(StatsRobust, BadInput) {
             EXPECT_EQ(VTS_SS_STATUS_OK, task.detect());
             EXPECT_EQ(VTS_SS_STATUS_OK, task.estimate());
         }
+}
+
+// What overflows has no estimate, nor have infinities, however many there are.
+TYPED_TEST(StatsRobust, Overflow) {
+    const auto rows = normal_data<TypeParam>(1, 1024, 0);
+    const TypeParam far = std::sqrt(std::numeric_limits<TypeParam>::max()) * 4;
+    Robust<TypeParam> task(1, rows);
+    std::fill_n(task.x.begin(), 400, far);
+    EXPECT_EQ(VTS_SS_STATUS_NOT_POSITIVE_DEFINITE, task.estimate());
+    std::fill_n(task.x.begin(), 256, TypeParam(infinity));
+    std::copy(rows.begin() + 256, rows.end(), task.x.begin() + 256);
+    EXPECT_EQ(VTS_SS_STATUS_NOT_POSITIVE_DEFINITE, task.detect());
+    EXPECT_EQ(VTS_SS_STATUS_NOT_POSITIVE_DEFINITE, task.estimate());
+    EXPECT_TRUE(task.is_clear());
+    std::fill_n(task.x.begin(), 256, far);
+    EXPECT_EQ(VTS_SS_STATUS_OK, task.detect());
+    EXPECT_EQ(VTS_SS_STATUS_OK, task.estimate());
+    EXPECT_GT(20, task.covariance[0]);
 }
 
 // The ends of the ranges of the parameters.
