@@ -40,12 +40,11 @@ struct ExpCore {
             re = (size * s.cosine).rounded(), im = (size * s.sine).with_sign_of(y);
             return VTM_STATUS_OK;
         }
-        const double size = is_nan(x) ? quiet(x)
-                            : x > 700 ? Format<double>::infinity
-                                      : exp_one(x).rounded();
+        // A finite size stands beside a NaN.
+        const double size = is_nan(x) ? quiet(x) : is_finite(x) ? 1 : x > 0 ? x : 0;
         const SpecialPair s = special_sines(y);
-        re = special_cosine_product(s.cosine, is_infinite(x) && x < 0 ? 0 : size);
-        im = special_sine_product(s.sine, is_infinite(x) && x < 0 ? 0 : size);
+        re = special_cosine_product(s.cosine, size);
+        im = special_sine_product(s.sine, magnitude_of(size));
         return domain_status(x, y, re, im);
     }
 };

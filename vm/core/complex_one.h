@@ -107,7 +107,8 @@ inline OneNumber log_modulus_one(double x, double y, auto log_of) {
 }
 
 // The same for any x, as doubles for the product of special values: NaN for sine and cosine of an
-// infinity. NaN has signs as other numbers have: an odd one of the sines, none of the cosines.
+// infinity. NaN has signs as other numbers have: an odd one of the sines, none of the cosines. The
+// finite hyperbolic ones stand beside a NaN: 0 or not is what counts.
 struct SpecialPair {
     double sine, cosine;
 };
@@ -123,8 +124,7 @@ inline SpecialPair special_sines(double x) {
 inline SpecialPair special_hyperbolics(double y) {
     if (is_nan(y)) return nan_pair(quiet(y), y);
     if (is_infinite(y)) return {y, Format<double>::infinity};
-    const SinesOne one = hyperbolics_one(magnitude_of(y));
-    return {one.sine.with_sign_of(y), one.cosine.rounded()};
+    return {y, 1};
 }
 
 // C99 G.6: a zero keeps anything at zero, and an infinite size meets a cosine of no value as an

@@ -164,10 +164,8 @@ private:
             log = a == 0 && b == 0 ? -log : log_modulus_one(a, b, extended_log).rounded();
         const double x = special_sine_product(c, log) - special_sine_product(d, angle),
                      y = special_sine_product(c, angle) + special_sine_product(d, log);
-        const double size = is_nan(x)   ? Format<double>::invalid
-                            : x > 1500  ? Format<double>::infinity
-                            : x < -1500 ? 0
-                                        : exp_one(x).rounded();
+        // A finite size stands beside a NaN.
+        const double size = is_nan(x) ? Format<double>::invalid : is_finite(x) ? 1 : x > 0 ? x : 0;
         const SpecialPair s = special_sines(y);
         re = special_cosine_product(s.cosine, size), im = special_sine_product(s.sine, size);
         return domain_status(0, 0, re, im);

@@ -41,7 +41,10 @@ inline Two<doubles> complex_product(doubles a, doubles b, doubles c, doubles d) 
 
 // (a + ib) / (c + id) as unevaluated sums, from the product with the conjugate.
 inline PartsOf<Parts> quotient_parts(doubles a, doubles b, doubles c, doubles d) {
-    const auto normalised = [](Parts x) { return two_sum(x.high, x.low); };
+    const auto normalised = [](Parts x) {
+        const Parts sum = two_sum(x.high, x.low);
+        return Parts{select(sum.high == 0.0, x.high, sum.high), sum.low};
+    };
     const PartsOf<Parts> product = product_parts(a, b, c, -d);
     const Parts norm = normalised(add(two_square(c), two_square(d)));
     return {divide(normalised(product.re), norm), divide(normalised(product.im), norm)};
