@@ -219,6 +219,39 @@ TEST(Frame, SubnormalNumbersByTheModeWord) {
     });
 }
 
+// Under VTM_FTZDAZ_ON every subnormal argument gives what a zero of its sign gives, and no result
+// is subnormal, but for functions that only move or change signs.
+TEST(Frame, SubnormalNumbersAreZerosWhereTheModeSaysSo) {
+    const auto subnormal = [](double x) { return std::fpclassify(x) == FP_SUBNORMAL; };
+    const auto component = [](const Row& row, const Bytes& bytes, std::size_t i) {
+        double wide;
+        float narrow;
+        if (!row.single()) return std::memcpy(&wide, &bytes[8 * i], 8), wide;
+        std::memcpy(&narrow, &bytes[4 * i], 4);
+        return std::fpclassify(narrow) == FP_SUBNORMAL ? 1e-310 : narrow;
+    };
+    for_every_kernel([&](const Row& row, int slot) {
+        const std::string function = row.function;
+        if (function == "Conj" || (function == "Abs" && row.argument_parts == 1)) return;
+        kef_vtm_kernel_SetMode(VTM_FTZDAZ_ON);
+        for (const double tiny :
+             row.single() ? std::vector{1e-40, -1e-45} : std::vector{1e-310, -5e-324})
+            for (const double x : mixed) {
+                if (row.single() ? subnormal(x * 0x1p-896) : subnormal(x)) continue;
+                const double zero = std::copysign(0.0, tiny);
+                Data data(row, 5, {tiny, x, x, tiny, tiny}),
+                    zeros(row, 5, {zero, x, x, zero, zero});
+                data.compute(slot, 0, 5), zeros.compute(slot, 0, 5);
+                EXPECT_EQ(data.r1, zeros.r1) << x << ' ' << tiny;
+                EXPECT_EQ(data.r2, zeros.r2) << x << ' ' << tiny;
+                for (std::size_t i = 0; i < data.r1.size() / row.component_size(); ++i) {
+                    EXPECT_FALSE(subnormal(component(row, data.r1, i))) << x << ' ' << tiny;
+                    EXPECT_FALSE(subnormal(component(row, data.r2, i))) << x << ' ' << tiny;
+                }
+            }
+    });
+}
+
 // The x87 unit is no part of any kernel: a subnormal result that passed through it would raise its
 // flag, and trap in whatever the caller does next.
 void clear_x87_flags() { asm volatile("fnclex"); }

@@ -129,10 +129,10 @@ struct InverseTangentCore {
     template <class Accuracy> static constexpr double last_y() { return 0x1p280; }
     // The poles.
     static ints special_single(ints x, ints y) {
-        return (magnitude(x) | (magnitude(y) ^ Format<float>::one_head)) - 1;
+        return is_zero(x) & ((magnitude(y) ^ Format<float>::one_head) - 1);
     }
     static longs special_double(doubles x, doubles y) {
-        return ((longs)absolute(x) | ((longs)absolute(y) ^ (longs)all(1.0))) - 1;
+        return is_zero(x) & (longs)(absolute(y) == 1.0);
     }
 
     // For |x| and |y|.

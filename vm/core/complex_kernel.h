@@ -67,13 +67,7 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     }
     static ints beyond(ints x, ints y) requires(!is_single) { return larger(x, y); }
     static V undefined(V x, V y) requires(!is_single) {
-        // Tiny, but not 0.
-        constexpr auto least_bits = std::bit_cast<std::int64_t>(least);
-        const auto tiny = [](V z) {
-            const longs size = (longs)absolute(z);
-            return (size - least_bits) & ~(size - 1);
-        };
-        longs verdict = tiny(x) | tiny(y);
+        longs verdict = is_tiny(x, least) | is_tiny(y, least);
         if constexpr (requires { Core::special_double(x, y); })
             verdict |= Core::special_double(x, y);
         return (V)verdict;
@@ -98,7 +92,7 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
 
     static int edge(T x, T y, T& re, T& im) {
         double r, i;
-        const int status = Core::edge(x, y, r, i);
+        const int status = Core::edge(as_number(x), as_number(y), r, i);
         re = static_cast<T>(r), im = static_cast<T>(i);
         return status_of_parts<T, Core::overflows, Core::underflows>(
             status, is_finite(x) && is_finite(y), r, i);

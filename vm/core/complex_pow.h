@@ -52,12 +52,8 @@ template <class T, class Accuracy> struct ComplexPowFormula {
         return small(a) | small(b) | small(c) | small(d);
     }
     static V undefined(V a, V b, V c, V d) requires(!is_single) {
-        constexpr auto least_bits = std::bit_cast<std::int64_t>(least);
-        const auto tiny = [](V z) {
-            const longs size = (longs)absolute(z);
-            return (size - least_bits) & ~(size - 1);
-        };
-        return (V)(tiny(a) | tiny(b) | tiny(c) | tiny(d) | both_zero(a, b));
+        return (V)(is_tiny(a, least) | is_tiny(b, least) | is_tiny(c, least) | is_tiny(d, least) |
+                   both_zero(a, b));
     }
 
     static MarkedBy<V, Two<V>> fast(V a, V b, V c, V d) {
@@ -85,7 +81,8 @@ template <class T, class Accuracy> struct ComplexPowFormula {
     static int edge(T a, T b, T c, T d, T& re, T& im) {
         double r, i;
         const bool finite = is_finite(a) && is_finite(b) && is_finite(c) && is_finite(d);
-        const int status = one(a, b, c, d, finite, r, i);
+        const int status =
+            one(as_number(a), as_number(b), as_number(c), as_number(d), finite, r, i);
         re = static_cast<T>(r), im = static_cast<T>(i);
         return status_of_parts<T, true, true>(status, finite && (a != 0 || b != 0), r, i);
     }

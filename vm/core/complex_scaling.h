@@ -17,10 +17,17 @@ template <class T, int first, int end> inline ints larger_outside(ints x, ints y
     return (head(end) - 1 - x) | (head(end) - 1 - y) | ((x - head(first)) & (y - head(first)));
 }
 
-// Sign bits where both parts are +-0, by the bits of floats and of doubles.
-inline ints both_zero(ints x, ints y) { return magnitude(x | y) - 1; }
+// Masks where a part is +-0, and where both are, by the bits of floats and of doubles. Compared as
+// numbers: where subnormal ones count as zeros they are.
+inline ints is_zero(ints x) { return (ints)((floats)magnitude(x) == 0.0f); }
+inline longs is_zero(doubles x) { return (longs)(x == 0.0); }
+inline ints both_zero(ints x, ints y) { return is_zero(x | y); }
 inline longs both_zero(doubles x, doubles y) {
-    return (longs)absolute((doubles)((longs)x | (longs)y)) - 1;
+    return is_zero(absolute((doubles)((longs)x | (longs)y)));
+}
+// Signs where x is tiny, below `least`, but not 0.
+inline longs is_tiny(doubles x, double least) {
+    return ((longs)absolute(x) - std::bit_cast<std::int64_t>(least)) & ~is_zero(x);
 }
 
 // The exponent of the larger part, in its field; of doubles by their heads.
@@ -54,6 +61,9 @@ inline doubles power_of_two(longs exponent) {
 KEF_INLINE double signed_like(double magnitude, double x) {
     return from_bits(to_bits(magnitude) | (to_bits(x) & (UINT64_C(1) << 63)));
 }
+
+// An argument of one element: a zero where subnormal numbers count as zeros.
+KEF_INLINE double as_number(double x) { return x == 0 ? signed_like(0, x) : x; }
 
 // One element likewise, of any size but 0.
 struct ScaledOne {
