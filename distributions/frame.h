@@ -8,7 +8,7 @@
 #include "kef_dist.h"
 #include "kef_vm.h"
 #include "rng/registry.h"
-#include "vm/control/thread_state.h"
+#include "vm/control/mode_scope.h"
 #include "vm/simd/simd.h"
 
 namespace kef::dist {
@@ -19,33 +19,9 @@ inline constexpr std::int32_t block = 1024;
 // Vector-math mode of the bracket, and of each kernel call inside it.
 inline constexpr std::uint32_t bracket_mode = VTM_ERRMODE_CALLBACK, kernel_mode = VTM_FTZDAZ_OFF;
 
-// Keeps the thread's mode word and puts it back bit for bit: SetMode could not restore a field that
-// was zero.
-class ModeScope {
-public:
-    explicit ModeScope(std::uint32_t requested)
-        : state_(vm::state_with_mode()), mode_(state_.mode), zero_mode_(state_.zero_mode) {
-        state_.mode = vm::merged_mode(mode_, requested);
-        state_.zero_mode = false;
-    }
-    ~ModeScope() {
-        state_.mode = mode_;
-        state_.zero_mode = zero_mode_;
-    }
-    ModeScope(const ModeScope&) = delete;
-    ModeScope& operator=(const ModeScope&) = delete;
-
-protected:
-    vm::ThreadState& state_;
-
-private:
-    std::uint32_t mode_;
-    bool zero_mode_;
-};
-
 // The distribution's own error callback for the time of a call; callback and mode word are the
 // caller's again on every way out.
-class Bracket : ModeScope {
+class Bracket : vm::ModeScope {
 public:
     explicit Bracket(kef_vtm_error_callback callback)
         : ModeScope(bracket_mode), callback_(state_.callback) {
@@ -73,7 +49,7 @@ inline int replace_singular(kef_vtm_error_record* record) {
 // A call of a dispatch slot under kernel_mode.
 template <class Function, class... Arguments>
 void evaluate(Function* slot, Arguments... arguments) {
-    const ModeScope mode(kernel_mode);
+    const vm::ModeScope mode(kernel_mode);
     slot(arguments...);
 }
 
