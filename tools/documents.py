@@ -15,6 +15,7 @@ the rendered document sees:
   ```sh by-hand      not typed
   ```c [name]        a program; without main, statements. They run too, unless a comment <!-- c ... -->
                      before them has the declarations that they need; then they are only compiled
+  ```python          an interactive session, tried by the tests of the Python package
   ```text            anything
   ```text output     what the program or the commands before it print, blanks at line ends aside
   ```text similar    likewise, whatever its numbers are
@@ -40,7 +41,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 KNOWN = {"sh": {"fresh", "long", "limit", "by-hand"}, "c": set(), "text": {"output", "similar"},
-         "cmake": set()}
+         "cmake": set(), "python": set()}
 HEADERS = ["kef_vm.h", "kef_rng.h", "kef_dist.h", "kef_stats.h", "kef_fit.h"]
 SECONDS = 5  # of a limited measurement
 

@@ -1,0 +1,55 @@
+"""The shared library: where it is found, and how its statuses become exceptions."""
+
+import ctypes
+import os
+import pathlib
+import sys
+
+NAMES = {"win32": ("kef.dll",)}.get(sys.platform, ("libkef.so.0.1", "libkef.so"))
+
+
+def _load():
+    """The library by KEF_LIBRARY, else beside the package, else as the system's loader finds it."""
+    named = os.environ.get("KEF_LIBRARY")
+    beside = [path for path in (pathlib.Path(__file__).parent / name for name in NAMES) if path.exists()]
+    tried = []
+    for candidate in [named] if named else [*map(str, beside), *NAMES]:
+        try:
+            library = ctypes.CDLL(candidate)
+        except OSError as error:
+            tried.append(f"{candidate}: {error}")
+            continue
+        if hasattr(library, "kef_vtm_loop"):
+            return library
+        tried.append(f"{candidate}: not the KEF library, or one that is older than this package")
+    how = ("KEF_LIBRARY names no usable library" if named else
+           f"the KEF library was found neither beside the package nor by the system's loader; "
+           f"KEF_LIBRARY may name it (for a Python of {64 if sys.maxsize > 2**32 else 32} bits)")
+    raise ImportError(how + "\n  " + "\n  ".join(tried))
+
+
+library = _load()
+# Short calls keep the interpreter's lock: to give it up would cost more than they take.
+short = ctypes.PyDLL(library._name, handle=library._handle)
+
+library.kef_member.restype = ctypes.c_char_p
+
+
+def prototype(name, *arguments, result=ctypes.c_int32, of=library):
+    """An exported function with its types."""
+    function = getattr(of, name)
+    function.argtypes, function.restype = arguments, result
+    return function
+
+
+_TEXTS = {family: prototype(f"kef_{family}_status_text", ctypes.c_int32, result=ctypes.c_char_p)
+          for family in ("vtm", "vts", "ss", "df")}
+
+
+def status_text(family, status):
+    return _TEXTS[family](status).decode()
+
+
+def address(array):
+    """Where an array's data begins, as an argument of a call."""
+    return ctypes.c_void_p(array.__array_interface__["data"][0])

@@ -1,0 +1,16 @@
+import os
+import subprocess
+import sys
+
+import pytest
+
+
+@pytest.fixture
+def run_python():
+    """Runs a program in a Python of its own; gives what it prints. Its status has to be 0."""
+    def run(program, status=0, **environment):
+        done = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True, timeout=60,
+                              env=os.environ | environment)
+        assert done.returncode == status, done.stderr
+        return done.stdout + done.stderr
+    return run
