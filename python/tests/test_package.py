@@ -11,11 +11,12 @@ import numpy as np
 import pytest
 
 import kef
+import kef.interpolate
 import kef.random
 import kef.stats
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MODULES = [kef, kef.random, kef.stats]
+MODULES = [kef, kef.interpolate, kef.random, kef.stats]
 
 
 @pytest.mark.parametrize("module", MODULES, ids=lambda m: m.__name__)

@@ -1,0 +1,196 @@
+"""Statistics beside NumPy's, in chunks, merged and pickled."""
+
+import pickle
+
+import numpy as np
+import pytest
+
+from kef import stats
+
+RNG = np.random.default_rng(4)
+X = RNG.gamma(2.0, size=(1200, 3)) @ RNG.normal(size=(3, 3)) + [0, 10, 100]
+W = RNG.uniform(0.5, 2, 1200)
+
+
+def expected(x, w=None):
+    """All estimates by their definitions."""
+    w = np.ones(len(x)) if w is None else w
+    total, d = w.sum(), x - (w @ x) / w.sum()
+    norm = total - (w**2).sum() / total
+    m = {k: w @ d**k for k in (2, 3, 4)}
+    c = d.T @ (w[:, None] * d)
+    s = np.sqrt(np.diag(c))
+    found = {"mean": w @ x / total, "sum": w @ x, "variance": m[2] / norm, "covariance": c / norm,
+             "correlation": c / np.outer(s, s), "cross_product": c, "minimum": x.min(0), "maximum": x.max(0),
+             "skewness": m[3] / total / (m[2] / total) ** 1.5, "kurtosis": m[4] / total / (m[2] / total) ** 2 - 3,
+             "variation": np.sqrt(m[2] / norm) / (w @ x / total)}
+    for k in (2, 3, 4):
+        found |= {f"raw_moment_{k}": w @ x**k / total, f"raw_sum_{k}": w @ x**k, f"central_sum_{k}": m[k],
+                  f"central_moment_{k}": m[k] / norm}
+    return found
+
+
+def close(got, wanted, tolerance=1e-10):
+    assert np.shape(got) == np.shape(wanted)
+    np.testing.assert_allclose(got, wanted, rtol=tolerance, atol=tolerance * np.abs(wanted).max())
+
+
+@pytest.mark.parametrize("weighted", [False, True])
+@pytest.mark.parametrize("method", ["tiled", "recurrence"])
+def test_all_estimates_by_chunks(method, weighted):
+    wanted = expected(X, W if weighted else None)
+    for x in (X, np.asfortranarray(X), X[:, ::-1][:, ::-1], X.astype(">f8")):
+        for cuts in ([], [1, 2, 500], range(0, 1200, 37)):
+            s = stats.Statistics(list(wanted), method=method)
+            for chunk, w in zip(np.split(x, cuts), np.split(W, cuts)):
+                s.update(chunk, w if weighted else None)
+            for name, value in wanted.items():
+                close(s[name], value)
+            assert abs(s.count - (W.sum() if weighted else 1200)) < 1e-9
+
+
+@pytest.mark.parametrize("each", list(expected(X)))
+def test_every_estimate_alone_merged_and_pickled(each):
+    wanted = expected(X, W)[each]
+    parts = []
+    for chunk, w in zip(np.split(X, [5, 6, 800]), np.split(W, [5, 6, 800])):
+        part = stats.Statistics(each)
+        part.update(chunk, w)
+        part = pickle.loads(pickle.dumps(part))
+        if len(parts) == 1:
+            part = pickle.loads(pickle.dumps(stats.Statistics(each))).merge(part)
+        parts.append(part)
+    tolerance = 1e-6  # what was pickled keeps no more digits than the results have
+    close(stats.merged(parts)[each], wanted, tolerance)
+    close(stats.merged(reversed(parts))[each], wanted, tolerance)
+    resumed = pickle.loads(pickle.dumps(parts[0]))
+    resumed.update(X[5:], W[5:])
+    close(getattr(resumed, each), wanted, tolerance)
+    close(parts[0][each], expected(X[:5], W[:5])[each], 1e-6)  # merging left it alone
+
+
+def test_quantiles_of_a_stream():
+    data = RNG.permutation(60000).reshape(-1, 3) * 1.0
+    orders = [0, 0.1, 0.5, 1]
+
+    def of(chunk):
+        s = stats.Statistics([], quantiles=orders, epsilon=0.01)
+        s.update(chunk)
+        return s
+    one = of(data)
+    many = stats.Statistics([], quantiles=orders, epsilon=0.01)
+    for chunk in np.split(data, range(0, 20000, 999)):
+        many.update(chunk)
+        if many.count:
+            many.quantiles  # asking changes nothing
+    np.testing.assert_array_equal(one.quantiles, many.quantiles)
+    merged = stats.merged(pickle.loads(pickle.dumps(of(chunk))) for chunk in np.split(data, [1, 2, 9000]))
+    assert merged.count == 20000
+    merged.update(data[:0])
+    for s in (one, merged, pickle.loads(pickle.dumps(merged))):
+        ranks = [[(data[:, i] <= s.quantiles[k, i]).mean() for i in range(3)] for k in range(4)]
+        assert np.abs(np.array(ranks) - np.array(orders)[:, None]).max() <= 0.011
+        assert (s.quantiles[0] == data.min(0)).all() and (s.quantiles[3] == data.max(0)).all()
+    assert of(data[:, 0]).quantiles.shape == (4,)
+
+
+def test_single_precision_shapes_and_names():
+    s = stats.Statistics(["mean", "covariance"])
+    s.update(X.astype("f"))
+    assert s.mean.dtype == np.float32
+    close(s.covariance, np.cov(X.T), 1e-5)
+    one = stats.Statistics(["mean", "covariance", "variance"])
+    one.update(np.arange(5))
+    assert one.mean == 2 and one.covariance == 2.5 == one.central_moment_2 and np.isscalar(one.mean)
+    assert one.results() == {"count": 5.0, "mean": 2.0, "covariance": 2.5, "variance": 2.5}
+    column = stats.Statistics()
+    column.update(np.arange(5.0)[:, None])
+    assert column.mean.shape == (1,)
+    column.mean[0] = 99  # a copy: the state cannot be written to
+    assert column.mean[0] == 2
+    with pytest.raises(AttributeError, match="maximum"):
+        one.maximum
+    with pytest.raises(KeyError):
+        one["nothing"]
+    with pytest.raises(ValueError, match="no observation"):
+        stats.Statistics().mean
+
+
+def test_functions():
+    for x in (X, np.asfortranarray(X), X[::-1]):
+        close(stats.quantiles(x, [0.2, 0.5]), np.quantile(x, [0.2, 0.5], axis=0), 1e-14)
+        np.testing.assert_array_equal(stats.order_statistics(x), np.sort(x, axis=0))
+        close(stats.median_absolute_deviation(x), np.median(np.abs(x - np.median(x, 0)), 0), 1e-14)
+        close(stats.weighted_median(x, np.ones(1200)), np.median(x, 0), 1e-14)
+        d = x - x.mean(0)
+        close(stats.mahalanobis_distance(x), np.sqrt(np.einsum("ni,ij,nj->n", d, np.linalg.inv(np.cov(x.T)), d)), 1e-9)
+    assert stats.quantiles(X[:, 0], 0.5).shape == (1,) and np.isscalar(stats.median_absolute_deviation(X[:, 0]))
+    c = np.cov(X.T)
+    p = c[np.ix_([2, 0], [2, 0])] - np.outer(c[[2, 0], 1], c[1, [2, 0]]) / c[1, 1]
+    partial = stats.partial_covariance(c, [2, 0], [1])
+    close(partial.covariance, p, 1e-10)
+    close(partial.correlation[0, 1], p[0, 1] / np.sqrt(p[0, 0] * p[1, 1]), 1e-10)
+    groups = np.arange(1200) % 3
+    pooled = stats.pooled_covariance(X, groups)
+    parts = [X[groups == g] for g in range(3)]
+    close(pooled.group_means, np.array([part.mean(0) for part in parts]))
+    close(pooled.group_covariances, np.array([np.cov(part.T) for part in parts]), 1e-9)
+    close(pooled.covariance, sum(399 * np.cov(part.T) for part in parts) / 1197, 1e-9)
+    fixed = stats.nearest_correlation([[1, 0.9, -0.9], [0.9, 1, 0.9], [-0.9, 0.9, 1]])
+    assert np.linalg.eigvalsh(fixed).min() > -1e-12 and (np.diag(fixed) == 1).all()
+
+
+def test_outliers_and_missing_values():
+    x = RNG.normal(size=(300, 3))
+    x[:60] += 8
+    assert stats.outliers(x).nonzero()[0].tolist() == list(range(60))
+    robust = stats.robust_covariance(x)
+    assert np.abs(robust.mean).max() < 0.3 and np.abs(np.diag(robust.covariance) - 1).max() < 0.6
+    y = RNG.normal(size=(500, 2)) @ [[1, 0.5], [0, 1]]
+    complete = stats.missing_values(y)
+    close(complete.mean, y.mean(0), 1e-9)
+    close(complete.covariance, np.cov(y.T, bias=True), 1e-9)
+    gaps = RNG.uniform(size=y.shape) < 0.1
+    gaps[gaps.all(1)] = False
+    holes = np.where(gaps, np.nan, y)
+    found = stats.missing_values(holes, imputations=4)
+    assert not np.isnan(found.imputations).any() and found.imputations.shape == (4, 500, 2)
+    assert (found.imputations[:, ~gaps] == y[~gaps]).all()
+    assert (found.imputations[0] != found.imputations[1])[gaps].all()
+    close(found.covariance, np.cov(y.T, bias=True), 0.2)
+    # What is filled in follows the other variable.
+    filled, other = found.imputations[:, gaps[:, 1], 1].mean(0), y[gaps[:, 1], 0]
+    assert np.corrcoef(filled, other)[0, 1] > 0.2
+    with pytest.warns(RuntimeWarning, match="convergence"):
+        stats.missing_values(holes, steps=1, tolerance=0)
+
+
+def test_bad_arguments_are_named():
+    s = stats.Statistics()
+    s.update(X)
+    for call, name in ((lambda: s.update(X[:, :2]), "x"), (lambda: s.update(X[:, 0]), "x"),
+                       (lambda: s.update(X + 0j), "x"), (lambda: s.update(["a"]), "x"),
+                       (lambda: s.update(X[None]), "x"), (lambda: s.update(X, W[1:]), "weights"),
+                       (lambda: stats.Statistics("median"), "estimates"), (lambda: stats.Statistics(method="x"), "method"),
+                       (lambda: stats.Statistics(quantiles=[2]), "quantiles"),
+                       (lambda: stats.Statistics(quantiles=[0.5], epsilon=0), "epsilon"),
+                       (lambda: stats.Statistics(dtype="i4"), "dtype"), (lambda: s.merge(s), "other"),
+                       (lambda: s.merge(stats.Statistics("sum")), "other"), (lambda: s.merge(1), "other"),
+                       (lambda: stats.quantiles(X, 1.5), "orders"), (lambda: stats.quantiles([], 0.5), "x"),
+                       (lambda: stats.weighted_median([1, 2], [1, -1]), "WMedian"),
+                       (lambda: stats.weighted_median([1, 2], [1]), "weights"),
+                       (lambda: stats.mahalanobis_distance(X, [0, 0], np.eye(3)), "mean"),
+                       (lambda: stats.partial_covariance(np.eye(3), [0], [0]), "given"),
+                       (lambda: stats.partial_covariance(np.eye(3), [3], [0]), "of"),
+                       (lambda: stats.partial_covariance(np.ones((2, 3)), [0], [1]), "covariance"),
+                       (lambda: stats.pooled_covariance(X, np.zeros(3, int)), "groups"),
+                       (lambda: stats.pooled_covariance(X, np.full(1200, 2**40)), "groups"),
+                       (lambda: stats.missing_values(X, imputations=-1), "imputations"),
+                       (lambda: stats.merged([]), "parts"), (lambda: stats.Statistics().update(np.empty((3, 0))), "x")):
+        with pytest.raises((ValueError, TypeError), match=name):
+            call()
+    with pytest.raises(np.linalg.LinAlgError):
+        stats.mahalanobis_distance(X, covariance=np.ones((3, 3)))
+    close(s.mean, X.mean(0))  # as it was
+    s.update(X[:0])
+    assert s.count == 1200
