@@ -8,11 +8,14 @@ template <class T, class Accuracy> struct ComplexAcosh : AcosOfParts<T, Accuracy
     using V = Vector<T>;
     KEF_COMPLEX_NAME(Acosh);
 
-    static Two<V> fast(V x, V y) {
-        const Two<V> r = Acos::fast(x, y);
+    static Two<V> of_acos(Two<V> r, V y) {
         return {absolute(r.second), flipped(r.first, sign_bit(y))};
     }
-    static Two<V> far(V x, V y) requires(!Acos::is_single) { return fast(x, y); }
+    static Two<V> fast(V x, V y) { return of_acos(Acos::fast(x, y), y); }
+    static MarkedBy<V, Two<V>> far(V x, V y) requires(!Acos::is_single) {
+        const MarkedBy<V, Two<V>> r = Acos::far(x, y);
+        return {of_acos(r.result, y), r.marks};
+    }
     static int edge(T x, T y, T& re, T& im) {
         T angle, height;
         const int status = Acos::edge(x, y, angle, height);

@@ -21,8 +21,10 @@ struct ExpCore {
     template <class Accuracy> static constexpr double last_y() {
         return TrigLast<double, Accuracy>::near;
     }
-    template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
-        const auto [sine, cosine] = sine_cosine<Accuracy>(absolute(y));
+    static constexpr bool angle_first = false;
+    template <class Accuracy>
+    static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
+        const auto [sine, cosine] = sines;
         if constexpr (std::is_same_v<Accuracy, HA>) {
             const ExpParts e = exp_parts(x);
             const Parts size = normalised({e.high, e.low});
@@ -32,6 +34,9 @@ struct ExpCore {
             const doubles size = exp_core<Accuracy>(x);
             return {size * cosine, flipped(size * sine, sign_bit(y))};
         }
+    }
+    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts, EnlargedParts y) {
+        return {r.first, r.second * y.factor};
     }
     static int edge(double x, double y, double& re, double& im) {
         if (is_finite(x) && is_finite(y)) {

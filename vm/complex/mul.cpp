@@ -22,10 +22,7 @@ template <class T, class> struct ComplexMul {
         return larger_outside<T, -450, 500>(a, b) | larger_outside<T, -450, 500>(c, d);
     }
     static ints beyond(ints a, ints b, ints c, ints d) requires(is_double) {
-        constexpr std::int32_t one = Format<T>::one_head;
-        const ints exponent = (larger_exponent(a, b) - one) + (larger_exponent(c, d) - one);
-        return larger_outside<T, -1022, 1023>(a, b) | larger_outside<T, -1022, 1023>(c, d) |
-               exponent_outside(exponent);
+        return larger_outside<T, -1022, 1023>(a, b) | larger_outside<T, -1022, 1023>(c, d);
     }
     // Single: no NaN but from one or an infinity.
     static ints refuse(ints re, ints im) requires(!is_double) {
@@ -42,11 +39,10 @@ template <class T, class> struct ComplexMul {
                     narrow(x.low * v.low + y.low * u.low, x.high * v.high + y.high * u.high)};
         }
     }
-    static Two<V> far(V a, V b, V c, V d) requires(is_double) {
+    static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) requires(is_double) {
         const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-        const Two<V> r = complex_product(x.x, x.y, y.x, y.y);
-        const V power = power_of_two(x.exponent + y.exponent);
-        return {r.first * power, r.second * power};
+        const Two<V> r = scaled_back(complex_product(x.x, x.y, y.x, y.y), x.exponent, y.exponent);
+        return {r, (V)(rounded_twice(r.first) | rounded_twice(r.second))};
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
@@ -84,7 +80,7 @@ template <class T, class Accuracy> struct ComplexMulByConj : ComplexMul<T, Accur
     using V = Vector<T>;
     KEF_COMPLEX_NAME(MulByConj);
     static Two<V> fast(V a, V b, V c, V d) { return Mul::fast(a, b, c, -d); }
-    static Two<V> far(V a, V b, V c, V d) requires(Mul::is_double) { return Mul::far(a, b, c, -d); }
+    static auto far(V a, V b, V c, V d) requires(Mul::is_double) { return Mul::far(a, b, c, -d); }
     static int edge(T a, T b, T c, T d, T& re, T& im) { return Mul::edge(a, b, c, -d, re, im); }
 };
 

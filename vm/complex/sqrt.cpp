@@ -20,12 +20,12 @@ struct SqrtCore {
     static ints special_single(ints x, ints y) { return both_zero(x, y); }
     static longs special_double(doubles x, doubles y) { return both_zero(x, y); }
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
-        using N = Number<Accuracy>;
-        const doubles a = absolute(x), b = absolute(y);
-        const auto root = complex_root<N>(a, b);
-        const doubles t = rounded(root.larger), s = rounded(root.smaller);
-        const longs left = sign_mask(sign_bit(x));
-        return {select(left, s, t), flipped(select(left, t, s), sign_bit(y))};
+        return scaled_formula<Accuracy>(x, y, all(1.0), all(1.0));
+    }
+    // Whose smaller result is linear in a tiny y beside x.
+    template <class Accuracy> static Two<doubles> enlarged_formula(doubles x, doubles y) {
+        const EnlargedPair z = enlarged(x, y);
+        return scaled_formula<Accuracy>(z.x.x, z.y.x, z.root(), z.y.factor);
     }
     static int edge(double x, double y, double& re, double& im) {
         if (is_infinite(y)) {
@@ -45,6 +45,14 @@ struct SqrtCore {
     }
 
 private:
+    template <class Accuracy>
+    static Two<doubles> scaled_formula(doubles x, doubles y, doubles scale, doubles y_scale) {
+        using N = Number<Accuracy>;
+        const auto root = complex_root<N>(absolute(x), absolute(y));
+        const doubles t = rounded(root.larger) * scale, s = rounded(root.smaller) * y_scale * scale;
+        const longs left = sign_mask(sign_bit(x));
+        return {select(left, s, t), flipped(select(left, t, s), sign_bit(y))};
+    }
     // t of the number times an even power of two, s from y itself, which may be far smaller.
     static void finite(double x, double y, double& re, double& im) {
         const double a = magnitude_of(x), b = magnitude_of(y);

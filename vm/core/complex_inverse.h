@@ -38,6 +38,11 @@ template <InverseSine which> struct InverseSineCore {
     template <class Accuracy> static constexpr double last_x() { return 0x1p280; }
     template <class Accuracy> static constexpr double last_y() { return 0x1p280; }
 
+    // Next to 1 and -1 on a line beside the axis a result is the root of the distance.
+    static longs special_double(doubles x, doubles y) {
+        return (longs)(absolute(x) == 1.0) & is_tiny(y, 0x1p-280);
+    }
+
     // The real and the imaginary part for |x| and |y|, re of acos for the sign of x.
     template <class N> static Two<N> parts(doubles x, doubles y, longs sign) {
         const N difference = sum_of<N>(all(1.0), -x), sum = sum_of<N>(all(1.0), x);
@@ -60,6 +65,12 @@ template <InverseSine which> struct InverseSineCore {
         const doubles re = rounded(r.first), im = rounded(r.second);
         if constexpr (sine) return {flipped(re, sign_bit(x)), flipped(im, sign_bit(y))};
         else return {re, flipped(-im, sign_bit(y))};
+    }
+
+    // Linear: asin in x, the imaginary part in y for |x| < 1, acos in y for x > 1.
+    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
+        const doubles none = all(1.0), im = select(absolute(x.x) < 1.0, y.factor, none);
+        return {r.first * (sine ? x.factor : select(x.x > 1.0, y.factor, none)), r.second * im};
     }
 
     static int edge(double x, double y, double& re, double& im) {
@@ -132,7 +143,7 @@ struct InverseTangentCore {
         return is_zero(x) & ((magnitude(y) ^ Format<float>::one_head) - 1);
     }
     static longs special_double(doubles x, doubles y) {
-        return is_zero(x) & (longs)(absolute(y) == 1.0);
+        return (is_zero(x) | is_tiny(x, 0x1p-280)) & (longs)(absolute(y) == 1.0);
     }
 
     // For |x| and |y|.
@@ -146,6 +157,11 @@ struct InverseTangentCore {
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
         const Two<Number<Accuracy>> r = parts<Number<Accuracy>>(absolute(x), absolute(y));
         return {flipped(rounded(r.first), sign_bit(x)), flipped(rounded(r.second), sign_bit(y))};
+    }
+
+    // Linear: re in x for |y| < 1, im in y.
+    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
+        return {r.first * select(absolute(y.x) < 1.0, x.factor, all(1.0)), r.second * y.factor};
     }
 
     static int edge(double x, double y, double& re, double& im) {

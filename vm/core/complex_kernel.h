@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "vm/core/complex_scaling.h"
+#include "vm/core/complex_trig.h"
 #include "vm/simd/format.h"
 #include "vm/simd/frame.h"
 
@@ -25,11 +26,19 @@ inline int status_of_parts(int status, bool finite, double re, double im) {
 // The kernel of a function that is one formula in doubles for parts of every ordinary size:
 //
 //   Core::formula<Accuracy>(x, y)   on vectors: for 0 or 2^-280 <= |x| < last_x<Accuracy>(), y
-//   likewise Core::special_single(x, y), special_double(x, y)
+//                                   likewise; or
+//   Core::with_sines<Accuracy>(sines, x, y)
+//                                   the same from sine and cosine of one part, which has any size:
+//                                   of x where Core::angle_first, else of y
+//   Core::special_single(x, y), special_double(x, y)
 //                                   optional, by the bits of floats and by doubles: sign bits where
 //                                   the formula does not hold in that range
-//   Core::edge(x, y, re, im)        one element of any size, within the bounds of HA; gives the
-//   status Core::overflows, underflows     whether finite arguments can have an infinite part, and
+//   Core::shrunk(r, x, y)           optional: the result r of enlarged parts x and y, with what is
+//                                   linear in tiny ones taken back; or
+//   Core::enlarged_formula<Accuracy>(x, y)
+//                                   the formula for tiny parts too
+//   Core::edge(x, y, re, im)        one element of any size, within the bounds of HA; its status
+//   Core::overflows, underflows     whether finite arguments can have an infinite part, and
 //                                   whether two parts below the normal numbers are reported
 //
 // Double: LA, HA and EP of the formula. Single: HA the formula of LA, rounded once, and LA, also
@@ -41,6 +50,13 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
                                        std::conditional_t<std::is_same_v<Accuracy, HA>, LA, EP>>;
     static constexpr bool far_everywhere = true;
     static constexpr double least = 0x1p-280;
+    static constexpr bool has_angle = requires { Core::angle_first; };
+    static constexpr bool has_shrunk = requires(Two<doubles> r, EnlargedParts x) {
+        Core::shrunk(r, x, x);
+    };
+    static constexpr bool has_enlarged = requires(doubles x) {
+        Core::template enlarged_formula<HA>(x, x);
+    };
 
     // Heads from here on are of larger numbers.
     static constexpr std::int32_t end(double last) {
@@ -56,8 +72,9 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
         else return ints{};
     }
 
-    static ints larger(ints x, ints y) {
-        return (end_x - 1 - magnitude(x)) | (end_y - 1 - magnitude(y));
+    static ints larger(ints x, ints y, std::int32_t end_of_x = end_x,
+                       std::int32_t end_of_y = end_y) {
+        return (end_of_x - 1 - magnitude(x)) | (end_of_y - 1 - magnitude(y));
     }
     static ints outside(ints x, ints y) {
         if constexpr (is_single) return larger(x, y) | special(x, y);
@@ -65,24 +82,80 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
             return not_between(magnitude(x), head_of(least), end_x) |
                    not_between(magnitude(y), head_of(least), end_y);
     }
-    static ints beyond(ints x, ints y) requires(!is_single) { return larger(x, y); }
+    static ints beyond(ints x, ints y) requires(!is_single || has_angle) {
+        constexpr auto infinity = static_cast<std::int32_t>(Format<T>::infinity_head);
+        if constexpr (is_single) return larger(x, y, infinity, infinity);
+        else if constexpr (!has_angle) return larger(x, y);
+        else if constexpr (Core::angle_first) return larger(x, y, infinity, end_y);
+        else return larger(x, y, end_x, infinity);
+    }
     static V undefined(V x, V y) requires(!is_single) {
-        longs verdict = is_tiny(x, least) | is_tiny(y, least);
+        longs verdict{};
+        if constexpr (!has_shrunk && !has_enlarged) verdict = is_tiny(x, least) | is_tiny(y, least);
         if constexpr (requires { Core::special_double(x, y); })
             verdict |= Core::special_double(x, y);
         return (V)verdict;
     }
+    static doubles angle(doubles x, doubles y) { return absolute(Core::angle_first ? x : y); }
+    static Two<doubles> computed(doubles x, doubles y) {
+        if constexpr (has_angle)
+            return Core::template with_sines<Formula>(sine_cosine<Formula>(angle(x, y)), x, y);
+        else return Core::template formula<Formula>(x, y);
+    }
     static Two<V> fast(V x, V y) {
         if constexpr (is_single) {
             const DoublesPair a = widen(x), b = widen(y);
-            const auto low = Core::template formula<Formula>(a.low, b.low),
-                       high = Core::template formula<Formula>(a.high, b.high);
+            const auto low = computed(a.low, b.low), high = computed(a.high, b.high);
             return {narrow(low.first, high.first), narrow(low.second, high.second)};
         } else {
-            return Core::template formula<Formula>(x, y);
+            return computed(x, y);
         }
     }
-    static Two<V> far(V x, V y) requires(!is_single) { return fast(x, y); }
+    // Of floats, any finite ones: where a part ends the range of the formula they are 0 or
+    // infinite.
+    static MarkedBy<doubles, Two<doubles>> far_of_floats(doubles x, doubles y) {
+        constexpr double end =
+            Core::angle_first ? Core::template last_y<Formula>() : Core::template last_x<Formula>();
+        const auto within = [](doubles z) {
+            return maximum(minimum(z, all(end - 1)), all(1 - end));
+        };
+        if constexpr (Core::angle_first) y = within(y);
+        else x = within(x);
+        const auto sines = sine_cosine_far<Formula>(angle(x, y));
+        return {Core::template with_sines<Formula>(sines.result, x, y), sines.marks};
+    }
+    static MarkedBy<V, Two<V>> far(V x, V y) requires(is_single&& has_angle) {
+        const DoublesPair a = widen(x), b = widen(y);
+        const auto low = far_of_floats(a.low, b.low), high = far_of_floats(a.high, b.high);
+        return {{narrow(low.result.first, high.result.first),
+                 narrow(low.result.second, high.result.second)},
+                (V)in_order(heads(low.marks, high.marks))};
+    }
+    // HA: one rounding.
+    static V twice(const MarkedBy<V, Two<V>>& r) requires(!is_single) {
+        return (V)((longs)r.marks | rounded_twice(r.result.first) | rounded_twice(r.result.second));
+    }
+    static MarkedBy<V, Two<V>> far(V x, V y) requires(!is_single) {
+        MarkedBy<V, Two<V>> r{};
+        if constexpr (has_enlarged) {
+            r.result = Core::template enlarged_formula<Formula>(x, y);
+            if constexpr (std::is_same_v<Formula, HA>) r.marks = twice(r);
+            return r;
+        }
+        EnlargedParts a = {x, {}}, b = {y, {}};
+        if constexpr (has_shrunk) a = enlarged(x), b = enlarged(y);
+        if constexpr (has_angle) {
+            const auto sines = sine_cosine_far<Formula>(angle(a.x, b.x));
+            r = {Core::template with_sines<Formula>(sines.result, a.x, b.x), sines.marks};
+        } else {
+            r.result = Core::template formula<Formula>(a.x, b.x);
+        }
+        if constexpr (has_shrunk) {
+            r.result = Core::shrunk(r.result, a, b);
+            if constexpr (std::is_same_v<Formula, HA>) r.marks = twice(r);
+        }
+        return r;
+    }
     static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
         const ints infinite = not_finite<T>(re) | not_finite<T>(im);
         if constexpr (!Core::underflows) return infinite;
@@ -90,8 +163,22 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
         return infinite | ((magnitude(re) - normal) & (magnitude(im) - normal));
     }
 
+    static ints refuse(ints re, ints im, ints marks) requires(is_single&& Core::overflows) {
+        return marks | refuse(re, im);
+    }
+
     static int edge(T x, T y, T& re, T& im) {
         double r, i;
+        if constexpr (is_single && has_angle)
+            if (is_finite(x) && is_finite(y)) {
+                const auto z = far_of_floats(all(double{x}), all(double{y}));
+                if (!any_lane((longs)z.marks)) {
+                    re = static_cast<T>(r = z.result.first[0]);
+                    im = static_cast<T>(i = z.result.second[0]);
+                    return status_of_parts<T, Core::overflows, Core::underflows>(VTM_STATUS_OK,
+                                                                                 true, r, i);
+                }
+            }
         const int status = Core::edge(as_number(x), as_number(y), r, i);
         re = static_cast<T>(r), im = static_cast<T>(i);
         return status_of_parts<T, Core::overflows, Core::underflows>(
@@ -169,6 +256,9 @@ struct Exchange {
 };
 struct Conjugate {
     template <class V> static Two<V> of(Two<V> x) { return {x.first, -x.second}; }
+    template <class V> static MarkedBy<V, Two<V>> of(MarkedBy<V, Two<V>> x) {
+        return {of(x.result), x.marks};
+    }
 };
 template <class F> using Exchanged = ArgumentsExchanged<ResultChanged<F, Exchange>>;
 

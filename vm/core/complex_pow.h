@@ -80,6 +80,17 @@ template <class T, class Accuracy> struct ComplexPowFormula {
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
         double r, i;
+        if constexpr (is_single)
+            if (is_finite(a) && is_finite(b) && is_finite(c) && is_finite(d) &&
+                (a != 0 || b != 0)) {
+                const auto z =
+                    power(all(double{a}), all(double{b}), all(double{c}), all(double{d}));
+                if (!any_lane((longs)z.marks)) {
+                    re = static_cast<T>(r = z.result.first[0]);
+                    im = static_cast<T>(i = z.result.second[0]);
+                    return status_of_parts<T, true, true>(VTM_STATUS_OK, true, r, i);
+                }
+            }
         const bool finite = is_finite(a) && is_finite(b) && is_finite(c) && is_finite(d);
         const int status =
             one(as_number(a), as_number(b), as_number(c), as_number(d), finite, r, i);
@@ -93,12 +104,15 @@ private:
         using N = Number<Formula>;
         const auto [log, angle] = log_parts(x, y);
         const N p = number<N>(u), q = number<N>(v);
-        const N re = p * log - q * angle, im = p * angle + q * log;
+        N re = p * log - q * angle;
+        const N im = p * angle + q * log;
         const longs sign = sign_bit(leading_part(im));
         const N turn = flipped(im, sign);
         const auto above = [](N w, double bound) {
             return std::bit_cast<std::int64_t>(bound) - (longs)absolute(leading_part(w));
         };
+        // Floats are 0 or infinite where e^re ends its range.
+        if constexpr (is_single) re = maximum(minimum(re, all(last_re)), all(-last_re));
         const doubles marks = (doubles)(above(re, last_re) | above(im, last_im));
         if constexpr (std::is_same_v<N, Parts>) {
             TrigReduced reduced = trig_reduce<sine_bias, TrigReach::near>(turn.high);

@@ -25,8 +25,10 @@ template <Phase phase> struct SineCore {
     }
     template <class Accuracy> static constexpr double last_y() { return hyperbolic_last; }
 
-    template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
-        const auto [s, c] = sine_cosine<Accuracy>(absolute(x));
+    static constexpr bool angle_first = true;
+    template <class Accuracy>
+    static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
+        const auto [s, c] = sines;
         const auto [sh, ch] = twice_hyperbolic<Accuracy>(absolute(y));
         if constexpr (sine)
             return {flipped(0.5 * rounded(s * ch), sign_bit(x)),
@@ -34,6 +36,11 @@ template <Phase phase> struct SineCore {
         else
             return {0.5 * rounded(c * ch),
                     flipped(-0.5 * rounded(s * sh), sign_bit(x) ^ sign_bit(y))};
+    }
+
+    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
+        if constexpr (sine) return {r.first * x.factor, r.second * y.factor};
+        else return {r.first, r.second * x.factor * y.factor};
     }
 
     static int edge(double x, double y, double& re, double& im) {

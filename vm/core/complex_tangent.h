@@ -26,12 +26,18 @@ struct TangentCore {
     static constexpr double last = 140;
     template <class Accuracy> static constexpr double last_y() { return last; }
 
-    template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
-        const auto [s, c] = sine_cosine<Accuracy>(absolute(x));
+    static constexpr bool angle_first = true;
+    template <class Accuracy>
+    static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
+        const auto [s, c] = sines;
         const auto [sh, ch] = twice_hyperbolic<Accuracy>(absolute(y));
         const auto denominator = times_power(c * c, 4) + sh * sh;
         return {flipped(rounded(times_power(s * c, 4) / denominator), sign_bit(x)),
                 flipped(rounded(sh * ch / denominator), sign_bit(y))};
+    }
+
+    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
+        return {r.first * x.factor, r.second * y.factor};
     }
 
     static int edge(double x, double y, double& re, double& im) {

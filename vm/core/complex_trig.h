@@ -25,6 +25,32 @@ template <class Accuracy> inline Two<Number<Accuracy>> sine_cosine(doubles x) {
     }
 }
 
+// The same of any finite x >= 0, each reduction where a lane is its own: the near one, that up to
+// 2^20, and fractions of a turn. The lanes where none of them is good enough are marked.
+template <class Accuracy>
+inline MarkedBy<doubles, Two<Number<Accuracy>>> sine_cosine_far(doubles x) {
+    MarkedBy<doubles, Two<Number<Accuracy>>> r{};
+    const longs is_far = (longs)(x >= TrigLast<double, Accuracy>::near);
+    if (!all_lanes(is_far)) r.result = sine_cosine<Accuracy>(x);
+    if (!any_lane(is_far)) return r;
+    TrigReduced reduced = trig_reduce<sine_bias, TrigReach::far>(x);
+    const longs is_huge = (longs)(x >= 0x1p20);
+    if (any_lane(is_huge)) {
+        const auto [huge, marks] = trig_reduce_huge(x);
+        reduced = {(is_huge & (huge.k + std::int64_t{sine_bias})) | (~is_huge & reduced.k),
+                   select(is_huge, huge.high, reduced.high),
+                   select(is_huge, huge.low, reduced.low)};
+        r.marks = where(is_huge, marks);
+    }
+    const Two<Parts> far = sine_cosine(reduced);
+    const auto chosen = [&](Parts far, auto near) {
+        if constexpr (std::is_same_v<Accuracy, HA>) return select(is_far, far, near);
+        else return select(is_far, rounded(far), near);
+    };
+    r.result = {chosen(far.first, r.result.first), chosen(far.second, r.result.second)};
+    return r;
+}
+
 // Of y >= 0, from E = e^y - 1: 2 sinh y = E + q, 2 cosh y = E + (2 - q), q = E/(E + 1).
 template <class Accuracy> inline Two<Number<Accuracy>> twice_hyperbolic(doubles y) {
     if constexpr (std::is_same_v<Accuracy, HA>) {

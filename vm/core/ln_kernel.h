@@ -28,13 +28,29 @@ template <class Base> struct LnCore {
     template <class Accuracy> static constexpr double last_x() { return 0x1p280; }
     template <class Accuracy> static constexpr double last_y() { return 0x1p280; }
     static ints special_single(ints x, ints y) { return both_zero(x, y); }
-    static longs special_double(doubles x, doubles y) { return both_zero(x, y); }
+    // Or beside 1 a tiny part, whose square counts.
+    static longs special_double(doubles x, doubles y) {
+        const auto beside_one = [](doubles one, doubles z) {
+            return (longs)(absolute(one) == 1.0) & is_tiny(z, 0x1p-280);
+        };
+        return both_zero(x, y) | beside_one(x, y) | beside_one(y, x);
+    }
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
+        return result<Accuracy>(x, y, log_of_norm<Accuracy>(absolute(x), absolute(y)));
+    }
+    // Whose angle is linear in a tiny y beside x > 0.
+    template <class Accuracy> static Two<doubles> enlarged_formula(doubles x, doubles y) {
         using N = Number<Accuracy>;
-        const N log = log_of_norm<Accuracy>(absolute(x), absolute(y));
-        const N angle = angle_of(number<N>(absolute(y)), number<N>(x));
-        return {rounded(Base::from_natural(times_power(log, 0.5))),
-                flipped(rounded(Base::from_natural(angle)), sign_bit(y))};
+        const EnlargedPair z = enlarged(x, y);
+        N log = log_of_norm<Accuracy>(absolute(z.x.x), absolute(z.y.x));
+        if (any_lane(z.tiny)) {
+            const doubles twice = 2.0 * z.exponent();
+            if constexpr (std::is_same_v<N, Parts>)
+                log = select(z.tiny, log + Parts{twice * ln2_high, twice * ln2_low}, log);
+            else log = select(z.tiny, (log + twice * ln2_low) + twice * ln2_high, log);
+        }
+        const Two<doubles> r = result<Accuracy>(z.x.x, z.y.x, log);
+        return {r.first, r.second * select(z.x.x > 0.0, z.y.factor, all(1.0))};
     }
     static int edge(double x, double y, double& re, double& im) {
         if (is_nan(x) || is_nan(y)) {
@@ -52,6 +68,13 @@ template <class Base> struct LnCore {
     }
 
 private:
+    template <class Accuracy>
+    static Two<doubles> result(doubles x, doubles y, const Number<Accuracy>& log) {
+        using N = Number<Accuracy>;
+        const N angle = angle_of(number<N>(absolute(y)), number<N>(x));
+        return {rounded(Base::from_natural(times_power(log, 0.5))),
+                flipped(rounded(Base::from_natural(angle)), sign_bit(y))};
+    }
     static OneNumber scaled_by_base(const OneNumber& x) {
         return {Base::from_natural(x.parts()), x.exponent};
     }
