@@ -529,12 +529,14 @@ KEF_API int32_t _vtssSSPartialCovariance(kef_ss_task *task, uint64_t estimates, 
  *                       of those groups whose flag in REQUESTED_GROUPS (G of them) is not zero, one
  *                       behind the other, packed matrices without gaps; as by Basic, and NaN for
  *                       a group without members. Such groups play no other part.
- * Every call is a computation of its own. Accumulated by the method TILED of Basic, a group at a
- * time, in double precision. A NaN in a variable makes its results NaN, the means of other groups
- * and of other variables stay. Variables that the indices leave out keep their results. No result
- * overlays what is read. Memory, which the task keeps: n + G integers of 32 bits; for each
- * group with members 13p doubles and up to 256 of its observations, 0.5 MB for all of them or 32
- * for each; p^2 doubles, and as many for each wanted covariance; 520p doubles.
+ * Every call is a computation of its own, in double precision. Groups whose covariances are wanted
+ * are accumulated by the method TILED of Basic; the others share sums of products of deviations
+ * from points near their means, which move while the groups grow. A NaN in a variable makes its
+ * results NaN, the means of other groups and of other variables stay. Variables that the indices
+ * leave out keep their results. No result overlays what is read. Memory, which the task keeps: G
+ * integers of 32 bits; for each group (where G is above n/16, for those with members) 16p + 25
+ * doubles; for each wanted covariance p^2 doubles and up to 256 observations of its group, 0.5 MB
+ * for all of them or 32 for each; p^2 + 520p + 1300 doubles.
  *
  * Checked: NULL_GROUP_INDICES, one of the four results (NULL_POOLED_COVARIANCE), REQUESTED_GROUPS
  * for the groups' results (NULL_GROUP_INDICES), then n, x, its storage, p as by Basic, the layouts

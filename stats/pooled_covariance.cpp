@@ -1,12 +1,13 @@
 // _vtsdSSPooledCovariance, _vtssSSPooledCovariance: sum C_g / sum B_g over groups of observations,
-// and means and covariances of groups. The observations of each group are put together and go
-// through the accumulators of Basic a tile at a time; what groups are not asked for themselves
-// share the sums of products, which are all added up in the end.
+// and means and covariances of groups. Groups whose own covariance is wanted have their
+// observations put together, which go through the accumulators of Basic a tile at a time; the
+// others share the sums of products (residuals.h). All are added up in the end.
 #include <cstring>
 
 #include "stats/accumulate.h"
 #include "stats/computation.h"
 #include "stats/derive.h"
+#include "stats/residuals.h"
 #include "stats/select.h"
 
 namespace kef::stats {
@@ -64,16 +65,17 @@ public:
         if (variables_ == 0) return VTS_SS_STATUS_OK;
         if (weights_ != nullptr && !are_weights(range_of(weights_, n_)))
             return VTS_SS_STATUS_NULL_WEIGHTS;
-        if (!read_groups()) return VTS_SS_STATUS_NO_MEMORY;
-        if (!number_groups()) return VTS_SS_STATUS_NO_MEMORY;
-        if (groups_ == 0) return VTS_SS_STATUS_TOO_FEW_OBSERVATIONS;
-        if (!make_room()) return VTS_SS_STATUS_NO_MEMORY;
-        add_all();
+        const std::int32_t status =
+            task_.wide_integers ? add_all(static_cast<const std::int64_t*>(task_.group_indices))
+                                : add_all(static_cast<const std::int32_t*>(task_.group_indices));
+        if (status != VTS_SS_STATUS_OK) return status;
+        bool some = false;
         for (std::ptrdiff_t g = 0; g < groups_; ++g) {
             const Accumulators& A = sums_[g];
+            some = some || A.W > 0;
             if (!A.one_observation()) normaliser_ += std::max(0.0, A.W - A.W2.over(A.W));
         }
-        if (task_.pooled_covariance != nullptr && !(normaliser_ > 0))
+        if (!some || (task_.pooled_covariance != nullptr && !(normaliser_ > 0)))
             return VTS_SS_STATUS_TOO_FEW_OBSERVATIONS;
         write_groups();
         write_pooled();
@@ -89,69 +91,89 @@ private:
         return task_.group_covariances != nullptr && is_wanted(group);
     }
 
-    // group_[j] is the group of observation j, -1 when it takes no part; last_ the largest index.
-    bool read_groups() {
-        groups_room_.reserve(n_, sizeof(std::int32_t));
-        char* start = keep(task_, Kept::groups, groups_room_);
-        if (start == nullptr) return false;
-        group_ = reinterpret_cast<std::int32_t*>(start);
-        const auto read = [&](const auto* indices) {
-            std::remove_cvref_t<decltype(*indices)> last = -1;
-            for (std::ptrdiff_t j = 0; j < n_; ++j) {
-                const bool used = indices[j] >= 0 && (weights_ == nullptr || weights_[j] != 0);
-                group_[j] = used ? static_cast<std::int32_t>(indices[j]) : -1;
-                if (indices[j] > last) last = indices[j];
-            }
-            last_ = last;
-        };
-        if (task_.wide_integers) read(static_cast<const std::int64_t*>(task_.group_indices));
-        else read(static_cast<const std::int32_t*>(task_.group_indices));
-        return last_ < INT32_MAX;
-    }
-
-    // number_[group] counts the groups that have members; -1 for the others.
-    bool number_groups() {
-        const auto numbers = groups_room_.reserve(last_ + 1, sizeof(std::int32_t));
-        char* start = keep(task_, Kept::groups, groups_room_);
-        if (start == nullptr) return false;
-        group_ = reinterpret_cast<std::int32_t*>(start);
-        number_ = reinterpret_cast<std::int32_t*>(start + numbers);
-        std::fill_n(number_, last_ + 1, -1);
-        for (std::ptrdiff_t j = 0; j < n_; ++j)
-            if (group_[j] >= 0) number_[group_[j]] = 0;
+    // last_ is the largest index. number_[group] counts the groups that may have members, those
+    // below 0 that have products of their own; `none` for those without.
+    template <class Index> bool number_groups(const Index* index) {
+        Index largest[4] = {-1, -1, -1, -1};
+        std::ptrdiff_t j = 0;
+        for (; j + 4 <= n_; j += 4)
+            for (int k = 0; k < 4; ++k) largest[k] = std::max(largest[k], index[j + k]);
+        for (; j < n_; ++j) largest[0] = std::max(largest[0], index[j]);
+        last_ = *std::max_element(largest, largest + 4);
+        if (last_ >= INT32_MAX) return false;
+        KeptLayout room;
+        room.reserve(last_ + 2, sizeof(std::int32_t));  // never nothing
+        number_ = reinterpret_cast<std::int32_t*>(keep(task_, Kept::groups, room));
+        if (number_ == nullptr) return false;
+        // Where there could be many without members, they are looked for.
+        constexpr std::int32_t some = none + 1;
+        const bool many = last_ >= n_ / 16;
+        std::fill_n(number_, last_ + 1, many ? none : some);
+        for (j = 0; many && j < n_; ++j)
+            if (index[j] >= 0 && (weights_ == nullptr || weights_[j] != 0))
+                number_[index[j]] = some;
+        std::int32_t others = 0, own = 0;
         for (std::int64_t group = 0; group <= last_; ++group)
-            if (number_[group] == 0) {
-                number_[group] = static_cast<std::int32_t>(groups_++);
-                own_ += has_own_products(group);
-            }
+            if (std::int32_t& number = number_[group]; number == some)
+                number = has_own_products(group) ? --own : others++;
+        own_ = -own;
+        groups_ = own_ + others;
         return true;
     }
 
-    bool make_room() {
+    template <class Index> std::int32_t add_all(const Index* index) {
+        if (!number_groups(index)) return VTS_SS_STATUS_NO_MEMORY;
+        // The number of an observation's group, negative where it takes no part.
+        const auto group = [index, number = number_](std::ptrdiff_t j) {
+            return index[j] >= 0 ? number[index[j]] : none;
+        };
+        if (weights_ == nullptr) return add_groups<std::ptrdiff_t>(group);
+        return add_groups<double>([group, weights = weights_](std::ptrdiff_t j) {
+            return weights[j] != 0 ? group(j) : none;
+        });
+    }
+
+    template <class Weight, class Group> std::int32_t add_groups(Group group) {
         pairs_ = (variables_ + 1) / 2;
+        using Others = Residuals<T, Weight>;
+        KeptLayout room;
+        const typename Others::Room others_room(room, groups_ - own_, pairs_);
+        char* start = make_room(room);
+        if (start == nullptr) return VTS_SS_STATUS_NO_MEMORY;
+        const auto x = observations_of<T>(task_);
+        if (own_ > 0) add_own(x, group);
+        if (own_ == groups_) return VTS_SS_STATUS_OK;
+        Others others(x, weights_, n_, total_, others_room, groups_ - own_, start);
+        others(group);
+        for (std::ptrdiff_t g = own_; g < groups_; ++g) others.finish(g - own_, sums_[g]);
+        return VTS_SS_STATUS_OK;
+    }
+
+    // The scratch block with a layout, and behind it what all groups need and those of their own.
+    char* make_room(KeptLayout room) {
         stride_ = 2 * pairs_;
         // Tiles that stay in the second-level cache, as long as they are not too short for it.
         constexpr std::ptrdiff_t cache = 1 << 19, shortest = 32;
-        const std::ptrdiff_t fitting = cache / sizeof(T) / stride_ / groups_;
-        const std::ptrdiff_t members = (n_ / groups_ + 4) & -4;
+        const std::ptrdiff_t own = std::max<std::ptrdiff_t>(own_, 1);
+        const std::ptrdiff_t fitting = cache / sizeof(T) / stride_ / own;
+        const std::ptrdiff_t members = (n_ / own + 4) & -4;
         tile_ = static_cast<int>(
             std::min({std::max(fitting & -4, shortest), members, std::ptrdiff_t{short_tile}}));
 
-        KeptLayout room;
         const std::uint64_t groups = groups_;
         const auto variable = room.reserve(variables_, sizeof(std::ptrdiff_t));
-        const auto waiting = room.reserve(groups, sizeof(Waiting<T>));
-        const auto data = room.reserve(groups, stride_ * sizeof(T), tile_);
-        const auto weights = room.reserve(weights_ != nullptr ? groups : 0, sizeof(T), tile_);
+        const auto waiting = room.reserve(own_, sizeof(Waiting<T>));
+        const auto data = room.reserve(own_, stride_ * sizeof(T), tile_);
+        const auto weights = room.reserve(weights_ != nullptr ? own_ : 0, sizeof(T), tile_);
         const SumsRoom total(room, variables_);
         const ProductsRoom total_products(room, products_ ? variables_ : 0);
-        const auto run = room.reserve(pairs_, sizeof(Pair));
+        const auto packed = room.reserve(pairs_, sizeof(Pair));
         const auto accumulators = room.reserve(groups, sizeof(Accumulators));
         const auto sums = room.reserve(groups, sizeof(PairSums), pairs_);
         const std::uint64_t blocks = block_index(pairs_, 0);
         const auto products = room.reserve(own_, sizeof(ProductBlock), blocks);
         char* start = scratch(task_, room);
-        if (start == nullptr) return false;
+        if (start == nullptr) return nullptr;
 
         variable_ = reinterpret_cast<std::ptrdiff_t*>(start + variable);
         list_selected(task_, p_, variable_);
@@ -163,48 +185,44 @@ private:
         total_products.give(total_, start);
         set_pairs(total_, variable_, variables_);
         total_.clear();
-        run_ = reinterpret_cast<Pair*>(start + run);
-        std::copy_n(total_.pair, pairs_, run_);
+        packed_ = reinterpret_cast<Pair*>(start + packed);
         for (std::ptrdiff_t k = 0; k < pairs_; ++k)
-            total_.pair[k] = {2 * k, 2 * k + (2 * k + 1 < variables_)};
+            packed_[k] = {2 * k, 2 * k + (2 * k + 1 < variables_)};
         auto* const group_sums = reinterpret_cast<PairSums*>(start + sums);
-        auto* group_products = reinterpret_cast<ProductBlock*>(start + products);
+        auto* const group_products = reinterpret_cast<ProductBlock*>(start + products);
         std::memset(static_cast<void*>(group_sums), 0, groups_ * pairs_ * sizeof(PairSums));
         std::memset(static_cast<void*>(group_products), 0, own_ * blocks * sizeof(ProductBlock));
-        for (std::int64_t group = 0; group <= last_; ++group) {
-            const std::ptrdiff_t g = number_[group];
-            if (g < 0) continue;
+        for (std::ptrdiff_t g = 0; g < groups_; ++g) {
             sums_[g] = total_;
             sums_[g].sums = group_sums + g * pairs_;
-            if (has_own_products(group)) {
-                sums_[g].products = group_products;
-                group_products += blocks;
-            }
-            T* const own = reinterpret_cast<T*>(start + data) + g * tile_ * stride_;
+            if (g >= own_) continue;
+            sums_[g].products = group_products + g * blocks;
+            T* const x = reinterpret_cast<T*>(start + data) + g * tile_ * stride_;
             T* const w = reinterpret_cast<T*>(start + weights) + g * tile_;
-            waiting_[g] = {own, own, weights_ != nullptr ? w : nullptr, 0};
+            waiting_[g] = {x, x, weights_ != nullptr ? w : nullptr, 0};
         }
-        return true;
+        return start;
     }
 
-    void add_all() {
-        const auto x = observations_of<T>(task_);
-        const std::ptrdiff_t n = n_, stride = stride_;
-        const std::int32_t *const group = group_, *const number = number_;
+    // The groups that have products of their own.
+    template <class Group> void add_own(const Observations<T>& x, Group group) {
+        const std::ptrdiff_t n = n_, stride = stride_, own = own_;
         std::ptrdiff_t from[on_the_way];
         T* to[on_the_way];
         for (std::ptrdiff_t j = 0; j < n;) {
-            if (is_run(j)) {
-                add(number[group[j]], x, j, short_tile,
-                    weights_ != nullptr ? weights_ + j : nullptr, run_);
+            // A whole tile of one group need not be put together.
+            if (is_run(group, j, n)) {
+                if (const std::ptrdiff_t g = group(j) + own; g >= 0 && g < own)
+                    add(g, x, j, short_tile, weights_ != nullptr ? weights_ + j : nullptr,
+                        total_.pair);
                 j += short_tile;
                 continue;
             }
             int count = 0;
             std::ptrdiff_t full = -1;
             for (; j < n && count < on_the_way && full < 0; ++j) {
-                if (group[j] < 0) continue;
-                const std::ptrdiff_t g = number[group[j]];
+                const std::ptrdiff_t g = group(j) + own;
+                if (g < 0 || g >= own) continue;
                 Waiting<T>& members = waiting_[g];
                 from[count] = j;
                 to[count++] = members.next;
@@ -215,20 +233,13 @@ private:
             copy(x, variable_, variables_, from, to, count);
             if (full >= 0) add_waiting(full);
         }
-        for (std::ptrdiff_t g = 0; g < groups_; ++g)
+        for (std::ptrdiff_t g = 0; g < own_; ++g)
             if (waiting_[g].count > 0) add_waiting(g);
-    }
-
-    // Whether a whole tile of one group follows, which need not be put together.
-    bool is_run(std::ptrdiff_t j) const {
-        const std::int32_t* const first = group_ + j;
-        return n_ - j >= short_tile && *first >= 0 && first[short_tile - 1] == *first &&
-               std::all_of(first, first + short_tile, [=](std::int32_t g) { return g == *first; });
     }
 
     void add_waiting(std::ptrdiff_t g) {
         Waiting<T>& members = waiting_[g];
-        add(g, {members.x, 1, stride_}, 0, members.count, members.w, total_.pair);
+        add(g, {members.x, 1, stride_}, 0, members.count, members.w, packed_);
         members.next = members.x;
         members.count = 0;
     }
@@ -266,7 +277,8 @@ private:
              *covariances = static_cast<T*>(task_.group_covariances);
         for (std::int64_t group = 0; group <= last_; ++group) {
             if (!is_wanted(group)) continue;
-            const Accumulators* A = number_[group] >= 0 ? &sums_[number_[group]] : nullptr;
+            const std::ptrdiff_t g = number_[group] + own_;
+            const Accumulators* const A = g >= 0 && sums_[g].W > 0 ? &sums_[g] : nullptr;
             if (means != nullptr) {
                 write_mean(means, [&](std::ptrdiff_t a) {
                     return A != nullptr ? A->get(quantity::mean, a) : NAN;
@@ -294,7 +306,7 @@ private:
         total_.W = sums_[heaviest].W;
         for (std::ptrdiff_t g = 0; g < groups_; ++g) {
             const Accumulators& A = sums_[g];
-            if (g != heaviest) {
+            if (g != heaviest && A.W > 0) {
                 const MergeFactors factors(total_.W, A.W);
                 for (std::ptrdiff_t i = 0; i < pairs_; ++i)
                     merge(total_.sums[i], 1, A.sums[i].mean_high, A.sums[i].mean_low, {}, factors);
@@ -316,6 +328,8 @@ private:
                 [&](std::ptrdiff_t a, std::ptrdiff_t b) { return total_.get_product(a, b); });
     }
 
+    static constexpr std::int32_t none = INT32_MIN;
+
     Task& task_;
     const std::ptrdiff_t p_, n_, variables_;
     const T* const weights_;
@@ -324,13 +338,12 @@ private:
     std::ptrdiff_t groups_ = 0, own_ = 0;  // groups with members, those with products of their own
     std::ptrdiff_t pairs_ = 0, stride_ = 0;
     int tile_ = 0;
-    KeptLayout groups_room_;
-    std::int32_t *group_ = nullptr, *number_ = nullptr;
+    std::int32_t* number_ = nullptr;
     std::ptrdiff_t* variable_ = nullptr;
     Waiting<T>* waiting_ = nullptr;
     Accumulators* sums_ = nullptr;
-    Accumulators total_{};  // with the pairs of waiting members
-    Pair* run_ = nullptr;   // the pairs of x
+    Accumulators total_{};    // with the pairs of x
+    Pair* packed_ = nullptr;  // those of waiting members
     double normaliser_ = 0;
 };
 

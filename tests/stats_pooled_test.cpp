@@ -105,7 +105,7 @@ void expect_mean(double mean, Quad exact, double epsilon) {
               4 * epsilon * std::max(1e3, std::fabs(double(exact))));
 }
 
-// Groups in turn, in runs, of very different sizes, with members left out and none.
+// Groups at random, in runs, of very different sizes, in turn, with members left out and none.
 std::vector<std::int32_t> group_indices(int n, int groups, int pattern) {
     std::vector<std::int32_t> group(n);
     std::mt19937 generator(pattern);
@@ -113,6 +113,7 @@ std::vector<std::int32_t> group_indices(int n, int groups, int pattern) {
             case 0: group[j] = static_cast<int>(generator() % groups); break;
             case 1: group[j] = static_cast<int>(std::int64_t(j) * groups / n); break;
             case 2: group[j] = std::min<int>(groups - 1, j < 2 ? j : 2 + j / 700); break;
+            case 3: group[j] = j % groups; break;
             default: group[j] = static_cast<int>(generator() % (groups + 1)) - 1;
         }
     if (groups > 4)
@@ -141,7 +142,9 @@ template <class T> struct Expected {
             for (int i = 0; i < p; ++i) data[j * p + i] += T(1000 * group[j]);
         data[0] += T(1e5);
         if (weighted) w = weights_for<T>(n);
-        for (std::size_t j = 5; j < w.size(); j += 11) w[j] = 0;
+        if (weighted && n > 1000 && most < 9)  // that grow and outweigh all before
+            for (int j = 0; j < n; ++j) w[j] *= T(1 << j % 16);
+        for (std::size_t j = n > 1000 ? 705 : 5; j < w.size(); j += 11) w[j] = 0;
         std::vector<std::vector<int>> members(groups);
         for (int j = 0; j < n; ++j)
             if (group[j] >= 0 && (w.empty() || w[j] != 0)) members[group[j]].push_back(j);
@@ -176,7 +179,12 @@ void check_pooled(const Expected<T>& exact, int storage, int layout,
             if (selected[i]) expect_mean(means[i], expected[i], epsilon);
             else ASSERT_EQ(T(untouched), means[i]);
     };
-    for (int round = 0; round < 2; ++round) {  // the same from a used task
+    // From a used task the same; at last without covariances of groups.
+    for (const bool own : {true, true, false}) {
+        if (!own) {
+            problem.task->group_covariances = nullptr;
+            std::fill(problem.covariances.begin(), problem.covariances.end(), T(untouched));
+        }
         ASSERT_EQ(VTS_SS_STATUS_OK, problem.call());
         expect_means(problem.pooled_mean.data(), exact.mean);
         expect_matrix(p, layout, problem.pooled.data(), exact.product, exact.B, selected,
@@ -186,11 +194,12 @@ void check_pooled(const Expected<T>& exact, int storage, int layout,
             if (!problem.wanted[g]) continue;
             if (exact.of[g].W != 0) {
                 expect_means(means, exact.of[g].mean);
-                expect_matrix(p, layout, matrix, exact.of[g].product, exact.of[g].divisor, selected,
-                              32 * epsilon);
+                if (own)
+                    expect_matrix(p, layout, matrix, exact.of[g].product, exact.of[g].divisor,
+                                  selected, 32 * epsilon);
             } else if (selected[last]) {
                 EXPECT_TRUE(std::isnan(means[last]));
-                EXPECT_TRUE(std::isnan(matrix[places(p, layout, last, last)[0]]));
+                EXPECT_EQ(own, std::isnan(matrix[places(p, layout, last, last)[0]]));
             }
             means += p, matrix += size;
         }
@@ -204,9 +213,9 @@ template <class T> void check_pooled() {
     const struct {
         int p, n, groups;
     } shapes[] = {{1, 2, 1},    {1, 40, 3},   {2, 1500, 2}, {3, 7, 3},
-                  {5, 1500, 7}, {10, 900, 5}, {9, 300, 40}};
+                  {5, 1500, 7}, {10, 900, 5}, {9, 300, 40}, {3, 1500, 300}};
     for (const auto& [p, n, groups] : shapes)
-        for (int pattern = 0; pattern < 4; ++pattern)
+        for (int pattern = 0; pattern < 5; ++pattern)
             for (const bool weighted : {false, true}) {
                 SCOPED_TRACE(testing::Message()
                              << p << " by " << n << ", " << groups << " groups, pattern " << pattern
@@ -314,6 +323,18 @@ TEST(StatsPooled, BadInput) {
     EXPECT_TRUE(std::isfinite(problem.means[0]));
     EXPECT_TRUE(std::isnan(problem.means[2]));
     EXPECT_TRUE(std::isfinite(problem.means[3]));
+    // So does what takes no part, and infinity is a mean.
+    for (const bool own : {false, true}) {
+        const std::vector<double> y = {1, nan, infinity, 5, 3, nan};
+        Pooled<double> some(1, 6, 2, y, {1, 0, 1, 1, 1, 1}, {0, 0, 1, 1, 0, -1},
+                            VTS_SS_STORAGE_ROWS, 0);
+        some.wanted = {1, 1};
+        if (!own) some.task->group_covariances = nullptr;
+        ASSERT_EQ(VTS_SS_STATUS_OK, some.call());
+        EXPECT_EQ(2, some.means[0]);
+        EXPECT_EQ(infinity, some.means[1]);
+        EXPECT_EQ(infinity, some.pooled_mean[0]);
+    }
 }
 
 }  // namespace
