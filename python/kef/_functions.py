@@ -120,26 +120,29 @@ def _elementwise(function, inputs):
     ufuncs |= {short: ufuncs[accuracy] for short, accuracy in ACCURACIES.items()}
     ndarray = np.ndarray
 
+    def ufunc_of(accuracy):
+        try:
+            return ufuncs[accuracy]
+        except (KeyError, TypeError):
+            return ufuncs[accuracy_of(accuracy)]  # which tells what is wrong
+
     def call(values, out, where, accuracy, errors, keywords):
-        ufunc = ufuncs[accuracy_of(accuracy)]
         if errors is None or isinstance(errors, str) and errors == "ignore":
             given = keywords if out is None else keywords | {"out": out}
             if errors is None:
-                return ufunc(*values, where=where, **given)
+                return ufunc_of(accuracy)(*values, where=where, **given)
             with np.errstate(all="ignore"):
-                return ufunc(*values, where=where, **given)
+                return ufunc_of(accuracy)(*values, where=where, **given)
         if keywords:
             raise TypeError(f"errors= goes with out= and where=, not with {', '.join(keywords)}")
         return with_errors(function, values, (), out, where, accuracy_of(accuracy), errors)
 
     if inputs == 1:
-        high = ufuncs["high"]
-
         def elementwise(x, /, out=None, *, where=True, accuracy="high", errors=None, **keywords):
             if type(x) is not ndarray or x.dtype not in _NATIVE:
                 x = promoted(x, "x")
-            elif out is None and where is True and accuracy == "high" and errors is None and not keywords:
-                return high(x)
+            if out is None and where is True and errors is None and not keywords:
+                return ufunc_of(accuracy)(x)
             return call((x,), out, where, accuracy, errors, keywords)
     else:
         def elementwise(x, y, /, out=None, *, where=True, accuracy="high", errors=None, **keywords):
@@ -147,6 +150,8 @@ def _elementwise(function, inputs):
                 x = promoted(x, "x")
             if type(y) is not ndarray or y.dtype not in _NATIVE:
                 y = promoted(y, "y")
+            if out is None and where is True and errors is None and not keywords:
+                return ufunc_of(accuracy)(x, y)
             return call((x, y), out, where, accuracy, errors, keywords)
     elementwise.ufuncs = {accuracy: ufuncs[accuracy] for accuracy in SUFFIXES}
     return elementwise
