@@ -28,9 +28,10 @@ def test_examples_of_docstrings(module):
                and not isinstance(item, type) and item.__name__ not in ("member", "from_bytes", "load"))
 
 
-def test_the_document():
-    found = doctest.testfile(str(ROOT / "docs/python.md"), module_relative=False)
-    assert found.failed == 0 and found.attempted > 20
+@pytest.mark.parametrize("document, least", [("README.md", 4), ("docs/python.md", 20)])
+def test_sessions_of_documents(document, least):
+    found = doctest.testfile(str(ROOT / document), module_relative=False)
+    assert found.failed == 0 and found.attempted >= least
 
 
 def test_a_missing_library_is_told_of(run_python, tmp_path):
