@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Installs the library into a fresh directory, moves it, looks at what is there, and builds and
 # runs a program against it by pkg-config and by the CMake package:
-# test.sh BUILD TOOLCHAIN COMPILER FLAGS...
+# test.sh BUILD TOOLCHAIN CXX-COMPILER COMPILER FLAGS...
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-build=$1 toolchain=$2 compiler=("${@:3}")
+build=$1 toolchain=$2 cxx=("$3" "${@:5}") compiler=("${@:4}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "$1" >&2; exit 1; }
@@ -40,11 +40,19 @@ version=$(pkg-config --modversion kef)
 "${compiler[@]}" -std=c99 -pedantic -Wall -Wextra -Werror "$here/consumer.c" -o "$work/consumer" \
     $(pkg-config --cflags --libs kef) -Wl,-rpath,"$(pkg-config --variable=libdir kef)"
 "$work/consumer" "$version"
+for define in -DKEF_OTHER_FILE -UKEF_OTHER_FILE; do
+    "${cxx[@]}" -std=c++20 -pedantic -Wall -Wextra -Werror -c $define "$here/consumer.cpp" \
+        -o "$work/consumer$define.o" $(pkg-config --cflags kef)
+done
+"${cxx[@]}" "$work"/consumer-*.o -o "$work/consumer_cxx" $(pkg-config --libs kef) \
+    -Wl,-rpath,"$(pkg-config --variable=libdir kef)"
+"$work/consumer_cxx"
 
 cmake -S "$here" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \
     ${toolchain:+-DCMAKE_TOOLCHAIN_FILE="$toolchain"} -DCMAKE_FIND_PACKAGE_NO_SYSTEM_PACKAGE_REGISTRY=ON >>"$work/log"
 cmake --build "$work/build" >>"$work/log" || { cat "$work/log"; exit 1; }
 "$work/build/consumer" "$version"
+"$work/build/consumer_cxx"
 
 # A tool that reads the headers says itself what an export is.
 for header in "$work"/prefix/include/kef_*.h; do
