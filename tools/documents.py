@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The blocks of README.md, HACKING.md and docs/*.md, tried as a reader would.
 
-  documents.py examples [document...] -- compiler flag...   C blocks compile and print what is said
+  documents.py examples [--cxx compiler] [document...] -- compiler flag...
+                                                            C and C++ blocks compile and print what is said
   documents.py commands [--quick | --fresh] [document...]   command blocks typed in a clean clone
 
 A fenced block says what it is by the first word of its fence, and by further words, which no reader of
@@ -15,6 +16,7 @@ the rendered document sees:
   ```sh by-hand      not typed
   ```c [name]        a program; without main, statements. They run too, unless a comment <!-- c ... -->
                      before them has the declarations that they need; then they are only compiled
+  ```cpp [name]      likewise in C++, with kef.hpp
   ```python          an interactive session, tried by the tests of the Python package
   ```text            anything
   ```text output     what the program or the commands before it print, blanks at line ends aside
@@ -40,9 +42,9 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-KNOWN = {"sh": {"fresh", "long", "limit", "by-hand"}, "c": set(), "text": {"output", "similar"},
+KNOWN = {"sh": {"fresh", "long", "limit", "by-hand"}, "c": set(), "cpp": set(), "text": {"output", "similar"},
          "cmake": set(), "python": set()}
-HEADERS = ["kef_vm.h", "kef_rng.h", "kef_dist.h", "kef_stats.h", "kef_fit.h"]
+HEADERS = {"c": ["kef_vm.h", "kef_rng.h", "kef_dist.h", "kef_stats.h", "kef_fit.h"], "cpp": ["kef.hpp"]}
 SECONDS = 5  # of a limited measurement
 
 
@@ -143,7 +145,7 @@ def run(command, **options):
                           stderr=subprocess.PIPE, **options)
 
 
-# ---- C blocks
+# ---- C and C++ blocks
 
 def has_main(block):
     return "int main(" in block.text
@@ -152,22 +154,23 @@ def has_main(block):
 def program(block):
     if has_main(block):
         return block.text
-    include = "".join(f'#include "{header}"\n' for header in HEADERS)
+    include = "".join(f'#include "{header}"\n' for header in HEADERS[block.language])
     return f"{include}#include <stdio.h>\nint main(void) {{\n{block.context}\n{block.text}return 0;\n}}\n"
 
 
-def examples(documents, compiler):
+def examples(documents, compiler, cxx):
     inside = [block for document in documents for block in blocks(document)]
-    found = [(i, block) for i, block in enumerate(inside) if block.language == "c"]
+    found = [(i, block) for i, block in enumerate(inside) if block.language in HEADERS]
+    start_of = {"c": [compiler[0], "-std=c11"], "cpp": [cxx, "-std=c++20"]}
     report = Report(len(found))
     for i, block in found:
-        output = output_of(inside, i, "c")
+        output = output_of(inside, i, *HEADERS)
         start = time.time()
         with tempfile.TemporaryDirectory() as work:
-            source = Path(work) / "example.c"
+            source = Path(work) / f"example.{block.language}"
             source.write_text(program(block))
             whole = has_main(block) or not block.context
-            made = run([compiler[0], "-std=c11", "-Wall", "-Wextra", "-Werror", source, *compiler[1:],
+            made = run([*start_of[block.language], "-Wall", "-Wextra", "-Werror", source, *compiler[1:],
                         *(["-o", f"{work}/example"] if whole else ["-fsyntax-only"]),
                         *([] if has_main(block) else ["-Wno-unused"])])
             problem = made.stderr
@@ -267,7 +270,7 @@ def commands(documents, quick, fresh):
             on_fresh = "fresh" in block.words
             limit = {"KEF_LIMIT": str(SECONDS)} if "limit" in block.words else {}
             done = machines[-1 if on_fresh else 0].type(block.text, limit)
-            output = output_of(inside, i, "c", "sh")
+            output = output_of(inside, i, *HEADERS, "sh")
             if done.returncode:
                 problem = f"status {done.returncode}\n{block.text}{done.stdout[-4000:]}{done.stderr[-4000:]}"
             elif output and not same(output.text, done.stdout, "similar" in output.words):
@@ -285,12 +288,13 @@ def main():
     parser.add_argument("what", choices=["examples", "commands"])
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--fresh", action="store_true")
+    parser.add_argument("--cxx", default="c++")
     parser.add_argument("documents", nargs="*")
     options = parser.parse_intermixed_args(arguments)
     documents = options.documents or ["README.md", "HACKING.md"] + sorted(
         str(path.relative_to(ROOT)) for path in ROOT.glob("docs/*.md"))
     if options.what == "examples":
-        return examples(documents, compiler)
+        return examples(documents, compiler, options.cxx)
     return commands(documents, options.quick, options.fresh)
 
 
