@@ -36,22 +36,30 @@ double multiple_below(struct scale s, double x) {
 
 enum { WIDTH = 1000, ROW_HEIGHT = 440, PANEL_WIDTH = 400, PANEL_HEIGHT = 320, TITLE_HEIGHT = 50 };
 
-bool open_picture(struct picture *picture, const char *path, int rows) {
-    *picture = (struct picture){fopen(path, "w"), path, TITLE_HEIGHT};
-    if (picture->to == NULL) {
-        perror(path);
-        return false;
-    }
+void start_picture(struct picture *picture, FILE *to, int rows) {
+    *picture = (struct picture){.to = to, .top = TITLE_HEIGHT};
     fprintf(picture->to,
             "<svg xmlns='http://www.w3.org/2000/svg' width='%d' height='%d' viewBox='0 0 %d %d' "
             "font-family='sans-serif' font-size='12'>\n"
             "<rect width='100%%' height='100%%' fill='white'/>\n",
             WIDTH, rows * ROW_HEIGHT, WIDTH, rows * ROW_HEIGHT);
+}
+
+void finish_picture(struct picture *picture) { fprintf(picture->to, "</svg>\n"); }
+
+bool open_picture(struct picture *picture, const char *path, int rows) {
+    FILE *to = fopen(path, "w");
+    if (to == NULL) {
+        perror(path);
+        return false;
+    }
+    start_picture(picture, to, rows);
+    picture->path = path;
     return true;
 }
 
 bool close_picture(struct picture *picture) {
-    fprintf(picture->to, "</svg>\n");
+    finish_picture(picture);
     const bool written = !ferror(picture->to);
     if (fclose(picture->to) == 0 && written) return true;
     fprintf(stderr, "frontend: %s could not be written\n", picture->path);

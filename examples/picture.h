@@ -39,6 +39,10 @@ bool open_picture(struct picture *picture, const char *path, int rows);
 /* False, and a message, when it could not be written. */
 bool close_picture(struct picture *picture);
 
+/* The same in a file that the caller opens and closes. */
+void start_picture(struct picture *picture, FILE *to, int rows);
+void finish_picture(struct picture *picture);
+
 /* A panel of a row: its place, and the ranges of its axes. */
 struct panel {
     FILE *to;

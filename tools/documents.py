@@ -4,6 +4,7 @@
   documents.py examples [--cxx compiler] [document...] -- compiler flag...
                                                             C and C++ blocks compile and print what is said
   documents.py commands [--quick | --fresh] [document...]   command blocks typed in a clean clone
+  documents.py commands --kef DIRECTORY [document...]       those of the command kef, which is there
 
 A fenced block says what it is by the first word of its fence, and by further words, which no reader of
 the rendered document sees:
@@ -13,6 +14,7 @@ the rendered document sees:
                      unless the commands before were on one too
   ```sh long         likewise, but not by --quick
   ```sh limit        likewise, and every measurement ends after some seconds (KEF_LIMIT)
+  ```sh kef          typed where the command kef is built, by --kef
   ```sh by-hand      not typed
   ```c [name]        a program; without main, statements. They run too, unless a comment <!-- c ... -->
                      before them has the declarations that they need; then they are only compiled
@@ -42,7 +44,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-KNOWN = {"sh": {"fresh", "long", "limit", "by-hand"}, "c": set(), "cpp": set(), "text": {"output", "similar"},
+KNOWN = {"sh": {"fresh", "long", "limit", "kef", "by-hand"}, "c": set(), "cpp": set(), "text": {"output", "similar"},
          "cmake": set(), "python": set()}
 HEADERS = {"c": ["kef_vm.h", "kef_rng.h", "kef_dist.h", "kef_stats.h", "kef_fit.h"], "cpp": ["kef.hpp"]}
 SECONDS = 5  # of a limited measurement
@@ -245,9 +247,10 @@ class FreshMachine:
         return self.enter(f"su - user -c {shlex.quote(f'{variables} bash -e script')}")
 
 
-def commands(documents, quick, fresh):
+def commands(documents, quick, fresh, kef):
     inside = [block for document in documents for block in blocks(document)]
-    typed = [block for block in inside if block.language == "sh" and "by-hand" not in block.words]
+    typed = [block for block in inside if block.language == "sh" and "by-hand" not in block.words
+             and ("kef" in block.words) == bool(kef)]
     report = Report(len(typed))
     with tempfile.TemporaryDirectory() as directory:
         machines = [(FreshMachine if fresh else Clone)(Path(directory) / "0")]
@@ -268,8 +271,10 @@ def commands(documents, quick, fresh):
                     if named.name:
                         (machines[-1].tree / named.name).write_text(named.text)
             on_fresh = "fresh" in block.words
-            limit = {"KEF_LIMIT": str(SECONDS)} if "limit" in block.words else {}
-            done = machines[-1 if on_fresh else 0].type(block.text, limit)
+            variables = {"KEF_LIMIT": str(SECONDS)} if "limit" in block.words else {}
+            if kef:
+                variables["PATH"] = f"{Path(kef).resolve()}:{os.environ['PATH']}"
+            done = machines[-1 if on_fresh else 0].type(block.text, variables)
             output = output_of(inside, i, *HEADERS, "sh")
             if done.returncode:
                 problem = f"status {done.returncode}\n{block.text}{done.stdout[-4000:]}{done.stderr[-4000:]}"
@@ -289,13 +294,14 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--fresh", action="store_true")
     parser.add_argument("--cxx", default="c++")
+    parser.add_argument("--kef")
     parser.add_argument("documents", nargs="*")
     options = parser.parse_intermixed_args(arguments)
     documents = options.documents or ["README.md", "HACKING.md"] + sorted(
         str(path.relative_to(ROOT)) for path in ROOT.glob("docs/*.md"))
     if options.what == "examples":
         return examples(documents, compiler, options.cxx)
-    return commands(documents, options.quick, options.fresh)
+    return commands(documents, options.quick, options.fresh, options.kef)
 
 
 if __name__ == "__main__":

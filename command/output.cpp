@@ -1,0 +1,110 @@
+#include "output.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include "command.h"
+
+namespace command {
+
+namespace {
+
+volatile std::sig_atomic_t signal_seen = 0;
+
+}  // namespace
+
+int interrupted() { return signal_seen; }
+
+void watch_signals() {
+    struct sigaction action = {};
+    action.sa_handler = [](int signal) { signal_seen = signal; };
+    action.sa_flags = SA_RESETHAND;  // no SA_RESTART: reads and writes return
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before;
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    }
+    // Errors of the write that meets them.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+Output::Output(const std::string& path) : path_(path), file_(STDOUT_FILENO) {
+    if (path_.empty() || path_ == "-") {
+        path_ = "standard output";
+        return;
+    }
+    struct stat is;
+    const bool exists = stat(path_.c_str(), &is) == 0;
+    if (exists && !S_ISREG(is.st_mode)) {
+        file_ = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+    } else {
+        // What a link points to is replaced, not the link.
+        if (char* real = exists ? realpath(path_.c_str(), nullptr) : nullptr) {
+            path_ = real;
+            std::free(real);
+        }
+        temporary_ = path_ + ".XXXXXX";
+        file_ = mkostemp(temporary_.data(), O_CLOEXEC);
+        if (file_ < 0) {
+            temporary_.clear();
+        } else {
+            const mode_t mask = umask(0);
+            umask(mask);
+            fchmod(file_, exists ? is.st_mode & 0777 : 0666 & ~mask);
+        }
+    }
+    if (file_ < 0) throw Failure(path_ + ": " + std::strerror(errno));
+}
+
+Output::~Output() {
+    if (file_ != STDOUT_FILENO) ::close(file_);
+    if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void Output::write(std::string_view bytes) {
+    constexpr std::size_t block = 1 << 16;
+    if (buffer_.size() + bytes.size() < block) {
+        buffer_ += bytes;
+        return;
+    }
+    write_all(buffer_);
+    buffer_.clear();
+    write_all(bytes);
+}
+
+void Output::write_all(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file_, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix((std::size_t)written);
+        } else if (errno == EPIPE) {
+            throw ClosedPipe();
+        } else if (errno != EINTR) {
+            throw Failure(path_ + ": " + std::strerror(errno));
+        } else if (interrupted()) {
+            throw Interrupted();
+        }
+    }
+}
+
+void Output::close() {
+    write_all(buffer_);
+    buffer_.clear();
+    if (file_ == STDOUT_FILENO) return;
+    // A file system may tell of a full disk only now.
+    const bool on_disk = temporary_.empty() || fsync(file_) == 0;
+    const bool complete = ::close(file_) == 0 && on_disk;
+    file_ = STDOUT_FILENO;
+    if (!complete || (!temporary_.empty() && rename(temporary_.c_str(), path_.c_str()) != 0))
+        throw Failure(path_ + ": " + std::strerror(errno));
+    temporary_.clear();
+}
+
+}  // namespace command
