@@ -1,6 +1,7 @@
 // What bindings call through pointers: strided vector math, and random numbers one at a time.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfenv>
 #include <cmath>
 #include <cstring>
@@ -158,6 +159,7 @@ TEST(BindBits, AFailedRefillGivesZeros) {
                                           return std::int32_t{0};
                                       }),
               VTS_STATUS_OK);
+    std::fill_n(source.words, KEF_BIT_SOURCE_WORDS, 77u);
     EXPECT_EQ(kef_vts_next_uint64(&source), 0u);
     EXPECT_EQ(source.status, VTS_STATUS_WRONG_ABSTRACT_TYPE);
 }
