@@ -35,6 +35,18 @@ struct ExpCore {
             return {size * cosine, flipped(size * sine, sign_bit(y))};
         }
     }
+    // In two powers of two; from |x| = 1000 on the result is 0 or infinite.
+    template <class Accuracy>
+    static Two<doubles> outer(const Two<Parts>& sines, doubles x, doubles y) {
+        const doubles z = maximum(minimum(x, all(1000.0)), all(-1000.0));
+        const ExpParts up = exp_parts<-512>(z), down = exp_parts<512>(z);
+        const Parts size = normalised({up.high, up.low});
+        const longs large = (longs)(z > 0.0);
+        const doubles first = select(large, up.power, down.power),
+                      second = select(large, all(0x1p512), all(0x1p-512));
+        return {rounded(size * sines.second) * first * second,
+                flipped(rounded(size * sines.first) * first * second, sign_bit(y))};
+    }
     static Two<doubles> shrunk(Two<doubles> r, EnlargedParts, EnlargedParts y) {
         return {r.first, r.second * y.factor};
     }

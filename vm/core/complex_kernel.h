@@ -30,6 +30,9 @@ inline int status_of_parts(int status, bool finite, double re, double im) {
 //   Core::with_sines<Accuracy>(sines, x, y)
 //                                   the same from sine and cosine of one part, which has any size:
 //                                   of x where Core::angle_first, else of y
+//   Core::outer<Accuracy>(sines, x, y)
+//                                   optional, in double: the formula for the other part from its
+//                                   last on
 //   Core::special_single(x, y), special_double(x, y)
 //                                   optional, by the bits of floats and by doubles: sign bits where
 //                                   the formula does not hold in that range
@@ -51,6 +54,9 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     static constexpr bool far_everywhere = true;
     static constexpr double least = 0x1p-280;
     static constexpr bool has_angle = requires { Core::angle_first; };
+    static constexpr bool has_outer = requires(Two<Number<Formula>> sines, doubles x) {
+        Core::template outer<Formula>(sines, x, x);
+    };
     static constexpr bool has_shrunk = requires(Two<doubles> r, EnlargedParts x) {
         Core::shrunk(r, x, x);
     };
@@ -58,15 +64,21 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
         Core::template enlarged_formula<HA>(x, x);
     };
 
+    // Where the formula ends for the part that is no angle.
+    static constexpr double end = [] {
+        if constexpr (!has_angle) return 0.0;
+        else if constexpr (Core::angle_first) return Core::template last_y<Formula>();
+        else return Core::template last_x<Formula>();
+    }();
     // Heads from here on are of larger numbers.
-    static constexpr std::int32_t end(double last) {
+    static constexpr std::int32_t head_from(double last) {
         if constexpr (is_single)
             return static_cast<std::int32_t>(
                 last > double(0x1.fffffep127f) ? Format<T>::infinity_head : head_of(float(last)));
         else return static_cast<std::int32_t>(head_of(last));
     }
-    static constexpr std::int32_t end_x = end(Core::template last_x<Formula>()),
-                                  end_y = end(Core::template last_y<Formula>());
+    static constexpr std::int32_t end_x = head_from(Core::template last_x<Formula>()),
+                                  end_y = head_from(Core::template last_y<Formula>());
     static ints special(ints x, ints y) {
         if constexpr (requires { Core::special_single(x, y); }) return Core::special_single(x, y);
         else return ints{};
@@ -84,7 +96,7 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     }
     static ints beyond(ints x, ints y) requires(!is_single || has_angle) {
         constexpr auto infinity = static_cast<std::int32_t>(Format<T>::infinity_head);
-        if constexpr (is_single) return larger(x, y, infinity, infinity);
+        if constexpr (is_single || has_outer) return larger(x, y, infinity, infinity);
         else if constexpr (!has_angle) return larger(x, y);
         else if constexpr (Core::angle_first) return larger(x, y, infinity, end_y);
         else return larger(x, y, end_x, infinity);
@@ -114,8 +126,6 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     // Of floats, any finite ones: where a part ends the range of the formula they are 0 or
     // infinite.
     static MarkedBy<doubles, Two<doubles>> far_of_floats(doubles x, doubles y) {
-        constexpr double end =
-            Core::angle_first ? Core::template last_y<Formula>() : Core::template last_x<Formula>();
         const auto within = [](doubles z) {
             return maximum(minimum(z, all(end - 1)), all(1 - end));
         };
@@ -144,17 +154,43 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
         }
         EnlargedParts a = {x, {}}, b = {y, {}};
         if constexpr (has_shrunk) a = enlarged(x), b = enlarged(y);
+        longs outer{};
+        if constexpr (has_outer) outer = (longs)(absolute(Core::angle_first ? b.x : a.x) >= end);
         if constexpr (has_angle) {
             const auto sines = sine_cosine_far<Formula>(angle(a.x, b.x));
-            r = {Core::template with_sines<Formula>(sines.result, a.x, b.x), sines.marks};
+            r.marks = sines.marks;
+            if (!all_lanes(outer)) r.result = inner(sines.result, a.x, b.x, outer);
+            if constexpr (has_outer)
+                if (any_lane(outer)) {
+                    const auto z = Core::template outer<Formula>(sines.result, a.x, b.x);
+                    r.result = {select(outer, z.first, r.result.first),
+                                select(outer, z.second, r.result.second)};
+                }
         } else {
             r.result = Core::template formula<Formula>(a.x, b.x);
         }
         if constexpr (has_shrunk) {
             r.result = Core::shrunk(r.result, a, b);
             if constexpr (std::is_same_v<Formula, HA>) r.marks = twice(r);
+            if constexpr (has_outer && Core::underflows)
+                r.marks = (V)((longs)r.marks | (outer & reported(r.result)));
         }
         return r;
+    }
+    // With what is outer out of the way.
+    static Two<V> inner(const auto& sines, V x, V y, longs outer) requires(!is_single) {
+        if constexpr (!has_outer) return Core::template with_sines<Formula>(sines, x, y);
+        else if constexpr (Core::angle_first)
+            return Core::template with_sines<Formula>(sines, x, where(~outer, y));
+        else return Core::template with_sines<Formula>(sines, where(~outer, x), y);
+    }
+    // Overflow, and underflow of both parts.
+    static longs reported(const Two<V>& r) requires(!is_single) {
+        const V re = absolute(r.first), im = absolute(r.second);
+        constexpr double infinity = Format<double>::infinity,
+                         normal = Format<double>::smallest_normal;
+        return (longs)(re == infinity) | (longs)(im == infinity) |
+               ((longs)(re < normal) & (longs)(im < normal));
     }
     static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
         const ints infinite = not_finite<T>(re) | not_finite<T>(im);
