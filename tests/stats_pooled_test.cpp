@@ -267,6 +267,9 @@ TEST(StatsPooled, SmallGroups) {
                                  nullptr);
     EXPECT_EQ(VTS_SS_STATUS_OK, _vtsdSSPooledCovariance(singles.task, 0, 0));
     EXPECT_EQ(3.5, lone[0]);
+    const std::int32_t nobody[] = {-1, -2};
+    __vtsiSSEditTask(singles.task, VTS_SS_ID_GROUP_INDICES, nobody);
+    EXPECT_EQ(VTS_SS_STATUS_TOO_FEW_OBSERVATIONS, _vtsdSSPooledCovariance(singles.task, 0, 0));
 
     // A group without weight has its place, too, be it the last.
     Pooled<double> weightless(1, 3, 3, {1, 2, 3}, {1, 1, 0}, {0, 0, 2}, VTS_SS_STORAGE_ROWS, 0);
