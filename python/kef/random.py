@@ -19,6 +19,7 @@ import operator
 import os
 import pathlib
 import tempfile
+import traceback
 import weakref
 
 import numpy as np
@@ -590,10 +591,98 @@ SOBOL = type("SOBOL", (_Quasi,), {"__doc__": _Quasi.__doc__, "__module__": __nam
 NIEDERR = type("NIEDERR", (_Quasi,), {"__doc__": _Quasi.__doc__, "__module__": __name__, "_name": "NIEDERR",
                                       "_most": 318})
 
+_Refill = ctypes.CFUNCTYPE(_i32, _pointer, _pointer, _i32, _i32)
+_new_abstract = prototype("__vtsdNewAbstractStream", _pointer, _i32, _pointer, ctypes.c_double, ctypes.c_double, _Refill)
+
+
+class Numbers(Stream):
+    """A stream over the caller's own numbers, for all laws and for `numpy.random.Generator`.
+
+    Parameters
+    ----------
+    refill : callable
+        ``refill(n)`` gives n numbers, or fewer but one; what it raises leaves the draw that asked (in a
+        `Generator`, which cannot be told, it is reported and the bits are 0).
+    low, high : float, optional
+        The interval [low, high) that the numbers lie on.
+    length : int, optional
+        How many numbers are asked for at a time.
+
+    Examples
+    --------
+    >>> import itertools
+    >>> from kef import random
+    >>> steps = itertools.cycle([0.25, 0.5, 0.75])
+    >>> stream = random.Numbers(lambda n: list(itertools.islice(steps, n)))
+    >>> stream.uniform(4, 0.0, 4.0)
+    array([1., 2., 3., 1.])
+    """
+
+    _name = "DABSTRACT"
+
+    def __init__(self, refill, low=0.0, high=1.0, length=1024):
+        np.random.BitGenerator.__init__(self, 0)
+        self._seeds = None
+        length, low, high = operator.index(length), float(low), float(high)
+        if not 1 <= length < 1 << 24:
+            raise ValueError("length: it is not between 1 and 2**24 - 1")
+        if not (np.isfinite([low, high]).all() and low < high):
+            raise ValueError("low, high: finite numbers are needed, low below high")
+        self._refill, self._ends, self._problem, self._drawing = refill, (low, high), None, True
+        self._buffer, filled = np.empty(length), 0
+        while filled < length:
+            filled += self._ask(self._buffer[filled:])
+        self._drawing = False
+        # The callback must not keep the stream alive, or it would never be freed.
+        this = weakref.ref(self)
+        self._callback = _Refill(lambda stream, buffer, length, wanted: this()._refilled())
+        stream = _pointer()
+        _check(_new_abstract(ctypes.addressof(stream), length, address(self._buffer), low, high, self._callback),
+               "Numbers")
+        self._attach(stream.value)
+
+    def _ask(self, place):
+        """Puts numbers into a place; how many."""
+        numbers = np.asarray(self._refill(len(place)), np.float64).ravel()
+        if not 1 <= numbers.size <= len(place):
+            raise ValueError(f"refill: it gave {numbers.size} numbers, not 1 to {len(place)}")
+        if not ((numbers >= self._ends[0]) & (numbers < self._ends[1])).all():
+            raise ValueError(f"refill: a number is not on [{self._ends[0]}, {self._ends[1]})")
+        place[:numbers.size] = numbers
+        return numbers.size
+
+    def _refilled(self):
+        try:
+            return self._ask(self._buffer)
+        except BaseException as problem:
+            if self._drawing:
+                self._problem = problem
+            else:
+                traceback.print_exc()  # a Generator asked, which nothing can be told
+            return 0
+
+    def _fill(self, *arguments):
+        self._drawing = True
+        try:
+            return super()._fill(*arguments)
+        except StreamError:
+            problem, self._problem = self._problem, None
+            if problem is None:
+                raise
+            raise problem from None
+        finally:
+            self._drawing = False
+
+    def _refuse(self, *arguments, **keywords):
+        raise TypeError("Numbers: a stream over the caller's numbers has no copies, images or pieces")
+
+    copy = to_bytes = spawn = jumped = skip = leapfrog = __reduce__ = __reduce_ex__ = _refuse
+
+
 # NumPy before 1.25 finds the generator of a pickled `Generator` by its name.
 for _name in GENERATORS:
     if _name in globals():
         _numpy_pickle.BitGenerators[f"kef.random.{_name}"] = functools.partial(_blank, _name)
 
 __all__ = ["Stream", "StreamError", "from_bytes", "load", "MCG31M1", "R250", "MRG32K3A", "MCG59", "WH", "SOBOL",
-           "NIEDERR", "MT19937", "MT2203", "SFMT19937", "TRNG"]
+           "NIEDERR", "Numbers", "MT19937", "MT2203", "SFMT19937", "TRNG"]

@@ -432,6 +432,56 @@ def merged(parts):
     return total
 
 
+def from_sums(estimates, count, count_of_squares=None, **sums):
+    """Estimates from sums that were made elsewhere.
+
+    Parameters
+    ----------
+    estimates : iterable of str
+        As of `Statistics`, but sums, minimum and maximum.
+    count : float
+        The sum of weights: without weights the number of observations.
+    count_of_squares : float, optional
+        The sum of squared weights; `count` without it.
+    **sums : array_like of p numbers, or p by p
+        'sum', 'raw_sum_2' to 4, 'central_sum_2' to 4, 'cross_product', as far as the estimates need them;
+        also 'mean' and central moments, where the estimates go on from those.
+
+    Returns
+    -------
+    dict
+
+    Examples
+    --------
+    >>> from kef import stats
+    >>> stats.from_sums(["mean", "variance"], 4, sum=[10.0], central_sum_2=[5.0])
+    {'mean': array([2.5]), 'variance': array([1.66666667])}
+    """
+    names = [estimates] if isinstance(estimates, str) else list(estimates)
+    if not sums:
+        raise TypeError("sums: there are none")
+    p = len(np.asarray(next(iter(sums.values()))))
+    task = _Task(p, np.float64)
+    matrices = {name for name, row in ESTIMATES.items() if row[2]}
+    for name, values in sums.items():
+        if name not in PARAMETERS or name not in ESTIMATES:
+            raise TypeError(f"{name}: it is no sum")
+        task.set(**{name: _numbers(values, name, (p, p) if name in matrices else (p,)).copy()})
+    bits = 0
+    for given in names:
+        name = ALIASES.get(given, given)
+        if name not in ESTIMATES or name in _MINMAX or name == "stream_quantiles":
+            raise ValueError(f"estimates: {given!r} is none that comes from sums")
+        bits |= ESTIMATES[name][0]
+        if name not in task.arrays:
+            task.results(**{name: (p, p) if name in matrices else p})
+    for name in matrices & set(task.arrays):
+        task.set(**{f"{name}_storage": _FULL})
+    task.set(accumulated_weights=[count, count if count_of_squares is None else count_of_squares])
+    task.compute("Basic", bits, STATS_METHODS["SUMS"])
+    return {given: task.arrays[ALIASES.get(given, given)] for given in names}
+
+
 # ---- functions of arrays
 
 def quantiles(x, orders):
@@ -752,6 +802,6 @@ def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8):
     return Missing(estimate[:p].copy(), covariance, filled)
 
 
-__all__ = ["Statistics", "merged", "quantiles", "order_statistics", "median_absolute_deviation", "weighted_median",
+__all__ = ["Statistics", "merged", "from_sums", "quantiles", "order_statistics", "median_absolute_deviation", "weighted_median",
            "mahalanobis_distance", "partial_covariance", "pooled_covariance", "nearest_correlation", "outliers",
            "robust_covariance", "missing_values"]

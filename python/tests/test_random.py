@@ -217,3 +217,31 @@ def test_threads_share_a_stream():
     [t.start() for t in threads]
     [t.join() for t in threads]
     assert np.sort(np.concatenate(parts)).tolist() == np.sort(random.MT19937(1).uniform(200000)).tolist()
+
+
+def test_numbers_of_the_caller(capfd):
+    source, empty = np.random.default_rng(5), []
+
+    def refill(n):
+        if empty:
+            raise LookupError("no more")
+        return source.random(n)
+    stream, expected = random.Numbers(refill, length=100), np.random.default_rng(5).random(300)
+    np.testing.assert_array_equal(stream.uniform(150), expected[:150])
+    empty.append(True)
+    with pytest.raises(LookupError, match="no more"):
+        stream.uniform(100)
+    empty.clear()
+    assert 0.4 < stream.uniform(10000).mean() < 0.6  # goes on
+    assert 0.4 < np.random.Generator(stream).random(10000).mean() < 0.6
+    for wrong, words in ((lambda n: [], "gave 0"), (lambda n: [1.0], "is not on"), (lambda n: [0.5] * (n + 1), "gave")):
+        with pytest.raises(ValueError, match=words):
+            random.Numbers(wrong)
+    with pytest.raises(ValueError, match="low"):
+        random.Numbers(refill, 1.0, 1.0)
+    with pytest.raises(TypeError, match="no copies"):
+        pickle.dumps(stream)
+    calls = iter([[0.5] * 10, "x"])
+    broken = np.random.Generator(random.Numbers(lambda n: next(calls), length=10))
+    assert broken.random() == 0
+    assert "ValueError" in capfd.readouterr().err

@@ -140,6 +140,23 @@ def test_functions():
     assert np.linalg.eigvalsh(fixed).min() > -1e-12 and (np.diag(fixed) == 1).all()
 
 
+def test_from_sums():
+    wanted = expected(X, W)
+    sums = {name: wanted[name] for name in ("sum", "central_sum_2", "central_sum_3", "central_sum_4", "cross_product",
+                                            "raw_sum_2")}
+    names = ["mean", "variance", "central_moment_3", "central_moment_4", "raw_moment_2", "covariance", "correlation",
+             "skewness", "kurtosis"]
+    found = stats.from_sums(names, W.sum(), (W**2).sum(), **sums)
+    for name in names:
+        close(found[name], wanted[name], 1e-9)
+    for arguments, sums, name in ((("mean", 3), {"sun": [1.0]}, "sun"), (("sum", 3), {"sum": [1.0]}, "Basic"),
+                                  (("maximum", 3), {"sum": [1.0]}, "estimates"),
+                                  (("covariance", 3), {"sum": [1.0], "cross_product": [1.0]}, "cross_product"),
+                                  (("variance", 3), {"sum": [1.0]}, "Basic")):
+        with pytest.raises((TypeError, ValueError), match=name):
+            stats.from_sums(*arguments, **sums)
+
+
 def test_outliers_and_missing_values():
     x = RNG.normal(size=(300, 3))
     x[:60] += 8
