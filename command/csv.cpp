@@ -107,6 +107,7 @@ public:
         if (whole && !interrupted()) preview.finish();
         auto& rows = preview.rows;
         rows.pop_back();  // nothing, or not complete
+        if (rows.empty() && interrupted()) throw Interrupted();
         if (rows.empty())
             throw Failure(name() + (whole ? ": no data" : ": a first row of more than 256 KiB"));
         skip_first_ = header.value_or(!std::all_of(rows[0].begin(), rows[0].end(), is_value));
@@ -133,16 +134,16 @@ public:
         rows_ = &rows;
         while (rows.size() == 0 && !finished_) {
             if (head_.empty()) {
+                if (interrupted()) return false;
                 head_.resize(head_size);
                 head_.resize(input_->read(head_.data(), head_.size()));
             }
-            if (interrupted()) return false;
-            if (head_.empty()) {
-                finish();
-                finished_ = true;
-            } else {
+            if (!head_.empty()) {
                 parse(head_);
                 head_.clear();
+            } else if (!interrupted()) {
+                finish();
+                finished_ = true;
             }
         }
         return rows.size() > 0;

@@ -166,14 +166,14 @@ int run(const Arguments& arguments) {
     }
     if (interrupted()) {
         if (!arguments.has("-o")) output.close();
+        progress.clear();
         say("stopped by a signal after " + std::to_string(done) + " rows" +
             (arguments.has("-o") ? "; no file is left" : "; what was written is partial"));
         return 128 + interrupted();
     }
     output.close();
-    if (bad > 0)
-        say(first_bad +
-            (bad > 1 ? " (and " + std::to_string(bad - 1) + " more such elements)" : ""));
+    if (bad > 0) progress.clear();
+    say(first_bad + (bad > 1 ? " (and " + std::to_string(bad - 1) + " more such elements)" : ""));
     return succeeded;
 }
 

@@ -16,8 +16,11 @@ Progress::Progress(std::string what, double total)
       start_(clock::now()),
       next_(start_ + std::chrono::milliseconds(300)) {}
 
-Progress::~Progress() {
+Progress::~Progress() { clear(); }
+
+void Progress::clear() {
     if (drawn_) std::fputs("\r\033[K", stderr);
+    drawn_ = false;
 }
 
 void Progress::at(double done) {

@@ -13,6 +13,7 @@ public:
     Progress(std::string what, double total);
     ~Progress();
     void at(double done);
+    void clear();  // before a message
 
 private:
     using clock = std::chrono::steady_clock;

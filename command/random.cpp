@@ -271,6 +271,7 @@ int run(const Arguments& arguments) {
         }
         output.close();
     } catch (const Interrupted&) {
+        progress.clear();
         say("stopped by a signal after " + std::to_string(done) + " of " + std::to_string(wanted) +
             " numbers" +
             (arguments.has("-o") ? "; no file is left" : "; what was written is partial"));

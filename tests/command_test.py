@@ -360,6 +360,15 @@ class Ends(InDirectory):
         row = table(out.split("\n", 1)[1])[0]
         self.assertGreater(int(row["count"]), 100000)
         self.assertAlmostEqual(float(row["mean"]), 2, delta=1e-4)
+        # A record that is not complete does not count; nothing at all is no data.
+        def fed_little(running):
+            running.stdin.write(b"x,y\n1,2\n3,4\n5,6")
+            running.stdin.flush()
+            time.sleep(0.3)
+        out, _ = self.interrupt(["stats", "-", "--format", "csv"], fed_little, stdin=subprocess.PIPE)
+        self.assertEqual([row["sum"] for row in table(out.split("\n", 1)[1])], ["4", "6"])
+        out, said = self.interrupt(["stats", "-"], lambda running: time.sleep(0.3), stdin=subprocess.PIPE)
+        self.assertEqual((out, "stopped by a signal" in said), ("", True))
         results = self.work / "results"
         for words in [["random", "gaussian", "-n", "1e12", "-o", results], ["random", "gaussian", "-n", "1e12", "--format", "raw", "-o", results]]:
             for number in signal.SIGINT, signal.SIGTERM:
