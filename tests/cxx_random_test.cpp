@@ -326,6 +326,53 @@ TEST(CxxLaws, DrawsAreTheNumbersOfTheLaw) {
     EXPECT_LT(std::abs(normal(a)), 10);
 }
 
+TEST(CxxStream, NumbersOfTheCaller) {
+    double next = 0;
+    std::size_t most = 3;
+    Stream stream = Stream::from_numbers<double>(
+        [&](std::span<double> buffer) {
+            const std::size_t count = std::min(most, buffer.size());
+            for (double& number : buffer.first(count)) {
+                if (next >= 40) throw std::string("no more");
+                number = next++ / 64;
+            }
+            return count;
+        },
+        4);
+    std::vector<double> x(20);
+    kef::Uniform(0.0, 64.0).fill(stream, x);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(x[std::size_t(i)], i);
+    EXPECT_EQ(stream(), std::uint32_t(20) << 26);
+    EXPECT_EQ(refused([&] { Stream copy = stream; }), "kef::Stream: stream");
+    EXPECT_EQ(refused([&] { stream.image(); }), "kef::Stream::image: stream");
+    EXPECT_EQ(refused([&] { stream.save("kef_never_written"); }), "kef::Stream::save: stream");
+    Stream moved = std::move(stream);
+    try {
+        kef::Normal(0.0, 1.0).fill(moved, x);
+        kef::Normal(0.0, 1.0).fill(moved, x);
+        FAIL();
+    } catch (const std::string& words) { EXPECT_EQ(words, "no more"); }
+    next = 0;
+    EXPECT_EQ(kef::Uniform(0.0, 64.0)(moved), 0);  // it goes on where there are numbers again
+    most = 0;
+    EXPECT_EQ(refused([&] { kef::Uniform(0.0, 1.0).fill(moved, x); }), "kef::Uniform: -1120");
+    EXPECT_EQ(refused([&] { Stream::from_numbers<double>([](auto) { return std::size_t(0); }); }),
+              "kef::Stream::from_numbers: refill");
+    EXPECT_EQ(refused([&] { Stream::from_numbers<float>({}); }),
+              "kef::Stream::from_numbers: refill");
+    EXPECT_EQ(
+        refused([&] { Stream::from_numbers<float>([](auto s) { return s.size(); }, 4, 1, 1); }),
+        "kef::Stream::from_numbers: b");
+    std::uint32_t word = 0;
+    Stream words = Stream::from_numbers<std::uint32_t>([&](auto buffer) {
+        for (auto& w : buffer) w = word++;
+        return buffer.size();
+    });
+    std::int32_t raw[3];
+    EXPECT_EQ(_vtsiRngUniformBits(0, words.handle(), 3, raw), VTS_STATUS_OK);
+    EXPECT_EQ(raw[2], 2);
+}
+
 TEST(CxxLaws, OverflowOfALognormalNumberIsAnElementError) {
     Stream stream;
     std::vector<float> x(100);

@@ -180,6 +180,28 @@ TEST(CxxStatisticsStreams, QuantilesOfBlocksAndMerges) {
     EXPECT_EQ(refused([] { kef::StreamQuantiles<>(1, 0); }), "kef::StreamQuantiles: epsilon");
     EXPECT_EQ(refused([&] { whole.quantiles(Vector{1.5}); }),
               "kef::StreamQuantiles::quantiles: orders");
+    const auto image = merged.image();
+    auto loaded = kef::StreamQuantiles<>::from_image(image);
+    EXPECT_EQ(loaded.count(), 500u);
+    EXPECT_EQ(loaded.quantiles(orders)(1, 1), merged.quantiles(orders)(1, 1));
+    loaded.merge(whole);
+    loaded.add(Sample(x, 2));
+    EXPECT_EQ(loaded.count(), 1500u);
+    EXPECT_EQ(kef::StreamQuantiles<>::from_image(kef::StreamQuantiles<>(2).image()).count(), 0u);
+    const auto load = [](std::span<const std::byte> bytes) {
+        return refused([&] { kef::StreamQuantiles<>::from_image(bytes); });
+    };
+    const char* const argument = "kef::StreamQuantiles::from_image: image";
+    const char* const status = "kef::StreamQuantiles::from_image: -4060";
+    EXPECT_EQ(load(std::span(image).first(image.size() - 1)), status);
+    EXPECT_EQ(load(std::span(image).first(24)), argument);
+    EXPECT_EQ(load({}), argument);
+    for (const std::size_t at : {0, 15, 30, 200}) {
+        auto damaged = image;
+        damaged[at] ^= std::byte(0x7F);
+        EXPECT_NE(load(damaged), "nothing") << at;
+    }
+
     const auto taken = std::move(rest);
     EXPECT_EQ(refused([&] { auto copy = rest; }), "kef::StreamQuantiles: object");
     EXPECT_EQ(refused([&] { whole.merge(whole); }), "kef::StreamQuantiles::merge: other");
@@ -253,6 +275,19 @@ TYPED_TEST(CxxStatistics, ComputationsOfOneSample) {
     EXPECT_NEAR(filled.law.mean[0], s["mean"][0], 1e-4 * s["mean"][0]);
     EXPECT_NEAR(filled.law.covariance(0, 0), s["variance"][0] * 59 / 60, 1e-4 * s["variance"][0]);
     EXPECT_EQ(kef::missing_values(Sample(without, 2)).values.size(), 0u);
+    // EM that starts at its result is at rest; a prior of much weight decides.
+    EXPECT_TRUE(
+        kef::missing_values(Sample(y, 2), {.limit = 1, .tolerance = 1e-3, .start = filled.law})
+            .settled);
+    const kef::Prior<T> prior{1e6, 1e6, {7, 8}, Matrix<T>(2, 2, List{1e6, 0, 0, 1e6})};
+    const auto drawn = kef::missing_values(Sample(y, 2), {.imputations = 1, .prior = prior});
+    EXPECT_NEAR(drawn.laws[0].mean[0], 7, 0.1);
+    EXPECT_NEAR(drawn.laws[0].covariance(1, 1), 1, 0.1);
+    EXPECT_EQ(
+        refused([&] {
+            kef::missing_values(Sample(y, 2), {.start = kef::NormalLaw<T>{{1}, Matrix<T>(2, 2)}});
+        }),
+        "kef::missing_values: options.start");
 }
 
 TEST(CxxStatisticsChecks, ComputationsNameTheirArguments) {

@@ -11,6 +11,7 @@
 #ifndef KEF_RANDOM_HPP
 #define KEF_RANDOM_HPP
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <concepts>
@@ -68,6 +69,58 @@ inline Generator member(Generator family, std::int32_t k) {
     return Generator(std::int32_t(id));
 }
 
+namespace detail {
+
+/// The caller's numbers behind a stream: a buffer that knows its owner, which is all that a refill
+/// callback is told, and what the caller's function has thrown.
+struct Source {
+    virtual ~Source() = default;
+    std::exception_ptr failure;
+};
+template <class T> class SourceOf : public Source {
+public:
+    using Refill = std::function<std::size_t(std::span<T>)>;
+    SourceOf(Refill refill, std::size_t length)
+        : refill_(std::move(refill)), block_(header + length * sizeof(T)), length_(length) {
+        SourceOf* const self = this;
+        std::memcpy(block_.data(), &self, sizeof self);
+    }
+    SourceOf(const SourceOf&) = delete;
+    T* numbers() { return reinterpret_cast<T*>(block_.data() + header); }
+    /// The buffer is full when a stream begins.
+    void fill() {
+        for (std::size_t filled = 0; filled < length_;) {
+            const std::size_t more = refill_(std::span<T>(numbers() + filled, length_ - filled));
+            checker().require(more > 0 && more <= length_ - filled, "refill",
+                              "wrote no number, or more than there is room for");
+            filled += more;
+        }
+    }
+    static Checker checker() {
+        return {Family::streams, VTS_STATUS_BAD_REFILL, "kef::Stream::from_numbers"};
+    }
+    static std::int32_t callback(kef_stream*, T* buffer, std::int32_t length,
+                                 std::int32_t) noexcept {
+        SourceOf* self;
+        std::memcpy(&self, reinterpret_cast<const std::byte*>(buffer) - header, sizeof self);
+        try {
+            const std::size_t count = self->refill_(std::span<T>(buffer, std::size_t(length)));
+            return std::int32_t(std::min(count, std::size_t(length) + 1));  // too many stays so
+        } catch (...) {
+            self->failure = std::current_exception();
+            return VTS_STATUS_NO_NUMBERS;
+        }
+    }
+
+private:
+    static constexpr std::size_t header = 16;
+    Refill refill_;
+    std::vector<std::byte> block_;
+    std::size_t length_;
+};
+
+}  // namespace detail
+
 /// A random stream: the state of one generator, with what laws keep from call to call. A stream
 /// that was moved from takes assignment and destruction; anything else throws. One thread at a
 /// time.
@@ -89,11 +142,43 @@ public:
         check.status(settle(__vtsNewStreamEx(&handle_, std::int32_t(generator),
                                              std::int32_t(seed.size()), seed.data())));
     }
+    /// The caller's own numbers: refill(span) writes some from the start of it on and gives how
+    /// many, at least one; it is called when `length` numbers are used up. T: double or float, on
+    /// [a, b), which laws scale as they need, or std::uint32_t. What refill throws leaves the call
+    /// that needed numbers. Such a stream is neither copied nor saved.
+    template <class T>
+    static Stream from_numbers(
+        std::type_identity_t<std::function<std::size_t(std::span<T>)>> refill,
+        std::size_t length = 1024, T a = 0, T b = 1) {
+        const detail::Checker check = detail::SourceOf<T>::checker();
+        check.require(bool(refill), "refill", "is empty");
+        check.require(length > 0 && length < std::size_t(1) << 30, "length",
+                      "is not in 1 .. 2^30 - 1");
+        auto source = std::make_shared<detail::SourceOf<T>>(std::move(refill), length);
+        source->fill();
+        Stream stream(nullptr);
+        const auto callback = detail::SourceOf<T>::callback;
+        const std::int32_t n = std::int32_t(length);
+        std::int32_t status;
+        if constexpr (std::floating_point<T>) {
+            check.require(std::isfinite(a) && std::isfinite(b) && a < b, "b", "is not above a");
+            status = detail::by_type<T>(__vtssNewAbstractStream, __vtsdNewAbstractStream)(
+                &stream.handle_, n, source->numbers(), a, b, callback);
+        } else {
+            static_assert(std::same_as<T, std::uint32_t>);
+            status = __vtsiNewAbstractStream(&stream.handle_, n, source->numbers(), callback);
+        }
+        check.status(stream.settle(status));
+        stream.source_ = std::move(source);
+        return stream;
+    }
     /// A stream with chunks of its own that goes on like the other one.
     Stream(const Stream& other) {
+        other.require_generator("kef::Stream");
         checker("kef::Stream").status(settle(__vtsCopyStream(&handle_, other.get("kef::Stream"))));
     }
-    Stream(Stream&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    Stream(Stream&& other) noexcept
+        : handle_(std::exchange(other.handle_, nullptr)), source_(std::move(other.source_)) {}
     Stream& operator=(const Stream& other) {
         if (this != &other) Stream(other).swap(*this);
         return *this;
@@ -103,7 +188,10 @@ public:
         return *this;
     }
     ~Stream() { __vtsDeleteStream(&handle_); }
-    void swap(Stream& other) noexcept { std::swap(handle_, other.handle_); }
+    void swap(Stream& other) noexcept {
+        std::swap(handle_, other.handle_);
+        source_.swap(other.source_);
+    }
     friend void swap(Stream& a, Stream& b) noexcept { a.swap(b); }
 
     Generator generator() const {
@@ -123,7 +211,7 @@ public:
             status = _vtsdRngUniform(VTS_METHOD_ACCURATE, stream, 1, &u, 0, 0x1p32);
             word = u < 0x1p32 ? result_type(u) : max();
         }
-        checker("kef::Stream::operator()").status(status);
+        settled("kef::Stream::operator()", status);
         return word;
     }
 
@@ -143,6 +231,7 @@ public:
     /// State and chunks as bytes, the same on every system: docs/streams.md has the layout.
     std::vector<std::byte> image() const {
         const detail::Checker check = checker("kef::Stream::image");
+        require_generator(check.function);
         const std::int32_t size = __vtsGetStreamSize(get(check.function));
         check.status(size);
         std::vector<std::byte> bytes{std::size_t(size)};
@@ -165,6 +254,7 @@ public:
     void save(const std::filesystem::path& name) const {
         const detail::Checker check = checker("kef::Stream::save");
         kef_stream* const stream = get(check.function);
+        require_generator(check.function);
         check.require(!name.empty(), "name", "is empty");
         std::error_code failed;
         const auto type = std::filesystem::status(name, failed).type();
@@ -227,6 +317,12 @@ public:
         return from_image(bytes);
     }
 
+    /// Throws what a draw of `function` ended with, if it is an error.
+    void settled(const char* function, std::int32_t status) {
+        if (source_ && source_->failure) [[unlikely]]
+            std::rethrow_exception(std::exchange(source_->failure, nullptr));
+        checker(function).status(status);
+    }
     /// For calls of the C interface; null after the stream was moved from.
     kef_stream* handle() noexcept { return handle_; }
     const kef_stream* handle() const noexcept { return handle_; }
@@ -240,6 +336,9 @@ private:
         checker(function).require(handle_ != nullptr, "stream", "was moved from");
         return handle_;
     }
+    void require_generator(const char* function) const {
+        checker(function).require(!source_, "stream", "is one of the caller's numbers");
+    }
     // A constructor that throws has no destructor behind it.
     std::int32_t settle(std::int32_t status) {
         if (status != VTS_STATUS_OK) __vtsDeleteStream(&handle_);
@@ -247,6 +346,7 @@ private:
     }
 
     kef_stream* handle_ = nullptr;
+    std::shared_ptr<detail::Source> source_;  // of from_numbers
 };
 
 namespace detail {
@@ -293,7 +393,7 @@ private:
                     law.draw(stream.handle(), std::int32_t(n - i < most ? n - i : most), r + i);
             }
         });
-        check.status(status);
+        stream.settled(check.function, status);
     }
 };
 
@@ -728,10 +828,12 @@ public:
             detail::not_negative(check.function, means[i], "lambda");
         for (std::size_t i = 0; i < n; i += detail::most_elements) {
             const std::size_t left = n - i;
-            check.status(_vtsiRngPoissonV(
-                VTS_METHOD_STANDARD, stream.handle(),
-                std::int32_t(left < detail::most_elements ? left : detail::most_elements), r + i,
-                means + i));
+            stream.settled(
+                check.function,
+                _vtsiRngPoissonV(
+                    VTS_METHOD_STANDARD, stream.handle(),
+                    std::int32_t(left < detail::most_elements ? left : detail::most_elements),
+                    r + i, means + i));
         }
     }
 

@@ -12,12 +12,14 @@
 #define KEF_STATS_HPP
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <ranges>
 #include <span>
 #include <string>
@@ -479,6 +481,38 @@ public:
         all.join(s);
         return result;
     }
+    /// What it has seen as bytes, the same on every system: variables, epsilon (bits of a double)
+    /// and count, 8 bytes each, the least first, then the sketches, if there are any.
+    std::vector<std::byte> image() const {
+        const State& s = state("kef::StreamQuantiles::image");
+        const std::int64_t size = s.count == 0 ? 0 : __vtsSSGetStreamQuantilesSize(s.task.handle());
+        if (size < 0) s.task.status(std::int32_t(size));
+        std::vector<std::byte> bytes(24 + std::size_t(size));
+        const std::uint64_t head[3] = {s.p, std::bit_cast<std::uint64_t>(double(s.epsilon)),
+                                       s.count};
+        for (std::size_t i = 0; i < 24; ++i) bytes[i] = std::byte(head[i / 8] >> (8 * (i % 8)));
+        if (size > 0) s.task.status(__vtsSSSaveStreamQuantiles(s.task.handle(), &bytes[24]));
+        return bytes;
+    }
+    /// From an image of an object of the same T; a damaged one is refused.
+    static StreamQuantiles from_image(std::span<const std::byte> image) {
+        const detail::Checker check{Family::statistics, VTS_SS_STATUS_BAD_IMAGE,
+                                    "kef::StreamQuantiles::from_image"};
+        check.require_data(image, "image");
+        check.require(image.size() >= 24, "image", "is too short");
+        std::uint64_t head[3] = {};
+        for (std::size_t i = 24; i-- > 0;) head[i / 8] = head[i / 8] << 8 | std::uint64_t(image[i]);
+        const T epsilon = T(std::bit_cast<double>(head[1]));
+        check.require(head[0] > 0 && head[0] <= std::size_t(-1) && epsilon >= T(0x1p-20) &&
+                          epsilon <= T(0.5) && (head[2] == 0) == (image.size() == 24),
+                      "image", "is damaged");
+        StreamQuantiles result(std::size_t(head[0]), epsilon);
+        if (head[2] == 0) return result;
+        check.status(__vtsSSLoadStreamQuantiles(result.state_->task.handle(), &image[24],
+                                                image.size() - 24));
+        result.state_->count = head[2];
+        return result;
+    }
     std::size_t variables() const { return state("kef::StreamQuantiles::variables").p; }
     std::uint64_t count() const { return state("kef::StreamQuantiles::count").count; }
 
@@ -776,12 +810,22 @@ template <class T> struct NormalLaw {
     Matrix<T> covariance;
 };
 
+/// The prior of the data augmentation: covariances of an inverse Wishart law of nu degrees of
+/// freedom and the matrix V, means normal around a mean with that covariance over tau.
+template <class T> struct Prior {
+    T tau, nu;
+    std::vector<T> mean;
+    Matrix<T> matrix;
+};
+
 /// EM, and imputations by data augmentation.
-struct MissingOptions {
+template <class T = double> struct MissingOptions {
     int limit = 1000;         ///< the most EM iterations, at least 1
     int steps = 20;           ///< of data augmentation from one imputation to the next, at least 1
     double tolerance = 1e-8;  ///< relative change at which EM stops, [0, 1)
     int imputations = 0;      ///< 0: EM alone
+    std::optional<NormalLaw<T>> start = {};  ///< of EM; else means and variances of what is there
+    std::optional<Prior<T>> prior = {};      ///< else tau = 0, nu = -1, V = 0
 };
 /// law: by EM. values: one row for each imputation, the missing values (NaN in the sample) of
 /// observation after observation, its variables ascending. laws: of each imputation, the one that
@@ -793,7 +837,8 @@ template <class T> struct Missing {
     bool settled;
 };
 template <std::floating_point T>
-Missing<T> missing_values(const Sample<T>& sample, const MissingOptions& options = {}) {
+Missing<T> missing_values(const Sample<T>& sample,
+                          const std::type_identity_t<MissingOptions<T>>& options = {}) {
     detail::SampleTask<T> task("kef::missing_values", sample);
     task.check(options.limit >= 1, "options.limit", "is not positive");
     task.check(options.steps >= 1, "options.steps", "is not positive");
@@ -815,6 +860,32 @@ Missing<T> missing_values(const Sample<T>& sample, const MissingOptions& options
     if (value_count > 0) {
         task.set_integers(VTS_SS_ID_MISSING_D_COUNT, &value_count);
         task.set(VTS_SS_ID_MISSING_D, result.values.data());
+    }
+    // A mean and the triangle of a matrix from the diagonal to the right, behind what is there.
+    const auto append = [&](std::vector<T>& numbers, const std::vector<T>& mean,
+                            const Matrix<T>& matrix, const char* argument) {
+        detail::stats_shape(task.function()).require_size(mean.size(), p, argument);
+        detail::require_square(task.function(), matrix, p, argument);
+        numbers.insert(numbers.end(), mean.begin(), mean.end());
+        for (std::size_t i = 0; i < p; ++i)
+            for (std::size_t j = i; j < p; ++j) numbers.push_back(matrix(i, j));
+    };
+    std::vector<T> start, prior;
+    if (options.start)
+        append(start, options.start->mean, options.start->covariance, "options.start");
+    if (options.prior) {
+        prior = {options.prior->tau, options.prior->nu};
+        append(prior, options.prior->mean, options.prior->matrix, "options.prior");
+    }
+    const std::int64_t start_count = std::int64_t(start.size()),
+                       prior_count = std::int64_t(prior.size());
+    if (start_count > 0) {
+        task.set_integers(VTS_SS_ID_MISSING_B_COUNT, &start_count);
+        task.set(VTS_SS_ID_MISSING_B, start.data());
+    }
+    if (prior_count > 0) {
+        task.set_integers(VTS_SS_ID_MISSING_C_COUNT, &prior_count);
+        task.set(VTS_SS_ID_MISSING_C, prior.data());
     }
     task.set_integers(VTS_SS_ID_MISSING_E_COUNT, &law_count);
     task.set(VTS_SS_ID_MISSING_E, laws.data());
