@@ -29,7 +29,7 @@ void Progress::at(double done) {
     next_ = now + std::chrono::milliseconds(100);
     drawn_ = true;
     if (!(total_ > 0)) {
-        std::fprintf(stderr, "\r%s: %.4g\033[K", what_.c_str(), done);
+        std::fprintf(stderr, "\r%s: %.0f MB\033[K", what_.c_str(), done / 1e6);
         return;
     }
     const double share = std::clamp(done / total_, 1e-9, 1.0);

@@ -7,7 +7,8 @@
 namespace command {
 
 // A line on standard error with a bar, the share that is done and an estimate of the time left;
-// none where standard error is no terminal. A total of 0 is not known.
+// none where standard error is no terminal. A total of 0 is not known:
+// then what is done are bytes.
 class Progress {
 public:
     Progress(std::string what, double total);

@@ -37,6 +37,12 @@ if [ -e "$libraries/libkef.so" ]; then
 fi
 
 version=$(pkg-config --modversion kef)
+if [ -e "$work/prefix/bin/kef" ]; then
+    [ "$("$work/prefix/bin/kef" --version)" = "kef $version" ] || fail "the command is not that version"
+    for file in man/man1/kef.1 bash-completion/completions/kef; do
+        [ -s "$work/prefix/share/$file" ] || fail "no $file"
+    done
+fi
 "${compiler[@]}" -std=c99 -pedantic -Wall -Wextra -Werror "$here/consumer.c" -o "$work/consumer" \
     $(pkg-config --cflags --libs kef) -Wl,-rpath,"$(pkg-config --variable=libdir kef)"
 "$work/consumer" "$version"
