@@ -103,8 +103,6 @@ class Handler:
             return 1
         for i, part in enumerate(value if isinstance(value, tuple) else (value,)):
             record.result[i], record.result_imag[i] = complex(part).real, complex(part).imag
-        if len(self.results) == 1:
-            record.result[1], record.result_imag[1] = record.result[0], record.result_imag[0]
         return 0
 
     def run(self, kernel, n, numbers=()):

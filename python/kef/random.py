@@ -14,7 +14,6 @@ array([4, 1, 2, 3])
 """
 
 import ctypes
-import functools
 import operator
 import os
 import pathlib
@@ -23,7 +22,6 @@ import traceback
 import weakref
 
 import numpy as np
-from numpy.random import _pickle as _numpy_pickle
 
 from ._laws import LAWS, METHODS
 from ._library import address, library, prototype, short, status_text
@@ -203,7 +201,7 @@ class Stream(np.random.BitGenerator):
             (self._spawned, self._level), self._seeds = value["spawned"], value["seed_seq"]
 
     def __reduce__(self):
-        return _blank, (_Name("kef.random." + self._name),), self.state
+        return _blank, (self._name,), self.state
 
     def __setstate__(self, state):
         self.state = state
@@ -525,19 +523,11 @@ def load(path):
     return from_bytes(pathlib.Path(path).read_bytes())
 
 
-class _Name(str):
-    """The name of a generator in a pickle, which brings this module along."""
-
-    def __reduce__(self):
-        return _Name, (str(self),)
-
-
 def _blank(name):
     """A generator that is about to be given a state."""
     stream = _pointer()
-    family = globals()[name.rpartition(".")[2]]
-    _check(_new(ctypes.addressof(stream), GENERATORS[family._name], 0, None), name)
-    return family._of(stream.value)
+    _check(_new(ctypes.addressof(stream), GENERATORS[name], 0, None), name)
+    return globals()[name]._of(stream.value)
 
 
 def _generator(name, words, seed_words=8, members=1, distance=0):
@@ -678,11 +668,6 @@ class Numbers(Stream):
 
     copy = to_bytes = spawn = jumped = skip = leapfrog = __reduce__ = __reduce_ex__ = _refuse
 
-
-# NumPy before 1.25 finds the generator of a pickled `Generator` by its name.
-for _name in GENERATORS:
-    if _name in globals():
-        _numpy_pickle.BitGenerators[f"kef.random.{_name}"] = functools.partial(_blank, _name)
 
 __all__ = ["Stream", "StreamError", "from_bytes", "load", "MCG31M1", "R250", "MRG32K3A", "MCG59", "WH", "SOBOL",
            "NIEDERR", "Numbers", "MT19937", "MT2203", "SFMT19937", "TRNG"]

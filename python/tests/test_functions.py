@@ -128,6 +128,8 @@ def test_out_and_where():
         out[:] = 9
         assert kef.sqrt(x, out=out, where=x > 0, errors=errors) is out  # the -1 is no error
         assert out.tolist() == [1, 9, 2]
+    got = kef.ln(x, where=[False, True, True], errors=lambda e: float(e.index[0]))
+    assert got[1:].tolist() == [1, kef.ln(4.0)]
     y = np.arange(10.0)
     kef.sqr(y[:-1], out=y[1:])  # overlapping: NumPy copies
     assert y.tolist() == [0, 0, 1, 4, 9, 16, 25, 36, 49, 64]
@@ -203,6 +205,10 @@ def test_errors_name_the_element():
     assert len(seen) == 2
     with pytest.raises(ValueError, match="errors"):
         kef.ln(x, errors="sometimes")
+    # A call inside of a callback has its own callback, and the outer one goes on after it.
+    inner = []
+    result = kef.ln([-1.0, 0.0, -2.0], errors=lambda e: float(kef.sqrt(-4.0, errors=lambda f: inner.append(f) or 8.0)))
+    assert result.tolist() == [8, 8, 8] and [f.function for f in inner] == ["sqrt"] * 3
     # The thread's own mode and callback are back.
     assert kef._library._vtmGetErrorCallBack() == 0 and kef._library._vtmGetMode() == 0x1A02
 

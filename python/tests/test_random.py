@@ -127,11 +127,15 @@ def test_images_and_copies(name, tmp_path):
         stream.state = {"bit_generator": "other"}
 
 
-def test_a_generator_is_pickled_with_its_stream():
+def test_a_generator_is_pickled_with_its_stream(run_python):
     generator = np.random.Generator(random.SFMT19937(1))
     generator.random(7)
-    again = pickle.loads(pickle.dumps(generator))
-    np.testing.assert_array_equal(again.random(500), generator.random(500))
+    image = pickle.dumps(generator)
+    again = pickle.loads(image)
+    expected = generator.random(500)
+    np.testing.assert_array_equal(again.random(500), expected)
+    # In a process that has not imported the package.
+    assert run_python(f"import pickle; print(pickle.loads({image!r}).random(500).sum())") == f"{expected.sum()}\n"
 
 
 @pytest.mark.parametrize("name", ["MCG31M1", "MCG59", "WH", "MRG32K3A", "MT19937", "SFMT19937"])
@@ -143,6 +147,7 @@ def test_pieces_of_a_sequence(name):
     else:
         with pytest.raises(random.StreamError, match=name):
             make(name).leapfrog(2, 5)
+    assert make(name).skip((1 << 64) + 5).uniform() == make(name).skip(1 << 63).skip(1 << 63).skip(5).uniform()
     far = make(name).skip(1 << 40).skip(1 << 41)
     assert far.uniform() == make(name).skip(3 << 40).uniform()
 
@@ -165,6 +170,10 @@ def test_spawned_streams_do_not_meet():
         children = [*parent.spawn(2), *parent.spawn(2), *make(name, 99).spawn(2, "seeds")]
         numbers = {tuple(s.uniform(4)) for s in [parent, *children]}
         assert len(numbers) == 5 + 2, name
+    parent = random.MRG32K3A(1)
+    np.random.Generator(parent).random()
+    child, = parent.spawn(1)
+    assert np.random.Generator(child).random() != np.random.Generator(parent).random()  # what was read ahead stays
     with pytest.raises(ValueError, match="method"):
         random.MT19937(1).spawn(1, "members")
     with pytest.raises(ValueError, match="cannot skip"):
@@ -216,6 +225,12 @@ def test_threads_share_a_stream():
     threads = [threading.Thread(target=lambda: parts.append(stream.uniform(50000))) for _ in range(4)]
     [t.start() for t in threads]
     [t.join() for t in threads]
+    with stream.lock:  # who holds it has the stream alone
+        waiting = threading.Thread(target=stream.uniform)
+        waiting.start()
+        waiting.join(0.1)
+        assert waiting.is_alive()
+    waiting.join()
     assert np.sort(np.concatenate(parts)).tolist() == np.sort(random.MT19937(1).uniform(200000)).tolist()
 
 
@@ -242,6 +257,8 @@ def test_numbers_of_the_caller(capfd):
     with pytest.raises(TypeError, match="no copies"):
         pickle.dumps(stream)
     calls = iter([[0.5] * 10, "x"])
+    last = random.Numbers(lambda n: np.full(n, 1 - 2.0**-53), length=10)
+    assert (last.integers(20, 2**30, 2**30 + 1) == 2**30).all()  # where rounding gives the end
     broken = np.random.Generator(random.Numbers(lambda n: next(calls), length=10))
     assert broken.random() == 0
     assert "ValueError" in capfd.readouterr().err

@@ -69,6 +69,29 @@ def test_every_estimate_alone_merged_and_pickled(each):
     close(parts[0][each], expected(X[:5], W[:5])[each], 1e-6)  # merging left it alone
 
 
+def test_weights_that_come_and_go():
+    s = stats.Statistics(["mean", "variance"])
+    s.update(X[:10], W[:10])
+    s.update(X[10:])
+    wanted = expected(X, np.concatenate([W[:10], np.ones(1190)]))
+    close(s.mean, wanted["mean"]), close(s.variance, wanted["variance"])
+    s = stats.Statistics("sum")
+    s.update(X[:5])
+    s.update(X[5:8], [0, 1, 2])
+    close(s.sum, X[:5].sum(0) + X[6] + 2 * X[7])
+    assert s.count == 8
+
+
+def test_merging_counts_every_observation():
+    parts = [stats.Statistics([], quantiles=[0, 0.5, 1]) for _ in range(3)]
+    for i, part in enumerate(parts):
+        part.update(np.array([i, 10.0 * i, -i]))
+    assert parts[1].merge(parts[2]).quantiles.tolist() == [-2, 1, 20]
+    assert parts[0].merge(parts[1]).quantiles.tolist() == [-2, 0, 20] and parts[0].count == 9
+    parts[0].update([99.0])
+    assert parts[0].quantiles.tolist() == [-2, 0, 99]
+
+
 def test_quantiles_of_a_stream():
     data = RNG.permutation(60000).reshape(-1, 3) * 1.0
     orders = [0, 0.1, 0.5, 1]
