@@ -16,15 +16,15 @@ array([       0., -1000000.])
 
 from . import _functions
 from ._errors import ElementError
-from ._library import library as _library
+from ._library import library
 
-_version = _library.kef_version()
+_version = library.kef_version()
 __version__ = f"{_version // 10000}.{_version // 100 % 100}.{_version % 100}"
 
 
 def member():
     """Which member of the library runs: 'generic', 'x86-64-v3' or 'x86-64-v4'."""
-    return _library.kef_member().decode()
+    return library.kef_member().decode()
 
 
 _expanded = _functions._expand()

@@ -210,7 +210,7 @@ def test_errors_name_the_element():
     result = kef.ln([-1.0, 0.0, -2.0], errors=lambda e: float(kef.sqrt(-4.0, errors=lambda f: inner.append(f) or 8.0)))
     assert result.tolist() == [8, 8, 8] and [f.function for f in inner] == ["sqrt"] * 3
     # The thread's own mode and callback are back.
-    assert kef._library._vtmGetErrorCallBack() == 0 and kef._library._vtmGetMode() == 0x1A02
+    assert kef._library.library._vtmGetErrorCallBack() == 0 and kef._library.library._vtmGetMode() == 0x1A02
 
 
 def test_pack_and_unpack():

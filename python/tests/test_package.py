@@ -53,12 +53,13 @@ def test_a_wheel_carries_the_library(tmp_path):
     pytest.importorskip("setuptools"), pytest.importorskip("wheel")
     tree = tmp_path / "python"
     (tree / "kef").mkdir(parents=True)
-    for path in [*(ROOT / "python/kef").glob("*.py"), ROOT / "python/pyproject.toml"]:
+    for path in [*(ROOT / "python/kef").glob("*.py"), ROOT / "python/pyproject.toml", ROOT / "python/setup.py"]:
         (tree / path.relative_to(ROOT / "python")).write_bytes(path.read_bytes())
     (tree / "kef/libkef.so.0.1").write_bytes(pathlib.Path(os.environ["KEF_LIBRARY"]).read_bytes())
     subprocess.run([sys.executable, "-c", "from setuptools import build_meta; build_meta.build_wheel('..')"],
                    cwd=tree, check=True, capture_output=True)
     wheel, = tmp_path.glob("kef-*.whl")
+    assert "-py3-none-" in wheel.name and "any" not in wheel.name  # of this system
     with zipfile.ZipFile(wheel) as archive:
         archive.extractall(tmp_path / "installed")
     environment = {name: value for name, value in os.environ.items() if name != "KEF_LIBRARY"}
