@@ -6,7 +6,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-from ._library import library, prototype, status_text
+from ._library import prototype, status_text
 from ._tables import VM_STATUS
 
 CALLBACK_MODE, IGNORE_MODE, ERROR_MODES = 0x1000, 0x100, 0xFF00

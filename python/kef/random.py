@@ -18,6 +18,7 @@ import operator
 import os
 import pathlib
 import tempfile
+import threading
 import traceback
 import weakref
 
@@ -619,6 +620,7 @@ class Numbers(Stream):
         if not (np.isfinite([low, high]).all() and low < high):
             raise ValueError("low, high: finite numbers are needed, low below high")
         self._refill, self._ends, self._problem, self._drawing = refill, (low, high), None, True
+        self._asking = None
         self._buffer, filled = np.empty(length), 0
         while filled < length:
             filled += self._ask(self._buffer[filled:])
@@ -642,6 +644,7 @@ class Numbers(Stream):
         return numbers.size
 
     def _refilled(self):
+        self._asking = threading.get_ident()
         try:
             return self._ask(self._buffer)
         except BaseException as problem:
@@ -650,8 +653,12 @@ class Numbers(Stream):
             else:
                 traceback.print_exc()  # a Generator asked, which nothing can be told
             return 0
+        finally:
+            self._asking = None
 
     def _fill(self, *arguments):
+        if self._asking == threading.get_ident():
+            raise RuntimeError("refill: it draws from the stream that it fills")
         self._drawing = True
         try:
             return super()._fill(*arguments)

@@ -15,13 +15,14 @@ variable, whose results are scalars. Neither row- nor column-major arrays are co
 import ctypes
 import functools
 import operator
+import threading
 import warnings
 import weakref
 from typing import NamedTuple
 
 import numpy as np
 
-from ._library import library, prototype, status_text
+from ._library import prototype, status_text
 from ._tables import ESTIMATES, PARAMETERS, STATS_METHODS, STATS_STATUS
 
 _ROWS, _COLUMNS = 0x10000, 0x20000
@@ -167,6 +168,15 @@ _BESIDE = {"correlation": ["covariance"], "central_sum_3": ["central_sum_2"],
 _MINMAX = ("minimum", "maximum")
 
 
+def _alone(method):
+    """One thread at a time has the task."""
+    @functools.wraps(method)
+    def locked(self, *arguments):
+        with self._lock:
+            return method(self, *arguments)
+    return locked
+
+
 class Statistics:
     """Statistics of data that come in chunks, in one pass.
 
@@ -223,7 +233,7 @@ class Statistics:
         everything = [beside for name in wanted for beside in (name, *_BESIDE.get(name, ()))]
         self._basic = [name for name in everything if name not in _MINMAX]
         self._minmax = [name for name in everything if name in _MINMAX]
-        self._task, self._one, self._pending = None, None, None
+        self._task, self._one, self._pending, self._lock = None, None, None, threading.RLock()
 
     # ---- the task
 
@@ -244,6 +254,7 @@ class Statistics:
                      stream_quantile_parameters=[self._epsilon], stream_quantile_parameter_count=1)
         self._task, self._one, self._dtype = task, one, task.dtype
 
+    @_alone
     def update(self, x, weights=None):
         """Adds observations.
 
@@ -312,6 +323,12 @@ class Statistics:
             raise ValueError("other: it is this one")
         if self._key() != other._key():
             raise ValueError("other: it has other estimates, orders, epsilon or method")
+        # Two that are merged into each other at once take their locks in one order.
+        first, second = sorted((self, other), key=id)
+        with first._lock, second._lock:
+            return self._merge(other)
+
+    def _merge(self, other):
         if other._task is None:
             return self
         if self._task is None:
@@ -347,8 +364,9 @@ class Statistics:
         made.__setstate__(self.__getstate__())
         return made
 
+    @_alone
     def __getstate__(self):
-        state = {name: value for name, value in self.__dict__.items() if name not in ("_task", "_pending")}
+        state = {name: value for name, value in self.__dict__.items() if name not in ("_task", "_pending", "_lock")}
         if self._task is not None:
             self._settle()
             kept = {name: array.copy() for name, array in self._task.arrays.items()
@@ -362,6 +380,7 @@ class Statistics:
         state = dict(state)
         saved = state.pop("_saved", None)
         self.__dict__.update(state, _task=None, _pending=None)
+        self.__dict__.setdefault("_lock", threading.RLock())
         if saved:
             p, kept, image = saved
             self._start(p, self._one, self._dtype)
@@ -382,6 +401,7 @@ class Statistics:
         """The results that there are."""
         return [*self._asked, *(["quantiles"] if self._orders is not None else [])]
 
+    @_alone
     def __getitem__(self, name):
         if name not in self.names and name not in map(ALIASES.get, self.names):
             raise KeyError(f"{name!r} is none of {', '.join(self.names)}")

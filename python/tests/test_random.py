@@ -256,6 +256,10 @@ def test_numbers_of_the_caller(capfd):
         random.Numbers(refill, 1.0, 1.0)
     with pytest.raises(TypeError, match="no copies"):
         pickle.dumps(stream)
+    own = []
+    own.append(random.Numbers(lambda n: own[0].uniform(n) if own else [0.5] * n, length=10))
+    with pytest.raises(RuntimeError, match="draws from the stream"):
+        own[0].uniform(20)
     calls = iter([[0.5] * 10, "x"])
     last = random.Numbers(lambda n: np.full(n, 1 - 2.0**-53), length=10)
     assert (last.integers(20, 2**30, 2**30 + 1) == 2**30).all()  # where rounding gives the end

@@ -1,6 +1,7 @@
 """Statistics beside NumPy's, in chunks, merged and pickled."""
 
 import pickle
+import threading
 
 import numpy as np
 import pytest
@@ -90,6 +91,22 @@ def test_merging_counts_every_observation():
     assert parts[0].merge(parts[1]).quantiles.tolist() == [-2, 0, 20] and parts[0].count == 9
     parts[0].update([99.0])
     assert parts[0].quantiles.tolist() == [-2, 0, 99]
+
+
+def test_threads_share_statistics():
+    a, b = (stats.Statistics(["mean", "maximum"], quantiles=[0.5], epsilon=0.01) for _ in range(2))
+
+    def work():
+        for _ in range(20):
+            a.update(X * 1.0), b.update(X * 1.0)
+            a.quantiles
+    threads = [threading.Thread(target=work) for _ in range(4)]
+    threads += [threading.Thread(target=lambda s=s, t=t: s.copy().merge(t)) for s, t in ((a, b), (b, a))]
+    [t.start() for t in threads]
+    [t.join() for t in threads]
+    for s in (a, b):
+        assert s.count == 80 * 1200
+        close(s.mean, X.mean(0), 1e-12)
 
 
 def test_quantiles_of_a_stream():
