@@ -182,6 +182,14 @@ class Stats(InDirectory):
         bars = [float(e.get("height")) for e in boxes[:-3]]
         self.assertEqual(len(bars), 20)
         self.assertAlmostEqual(sum(bars) / max(bars), 97 / 5, delta=0.01)
+        # Bins grow with the range, to both sides: 20 of width 50 with 250 values each, and 5000 more from 0 to 1.
+        stats("--plot", out, "-", stdin="".join(f"{i % 1000 / 1000}\n" for i in range(5000))
+              + "".join(f"{i / 5 - 500}\n" for i in range(5000)))
+        boxes = [e for e in xml.etree.ElementTree.parse(out).getroot().iter("{http://www.w3.org/2000/svg}rect") if e.get("fill") == "#a8c0e0"]
+        bars = [float(e.get("height")) for e in sorted(boxes[:-1], key=lambda e: float(e.get("x")))]
+        self.assertEqual((len(bars), bars.index(max(bars))), (20, 10))
+        for bar in bars[:10] + bars[11:]:
+            self.assertAlmostEqual(bar / max(bars), 250 / 5250, delta=1e-3)
         for odd in "1\n", "1e308\n-1e308\n", "1e-320\n0\n", "inf\n1\n", "NA\nNA\n", "7\n7\n7\n", "a\xff\n1e17\n100000000000000002e0\n":
             stats("--plot", out, "-", stdin=odd.encode("latin-1"))
             self.assertNotIn("nan", out.read_text())
