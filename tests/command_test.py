@@ -396,7 +396,8 @@ class Ends(InDirectory):
         running.send_signal(signal.SIGINT)
         self.assertEqual(running.wait(20), 130)
         os.close(ours)
-        self.assertRegex(seen.decode(), r"gaussian \[#*-*\] +\d+ %, \d+:\d\d left")
+        minutes = re.search(r"gaussian \[#*-*\] +\d+ %, (\d+):\d\d left", seen.decode())
+        self.assertGreater(int(minutes[1]), 0, "ten billion lines take longer on any machine")
 
 
 class Words(unittest.TestCase):
