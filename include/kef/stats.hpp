@@ -84,7 +84,8 @@ public:
         check.require_data(x, "x");
         check.require_data(weights, "weights");
         check.require(variables > 0, "variables", "is zero");
-        if (x.size() % variables != 0)
+        observations_ = x.size() / variables;
+        if (observations_ * variables != x.size())
             check.refuse("x", "has " + std::to_string(x.size()) + " elements, not a multiple of " +
                                   std::to_string(variables) + " variables");
         check.require(order == Order::by_observation || order == Order::by_variable, "order",
@@ -95,12 +96,12 @@ public:
     std::span<const T> x() const noexcept { return x_; }
     std::span<const T> weights() const noexcept { return weights_; }
     std::size_t variables() const noexcept { return variables_; }
-    std::size_t observations() const noexcept { return x_.size() / variables_; }
+    std::size_t observations() const noexcept { return observations_; }
     Order order() const noexcept { return order_; }
 
 private:
     std::span<const T> x_, weights_;
-    std::size_t variables_;
+    std::size_t variables_, observations_;
     Order order_;
 };
 template <class R, class... More> Sample(R&&, More&&...) -> Sample<std::ranges::range_value_t<R>>;
@@ -239,7 +240,7 @@ public:
             "sample", "is too long");
         n_ = std::int64_t(sample.observations());
         storage_ = std::int64_t(sample.order());
-        set(VTS_SS_ID_X, sample.x().data());
+        if (sample.x().data() != x_) set(VTS_SS_ID_X, x_ = sample.x().data());
         if (!sample.weights().empty()) {
             set(VTS_SS_ID_WEIGHTS, sample.weights().data());
             weighted_ = true;
@@ -279,6 +280,7 @@ private:
     const char* function_;
     kef_ss_task* task_ = nullptr;
     std::int64_t p_, n_ = 0, storage_ = VTS_SS_STORAGE_COLUMNS;
+    const T* x_ = nullptr;
     bool weighted_ = false;
     std::vector<T> ones_;
 };

@@ -279,7 +279,7 @@ struct Place {
         const auto x = reinterpret_cast<std::uintptr_t>(start);
         const auto y = reinterpret_cast<std::uintptr_t>(other.start);
         if (width != other.width) return meets(other);
-        return (x != y) & (x - y + bytes() - 1 < 2 * bytes() - 1);
+        return x - y + bytes() - 1 < 2 * bytes() - 1 && x != y;
     }
 };
 template <class R> Place place(R&& range, const char* name) {
@@ -324,13 +324,21 @@ inline void require_disjoint(const char* function, const Place& result, const Pl
 
 /// y = F(x)
 inline void check(const char* function, const Place& x, const Place& y) {
-    if ((x.size != y.size) | x.null() | y.null() || y.overlaps(x)) [[unlikely]]
+    if (x.size != y.size) [[unlikely]]
+        refuse_places(function, {x, y});
+    if (x.size != 0 && ((x.start == nullptr) | (y.start == nullptr) || y.overlaps(x))) [[unlikely]]
         refuse_places(function, {x, y});
 }
 /// y = F(a, b)
 inline void check(const char* function, const Place& a, const Place& b, const Place& y) {
-    if ((a.size != b.size) | (a.size != y.size) | a.null() | b.null() | y.null() ||
-        y.overlaps(a) | y.overlaps(b)) [[unlikely]]
+    const std::size_t n = a.size;
+    if ((b.size != n) | (y.size != n)) [[unlikely]]
+        refuse_places(function, {a, b, y});
+    if (n == 0) return;
+    const Place result{y.start, n, a.width, y.name};
+    if ((a.start == nullptr) | (b.start == nullptr) | (y.start == nullptr) ||
+        result.overlaps({a.start, n, a.width, a.name}) ||
+        result.overlaps({b.start, n, a.width, b.name})) [[unlikely]]
         refuse_places(function, {a, b, y});
 }
 
