@@ -346,7 +346,8 @@ TEST(CxxStream, NumbersOfTheCaller) {
     EXPECT_EQ(refused([&] { Stream copy = stream; }), "kef::Stream: stream");
     EXPECT_EQ(refused([&] { stream.image(); }), "kef::Stream::image: stream");
     EXPECT_EQ(refused([&] { stream.save("kef_never_written"); }), "kef::Stream::save: stream");
-    Stream moved = std::move(stream);
+    Stream moved;
+    moved = std::move(stream);
     try {
         kef::Normal(0.0, 1.0).fill(moved, x);
         kef::Normal(0.0, 1.0).fill(moved, x);
