@@ -508,7 +508,7 @@ public:
         check.require(head[0] > 0 && head[0] <= std::size_t(-1) && epsilon >= T(0x1p-20) &&
                           epsilon <= T(0.5) && (head[2] == 0) == (image.size() == 24),
                       "image", "is damaged");
-        StreamQuantiles result(std::size_t(head[0]), epsilon);
+        StreamQuantiles result(static_cast<std::size_t>(head[0]), epsilon);
         if (head[2] == 0) return result;
         check.status(__vtsSSLoadStreamQuantiles(result.state_->task.handle(), &image[24],
                                                 image.size() - 24));
