@@ -190,7 +190,7 @@ static bool quantiles(const struct session *session) {
     bool good = true;
     for (int i = 0; i < parts; ++i) {
         char number[20];
-        snprintf(number, sizeof number, "part %d", i + 1);
+        snprintf(number, sizeof number, "block %d", i + 1);
         print_spread(number, own.quartile[i], 1.4826 * own.deviation[i]);
         good &=
             own.quartile[i][0] >= all.quartile[0][0] && own.quartile[i][4] <= all.quartile[0][4];
@@ -204,13 +204,13 @@ static bool quantiles(const struct session *session) {
         p.low_y = all.quartile[0][0] - margin, p.high_y = all.quartile[0][4] + 3 * margin;
         char quantity[100];
         copy_quantity(session, quantity, sizeof quantity);
-        draw_axes(&p, "Measurements and their parts", NULL, quantity);
+        draw_axes(&p, "Measurements and their blocks", NULL, quantity);
         draw_key(&p, 0, "box: quartiles; lines: to 1.5 boxes; dots: beyond");
         draw_spread(&p, 0, all.quartile[0], x, n);
         draw_label(&p, 0, "all");
         for (int i = 0; i < parts; ++i) {
             char number[20];
-            snprintf(number, sizeof number, "part %d", i + 1);
+            snprintf(number, sizeof number, "block %d", i + 1);
             draw_spread(&p, i + 1, own.quartile[i], x + (size_t)i * (size_t)part, part);
             draw_label(&p, i + 1, number);
         }

@@ -58,7 +58,7 @@ expect 0 "never below zero" "$data" --chapter fitting
 expect 0 "12 of 12" "$data" --elements 54321 --chapter statistics
 expect 0 "The picture is in" "$data" --elements 1 --chapter statistics --chapter fitting --chapter complex --portrait Asin \
     --picture "$directory/picture.svg"
-drawn '>part 5<' '>Outliers and a gap<' '>bars: found; curve: density<' '>Phase portrait of Asin z<' "height='1320'" '</svg>'
+drawn '>block 5<' '>Outliers and a gap<' '>bars: found; curve: density<' '>Phase portrait of Asin z<' "height='1320'" '</svg>'
 expect 1 "No such file" "$data" --chapter fitting --picture "$directory/absent/picture.svg"
 export KEF_VTM_MODE=VTM_EP,VTM_ERRMODE_STDERR
 expect 0 "0x403: accuracy EP" "$data" --elements 1000

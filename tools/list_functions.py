@@ -8,12 +8,11 @@ README.md, some functions with their figures.
 The kernels and costs come from vm/surface/surface.def, the errors from the measured table of
 docs/accuracy.md, speeds from that of docs/performance.md, the conditions from docs/errors.md.
 """
-import pathlib
 import math
 import re
-import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+from generated import ROOT, write_or_check
+
 TARGET = ROOT / "docs/functions.md"
 SLOTS = ("HA", "LA", "EP")
 
@@ -170,10 +169,7 @@ def readme():
 
 def main():
     for target, text in (TARGET, document()), (ROOT / "README.md", readme()):
-        if sys.argv[1:] != ["--check"]:
-            target.write_text(text)
-        elif target.read_text() != text:
-            sys.exit(f"{target.relative_to(ROOT)} is not current: run ./run generate")
+        write_or_check(target, text)
 
 
 if __name__ == "__main__":

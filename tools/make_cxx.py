@@ -7,7 +7,8 @@ vm/surface/surface.def.
 """
 import sys
 
-from make_prototypes import ROOT, rows
+from generated import ROOT, write_or_check
+from make_prototypes import rows
 
 TARGET = ROOT / "include/kef/vm_functions.hpp"
 
@@ -152,14 +153,5 @@ def header():
     return "\n".join(lines) + TAIL
 
 
-def main():
-    text = header()
-    if sys.argv[1:] == ["--check"]:
-        if not TARGET.exists() or TARGET.read_text() != text:
-            sys.exit(f"{TARGET.name} is not current: run ./run generate")
-    else:
-        TARGET.write_text(text)
-
-
 if __name__ == "__main__":
-    main()
+    write_or_check(TARGET, header())

@@ -4,11 +4,10 @@
     tools/make_estimates.py            rewrites the table
     tools/make_estimates.py --check    fails where it is not current
 """
-import pathlib
 import re
-import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+from generated import ROOT, write_or_check
+
 SOURCE = ROOT / "stats/estimate.def"
 TARGET = ROOT / "include/kef_stats.h"
 
@@ -47,11 +46,7 @@ def main():
     old = TARGET.read_text()
     start = old.index(BEGIN) + len(BEGIN)
     new = old[:start] + table() + old[old.index(END, start):]
-    if sys.argv[1:] == ["--check"]:
-        if new != old:
-            sys.exit(f"{TARGET.name} is not current: run ./run generate")
-    else:
-        TARGET.write_text(new)
+    write_or_check(TARGET, new)
 
 
 if __name__ == "__main__":

@@ -4,11 +4,10 @@
     tools/make_prototypes.py            rewrites the header
     tools/make_prototypes.py --check    fails where it is not current
 """
-import pathlib
 import re
-import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+from generated import ROOT, write_or_check
+
 SOURCE = ROOT / "vm/surface/surface.def"
 COSTS = ROOT / "vm/surface/costs.def"
 SHAPES = ROOT / "vm/surface/shapes.def"
@@ -123,14 +122,5 @@ def header():
     return "\n".join(lines) + "\n" + TAIL
 
 
-def main():
-    text = header()
-    if sys.argv[1:] == ["--check"]:
-        if not TARGET.exists() or TARGET.read_text() != text:
-            sys.exit(f"{TARGET.name} is not current: run ./run generate")
-    else:
-        TARGET.write_text(text)
-
-
 if __name__ == "__main__":
-    main()
+    write_or_check(TARGET, header())

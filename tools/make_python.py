@@ -5,12 +5,11 @@ public headers of the library.
     tools/make_python.py            rewrites it
     tools/make_python.py --check    fails where it is not current
 """
-import pathlib
 import pprint
 import re
-import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+from generated import ROOT, write_or_check
+
 TARGET = ROOT / "python/kef/_tables.py"
 
 
@@ -90,13 +89,5 @@ def document():
     return "\n\n".join(lines) + "\n"
 
 
-def main():
-    text = document()
-    if sys.argv[1:] != ["--check"]:
-        TARGET.write_text(text)
-    elif not TARGET.exists() or TARGET.read_text() != text:
-        sys.exit(f"{TARGET.relative_to(ROOT)} is not current: run ./run generate")
-
-
 if __name__ == "__main__":
-    main()
+    write_or_check(TARGET, document())

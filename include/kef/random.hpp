@@ -437,31 +437,18 @@ private:
     T a_, beta_;
 };
 
-struct ExponentialNames {
-    static constexpr const char* name = "kef::Exponential";
-    static constexpr auto single = [](auto... x) { return _vtssRngExponential(x...); };
-    static constexpr auto twice = [](auto... x) { return _vtsdRngExponential(x...); };
-};
-struct LaplaceNames {
-    static constexpr const char* name = "kef::Laplace";
-    static constexpr auto single = [](auto... x) { return _vtssRngLaplace(x...); };
-    static constexpr auto twice = [](auto... x) { return _vtsdRngLaplace(x...); };
-};
-struct CauchyNames {
-    static constexpr const char* name = "kef::Cauchy";
-    static constexpr auto single = [](auto... x) { return _vtssRngCauchy(x...); };
-    static constexpr auto twice = [](auto... x) { return _vtsdRngCauchy(x...); };
-};
-struct RayleighNames {
-    static constexpr const char* name = "kef::Rayleigh";
-    static constexpr auto single = [](auto... x) { return _vtssRngRayleigh(x...); };
-    static constexpr auto twice = [](auto... x) { return _vtsdRngRayleigh(x...); };
-};
-struct GumbelNames {
-    static constexpr const char* name = "kef::Gumbel";
-    static constexpr auto single = [](auto... x) { return _vtssRngGumbel(x...); };
-    static constexpr auto twice = [](auto... x) { return _vtsdRngGumbel(x...); };
-};
+#define KEF_LAW_NAMES(law)                                                            \
+    struct law##Names {                                                               \
+        static constexpr const char* name = "kef::" #law;                             \
+        static constexpr auto single = [](auto... x) { return _vtssRng##law(x...); }; \
+        static constexpr auto twice = [](auto... x) { return _vtsdRng##law(x...); };  \
+    };
+KEF_LAW_NAMES(Exponential)
+KEF_LAW_NAMES(Laplace)
+KEF_LAW_NAMES(Cauchy)
+KEF_LAW_NAMES(Rayleigh)
+KEF_LAW_NAMES(Gumbel)
+#undef KEF_LAW_NAMES
 
 }  // namespace detail
 
