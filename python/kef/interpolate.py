@@ -446,7 +446,14 @@ class CubicHermiteSpline(_Spline):
         self._construct(x, y, axis, extrapolate, "HermiteCubicSpline", 4, "HERMITE", FIT["FIRST_FIRST"], slopes=dydx)
 
 
-class LinearSpline(_Spline):
+class _PlainSpline(_Spline):
+    """Splines without words on their ends; `_made_by`: constructor, order, kind."""
+
+    def __init__(self, x, y, axis=0, extrapolate=None):
+        self._construct(x, y, axis, extrapolate, *self._made_by)
+
+
+class LinearSpline(_PlainSpline):
     """Straight lines from point to point.
 
     Parameters
@@ -461,11 +468,10 @@ class LinearSpline(_Spline):
     array([0.5, 0.5])
     """
 
-    def __init__(self, x, y, axis=0, extrapolate=None):
-        self._construct(x, y, axis, extrapolate, "LinearSpline", 2, "DEFAULT")
+    _made_by = "LinearSpline", 2, "DEFAULT"
 
 
-class QuadraticSpline(_Spline):
+class QuadraticSpline(_PlainSpline):
     """The differentiable quadratic spline whose curvature jumps least.
 
     Parameters
@@ -480,11 +486,10 @@ class QuadraticSpline(_Spline):
     4.0
     """
 
-    def __init__(self, x, y, axis=0, extrapolate=None):
-        self._construct(x, y, axis, extrapolate, "QuadraticSpline", 3, "DEFAULT")
+    _made_by = "QuadraticSpline", 3, "DEFAULT"
 
 
-class BesselSpline(_Spline):
+class BesselSpline(_PlainSpline):
     """The differentiable cubic spline with slopes of parabolas through three neighbours.
 
     Parameters
@@ -499,8 +504,7 @@ class BesselSpline(_Spline):
     9.0
     """
 
-    def __init__(self, x, y, axis=0, extrapolate=None):
-        self._construct(x, y, axis, extrapolate, "BesselCubicSpline", 4, "BESSEL")
+    _made_by = "BesselCubicSpline", 4, "BESSEL"
 
 
 __all__ = ["PPoly", "CubicSpline", "Akima1DInterpolator", "CubicHermiteSpline", "LinearSpline", "QuadraticSpline",
