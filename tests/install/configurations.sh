@@ -24,6 +24,11 @@ grep -q -- '-O1 -flto' <<<"$commands" || fail "the flags are not used"
 grep -q -- '-O2' <<<"$commands" && fail "the flags are overridden"
 variable() { PKG_CONFIG_PATH=$work/own pkg-config --variable="$1" kef; }
 [ "$(variable libdir) $(variable includedir)" = "/somewhere/lib /elsewhere/include" ] || fail "$(cat kef.pc)"
+# A relative one is, at the second configuration too.
+for time in 1 2; do
+    configure relative -DKEF_TARGET=$processor -DCMAKE_INSTALL_LIBDIR=lib/there || { cat "$work/log"; exit 1; }
+    grep -qxF 'libdir=${prefix}/lib/there' "$work/relative/kef.pc" || fail "$(cat "$work/relative/kef.pc")"
+done
 
 # With link-time optimisation every name of the vector-math surface is exported. The surface alone,
 # without its kernels; each function in a part of its own, as in a link of many files.
