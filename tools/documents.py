@@ -47,6 +47,7 @@ ROOT = Path(__file__).resolve().parent.parent
 KNOWN = {"sh": {"fresh", "long", "limit", "kef", "by-hand"}, "c": set(), "cpp": set(), "text": {"output", "similar"},
          "cmake": set(), "python": set()}
 HEADERS = {"c": ["kef_vm.h", "kef_rng.h", "kef_dist.h", "kef_stats.h", "kef_fit.h"], "cpp": ["kef.hpp"]}
+SYSTEM = ROOT / "tools/system.sh"
 SECONDS = 5  # of a limited measurement
 
 
@@ -220,26 +221,18 @@ class FreshMachine:
     """A Debian 12 that has nothing but its base system and sudo, and a user with a clean clone."""
 
     def __init__(self, work):
-        image, self.root = work.parent / "debian.tar", work / "debian"
-        self.root.mkdir(parents=True)
-        if not image.exists():
-            subprocess.run(["mmdebstrap", "--quiet", "--variant=minbase",
-                            "--include=sudo,ca-certificates", "bookworm", image], check=True)
-        subprocess.run(["tar", "-xf", image, "-C", self.root], check=True)
-        for name in ("resolv.conf", "hosts"):
-            if Path("/etc", name).exists():
-                shutil.copy(Path("/etc", name), self.root / "etc" / name)
-        self.enter("useradd -m -s /bin/bash user && "
-                   "echo 'user ALL=(ALL) NOPASSWD: ALL' >/etc/sudoers.d/user")
+        self.root = work
+        subprocess.run([SYSTEM, "make", self.root], check=True)
+        # The lists go again: a fresh machine has none.
+        self.enter("apt-get update; apt-get install -y --no-install-recommends sudo; rm -r /var/lib/apt/lists/*; "
+                   "useradd -m -s /bin/bash user; echo 'user ALL=(ALL) NOPASSWD: ALL' >/etc/sudoers.d/user"
+                   ).check_returncode()
         self.tree = self.root / "home/user/kef"
         copy_tree(self.tree)
         self.enter("chown -R user: /home/user")
 
     def enter(self, command):
-        root = shlex.quote(str(self.root))
-        inside = (f"mount --rbind /dev {root}/dev && mount -t proc proc {root}/proc && "
-                  f"exec chroot {root} bash -c {shlex.quote(command)}")
-        return run(["unshare", "--mount", "--pid", "--fork", "--kill-child", "bash", "-c", inside])
+        return run([SYSTEM, "enter", self.root, command])
 
     def type(self, script, environment):
         variables = " ".join(f"{name}={shlex.quote(value)}" for name, value in environment.items())
