@@ -8,7 +8,9 @@ case $1 in
 make)
     architecture=${3:-$(dpkg --print-architecture)}
     image=$(dirname "$root")/debian-$architecture.tar
+    # The release alone: lists of updates may differ between architectures, which then do not go together.
     [ -e "$image" ] || mmdebstrap --quiet --variant=minbase --include=ca-certificates \
+        --setup-hook='sed -i /bookworm-/d "$1/etc/apt/sources.list"' \
         --architectures="$architecture" bookworm "$image"
     mkdir -p "$root"
     tar -xf "$image" -C "$root"
