@@ -101,8 +101,16 @@ class Handler:
         value = self.policy(error)
         if value is None:
             return 1
-        for i, part in enumerate(value if isinstance(value, tuple) else (value,)):
-            record.result[i], record.result_imag[i] = complex(part).real, complex(part).imag
+        parts = value if isinstance(value, tuple) else (value,)
+        try:
+            parts = [complex(part) for part in parts]
+        except (TypeError, ValueError):
+            parts = ()
+        if not 1 <= len(parts) <= len(self.results):
+            raise TypeError(f"errors: the callable gave {value!r}, not None, a number or a tuple of "
+                            f"{len(self.results)} at most")
+        for i, part in enumerate(parts):
+            record.result[i], record.result_imag[i] = part.real, part.imag
         return 0
 
     def run(self, kernel, n, numbers=()):

@@ -166,7 +166,7 @@ class _Complex16(ctypes.Structure):
 
 
 def powx(x, exponent, /, out=None, *, where=True, accuracy="high", errors=None):
-    return with_errors("Powx", (promoted(x, "x"),), [("exponent", exponent)], out, where,
+    return with_errors("Powx", (promoted(x, "x"),), [("exponent", promoted(exponent, "exponent"))], out, where,
                        accuracy_of(accuracy), errors)
 
 

@@ -4,6 +4,7 @@ import ctypes
 import os
 import pathlib
 import sys
+import weakref
 
 NAMES = {"win32": ("kef.dll",)}.get(sys.platform, ("libkef.so.0.1", "libkef.so"))
 
@@ -48,6 +49,12 @@ _TEXTS = {family: prototype(f"kef_{family}_status_text", ctypes.c_int32, result=
 
 def status_text(family, status):
     return _TEXTS[family](status).decode()
+
+
+def freed_with(owner, free, *what):
+    """Calls free(*what) when the owner dies. Not at the end of the interpreter: functions of atexit and
+    threads may use it until the process ends, which frees all."""
+    weakref.finalize(owner, free, *what).atexit = False
 
 
 def address(array):

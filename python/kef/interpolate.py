@@ -12,11 +12,10 @@ array([ 0.015625, 10.648   ])
 
 import ctypes
 import operator
-import weakref
 
 import numpy as np
 
-from ._library import address, prototype, status_text
+from ._library import address, freed_with, prototype, status_text
 from ._tables import FIT
 
 _pointer, _i32, _i64 = ctypes.c_void_p, ctypes.c_int32, ctypes.c_int64
@@ -55,7 +54,7 @@ def _free(task):
 
 
 def _breakpoints(x, dtype, name="x"):
-    x = np.ascontiguousarray(x, dtype)
+    x = np.array(x, dtype, order="C")  # the task refers to them
     if x.ndim != 1 or len(x) < 2:
         raise ValueError(f"{name}: an array of one axis and at least 2 numbers is needed")
     if not np.isfinite(x).all():
@@ -63,6 +62,12 @@ def _breakpoints(x, dtype, name="x"):
     if not (np.diff(x) > 0).all():
         raise ValueError(f"{name}: the numbers do not ascend")
     return x
+
+
+def _extrapolation(given, own):
+    if not isinstance(given, (int, str, np.bool_, type(None))) or given not in (None, True, False, "periodic"):
+        raise ValueError(f"extrapolate: {given!r} is not True, False or 'periodic'")
+    return own if given is None else given
 
 
 def _real_dtype(*arrays):
@@ -112,9 +117,7 @@ class PPoly:
 
     def _become(self, x, rows, trailing, axis, extrapolate):
         """Takes coefficients over, for functions of the shape `trailing`."""
-        if extrapolate not in (None, True, False, "periodic"):
-            raise ValueError(f"extrapolate: {extrapolate!r} is not True, False or 'periodic'")
-        self.extrapolate = True if extrapolate is None else extrapolate
+        self.extrapolate = _extrapolation(extrapolate, True)
         axis = operator.index(axis)
         if not -len(trailing) - 1 <= axis <= len(trailing):
             raise ValueError(f"axis: {axis} is none of {len(trailing) + 1} axes")
@@ -133,7 +136,7 @@ class PPoly:
         if len(rows):
             _check(self._do["new"](ctypes.addressof(self._task), len(x), address(x), FIT["NON_UNIFORM"], len(rows),
                                    address(self._values), FIT["BY_ROWS"], 1), "PPoly")
-            weakref.finalize(self, _free, self._task)
+            freed_with(self, _free, self._task)
             _check(self._do["edit"](self._task, self._order, FIT["TYPE_DEFAULT"], 0, None, 0, None, address(rows),
                                     FIT["BY_ROWS"]), "PPoly")
 
@@ -193,7 +196,7 @@ class PPoly:
         nu = operator.index(nu)
         if nu < 0:
             raise ValueError("nu: it is negative; integrals are made by integrate")
-        sites, shape, outside = self._sites(x, "x", self.extrapolate if extrapolate is None else extrapolate)
+        sites, shape, outside = self._sites(x, "x", _extrapolation(extrapolate, self.extrapolate))
         result = np.zeros((len(self._rows), len(sites)), self._rows.dtype)
         if nu < self._order and result.size:
             asked = np.zeros(nu + 1, np.int64)
@@ -220,7 +223,7 @@ class PPoly:
         extrapolate : {None, True, False, 'periodic'}, optional
             In place of the spline's own.
         """
-        how = self.extrapolate if extrapolate is None else extrapolate
+        how = _extrapolation(extrapolate, self.extrapolate)
         a, b = np.broadcast_arrays(a, b)
         if how == "periodic":
             return self._periodic_integral(np.asarray(a, self._rows.dtype), np.asarray(b, self._rows.dtype))
@@ -283,7 +286,8 @@ class PPoly:
         return made
 
     def search(self, x):
-        """The piece of each site: from 0; -1 to the left of all, the number of pieces to the right."""
+        """The piece of each site: from 0; -1 to the left of all and for NaN, the number of pieces from the
+        last breakpoint on."""
         sites, shape, _ = self._sites(x, "x", True)
         cells = np.empty(len(sites), np.int64)
         if len(sites):
@@ -318,6 +322,8 @@ class _Spline(PPoly):
         letter = "d" if dtype.itemsize == 8 else "s"
         do, build = _OF[letter], prototype(f"kef_df_kernel_{letter}DF{constructor}1D", _pointer, _i64)
         ends, inner, internal = np.array(ends, dtype), None, 0
+        if not np.isfinite(ends).all():
+            raise ValueError("bc_type: a number is not finite")
         groups = [slice(0, len(values))] if len(values) else []
         if slopes is not None:
             # Conditions are the same for all functions of a task: so a task for each.

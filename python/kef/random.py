@@ -25,7 +25,7 @@ import weakref
 import numpy as np
 
 from ._laws import LAWS, METHODS
-from ._library import address, library, prototype, short, status_text
+from ._library import address, freed_with, library, prototype, short, status_text
 from ._tables import DRAWS, GENERATORS, RNG_STATUS
 
 _WORDS = 256
@@ -139,7 +139,7 @@ class Stream(np.random.BitGenerator):
         self._source = _Source(stream, 0, len(words))
         self._source.words[_WORDS - len(words):] = list(words)
         self._spawned, self._level = spawned
-        weakref.finalize(self, _free, self._source)
+        freed_with(self, _free, self._source)
         bitgen = _Bitgen.from_address(_capsule_pointer(self.capsule, b"BitGenerator"))
         bitgen.state = ctypes.addressof(self._source)
         for field, function in _NEXT.items():
@@ -174,32 +174,43 @@ class Stream(np.random.BitGenerator):
     def to_bytes(self):
         """The image of the stream, as the C interface saves it, without what was read ahead."""
         with self.lock:
-            size = _size_of_image(self._stream)
-            _check(size, "to_bytes")
-            image = ctypes.create_string_buffer(size)
-            _check(_save(self._stream, ctypes.addressof(image)), "to_bytes")
+            return self._image()
+
+    def _image(self):
+        size = _size_of_image(self._stream)
+        _check(size, "to_bytes")
+        image = ctypes.create_string_buffer(size)
+        _check(_save(self._stream, ctypes.addressof(image)), "to_bytes")
         return image.raw
 
     @property
     def state(self):
         """Image, words read ahead and pieces spawned, as a dictionary; it may be set."""
-        return {"bit_generator": self._name, "image": self.to_bytes(), "ahead": self._ahead,
-                "spawned": (self._spawned, self._level), "seed_seq": self._seeds}
+        with self.lock:
+            return {"bit_generator": self._name, "image": self._image(), "ahead": self._ahead,
+                    "spawned": (self._spawned, self._level), "seed_seq": self._seeds}
 
     @state.setter
     def state(self, value):
         if not isinstance(value, dict) or value.get("bit_generator") != self._name:
             raise ValueError(f"state: it is not that of {self._name}")
-        other = _stream_of(value["image"])
-        ahead = np.asarray(value["ahead"], np.uint32)
-        if _brng_of(other) >> 20 != GENERATORS[self._name] >> 20 or ahead.size > _WORDS:
+        try:  # all of it, before anything is changed
+            ahead = [operator.index(word) for word in value["ahead"]]
+            spawned, level = map(operator.index, value["spawned"])
+            image, seeds = value["image"], value["seed_seq"]
+        except (KeyError, TypeError, ValueError) as problem:
+            raise ValueError(f"state: it is not that of {self._name}: {problem!r}") from None
+        if len(ahead) > _WORDS or not all(0 <= word < 2**32 for word in ahead):
+            raise ValueError("state: 'ahead' holds no words that were read ahead")
+        other = _stream_of(image)
+        if _brng_of(other) >> 20 != GENERATORS[self._name] >> 20:
             _delete(ctypes.addressof(_pointer(other)))
             raise ValueError(f"state: it is not that of {self._name}")
         with self.lock:
             _free(self._source)
-            self._source.stream, self._source.left = other, ahead.size
-            self._source.words[_WORDS - ahead.size:] = ahead.tolist()
-            (self._spawned, self._level), self._seeds = value["spawned"], value["seed_seq"]
+            self._source.stream, self._source.left = other, len(ahead)
+            self._source.words[_WORDS - len(ahead):] = ahead
+            self._spawned, self._level, self._seeds = spawned, level, seeds
 
     def __reduce__(self):
         return _blank, (self._name,), self.state
@@ -215,12 +226,22 @@ class Stream(np.random.BitGenerator):
 
     def save(self, path):
         """Writes the image to a file, which `load` and the C interface read. The file is whole, or
-        as it was."""
-        path = pathlib.Path(path)
+        as it was. Devices and pipes are written to as they are."""
+        image, path = self.to_bytes(), pathlib.Path(os.path.realpath(path))
+        if path.exists() and not path.is_file():
+            path.write_bytes(image)
+            return
+        if path.exists():
+            mode = path.stat().st_mode & 0o777
+        else:
+            mask = os.umask(0)
+            os.umask(mask)
+            mode = 0o666 & ~mask
         with tempfile.NamedTemporaryFile(dir=path.parent, prefix=path.name, delete=False) as file:
             try:
-                file.write(self.to_bytes())
+                file.write(image)
                 file.close()
+                os.chmod(file.name, mode)
                 os.replace(file.name, path)
             except BaseException:
                 os.unlink(file.name)
@@ -372,8 +393,11 @@ class Stream(np.random.BitGenerator):
         if covariance is not None and factor is not None:
             raise TypeError("covariance, factor: one of them is enough")
         if covariance is not None:
+            covariance = np.asarray(covariance, np.float64)
+            if covariance.shape != (mean.size, mean.size) or not np.allclose(covariance, covariance.T, 1e-8, 0):
+                raise ValueError(f"covariance: a finite, symmetric matrix of {mean.size} by {mean.size} is needed")
             try:
-                factor = np.linalg.cholesky(np.asarray(covariance, np.float64))
+                factor = np.linalg.cholesky(covariance)
             except np.linalg.LinAlgError:
                 raise ValueError("covariance: it is not positive definite") from None
         factor = np.eye(mean.size) if factor is None else factor
@@ -405,7 +429,7 @@ def _new_array(size, dtype):
 
 
 def _real(dtype):
-    dtype = np.dtype(dtype)
+    dtype = np.dtype(dtype).newbyteorder("=")
     if dtype not in (np.dtype(np.float64), np.dtype(np.float32)):
         raise TypeError(f"dtype: {dtype} is neither float64 nor float32")
     return "d" if dtype.itemsize == 8 else "s", dtype
@@ -448,7 +472,7 @@ def _law_method(name, law):
                 raise TypeError(f"{name}: {parameter!r} is " +
                                 ("given twice" if parameter in given else "no parameter"))
         given = defaults | given | named
-        dtype = np.dtype(dtype)
+        dtype = np.dtype(dtype).newbyteorder("=")
         if dtype.name not in law.dtypes:
             raise TypeError(f"dtype: {dtype} is none of {', '.join(law.dtypes)}")
         letter = next(letter for letter, kind in letters.items() if kind == dtype)
@@ -485,12 +509,12 @@ def _parameter(name, value, check, kind):
     try:
         if kind == "int32_t":
             number = operator.index(value)
-            if not -2**31 <= number < 2**31:
-                raise ValueError(f"{name}: {value} has more than 32 bits")
         else:
             number = float(value)
-    except TypeError:
+    except (TypeError, ValueError, OverflowError):
         raise TypeError(f"{name}: {value!r} is not a number of the kind that is needed") from None
+    if kind == "int32_t" and not -2**31 <= number < 2**31:
+        raise ValueError(f"{name}: {value} has more than 32 bits")
     argument = _C_TYPES[kind](number)
     if not holds(argument.value):
         raise ValueError(f"{name}: {value} is not {words}")
@@ -503,7 +527,7 @@ for _name, _law in LAWS.items():
 
 def _stream_of(image):
     stream = _pointer()
-    image = bytes(image)
+    image = bytes(memoryview(image))
     _check(_load(ctypes.addressof(stream), image, len(image)), "image")
     return stream.value
 

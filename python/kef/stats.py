@@ -17,12 +17,11 @@ import functools
 import operator
 import threading
 import warnings
-import weakref
 from typing import NamedTuple
 
 import numpy as np
 
-from ._library import prototype, status_text
+from ._library import freed_with, prototype, status_text
 from ._tables import ESTIMATES, PARAMETERS, STATS_METHODS, STATS_STATUS
 
 _ROWS, _COLUMNS = 0x10000, 0x20000
@@ -64,7 +63,7 @@ class _Task:
         start = self._sizes.__array_interface__["data"][0]
         new = prototype(f"__vts{self.letter}SSNewTask", *[_pointer] * 7, _i32)
         _check(new(ctypes.addressof(self._task), start, start + 8, start + 16, None, None, None, 1), "task")
-        weakref.finalize(self, _free, self._task)
+        freed_with(self, _free, self._task)
         self._edit = {"integer": prototype("__vtsiSSEditTask", _pointer, _i64, _pointer)}
         self._edit["input"] = self._edit["output"] = prototype(f"__vts{self.letter}SSEditTask", _pointer, _i64,
                                                                _pointer)
@@ -185,7 +184,8 @@ class Statistics:
     estimates : iterable of str, optional
         Of 'mean', 'variance' (or 'central_moment_2'), 'raw_moment_2' to 4, 'central_moment_3' and 4,
         'skewness', 'kurtosis', 'variation', 'covariance', 'correlation', 'minimum', 'maximum', 'sum',
-        'raw_sum_2' to 4, 'central_sum_2' to 4, 'cross_product'.
+        'raw_sum_2' to 4, 'central_sum_2' to 4, 'cross_product'. Central moments of all orders have the
+        divisor of the unbiased variance, n - 1 without weights (one observation: 1).
     quantiles : array_like, optional
         Orders in [0, 1]: quantiles of the stream, in bounded memory.
     epsilon : float, optional
@@ -220,9 +220,9 @@ class Statistics:
                 raise ValueError(f"estimates: {given!r} is none")
         if method not in ("tiled", "recurrence", "raw"):
             raise ValueError(f"method: {method!r} is not 'tiled', 'recurrence' or 'raw'")
-        if dtype is not None and np.dtype(dtype) not in (np.dtype(np.float64), np.dtype(np.float32)):
+        if dtype is not None and np.dtype(dtype).newbyteorder("=") not in (np.float64, np.float32):
             raise TypeError(f"dtype: {np.dtype(dtype)} is neither float64 nor float32")
-        self._method, self._dtype = method, None if dtype is None else np.dtype(dtype)
+        self._method, self._dtype = method, None if dtype is None else np.dtype(dtype).newbyteorder("=")
         self._orders, self._epsilon = None, float(epsilon)
         if quantiles is not None:
             self._orders = np.array(quantiles, np.float64, ndmin=1).ravel()
@@ -263,17 +263,21 @@ class Statistics:
         x : array_like
             n observations of one variable, or n by p.
         weights : array_like of n numbers, optional
-            1 without it. They play no part for quantiles and extremes.
+            1 without it. Negative ones (method 'recurrence') take observations away, as long as their sum
+            stays positive.
+            Weights play no part for quantiles and extremes.
         """
         data = _data(x, self._dtype)
+        if self._task is not None and (data.p != self._task.p or data.one != self._one):
+            raise ValueError(f"x: it has {'no axis of' if data.one else data.p} variables, the chunks before had "
+                             f"{'none' if self._one else self._task.p}")
+        if weights is not None:
+            weights = _numbers(weights, "weights", (data.n,), data.x.dtype)
+            if not np.isfinite(weights).all():
+                raise ValueError("weights: a number is not finite")
         if self._task is None:
             self._start(data.p, data.one, data.x.dtype)
         task = self._task
-        if data.p != task.p or data.one != self._one:
-            raise ValueError(f"x: it has {'no axis of' if data.one else data.p} variables, the chunks before had "
-                             f"{'none' if self._one else task.p}")
-        if weights is not None:
-            weights = _numbers(weights, "weights", (data.n,), task.dtype)
         if not data.n:
             return
         if weights is None and "weights" in task.arrays:
@@ -331,13 +335,13 @@ class Statistics:
     def _merge(self, other):
         if other._task is None:
             return self
+        if self._dtype is not None and self._dtype != other._dtype:
+            raise ValueError(f"other: its dtype is {other._dtype}, not {self._dtype}")
         if self._task is None:
             self.__setstate__(other.__getstate__())
             return self
         if self._task.p != other._task.p or self._one != other._one:
             raise ValueError(f"other: it has {other._task.p} variables, not {self._task.p}")
-        if self._dtype != other._dtype:
-            raise ValueError(f"other: its dtype is {other._dtype}, not {self._dtype}")
         self._settle()
         other._settle()
         names = [*self._basic, *self._minmax, *(["stream_quantiles"] if self._orders is not None else [])]
@@ -446,6 +450,9 @@ def merged(parts):
     parts = list(parts)
     if not parts:
         raise ValueError("parts: there are none")
+    for part in parts:
+        if not isinstance(part, Statistics):
+            raise TypeError(f"parts: {type(part).__name__} is not Statistics")
     total = parts[0].copy()
     for part in parts[1:]:
         total.merge(part)
@@ -480,7 +487,12 @@ def from_sums(estimates, count, count_of_squares=None, **sums):
     names = [estimates] if isinstance(estimates, str) else list(estimates)
     if not sums:
         raise TypeError("sums: there are none")
-    p = len(np.asarray(next(iter(sums.values()))))
+    first, values = next(iter(sums.items()))
+    if not np.ndim(values) or not np.size(values):
+        raise ValueError(f"{first}: an array of a number for each variable is needed")
+    if not 0 < count < np.inf:
+        raise ValueError(f"count: {count} is not positive and finite")
+    p = len(values)
     task = _Task(p, np.float64)
     matrices = {name for name, row in ESTIMATES.items() if row[2]}
     for name, values in sums.items():
@@ -515,8 +527,8 @@ def quantiles(x, orders):
     array([ 2.5, 10. ])
     """
     data, orders = _some(_data(x)), np.array(orders, np.float64, ndmin=1).ravel()
-    if not ((orders >= 0) & (orders <= 1)).all():
-        raise ValueError("orders: they are not between 0 and 1")
+    if not orders.size or not ((orders >= 0) & (orders <= 1)).all():
+        raise ValueError("orders: numbers between 0 and 1 are needed")
     task = _task_of(data)
     task.set(quantile_orders=orders, quantile_order_count=len(orders))
     task.results(quantiles=(data.p, len(orders)))
@@ -625,8 +637,8 @@ def partial_covariance(covariance, of, given):
     covariance = _square(covariance, "covariance")
     p, marks = len(covariance), np.zeros(len(covariance), np.int64)
     for name, indices, mark in (("of", of, 1), ("given", given, -1)):
-        indices = np.asarray(indices)
-        if indices.dtype.kind not in "iu" or not ((indices >= 0) & (indices < p)).all() or marks[indices].any():
+        indices = np.array(indices, ndmin=1)
+        if len(np.unique(indices)) != indices.size or indices.dtype.kind not in "iu" or not ((indices >= 0) & (indices < p)).all() or marks[indices].any():
             raise ValueError(f"{name}: different indices of variables, 0 .. {p - 1}, are needed")
         marks[indices] = mark
     y = int((marks > 0).sum())

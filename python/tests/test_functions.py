@@ -203,8 +203,13 @@ def test_errors_name_the_element():
     with pytest.raises(ZeroDivisionError):
         kef.ln(x, errors=lambda e: 1 / 0)
     assert len(seen) == 2
+    for wrong in ("seven", (1.0, 2.0), (), [1.0, 2.0]):
+        with pytest.raises(TypeError, match="errors: the callable gave"):
+            kef.ln(x, errors=lambda e: wrong)
     with pytest.raises(ValueError, match="errors"):
         kef.ln(x, errors="sometimes")
+    with pytest.raises(TypeError, match="exponent: dtype"):
+        kef.powx(x, "two")
     # A call inside of a callback has its own callback, and the outer one goes on after it.
     inner = []
     result = kef.ln([-1.0, 0.0, -2.0], errors=lambda e: float(kef.sqrt(-4.0, errors=lambda f: inner.append(f) or 8.0)))

@@ -98,6 +98,15 @@ def test_search_single_precision_and_scalars():
     np.testing.assert_array_equal(spline(SITES.astype(">f8")), spline(SITES))
 
 
+def test_breakpoints_are_the_splines_own():
+    x = X.copy()
+    made = interpolate.CubicSpline(x, Y[0, :, 0]), interpolate.PPoly(np.ones((2, 11)), x)
+    before = [spline(X + 0.01) for spline in made]
+    x[:] = 0
+    for spline, values in zip(made, before):
+        np.testing.assert_array_equal(spline(X + 0.01), values)
+
+
 def test_bad_arguments_are_named():
     y = Y[0, :, 0]
     spline = interpolate.CubicSpline(X, y)
@@ -110,6 +119,10 @@ def test_bad_arguments_are_named():
                        (lambda: interpolate.CubicSpline(X, y, bc_type="loose"), "bc_type"),
                        (lambda: interpolate.CubicSpline(X, y, bc_type=((3, 0.0), (1, 0.0))), "bc_type"),
                        (lambda: interpolate.CubicSpline(X, y, bc_type="periodic"), "periodic"),
+                       (lambda: interpolate.CubicSpline(X, y, bc_type=((1, np.nan), (2, 0.0))), "bc_type"),
+                       (lambda: spline(1.0, extrapolate="no"), "extrapolate"),
+                       (lambda: spline.integrate(0, 1, "no"), "extrapolate"),
+                       (lambda: interpolate.CubicSpline(X, y, extrapolate=[True]), "extrapolate"),
                        (lambda: interpolate.CubicSpline(X, y + 0j), "dtype"),
                        (lambda: interpolate.CubicSpline(X, y, extrapolate="no"), "extrapolate"),
                        (lambda: interpolate.CubicHermiteSpline(X, y, y[1:]), "dydx"),

@@ -1,6 +1,7 @@
 """Random streams: the bits in NumPy's generator, laws, pieces, images."""
 
 import copy
+import os
 import pickle
 import threading
 
@@ -119,12 +120,31 @@ def test_images_and_copies(name, tmp_path):
     stream.save(tmp_path / "stream")
     loaded = random.load(tmp_path / "stream")
     assert loaded.uniform() == stream.uniform() and [p.name for p in tmp_path.iterdir()] == ["stream"]
+    if os.name == "posix":  # the rights of other files; a link and a pipe stay what they are
+        mask = os.umask(0)
+        os.umask(mask)
+        assert (tmp_path / "stream").stat().st_mode & 0o777 == 0o666 & ~mask
+        (tmp_path / "stream").chmod(0o640), (tmp_path / "link").symlink_to("stream"), os.mkfifo(tmp_path / "pipe")
+        stream.save(tmp_path / "link")
+        assert (tmp_path / "link").is_symlink() and (tmp_path / "stream").stat().st_mode & 0o777 == 0o640
+        reader = os.open(tmp_path / "pipe", os.O_RDONLY | os.O_NONBLOCK)
+        stream.save(tmp_path / "pipe")
+        assert (tmp_path / "pipe").is_fifo() and os.read(reader, 100000) == stream.to_bytes()
+        os.close(reader)
     image = stream.to_bytes()
     for damaged in (image[:-1], b"", image[:16] + b"\x77" * 4 + image[20:]):
         with pytest.raises(random.StreamError):
             random.from_bytes(damaged)
-    with pytest.raises(ValueError, match="state"):
-        stream.state = {"bit_generator": "other"}
+    for wrong in ({"bit_generator": "other"}, *({**stream.state, key: value} for key, value in (
+            ("ahead", [-1]), ("ahead", [0] * 257), ("ahead", None), ("spawned", 3)))):
+        with pytest.raises(ValueError, match="state"):
+            stream.state = wrong
+    for key in ("image", "ahead", "spawned", "seed_seq"):
+        with pytest.raises(ValueError, match=f"state.*{key}"):
+            stream.state = {k: v for k, v in stream.state.items() if k != key}
+    with pytest.raises(TypeError):
+        random.from_bytes(1 << 40)
+    assert stream.to_bytes() == image  # as it was
 
 
 def test_a_generator_is_pickled_with_its_stream(run_python):
@@ -206,6 +226,9 @@ def test_bad_arguments_are_named():
                        (lambda: s.uniform(out=np.empty((3, 2))[:, 0]), "out"),
                        (lambda: s.multivariate_normal(2, [0, 0], [[1, 2], [2, 1]]), "covariance"),
                        (lambda: s.multivariate_normal(2, [0, 0], factor=[1]), "factor"),
+                       (lambda: s.multivariate_normal(2, [0, 0], np.ones((2, 3))), "covariance.* symmetric"),
+                       (lambda: s.multivariate_normal(2, [0, 0], [[1, 0.5], [-0.5, 1]]), "covariance.* symmetric"),
+                       (lambda: s.normal(3, "a"), "mean"), (lambda: s.normal(3, 10**400), "mean"),
                        (lambda: random.MT2203(1, member=6024), "member"),
                        (lambda: random.MT19937(words=[-1]), "words"), (lambda: random.MT19937(words=[0.5]), "words")):
         with pytest.raises((ValueError, TypeError), match=name):
@@ -216,7 +239,7 @@ def test_bad_arguments_are_named():
         s.bits(3)
     with pytest.raises(TypeError):
         random.Stream(1)
-    assert s.uniform(0).size == 0
+    assert s.uniform(0).size == 0 and s.uniform(0, dtype=">f8").dtype == np.float64
     assert s.uniform() == random.MRG32K3A(1).uniform()  # nothing was drawn
 
 

@@ -233,6 +233,12 @@ def test_bad_arguments_are_named():
                        (lambda: stats.Statistics(quantiles=[0.5], epsilon=0), "epsilon"),
                        (lambda: stats.Statistics(dtype="i4"), "dtype"), (lambda: s.merge(s), "other"),
                        (lambda: s.merge(stats.Statistics("sum")), "other"), (lambda: s.merge(1), "other"),
+                       (lambda: stats.Statistics(dtype="f4").merge(s), "other"), (lambda: stats.merged([1]), "parts"),
+                       (lambda: s.update(X, np.full(1200, np.nan)), "weights"),
+                       (lambda: stats.from_sums("mean", 4, sum=1.0), "sum"),
+                       (lambda: stats.from_sums("mean", 0, sum=[1.0]), "count"),
+                       (lambda: stats.partial_covariance(np.eye(3), [0, 0], [1]), "of"),
+                       (lambda: stats.quantiles(X, []), "orders"),
                        (lambda: stats.quantiles(X, 1.5), "orders"), (lambda: stats.quantiles([], 0.5), "x"),
                        (lambda: stats.weighted_median([1, 2], [1, -1]), "WMedian"),
                        (lambda: stats.weighted_median([1, 2], [1]), "weights"),
@@ -249,5 +255,10 @@ def test_bad_arguments_are_named():
     with pytest.raises(np.linalg.LinAlgError):
         stats.mahalanobis_distance(X, covariance=np.ones((3, 3)))
     close(s.mean, X.mean(0))  # as it was
+    fresh = stats.Statistics(dtype=">f8")
+    with pytest.raises(ValueError, match="weights"):
+        fresh.update(X, [1.0])
+    fresh.update(X[:, 0])  # what was refused has left nothing
+    close(fresh.mean, X[:, 0].mean())
     s.update(X[:0])
     assert s.count == 1200
