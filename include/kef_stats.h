@@ -722,8 +722,9 @@ KEF_API int32_t __vtsSSLoadStreamQuantiles(kef_ss_task *task, const void *image,
  * where an estimate of Basic is asked for, else it plays no part);
  * of `task`, then of `other`, the required arrays (their statuses), NULL_ACCUMULATED_WEIGHTS,
  * NULL_MINIMUM, NULL_MAXIMUM, layouts (NULL_STORAGE), precision (BAD_PRECISION); BAD_DIMENSION when
- * p, the processed variables or the p of the sketches differ; BAD_PARAMETERS for sketches of
- * another epsilon or orders outside [0,1]. NO_MEMORY. */
+ * p, the processed variables or the p of the sketches differ; BAD_PARAMETERS for orders outside
+ * [0,1] or sketches of another epsilon than those of `task` or, while it has none, the parameter
+ * that is registered in it; without either it takes that of `other`. NO_MEMORY. */
 KEF_API int32_t _vtsdSSMerge(kef_ss_task *task, kef_ss_task *other, uint64_t estimates,
                              int32_t method);
 KEF_API int32_t _vtssSSMerge(kef_ss_task *task, kef_ss_task *other, uint64_t estimates,

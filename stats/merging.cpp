@@ -90,6 +90,9 @@ std::int32_t merge_tasks(Task* task, Task* other, std::uint64_t estimates, std::
     if (results && task->stream_quantile_order_count == nullptr)
         return VTS_SS_STATUS_NULL_STREAM_QUANTILE_ORDER_COUNT;
     if (results && !has_orders<T>(*task)) return VTS_SS_STATUS_BAD_PARAMETERS;
+    if (streams && !Stream<T>(*task).started() && has_epsilon(*task) &&
+        registered_size<T>(*task) != sketches.k())
+        return VTS_SS_STATUS_BAD_PARAMETERS;
 
     // Memory first.
     bool selected = false;

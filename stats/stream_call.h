@@ -14,6 +14,17 @@ template <class T> bool has_orders(const Task& task) {
     return std::all_of(orders, orders + m, [](T q) { return q >= 0 && q <= 1; });
 }
 
+inline bool has_epsilon(const Task& task) {
+    return task.stream_quantile_parameter_count != nullptr &&
+           task.stream_quantile_parameters != nullptr;
+}
+// k for the registered epsilon, 0 where that is none.
+template <class T> std::ptrdiff_t registered_size(const Task& task) {
+    return integer_at(task, task.stream_quantile_parameter_count) == 1
+               ? summary_size(static_cast<const T*>(task.stream_quantile_parameters)[0])
+               : 0;
+}
+
 template <class T> struct StreamCall {
     Task* task;
     std::ptrdiff_t p;

@@ -8,11 +8,9 @@ namespace kef::stats {
 template <class T> std::int32_t stream_quantiles(Task& task) {
     const std::ptrdiff_t n = positive_at(task, task.count);
     const auto x = observations_of<T>(task);
-    if (!has_orders<T>(task) || integer_at(task, task.stream_quantile_parameter_count) != 1)
-        return VTS_SS_STATUS_BAD_PARAMETERS;
-    const auto k = summary_size(static_cast<const T*>(task.stream_quantile_parameters)[0]);
+    if (!has_orders<T>(task)) return VTS_SS_STATUS_BAD_PARAMETERS;
     StreamCall<T> call;
-    const std::int32_t status = call.prepare(task, k, n);
+    const std::int32_t status = call.prepare(task, registered_size<T>(task), n);
     if (status != VTS_SS_STATUS_OK) return status;
     const std::ptrdiff_t part = x.stride == 1 ? n : tile;
     for (std::ptrdiff_t first = 0; first < n; first += part)

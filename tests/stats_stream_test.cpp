@@ -222,7 +222,17 @@ TEST(StatsStream, MergedSketchesKeepTheBound) {
                 }
                 expect_ranks(merged, x);
             }
-    // A task without a sketch adds nothing.
+    // A task without a sketch takes sketches of its own epsilon, or of any where it has none.
+    StreamTask<double> coarse(0.25), fresh(0.1), any(0.1);
+    coarse.feed({1, 2, 3}, 3);
+    EXPECT_EQ(VTS_SS_STATUS_BAD_PARAMETERS, fresh.merge(coarse));
+    EXPECT_EQ(VTS_SS_STATUS_TOO_FEW_OBSERVATIONS, __vtsSSGetStreamQuantilesSize(fresh.task));
+    fresh.feed({5}, 1);
+    EXPECT_EQ(5, fresh.quantiles[32]);
+    any.task->stream_quantile_parameters = nullptr;
+    EXPECT_EQ(VTS_SS_STATUS_OK, any.merge(coarse));
+    EXPECT_EQ(coarse.image(), any.image());
+    // One without a sketch adds nothing.
     StreamTask<double> empty(0.1), some(0.1);
     some.feed({1, 2}, 2);
     const auto before = some.image();
