@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -21,18 +22,25 @@ inline double now() {
     return time.tv_sec * 1e9 + time.tv_nsec;
 }
 
-// The least time of one call.
-inline double best_time(const std::function<void()>& call) {
-    double best = 1e30;
-    const double end = now() + 2e8;
+// The least times of one call of each, in turn: what slows the machine down for a while slows all.
+template <std::size_t count>
+std::array<double, count> best_times(const std::function<void()> (&calls)[count]) {
+    std::array<double, count> best;
+    best.fill(1e30);
+    const double end = now() + count * 2e8;
     int runs = 0;
-    do {
-        const double start = now();
-        call();
-        best = std::min(best, now() - start);
-    } while (++runs < 5 || now() < end);
+    do
+        for (std::size_t k = 0; k < count; ++k) {
+            const double start = now();
+            calls[k]();
+            best[k] = std::min(best[k], now() - start);
+        }
+    while (++runs < 5 || now() < end);
     return best;
 }
+
+// The least time of one call.
+inline double best_time(const std::function<void()>& call) { return best_times({call})[0]; }
 
 void order_statistics();
 void matrices();

@@ -191,7 +191,6 @@ void order_statistics() {
     };
     std::printf("%-24s %-12s %8s %9s %6s\n", "n = 1000000, ns a number", "data", "own", "peer",
                 "own/peer");
-    double selection = 0;
     for (const auto& [name, data] : sets) {
         const double sort = best_on_copy(data, [](auto& v) { std::sort(v.begin(), v.end()); });
         const double nth = best_on_copy(data, [](auto& v) {
@@ -208,10 +207,11 @@ void order_statistics() {
         row("", name, quantiles, sort, "std::sort");
         row("order statistics", name, best_time([&] { all(_vtsdSSQuantiles); }), sort, "std::sort");
         some.one_quantile();
-        selection = best_time([&] { some(_vtsdSSQuantiles); });
-        row("MAD", name, best_time([&] { some(_vtsdSSMAD); }), selection, "one quantile, own");
-        row("weighted median", name, best_time([&] { some(_vtsdSSWMedian); }), selection,
-            "one quantile, own");
+        const auto [selection, deviation, weighted] =
+            best_times({[&] { some(_vtsdSSQuantiles); }, [&] { some(_vtsdSSMAD); },
+                        [&] { some(_vtsdSSWMedian); }});
+        row("MAD", name, deviation, selection, "one quantile, own");
+        row("weighted median", name, weighted, selection, "one quantile, own");
         row("streaming, 1e-3", name, best_time([&] { stream(_vtsdSSStreamQuantiles); }),
             p_square(data), "Boost, P^2 of five orders");
         Task once(data, w);

@@ -535,8 +535,8 @@ KEF_API int32_t _vtssSSPartialCovariance(kef_ss_task *task, uint64_t estimates, 
  * results NaN, the means of other groups and of other variables stay. Variables that the indices
  * leave out keep their results. No result overlays what is read. Memory, which the task keeps: G
  * integers of 32 bits; for each group (where G is above n/16, for those with members) 16p + 25
- * doubles; for each wanted covariance p^2 doubles and up to 256 observations of its group, 0.5 MB
- * for all of them or 32 for each; p^2 + 520p + 1300 doubles.
+ * doubles, and 520 more while they are 32 at most; for each wanted covariance p^2 doubles and up to
+ * 256 observations of its group, 0.5 MB for all of them or 32 for each; p^2 + 520p + 1600 doubles.
  *
  * Checked: NULL_GROUP_INDICES, one of the four results (NULL_POOLED_COVARIANCE), REQUESTED_GROUPS
  * for the groups' results (NULL_GROUP_INDICES), then n, x, its storage, p as by Basic, the layouts

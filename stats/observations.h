@@ -87,7 +87,8 @@ template <class T, bool aligned> struct ColumnPair : LanesAreVariables {
     const T* x;
     std::ptrdiff_t stride;
     ColumnPair(const T* x, std::ptrdiff_t stride) : x(x), stride(stride) {}
-    d2 one(int j) const { return two<aligned>(x + j * stride); }
+    d2 at(std::ptrdiff_t offset) const { return two<aligned>(x + offset); }
+    d2 one(int j) const { return at(j * stride); }
     d2 u(int j) const { return one(j); }
     d2 v(int j) const { return one(j + 1); }
 };
@@ -96,9 +97,10 @@ template <class T> struct SplitPair : LanesAreVariables {
     const T *x, *y;
     std::ptrdiff_t stride;
     SplitPair(const T* x, const T* y, std::ptrdiff_t stride) : x(x), y(y), stride(stride) {}
-    d2 one(int j) const {
-        return d2{static_cast<double>(x[j * stride]), static_cast<double>(y[j * stride])};
+    d2 at(std::ptrdiff_t offset) const {
+        return d2{static_cast<double>(x[offset]), static_cast<double>(y[offset])};
     }
+    d2 one(int j) const { return at(j * stride); }
     d2 u(int j) const { return one(j); }
     d2 v(int j) const { return one(j + 1); }
 };

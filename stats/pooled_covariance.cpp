@@ -63,8 +63,11 @@ public:
 
     std::int32_t run() {
         if (variables_ == 0) return VTS_SS_STATUS_OK;
-        if (weights_ != nullptr && !are_weights(range_of(weights_, n_)))
-            return VTS_SS_STATUS_NULL_WEIGHTS;
+        if (weights_ != nullptr) {
+            const Range<T> range = range_of(weights_, n_);
+            if (!are_weights(range)) return VTS_SS_STATUS_NULL_WEIGHTS;
+            everyone_ = range.least > 0;
+        }
         const std::int32_t status =
             task_.wide_integers ? add_all(static_cast<const std::int64_t*>(task_.group_indices))
                                 : add_all(static_cast<const std::int32_t*>(task_.group_indices));
@@ -91,25 +94,47 @@ private:
         return task_.group_covariances != nullptr && is_wanted(group);
     }
 
+    // The greatest, and a number that is negative where one of them is.
+    template <class Index>
+    static std::pair<Index, Index> greatest_and_sign(const Index* index, std::ptrdiff_t n) {
+        Index greatest = index[0], sign = 0;
+        std::ptrdiff_t j = 0;
+        if constexpr (sizeof(Index) == sizeof(std::int32_t)) {
+            i4 most[2] = {vm::all(greatest), vm::all(greatest)}, signs{};
+            for (; j + 8 <= n; j += 8)
+                for (int k = 0; k < 2; ++k) {
+                    const auto* four = reinterpret_cast<const __m128i*>(index + j + 4 * k);
+                    const i4 x = (i4)_mm_loadu_si128(four), above = x > most[k];
+                    most[k] = (x & above) | (most[k] & ~above);
+                    signs |= x;
+                }
+            for (int lane = 0; lane < 4; ++lane) {
+                greatest = std::max({greatest, most[0][lane], most[1][lane]});
+                sign |= signs[lane];
+            }
+        }
+        for (; j < n; ++j) {
+            greatest = std::max(greatest, index[j]);
+            sign |= index[j];
+        }
+        return {greatest, sign};
+    }
+
     // last_ is the largest index. number_[group] counts the groups that may have members, those
     // below 0 that have products of their own; `none` for those without.
     template <class Index> bool number_groups(const Index* index) {
-        Index largest[4] = {-1, -1, -1, -1};
-        std::ptrdiff_t j = 0;
-        for (; j + 4 <= n_; j += 4)
-            for (int k = 0; k < 4; ++k) largest[k] = std::max(largest[k], index[j + k]);
-        for (; j < n_; ++j) largest[0] = std::max(largest[0], index[j]);
-        last_ = *std::max_element(largest, largest + 4);
+        const auto [greatest, sign] = greatest_and_sign(index, n_);
+        last_ = std::max<std::int64_t>(greatest, -1);
         if (last_ >= INT32_MAX) return false;
         KeptLayout room;
         room.reserve(last_ + 2, sizeof(std::int32_t));  // never nothing
         number_ = reinterpret_cast<std::int32_t*>(keep(task_, Kept::groups, room));
         if (number_ == nullptr) return false;
         // Where there could be many without members, they are looked for.
-        constexpr std::int32_t some = none + 1;
+        constexpr std::int32_t none = SomeMembers<Index, T>::none, some = none + 1;
         const bool many = last_ >= n_ / 16;
         std::fill_n(number_, last_ + 1, many ? none : some);
-        for (j = 0; many && j < n_; ++j)
+        for (std::ptrdiff_t j = 0; many && j < n_; ++j)
             if (index[j] >= 0 && (weights_ == nullptr || weights_[j] != 0))
                 number_[index[j]] = some;
         std::int32_t others = 0, own = 0;
@@ -118,21 +143,19 @@ private:
                 number = has_own_products(group) ? --own : others++;
         own_ = -own;
         groups_ = own_ + others;
+        everyone_ = everyone_ && sign >= 0 && others == last_ + 1;
         return true;
     }
 
     template <class Index> std::int32_t add_all(const Index* index) {
         if (!number_groups(index)) return VTS_SS_STATUS_NO_MEMORY;
-        // The number of an observation's group, negative where it takes no part.
-        const auto group = [index, number = number_](std::ptrdiff_t j) {
-            return index[j] >= 0 ? number[index[j]] : none;
-        };
-        if (weights_ == nullptr) return add_groups<std::ptrdiff_t>(group);
-        return add_groups<double>([group, weights = weights_](std::ptrdiff_t j) {
-            return weights[j] != 0 ? group(j) : none;
-        });
+        const SomeMembers<Index, T> some = {index, number_, weights_};
+        return everyone_ ? add_groups(AllMembers<Index>{index}) : add_groups(some);
     }
 
+    template <class Group> std::int32_t add_groups(Group group) {
+        return weights_ != nullptr ? add_groups<double>(group) : add_groups<std::ptrdiff_t>(group);
+    }
     template <class Weight, class Group> std::int32_t add_groups(Group group) {
         pairs_ = (variables_ + 1) / 2;
         using Others = Residuals<T, Weight>;
@@ -211,7 +234,7 @@ private:
         T* to[on_the_way];
         for (std::ptrdiff_t j = 0; j < n;) {
             // A whole tile of one group need not be put together.
-            if (is_run(group, j, n)) {
+            if (group.is_run(j, n)) {
                 if (const std::ptrdiff_t g = group(j) + own; g >= 0 && g < own)
                     add(g, x, j, short_tile, weights_ != nullptr ? weights_ + j : nullptr,
                         total_.pair);
@@ -328,8 +351,6 @@ private:
                 [&](std::ptrdiff_t a, std::ptrdiff_t b) { return total_.get_product(a, b); });
     }
 
-    static constexpr std::int32_t none = INT32_MIN;
-
     Task& task_;
     const std::ptrdiff_t p_, n_, variables_;
     const T* const weights_;
@@ -337,6 +358,7 @@ private:
     std::int64_t last_ = -1;               // the largest group index
     std::ptrdiff_t groups_ = 0, own_ = 0;  // groups with members, those with products of their own
     std::ptrdiff_t pairs_ = 0, stride_ = 0;
+    bool everyone_ = true;  // takes part, in a group with its index as its number
     int tile_ = 0;
     std::int32_t* number_ = nullptr;
     std::ptrdiff_t* variable_ = nullptr;

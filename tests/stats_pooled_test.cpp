@@ -212,8 +212,8 @@ void check_pooled(const Expected<T>& exact, int storage, int layout,
 template <class T> void check_pooled() {
     const struct {
         int p, n, groups;
-    } shapes[] = {{1, 2, 1},    {1, 40, 3},   {2, 1500, 2}, {3, 7, 3},
-                  {5, 1500, 7}, {10, 900, 5}, {9, 300, 40}, {3, 1500, 300}};
+    } shapes[] = {{1, 2, 1},    {1, 40, 3},   {2, 1500, 2},  {3, 7, 3},     {5, 1500, 7},
+                  {10, 900, 5}, {9, 300, 40}, {4, 3000, 32}, {3, 1500, 300}};
     for (const auto& [p, n, groups] : shapes)
         for (int pattern = 0; pattern < 5; ++pattern)
             for (const bool weighted : {false, true}) {
@@ -223,13 +223,14 @@ template <class T> void check_pooled() {
                 const Expected<T> exact(p, n, groups, pattern, weighted);
                 for (const int storage : {VTS_SS_STORAGE_ROWS, VTS_SS_STORAGE_COLUMNS}) {
                     SCOPED_TRACE(storage);
-                    // All variables, the odd ones, the last.
-                    std::vector<std::int32_t> all(p, 1), odd(p, p == 1), one(p, 0);
+                    // All variables, the odd ones, all but the third, the last.
+                    std::vector<std::int32_t> all(p, 1), odd(p, p == 1), one(p, 0), most = all;
                     for (int i = 1; i < p; i += 2) odd[i] = -1;
+                    if (p > 3) most[2] = 0;
                     one[p - 1] = 1;
                     check_pooled(exact, storage, VTS_SS_LAYOUT_FULL, all);
                     check_pooled(exact, storage, VTS_SS_LAYOUT_LOWER, odd);
-                    check_pooled(exact, storage, VTS_SS_LAYOUT_UPPER, all);
+                    check_pooled(exact, storage, VTS_SS_LAYOUT_UPPER, most);
                     check_pooled(exact, storage, VTS_SS_LAYOUT_UPPER, one);
                 }
             }
@@ -297,6 +298,54 @@ TEST(StatsPooled, SmallGroups) {
     __vtsdSSEditPooledCovariance(task, group, nullptr, nullptr, nullptr, nullptr, nullptr);
     EXPECT_EQ(VTS_SS_STATUS_OK, _vtsdSSPooledCovariance(task, 0, 0));
     __vtsSSDeleteTask(&task);
+}
+
+// One observation takes no part, by its index or its weight, wherever it stands; wide indices give
+// the same bits.
+TEST(StatsPooled, OneLeftOut) {
+    const int p = 3, n = 1203, groups = 6;
+    const auto data = normal_data<double>(p, n, 0);
+    const auto group = group_indices(n, groups, 0);
+    const auto pooled = [&](const std::vector<double>& x, const std::vector<double>& w,
+                            const std::vector<std::int32_t>& index) {
+        const std::int64_t p64 = p, n64 = index.size(), storage = VTS_SS_STORAGE_COLUMNS;
+        const std::int64_t layout = VTS_SS_LAYOUT_FULL;
+        const std::vector<std::int64_t> wide(index.begin(), index.end());
+        std::vector<double> by_wide(p * p);
+        kef_ss_task* task;
+        __vtsdSSNewTask(&task, &p64, &n64, &storage, x.data(), w.empty() ? nullptr : w.data(),
+                        nullptr, 1);
+        __vtsdSSEditPooledCovariance(task, wide.data(), nullptr, by_wide.data(), nullptr, nullptr,
+                                     nullptr);
+        __vtsiSSEditTask(task, VTS_SS_ID_POOLED_COVARIANCE_STORAGE, &layout);
+        EXPECT_EQ(VTS_SS_STATUS_OK, _vtsdSSPooledCovariance(task, 0, 0));
+        __vtsSSDeleteTask(&task);
+        Pooled<double> narrow(p, static_cast<int>(n64), groups, x, w, index, VTS_SS_STORAGE_COLUMNS,
+                              VTS_SS_LAYOUT_FULL);
+        narrow.task->group_covariances = nullptr;
+        EXPECT_EQ(VTS_SS_STATUS_OK, narrow.call());
+        narrow.pooled.pop_back();
+        EXPECT_EQ(narrow.pooled, by_wide);
+        return by_wide;
+    };
+    for (const int place : {0, 1, 6, 7, 8, 300, n - 1}) {
+        SCOPED_TRACE(place);
+        auto x = data, rest = data;
+        auto index = group, others = group;
+        rest.erase(rest.begin() + place * p, rest.begin() + (place + 1) * p);
+        others.erase(others.begin() + place);
+        const auto expected = pooled(rest, {}, others);
+        std::fill_n(x.begin() + place * p, p, nan);
+        std::vector<double> w(n, 1);
+        w[place] = 0;
+        const auto by_weight = pooled(x, w, index);
+        index[place] = INT32_MIN + place;
+        const auto by_index = pooled(x, {}, index);
+        for (int k = 0; k < p * p; ++k) {
+            EXPECT_NEAR(expected[k], by_index[k], 1e-14);
+            EXPECT_NEAR(expected[k], by_weight[k], 1e-14);
+        }
+    }
 }
 
 TEST(StatsPooled, BadInput) {
