@@ -12,8 +12,14 @@ std::string running = "kef";
 
 void wrong(const std::string& message) { throw Failure(message, wrong_use); }
 
+std::string printable(std::string text) {
+    for (char& c : text)
+        if ((unsigned char)c < ' ' || c == 127) c = '?';
+    return text;
+}
+
 void say(const std::string& message) {
-    std::fprintf(stderr, "%s: %s\n", running.c_str(), message.c_str());
+    std::fprintf(stderr, "%s: %s\n", running.c_str(), printable(message).c_str());
 }
 
 std::vector<std::string> split(std::string_view list, char at) {

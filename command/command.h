@@ -61,6 +61,9 @@ extern const Command stats, random, spline, math, bench, info;
 // The name of the command that runs, for messages: "kef stats".
 extern std::string running;
 
+// Text for a terminal: control characters become question marks.
+std::string printable(std::string text);
+
 // A message on standard error.
 void say(const std::string& message);
 

@@ -93,6 +93,9 @@ public:
     Csv(std::unique_ptr<Input> input, std::string head, char delimiter, std::optional<bool> header)
         : Table(std::move(input)), Records(name(), delimiter), head_(std::move(head)) {
         const bool whole = head_.size() < head_size;
+        if (head_.find('\0') != head_.npos)
+            throw Failure(name() +
+                          ": null bytes: no text (an archive, numbers, or text in UTF-16)");
         if (head_.starts_with("\xEF\xBB\xBF")) head_.erase(0, 3);
         while (head_.starts_with('#')) {  // comments before the first record
             const auto end = head_.find('\n');
@@ -177,8 +180,8 @@ private:
 
     void row(std::size_t fields) override {
         if (fields != columns_.size())
-            return complain(std::to_string(fields) + " fields where the first row has " +
-                            std::to_string(columns_.size()));
+            return complain(std::to_string(fields) + (fields == 1 ? " field" : " fields") +
+                            " where the first row has " + std::to_string(columns_.size()));
         if (skip_first_) {
             skip_first_ = false;
             return;

@@ -91,8 +91,8 @@ const std::vector<Generator> generators = {
     {"mrg32k3a", VTS_BRNG_MRG32K3A, 1, "two recurrences of order 3"},
     {"wh", VTS_BRNG_WH, 273, "family of four congruential ones, wh:0 to wh:272"},
     {"r250", VTS_BRNG_R250, 1, "shift register; cannot skip"},
-    {"sobol", VTS_BRNG_SOBOL, 1, "quasi-random; the seed is the dimension"},
-    {"niederr", VTS_BRNG_NIEDERR, 1, "quasi-random; the seed is the dimension"},
+    {"sobol", VTS_BRNG_SOBOL, 1, "quasi-random; the seed is the dimension, 1 to 40", 40},
+    {"niederr", VTS_BRNG_NIEDERR, 1, "quasi-random; the seed is the dimension, 1 to 318", 318},
     {"trng", VTS_BRNG_TRNG, 1, "of the processor, never the same; cannot skip"}};
 // clang-format on
 

@@ -45,6 +45,7 @@ struct Generator {
     std::int32_t id;
     int streams;  // of the family: name:0, name:1, ...
     const char* help;
+    std::uint32_t dimensions = 0;  // quasi-random: the most
 };
 extern const std::vector<Generator> generators;
 

@@ -94,6 +94,7 @@ int end_by(int signal) {
 }  // namespace
 
 int main(int count, char** given) {
+    hold_descriptors();
     watch_signals();
     try {
         return run(count, given);

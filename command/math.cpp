@@ -172,8 +172,10 @@ int run(const Arguments& arguments) {
         return 128 + interrupted();
     }
     output.close();
-    if (bad > 0) progress.clear();
-    say(first_bad + (bad > 1 ? " (and " + std::to_string(bad - 1) + " more such elements)" : ""));
+    progress.clear();
+    if (bad > 0)
+        say(first_bad +
+            (bad > 1 ? " (and " + std::to_string(bad - 1) + " more such elements)" : ""));
     return succeeded;
 }
 

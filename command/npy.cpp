@@ -1,6 +1,7 @@
 // Arrays in NumPy's format .npy, versions 1 to 3: numbers of one type, in one or two dimensions.
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -11,6 +12,20 @@
 namespace command {
 
 namespace {
+
+// Of 16 bits: sign, 5 bits of exponent, 10 of the fraction.
+struct Half {
+    std::uint16_t bits;
+    explicit operator double() const {
+        const int exponent = bits >> 10 & 31, fraction = bits & 1023;
+        const double size = exponent == 31
+                                ? (fraction == 0 ? std::numeric_limits<double>::infinity()
+                                                 : std::numeric_limits<double>::quiet_NaN())
+                            : exponent == 0 ? std::ldexp(fraction, -24)
+                                            : std::ldexp(1024 + fraction, exponent - 25);
+        return bits >> 15 ? -size : size;
+    }
+};
 
 template <class T>
 void widen(const char* from, std::size_t n, std::size_t stride, bool swap, double* to,
@@ -31,11 +46,11 @@ struct Type {
     decltype(&widen<double>) read;
 };
 const Type types[] = {{"f8", 8, widen<double>},        {"f4", 4, widen<float>},
-                      {"i8", 8, widen<std::int64_t>},  {"i4", 4, widen<std::int32_t>},
-                      {"i2", 2, widen<std::int16_t>},  {"i1", 1, widen<std::int8_t>},
-                      {"u8", 8, widen<std::uint64_t>}, {"u4", 4, widen<std::uint32_t>},
-                      {"u2", 2, widen<std::uint16_t>}, {"u1", 1, widen<std::uint8_t>},
-                      {"b1", 1, widen<std::uint8_t>}};
+                      {"f2", 2, widen<Half>},          {"i8", 8, widen<std::int64_t>},
+                      {"i4", 4, widen<std::int32_t>},  {"i2", 2, widen<std::int16_t>},
+                      {"i1", 1, widen<std::int8_t>},   {"u8", 8, widen<std::uint64_t>},
+                      {"u4", 4, widen<std::uint32_t>}, {"u2", 2, widen<std::uint16_t>},
+                      {"u1", 1, widen<std::uint8_t>},  {"b1", 1, widen<std::uint8_t>}};
 
 class Array : public Table {
 public:

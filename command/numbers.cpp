@@ -33,8 +33,6 @@ Reading read_number(std::string_view text) {
 
 std::string complaint(Reading::Kind kind, std::string_view text) {
     std::string shown(text.substr(0, 40));
-    for (char& c : shown)
-        if ((unsigned char)c < ' ' || c == 127) c = '?';
     if (text.size() > 40) shown += "...";
     return kind == Reading::overflow ? "too large for a double: " + shown
                                      : "not a number: \"" + shown + '"';

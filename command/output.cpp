@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "command.h"
 
@@ -16,6 +17,19 @@ namespace command {
 namespace {
 
 volatile std::sig_atomic_t signal_seen = 0;
+timespec first_seen;  // when
+
+void note_signal(int signal) {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    if (signal_seen == 0) {
+        first_seen = now;
+        signal_seen = signal;
+    } else if (now.tv_sec - first_seen.tv_sec > (now.tv_nsec < first_seen.tv_nsec)) {
+        std::signal(signal, SIG_DFL);
+        raise(signal);
+    }
+}
 
 }  // namespace
 
@@ -23,8 +37,7 @@ int interrupted() { return signal_seen; }
 
 void watch_signals() {
     struct sigaction action = {};
-    action.sa_handler = [](int signal) { signal_seen = signal; };
-    action.sa_flags = SA_RESETHAND;  // no SA_RESTART: reads and writes return
+    action.sa_handler = note_signal;  // no SA_RESTART: reads and writes return
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before;
         sigaction(signal, nullptr, &before);
@@ -33,6 +46,12 @@ void watch_signals() {
     // Errors of the write that meets them.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void hold_descriptors() {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(file, F_GETFD) < 0 && errno == EBADF)
+            open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 Output::Output(const std::string& path) : path_(path), file_(STDOUT_FILENO) {

@@ -6,9 +6,13 @@
 
 namespace command {
 
-// Signals that end the program: the command sees interrupted() and cleans up. A second one of the
-// same kind ends it at once.
+// Signals that end the program: the command sees interrupted() and cleans up. One that comes a
+// second later or more ends it at once; sooner it is the same one, sent to the process and to its
+// group.
 void watch_signals();
+// Standard descriptors that are closed are taken up, and fail whoever reads or writes: what is
+// opened later is none of them.
+void hold_descriptors();
 int interrupted();  // the signal, or 0
 
 // The reader of standard output has gone.

@@ -160,6 +160,9 @@ void open_stream(Stream& stream, const Arguments& arguments) {
             if (value >> 32 != 0) wrong("--seed: words of 32 bits, parted by commas: " + word);
             seed.push_back((std::uint32_t)value);
         }
+    if (found->dimensions != 0 && seed.size() == 1 && (seed[0] < 1 || seed[0] > found->dimensions))
+        wrong("--seed: " + std::string(found->name) + " has the dimensions 1 to " +
+              std::to_string(found->dimensions));
     check(__vtsNewStreamEx(&stream.stream, id, (std::int32_t)seed.size(), seed.data()));
     if (const auto skip = arguments.count("--skip", 0)) {
         const auto status = __vtsSkipAheadStream(stream.stream, skip);

@@ -47,13 +47,21 @@ public:
                                             DF_NO_CONDITIONS, nullptr, coefficients_.data(),
                                             DF_BY_ROWS));
         check(kind.construct(task_, 0));
+        if (!std::all_of(coefficients_.begin(), coefficients_.end(),
+                         [](double c) { return std::isfinite(c); }))
+            throw Failure(
+                "the numbers are so large, or x so close together, that the spline overflows");
+        if (kind.boundary == DF_PERIODIC) period_ = x.back() - x.front();
+        start_ = x.front();
     }
     ~Curves() { kef_df_kernel_DeleteTask(&task_); }
     Curves(const Curves&) = delete;
 
     // Element i * functions + f: function f at place i.
-    std::vector<double> at(const std::vector<double>& places, int derivative) const {
+    std::vector<double> at(std::vector<double> places, int derivative) const {
         std::vector<double> result(places.size() * functions);
+        if (period_ > 0)
+            for (double& place : places) place -= periods(place) * period_;
         std::vector<std::int64_t> asked((std::size_t)derivative + 1);
         asked.back() = 1;
         check(kef_df_kernel_dDFInterpolate1D(
@@ -62,16 +70,32 @@ public:
         return result;
     }
     std::vector<double> integral(double from, double to) const {
+        if (period_ > 0) {
+            const double skipped = periods(from), passed = periods(to);
+            auto result = plain_integral(from - skipped * period_, to - passed * period_);
+            const auto whole = plain_integral(start_, start_ + period_);
+            for (std::size_t f = 0; f < functions; ++f) result[f] += (passed - skipped) * whole[f];
+            return result;
+        }
+        return plain_integral(from, to);
+    }
+    const std::size_t functions;
+
+private:
+    // Whole periods from the first one; the last point ends it.
+    double periods(double place) const {
+        return place == start_ + period_ ? 0 : std::floor((place - start_) / period_);
+    }
+    std::vector<double> plain_integral(double from, double to) const {
         std::vector<double> result(functions);
         check(kef_df_kernel_dDFIntegrate1D(task_, 0, 1, &from, DF_ANY_ORDER, &to, DF_ANY_ORDER,
                                            result.data(), DF_BY_ROWS));
         return result;
     }
-    const std::size_t functions;
 
-private:
     kef_df_task* task_ = nullptr;
     std::vector<double> coefficients_;
+    double start_ = 0, period_ = 0;  // 0: there is none
 };
 
 std::vector<double> grid(double from, double to, std::size_t n) {
@@ -133,6 +157,15 @@ int run(const Arguments& arguments) {
     if (x.size() < kind->points)
         throw Failure(table->name() + ": " + std::to_string(x.size()) + " points; " + kind->name +
                       " needs " + std::to_string(kind->points));
+    if (kind->boundary == DF_PERIODIC)
+        for (std::size_t i = 1; i < width; ++i) {
+            const double first = ys[i - 1].front(), last = ys[i - 1].back();
+            if (!(std::fabs(last - first) <= 1e-12 * std::fmax(std::fabs(first), std::fabs(last)) ||
+                  std::fabs(last - first) <= 1e-15))
+                throw Failure(table->name() + ": column " + name(i) + ": it begins with " +
+                              rounded(first, 17) + " and ends with " + rounded(last, 17) +
+                              "; a periodic spline needs the same");
+        }
     std::vector<double> y;
     for (const auto& row : ys) y.insert(y.end(), row.begin(), row.end());
     const Curves curves(*kind, x, y);

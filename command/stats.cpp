@@ -36,21 +36,10 @@ struct Wanted {
 // One column of one group: a task that is fed block by block.
 class Column {
 public:
-    explicit Column(const Wanted& wanted) : wanted_(wanted), quantiles(wanted.orders.size(), nan) {
-        check(__vtsdSSNewTask(&task_, &one_, &n_, &storage_, nullptr, nullptr, nullptr, 1));
-        __vtsdSSEditTask(task_, VTS_SS_ID_ACCUMULATED_WEIGHTS, weights_);
-        __vtsdSSEditMoments(task_, &mean, raw_, raw_ + 1, raw_ + 2, central_, central_ + 1,
-                            central_ + 2);
-        __vtsdSSEditTask(task_, VTS_SS_ID_SKEWNESS, &skewness);
-        __vtsdSSEditTask(task_, VTS_SS_ID_KURTOSIS, &kurtosis);
-        __vtsdSSEditTask(task_, VTS_SS_ID_SUM, &sum);
-        __vtsdSSEditTask(task_, VTS_SS_ID_MINIMUM, &least);
-        __vtsdSSEditTask(task_, VTS_SS_ID_MAXIMUM, &greatest);
-        if (!quantiles.empty())
-            __vtsdSSEditStreamQuantiles(task_, &orders_, wanted.orders.data(), quantiles.data(),
-                                        &one_, &wanted.epsilon);
+    explicit Column(const Wanted& wanted) : wanted_(wanted), quantiles(wanted.orders.size(), nan) {}
+    ~Column() {
+        if (task_ != nullptr) __vtsSSDeleteTask(&task_);
     }
-    ~Column() { __vtsSSDeleteTask(&task_); }
     Column(const Column&) = delete;
 
     void add(double x) {
@@ -74,6 +63,9 @@ public:
         feed();
         deviation = std::sqrt(central_[0]);
         if (wanted_.robust) estimate_robustly();
+        __vtsSSDeleteTask(&task_);
+        std::vector<double>().swap(values_);
+        std::vector<double>().swap(all_);
     }
 
     std::uint64_t count = 0, missing = 0;
@@ -85,7 +77,23 @@ public:
     std::vector<double> quantiles;
 
 private:
+    // A task has some 16 KiB: only what is fed has one, until it is finished.
+    void make_task() {
+        check(__vtsdSSNewTask(&task_, &one_, &n_, &storage_, nullptr, nullptr, nullptr, 1));
+        __vtsdSSEditTask(task_, VTS_SS_ID_ACCUMULATED_WEIGHTS, weights_);
+        __vtsdSSEditMoments(task_, &mean, raw_, raw_ + 1, raw_ + 2, central_, central_ + 1,
+                            central_ + 2);
+        __vtsdSSEditTask(task_, VTS_SS_ID_SKEWNESS, &skewness);
+        __vtsdSSEditTask(task_, VTS_SS_ID_KURTOSIS, &kurtosis);
+        __vtsdSSEditTask(task_, VTS_SS_ID_SUM, &sum);
+        __vtsdSSEditTask(task_, VTS_SS_ID_MINIMUM, &least);
+        __vtsdSSEditTask(task_, VTS_SS_ID_MAXIMUM, &greatest);
+        if (!quantiles.empty())
+            __vtsdSSEditStreamQuantiles(task_, &orders_, wanted_.orders.data(), quantiles.data(),
+                                        &one_, &wanted_.epsilon);
+    }
     void feed() {
+        if (task_ == nullptr) make_task();
         n_ = (std::int64_t)values_.size();
         __vtsdSSEditTask(task_, VTS_SS_ID_X, values_.data());
         check(_vtsdSSBasic(task_,
@@ -144,7 +152,7 @@ struct Cells {
         for (const auto& row : rows) {
             for (std::size_t i = 0; i < row.size(); ++i) {
                 const std::string gap(widths[i] - length(row[i]), ' ');
-                text += i < words ? row[i] + gap + "  "
+                text += i < words ? printable(row[i]) + gap + "  "
                                   : gap + row[i] + (i + 1 < row.size() ? "  " : "");
             }
             text += '\n';

@@ -111,7 +111,7 @@ class Stats(InDirectory):
 
     def test_refused_with_file_line_and_column(self):
         for text, words in [
-                ("x,y\n1,2\n3\n", ["standard input:3: 1 fields where the first row has 2"]),
+                ("x,y\n1,2\n3\n", ["standard input:3: 1 field where the first row has 2"]),
                 ("x,y\n1,2\n3,4,5\n", [":3: 3 fields"]),
                 ("x,y\n\n1,2\n3,1e999\n", [":4: column 2 (y): too large for a double: 1e999"]),
                 ("x,y\n\"1\",2\n\"a\n\n\",4\n5,6\n7,z\n", [":3: column 1 (x): not a number"]),
@@ -123,9 +123,13 @@ class Stats(InDirectory):
                 ("x,y\n1,2\n3,4\"5\n", [":3: a quote in the midst of a field"]),
                 ("x\n1\n" + "2\n" * 200000 + "three\n", [":200003: column 1 (x)"]),
                 ("x\n1\n\"" + "2\n" * 700000, [":3: a field of more than 1 MiB"]),
+                ("x,y\n1,2\n3,\033[5m\n", [":3: column 2 (y): not a number: \"?[5m\""]), ("x\033[5m,y\n1\n", ["1 field where"]),
+                ("x\0,y\n1,2\n", ["null bytes"]), ("x,y\n1,2\n".encode("utf-16"), ["null bytes"]), (b"PK\3\4\0\0a.npy", ["null bytes"]),
                 ("x,y\n", ["no rows of data"]), ("", ["no data"]), ("a,b\nc,d\n", ["no column of numbers"])]:
             said = kef("stats", "-", stdin=text, status=1)
             self.assertTrue(all(word in said for word in words), (text[:40], said))
+            self.assertNotIn("\033", said)
+        self.assertNotIn("\033", kef("stats", "-", stdin="x\033[5m,y\n1,2\n"))
         for words, said in [(["--columns", "z"], "no column z; there are: x, y"), (["--quantiles", "2"], "--quantiles"),
                             (["--columns", "3"], "no column 3"), (["--by"], "--by needs COLUMN"), (["--wrong"], "no option"),
                             (["--epsilon", "0"], "--epsilon")]:
@@ -163,11 +167,29 @@ class Stats(InDirectory):
                 else:
                     self.assertIn("Fortran order", kef("stats", "-", stdin=whole, status=1))
                 self.assertIn("cut off", kef("stats", self.file("b.npy", whole[:-1]), status=1))
+        halves = [struct.pack("<H", bits) for bits in range(0x7C00)]
+        self.assertEqual([float(stats(self.file("half.npy", npy(code, "(31744,)", False, b"".join(data))))[0]["sum"]) for code, data in [
+            ("<f2", halves), (">f2", [half[::-1] for half in halves])]], [sum(struct.unpack("<e", half)[0] for half in halves)] * 2)
+        odd = stats(self.file("half.npy", npy("<f2", "(4,)", False, struct.pack("<eeee", -2, math.inf, math.nan, -0.5))))[0]
+        self.assertEqual([odd[name] for name in ("count", "missing", "minimum", "maximum")], ["3", "1", "-2", "inf"])
         self.assertEqual(stats(self.file("one.npy", npy("|i1", "(3,)", False, bytes([1, 255, 3]))))[0]["sum"], "3")
         for data, said in [(npy("<c16", "(1,)", False, bytes(16)), "type <c16"), (npy("<f8", "(1, 1, 1)", False, bytes(8)), "3 dim"),
                            (npy("<f8", "(-1,)", False, b""), "wrong shape"), (npy("<f8", "(0, 3)", False, b""), "no data"),
                            (npy("<f8", f"({2**53 - 1}, 1000)", False, b""), "wrong shape"), (b"\x93NUMPY\x01\0\xff\xff{", "cut off")]:
             self.assertIn(said, kef("stats", self.file("bad.npy", data), status=1))
+
+    def test_many_groups(self):
+        """A group costs what its numbers cost."""
+        data = self.file("groups.csv", "g,a,b,c,d\n" + "".join(f"g{i % 9000},{i},1,2,3\n" for i in range(27000)))
+        with open(self.work / "out", "w+") as out:
+            running = subprocess.Popen([KEF, "stats", data, "--by", "g", "--quantiles", "0.5", "--format", "csv"], stdout=out)
+            _, status, used = os.wait4(running.pid, 0)
+            running.returncode = 0
+            out.seek(0)
+            rows = list(csv.DictReader(out))
+        self.assertEqual((status, len(rows)), (0, 36000))
+        self.assertEqual([(r["count"], r["mean"], r["q0.5"]) for r in rows if (r["g"], r["column"]) == ("g17", "a")], [("3", "9017", "9017")])
+        self.assertLess(used.ru_maxrss, 300 << 10)
 
     def test_picture(self):
         out = self.work / "out.svg"
@@ -251,7 +273,8 @@ class Random(InDirectory):
                            ("vectors 0,1 1,2", "3 numbers are wanted"), ("integer 0 1e10", "b = 1e10"), ("cauchy inf", "a = inf"),
                            ("none", "no law none"), ("uniform -n 1.5", "-n: not a count"), ("uniform -n -1", "-n: not a count"),
                            ("uniform --generator mt", "no generator mt"), ("uniform --generator wh:273", "0 to 272"),
-                           ("uniform --seed 1e10", "--seed"), ("gaussian --method x", "inversion, box-muller, pairs"),
+                           ("uniform --generator sobol --seed 41", "dimensions 1 to 40"), ("uniform --generator sobol --seed 0", "--seed"),
+                           ("uniform --generator niederr --seed 319", "1 to 318"), ("uniform --seed 1e10", "--seed"), ("gaussian --method x", "inversion, box-muller, pairs"),
                            ("uniform --format f32", "--format"), ("bits64 --format f64", "64 bits"), ("", "a law is wanted")]:
             self.assertIn(said, kef("random", *call.split(), status=2))
         self.assertIn("random bits", kef("random", "bits32", "--generator", "mrg32k3a", status=1))
@@ -272,14 +295,32 @@ class Spline(InDirectory):
         row = table(kef("spline", "-", "--integrate", -1, 4, stdin=points))[0]
         self.assertAlmostEqual(float(row["integral of p"]), 4**4 / 4 - 16 - (1 / 4 - 1), delta=1e-11)
         self.assertEqual(kef("spline", "-", "--kind", "linear", "--at", "0.75", "--columns", "t,q", stdin=points), "t,q\n0.75,1.25\n")
-        for kind in "natural", "periodic", "akima", "bessel", "quadratic":
+        for kind in "natural", "akima", "bessel", "quadratic":
             out = self.work / f"{kind}.svg"
             kef("spline", "-", "--kind", kind, "--plot", out, "--at", 2, stdin=points)
             self.assertEqual(len(list(xml.etree.ElementTree.parse(out).getroot().iter("{http://www.w3.org/2000/svg}circle"))), 12)
         self.assertEqual(len(kef("spline", "-", "--grid", 10000, "--columns", "t,p", stdin=points).splitlines()), 10001)
 
+    def test_periodic(self):
+        """Slopes by hand, 2, -1, -1, from s_0 + 4 s_1 + s_2 = 3 (y_2 - y_0); it repeats itself on both sides."""
+        points = "t,p\n0,0\n1,1\n2,-1\n3,0\n"
+        at = [float(r["p"]) for r in table(kef("spline", "-", "--kind", "periodic", "--at", "0.5,3.5,-2.5,3,0,-3,300.5", stdin=points))]
+        middle = 0.5 + (2 - -1) / 8
+        for value, wanted in zip(at, [middle, middle, middle, 0, 0, 0, middle]):
+            self.assertAlmostEqual(value, wanted, delta=1e-13)
+        slopes = [float(r["d1 p"]) for r in table(kef("spline", "-", "--kind", "periodic", "--grid", 4, "--derivative", 1, stdin=points))]
+        for slope, wanted in zip(slopes, [2, -1, -1, 2]):
+            self.assertAlmostEqual(slope, wanted, delta=1e-13)
+
+        def integral(a, b):
+            return float(table(kef("spline", "-", "--kind", "periodic", "--integrate", a, b, stdin=points))[0]["integral of p"])
+        for a, b in (-1, 0), (2, 7.5), (5, -4), (3, 0):
+            self.assertAlmostEqual(integral(a, b), integral(0, b % 3) - integral(0, a % 3), delta=1e-13)
+        self.assertIn("column p: it begins with 0 and ends with 2", kef("spline", "-", "--kind", "periodic", "--at", 1,
+                                                                        stdin="t,p\n0,0\n1,1\n2,2\n", status=1))
+
     def test_refused(self):
-        for text, said in [("x,y\n1,2\n1,3\n", ":3: column x: 1 is not above"), ("x,y\n1,2\n2,\n3,4\n", ":3: column y: a finite"),
+        for text, said in [("x,y\n-1e308,0\n0,1\n1e308,1\n1.7e308,3\n", "the spline overflows"), ("x,y\n1,2\n1,3\n", ":3: column x: 1 is not above"), ("x,y\n1,2\n2,\n3,4\n", ":3: column y: a finite"),
                            ("x,y\n1,2\n2,3\n", "2 points; not-a-knot needs 3"), ("x\n1\n", "two columns")]:
             self.assertIn(said, kef("spline", "-", "--at", "1", stdin=text, status=1))
         for words, said in [([], "what is wanted"), (["--at", "x"], "--at: not a number"), (["--integrate", "1"], "needs A B"),
@@ -310,6 +351,9 @@ class Math(InDirectory):
         self.assertEqual(said.returncode, 0)
         self.assertIn(b"standard input:100002: column x: Ln: ", said.stderr)
         self.assertIn(b"1 more", said.stderr)
+        for words in ["ln"], ["ln", "--strict"]:
+            said = subprocess.run([KEF, "math", *words, "-"], input=b"x\n1\n", stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+            self.assertEqual((said.returncode, said.stderr), (0, b""))
         out = self.file("out.csv", "before")
         self.assertIn(":100002", kef("math", "ln", "-", "--strict", "-o", out, stdin=text, status=1))
         self.assertEqual((out.read_text(), self.left()), ("before", ["out.csv"]))
@@ -337,6 +381,18 @@ class Ends(InDirectory):
         self.assertEqual((len(out.read_text().split()), self.left()), (100000, ["out"]))
         self.assertIn("No such file", kef("random", "gaussian", "-o", self.work / "none/out", status=1))
         self.assertIn("No such file", kef("stats", "-", "--plot", self.work / "none/out", stdin=points, status=1))
+
+    def test_closed_descriptors(self):
+        """What is opened never becomes a standard stream."""
+        points = self.file("points.csv", "x,y\n1,-2\n2,3\n4,5\n")
+        for closed in "<&-", ">&-", "2>&-", "<&- >&-", "<&- >&- 2>&-":
+            for words in "random gaussian -n 3 -o out", "math ln points.csv -o out", "spline points.csv --grid 3 -o out":
+                done = subprocess.run(["sh", "-c", f'"$0" {words} {closed}', KEF], cwd=self.work, stderr=subprocess.PIPE)
+                self.assertEqual((done.returncode, len((self.work / "out").read_text().splitlines())), (0, 3 + ("points" in words)), (words, closed))
+                (self.work / "out").unlink()
+        for words, closed in ("stats points.csv", ">&-"), ("stats -", "<&-"):
+            done = subprocess.run(["sh", "-c", f'"$0" {words} {closed}', KEF], cwd=self.work, stderr=subprocess.PIPE)
+            self.assertEqual((done.returncode, b"Bad file descriptor" in done.stderr), (1, True))
 
     def test_closed_pipe(self):
         long = self.file("long.csv", "x,y\n" + "".join(f"{i},1\n" for i in range(300000)))
@@ -382,6 +438,13 @@ class Ends(InDirectory):
             for number in signal.SIGINT, signal.SIGTERM:
                 _, said = self.interrupt(words, lambda running: time.sleep(0.2), number)
                 self.assertIn("no file is left", said)
+        # A signal that comes twice, as from a wrapper that passes it on, is one.
+        def fed_and_sent(running):
+            fed(running)
+            running.send_signal(signal.SIGINT)
+            time.sleep(0.02)  # the robust estimates take longer
+        _, said = self.interrupt(["stats", "-", "--robust"], fed_and_sent, stdin=subprocess.PIPE)
+        self.assertIn("partial", said)
         self.assertEqual(self.left(), [])
         out, said = self.interrupt(["random", "gaussian", "-n", "1e12"], lambda running: running.stdout.read(1000))
         self.assertIn("what was written is partial", said)
