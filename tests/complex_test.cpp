@@ -217,5 +217,89 @@ TEST(Complex, CallbacksReplaceBothParts) {
     });
 }
 
+// What overflows and underflows in whole groups, in parts of groups and in the rest: every report
+// with its own element, in their order; in silence the status of the last one.
+struct Range {
+    const char* function;
+    double large[4], small[4];  // arguments whose results overflow, and underflow
+    int of_small;               // the status of these
+};
+constexpr Range ranges[] = {
+    {"Exp", {1e4, 1}, {-1e4, 1}, VTM_STATUS_UNDERFLOW},
+    {"Sin", {1, 1e4}, {1, 1}, VTM_STATUS_OK},
+    {"Cosh", {-1e4, 1}, {1, 1}, VTM_STATUS_OK},
+    {"Pow", {10, 1, 1e4, 1}, {10, 1, -1e4, 1}, VTM_STATUS_UNDERFLOW},
+    {"Div", {1e30, -1e30, 1e-30, 0}, {1, 1, 2, 1}, VTM_STATUS_OK},
+};
+template <class Element> void expect_reports(const Range& range) {
+    using T = decltype(Element::re);
+    const auto element = [&](const double* x) {  // in double 1e+-30 stand for 1e+-270
+        const auto of = [&](double v) {
+            const bool far =
+                sizeof(T) == 8 && (std::fabs(v) > 1e20 || (v != 0 && std::fabs(v) < 1));
+            return static_cast<T>(far ? std::pow(v, 9) : v);
+        };
+        return Element{of(x[0]), of(x[1])};
+    };
+    const std::string kinds =
+        "oooo"
+        "ouou"
+        "1o1u"
+        "1111"
+        "uuun"
+        "o1u";
+    const int n = static_cast<int>(kinds.size());
+    for (const int slot : slots)
+        for (const bool in_place : {false, true}) {
+            SCOPED_TRACE(std::string(range.function) + " slot " + std::to_string(slot));
+            std::vector<Element> a(n, {1, 1}), b(n, {1, 1}), r(n);
+            std::vector<int> failing;
+            for (int i = 0; i < n; ++i) {
+                if (kinds[i] == 'o') a[i] = element(range.large), b[i] = element(range.large + 2);
+                if (kinds[i] == 'u') a[i] = element(range.small), b[i] = element(range.small + 2);
+                if (kinds[i] == 'n') a[i] = {NAN, NAN};
+                if (kinds[i] == 'o' || (kinds[i] == 'u' && range.of_small != VTM_STATUS_OK))
+                    failing.push_back(i);
+            }
+            const std::vector<Element> arguments = a;
+            const auto code = [&](int i) {
+                return kinds[i] == 'o' ? VTM_STATUS_OVERFLOW : range.of_small;
+            };
+            const auto run = [&](std::vector<Element>& result) {
+                call<T>(letter<T>, range.function, slot,
+                        {n, a.data(), b.data(), nullptr, result.data(), nullptr});
+            };
+            kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+            kef_vtm_kernel_ClearErrStatus();
+            run(r);
+            EXPECT_EQ(kef_vtm_kernel_GetErrStatus(), code(failing.back()));
+            kef_vtm_kernel_SetMode(VTM_ERRMODE_CALLBACK);
+            kef_vtm_kernel_SetErrorCallBack(replace_both_parts);
+            records.clear();
+            std::vector<Element> replaced(n), &result = in_place ? a : replaced;
+            run(result);
+            ASSERT_EQ(records.size(), failing.size());
+            for (std::size_t k = 0; k < records.size(); ++k) {
+                const int i = failing[k];
+                EXPECT_EQ(records[k].index, i);
+                EXPECT_EQ(records[k].code, code(i)) << i;
+                EXPECT_EQ(records[k].argument1, arguments[i].re);
+                EXPECT_EQ(records[k].argument1_imag, arguments[i].im);
+                EXPECT_EQ(records[k].result1, r[i].re);
+                EXPECT_EQ(records[k].result1_imag, r[i].im);
+                r[i] = {5, -6};
+            }
+            EXPECT_EQ(std::memcmp(result.data(), r.data(), n * sizeof r[0]), 0);
+        }
+}
+TEST(Complex, ReportsOfWholeGroups) {
+    in_fresh_thread([] {
+        for (const Range& range : ranges) {
+            expect_reports<kef_complex8>(range);
+            expect_reports<kef_complex16>(range);
+        }
+    });
+}
+
 }  // namespace
 }  // namespace kef_test

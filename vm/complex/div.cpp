@@ -34,19 +34,24 @@ template <class T, class Accuracy> struct ComplexDiv {
         }
         return larger_outside<T, -most, most>(a, b) | larger_outside<T, -most / 2, most / 2>(c, d);
     }
-    static ints beyond(ints a, ints b, ints c, ints d) requires(!in_double) {
-        if constexpr (is_double) {
-            const ints exponent = larger_exponent(a, b) - larger_exponent(c, d);
-            return larger_outside<T, -1022, 1023>(a, b) | larger_outside<T, -1022, 1023>(c, d) |
-                   exponent_outside(exponent);
-        } else {
-            return ComplexDiv<T, HA>::outside(a, b, c, d);
-        }
+    static constexpr bool far_everywhere = in_double;
+    // Infinities, zeros.
+    static ints beyond(ints a, ints b, ints c, ints d) {
+        const ints infinite =
+            is_infinity<T>(a) | is_infinity<T>(b) | is_infinity<T>(c) | is_infinity<T>(d);
+        if constexpr (is_double) return infinite;
+        else return infinite | both_zero(c, d);
+    }
+    static V undefined(V a, V b, V c, V d) requires(is_double) {
+        return (V)(both_zero(a, b) | both_zero(c, d));
     }
     // Overflow.
     static ints refuse(ints re, ints im) requires(!is_double) {
         return not_finite<T>(re) | not_finite<T>(im);
     }
+    static ints refuse(ints re, ints im, ints) { return reported(re, im, ints{}); }
+    static ints reported(ints re, ints im, ints) { return is_infinity<T>(re) | is_infinity<T>(im); }
+    static int status(T, T) { return VTM_STATUS_OVERFLOW; }
 
     static Two<V> fast(V a, V b, V c, V d) {
         if constexpr (in_double) {
@@ -60,12 +65,16 @@ template <class T, class Accuracy> struct ComplexDiv {
             return complex_quotient_plain(a, b, c, d);
         }
     }
-    static Two<V> far(V a, V b, V c, V d) requires(!in_double) {
+    static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
+        return {with_nan(finite_quotient(a, b, c, d), a, b, c, d), V{}};
+    }
+    static Two<V> finite_quotient(V a, V b, V c, V d) {
         if constexpr (is_double) {
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-            const Two<V> r = fast(x.x, x.y, y.x, y.y);
-            const V power = power_of_two(x.exponent - y.exponent);
-            return {r.first * power, r.second * power};
+            const PowersBack back(x.exponent, -y.exponent);
+            if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);
+            const Two<V> q = fast(x.x, x.y, y.x, y.y);
+            return {back.times(q.first), back.times(q.second)};
         } else {
             return ComplexDiv<T, HA>::fast(a, b, c, d);
         }
@@ -80,7 +89,8 @@ template <class T, class Accuracy> struct ComplexDiv {
             if (nan_a || !finite_a) return VTM_STATUS_OK;
             return a == 0 && b == 0 ? VTM_STATUS_ERRDOM : VTM_STATUS_SING;
         }
-        if (finite_a && finite_b) return finite(a, b, c, d, re, im);
+        if (a == 0 && b == 0 && finite_b)
+            return re = a * c + b * d, im = b * c - a * d, VTM_STATUS_OK;
         if (has_infinity(a, b) && has_infinity(c, d))
             return re = im = Format<T>::invalid, VTM_STATUS_ERRDOM;
         Direction x = {a, b}, y = {c, d};
@@ -91,22 +101,6 @@ template <class T, class Accuracy> struct ComplexDiv {
         im = static_cast<T>(factor * (x.im * y.re - x.re * y.im));
         const bool from_nan = nan_a || is_nan(c) || is_nan(d);
         return is_nan(re) && is_nan(im) && !from_nan ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
-    }
-
-private:
-    // b is not 0.
-    static int finite(double a, double b, double c, double d, T& re, T& im) {
-        const ScaledOne y = scale_to_one(c, d);
-        if (a == 0 && b == 0) {
-            re = static_cast<T>(a * y.x + b * y.y), im = static_cast<T>(b * y.x - a * y.y);
-            return VTM_STATUS_OK;
-        }
-        const ScaledOne x = scale_to_one(a, b);
-        const auto q = quotient_parts(all(x.x), all(x.y), all(y.x), all(y.y));
-        const int e = x.exponent - y.exponent;
-        re = static_cast<T>(scaled_once(q.re.high[0], q.re.low[0], e));
-        im = static_cast<T>(scaled_once(q.im.high[0], q.im.low[0], e));
-        return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_OK;
     }
 };
 

@@ -35,21 +35,16 @@ struct ExpCore {
             return {size * cosine, flipped(size * sine, sign_bit(y))};
         }
     }
-    // In two powers of two; from |x| = 1000 on the result is 0 or infinite.
+    // In powers of two whose product may leave the range of one; from |x| = 1500 on the result is 0
+    // or infinite, of the smallest sine too.
     template <class Accuracy>
-    static Two<doubles> outer(const Two<Parts>& sines, doubles x, doubles y) {
-        const doubles z = maximum(minimum(x, all(1000.0)), all(-1000.0));
-        const ExpParts up = exp_parts<-512>(z), down = exp_parts<512>(z);
-        const Parts size = normalised({up.high, up.low});
-        const longs large = (longs)(z > 0.0);
-        const doubles first = select(large, up.power, down.power),
-                      second = select(large, all(0x1p512), all(0x1p-512));
-        return {rounded(size * sines.second) * first * second,
-                flipped(rounded(size * sines.first) * first * second, sign_bit(y))};
+    static Two<doubles> outer(const Two<Number<Accuracy>>& sines, EnlargedParts x,
+                              EnlargedParts y) {
+        const auto e = wide_exponential<Accuracy>(within(x.x, 1500.0));
+        return {e.power.times(e.number * sines.second, all(1.0)),
+                flipped(e.power.times(e.number * sines.first, y.factor), sign_bit(y.x))};
     }
-    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts, EnlargedParts y) {
-        return {r.first, r.second * y.factor};
-    }
+    static Two<doubles> factors(EnlargedParts, EnlargedParts y) { return {all(1.0), y.factor}; }
     static int edge(double x, double y, double& re, double& im) {
         if (is_finite(x) && is_finite(y)) {
             const OneNumber size = exp_one(x);

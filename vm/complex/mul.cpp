@@ -21,14 +21,20 @@ template <class T, class> struct ComplexMul {
     static ints outside(ints a, ints b, ints c, ints d) requires(is_double) {
         return larger_outside<T, -450, 500>(a, b) | larger_outside<T, -450, 500>(c, d);
     }
-    static ints beyond(ints a, ints b, ints c, ints d) requires(is_double) {
-        return larger_outside<T, -1022, 1023>(a, b) | larger_outside<T, -1022, 1023>(c, d);
+    // Infinities; of doubles zeros too.
+    static ints beyond(ints a, ints b, ints c, ints d) {
+        return is_infinity<T>(a) | is_infinity<T>(b) | is_infinity<T>(c) | is_infinity<T>(d);
+    }
+    static V undefined(V a, V b, V c, V d) requires(is_double) {
+        return (V)(both_zero(a, b) | both_zero(c, d));
     }
     // Single: no NaN but from one or an infinity.
+    static constexpr bool far_everywhere = !is_double;
     static ints refuse(ints re, ints im) requires(!is_double) {
         constexpr auto infinity = static_cast<std::int32_t>(Format<T>::infinity_head);
         return (infinity - magnitude(re)) & (infinity - magnitude(im));
     }
+    static ints refuse(ints, ints, ints marks) { return marks; }
 
     static Two<V> fast(V a, V b, V c, V d) {
         if constexpr (is_double) {
@@ -39,17 +45,18 @@ template <class T, class> struct ComplexMul {
                     narrow(x.low * v.low + y.low * u.low, x.high * v.high + y.high * u.high)};
         }
     }
-    static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) requires(is_double) {
-        const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-        const Two<V> r = scaled_back(complex_product(x.x, x.y, y.x, y.y), x.exponent, y.exponent);
-        return {r, (V)(rounded_twice(r.first) | rounded_twice(r.second))};
+    static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
+        if constexpr (is_double) {
+            const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
+            const Two<V> r =
+                times(product_parts(x.x, x.y, y.x, y.y), PowersBack(x.exponent, y.exponent));
+            return {with_nan(r, a, b, c, d), V{}};
+        } else {
+            return {with_nan(fast(a, b, c, d), a, b, c, d), V{}};
+        }
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
-        if constexpr (is_double)
-            if (is_finite(a) && is_finite(b) && is_finite(c) && is_finite(d) &&
-                (a != 0 || b != 0) && (c != 0 || d != 0))
-                return finite(a, b, c, d, re, im);
         plain({a, b}, {c, d}, 1, re, im);
         if (is_nan(re) && is_nan(im) && (has_infinity(a, b) || has_infinity(c, d)))
             plain(has_infinity(a, b) ? direction(a, b) : without_nan(a, b),
@@ -63,15 +70,6 @@ private:
         re = static_cast<T>(factor * (x.re * y.re - x.im * y.im));
         im = static_cast<T>(factor * (x.re * y.im + x.im * y.re));
     }
-    // Neither is 0.
-    static int finite(double a, double b, double c, double d, double& re, double& im) {
-        const ScaledOne x = scale_to_one(a, b), y = scale_to_one(c, d);
-        const auto p = product_parts(all(x.x), all(x.y), all(y.x), all(y.y));
-        const int e = x.exponent + y.exponent;
-        re = scaled_once(p.re.high[0], p.re.low[0], e);
-        im = scaled_once(p.im.high[0], p.im.low[0], e);
-        return VTM_STATUS_OK;
-    }
 };
 
 // The imaginary part of b with the other sign.
@@ -80,7 +78,7 @@ template <class T, class Accuracy> struct ComplexMulByConj : ComplexMul<T, Accur
     using V = Vector<T>;
     KEF_COMPLEX_NAME(MulByConj);
     static Two<V> fast(V a, V b, V c, V d) { return Mul::fast(a, b, c, -d); }
-    static auto far(V a, V b, V c, V d) requires(Mul::is_double) { return Mul::far(a, b, c, -d); }
+    static auto far(V a, V b, V c, V d) { return Mul::far(a, b, c, -d); }
     static int edge(T a, T b, T c, T d, T& re, T& im) { return Mul::edge(a, b, c, -d, re, im); }
 };
 

@@ -21,7 +21,9 @@ public:
         return Pow::undefined(x, y, all(b_.re), all(b_.im));
     }
     auto fast(V x, V y) const { return Pow::fast(x, y, all(b_.re), all(b_.im)); }
-    auto far(V x, V y) const requires(!Pow::is_single) { return fast(x, y); }
+    auto far(V x, V y) const requires(!Pow::is_single) {
+        return Pow::far(x, y, all(b_.re), all(b_.im));
+    }
     int edge(T x, T y, T& re, T& im) const { return Pow::edge(x, y, b_.re, b_.im, re, im); }
     Number scalar() const { return b_; }
 

@@ -22,10 +22,13 @@ struct SqrtCore {
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
         return scaled_formula<Accuracy>(x, y, all(1.0), all(1.0));
     }
-    // Whose smaller result is linear in a tiny y beside x.
-    template <class Accuracy> static Two<doubles> enlarged_formula(doubles x, doubles y) {
-        const EnlargedPair z = enlarged(x, y);
-        return scaled_formula<Accuracy>(z.x.x, z.y.x, z.root(), z.y.factor);
+    // Whose smaller result is linear in a tiny y beside x; beside a large one it is y/2t, since of
+    // what was scaled nothing may be left.
+    template <class Accuracy> static Two<doubles> any_size(doubles x, doubles y) {
+        const ScaledToAny z = of_any_size(x, y);
+        const Two<doubles> r = scaled_formula<Accuracy>(z.x.x, z.y.x, z.root(), z.y.factor);
+        const longs large = (longs)(maximum(absolute(x), absolute(y)) >= 0x1p280);
+        return any_lane(large) ? select(large, of_large<Accuracy>(x, y, z), r) : r;
     }
     static int edge(double x, double y, double& re, double& im) {
         if (is_infinite(y)) {
@@ -49,7 +52,19 @@ private:
     static Two<doubles> scaled_formula(doubles x, doubles y, doubles scale, doubles y_scale) {
         using N = Number<Accuracy>;
         const auto root = complex_root<N>(absolute(x), absolute(y));
-        const doubles t = rounded(root.larger) * scale, s = rounded(root.smaller) * y_scale * scale;
+        return placed(rounded(root.larger) * scale, rounded(root.smaller) * y_scale * scale, x, y);
+    }
+    template <class Accuracy>
+    static Two<doubles> of_large(doubles x, doubles y, const ScaledToAny& z) {
+        using N = Number<Accuracy>;
+        const N t = times_power(complex_root<N>(absolute(z.x.x), absolute(z.y.x)).larger, z.root());
+        // By more than 2^200 above the smallest normal number the quotient's low part is one too.
+        const doubles up = select(absolute(y) < 0x1p-280, all(0x1p200), all(1.0)),
+                      down = select(absolute(y) < 0x1p-280, all(0x1p-200), all(1.0));
+        const doubles s = rounded(number<N>(absolute(y) * up) / times_power(t, 2)) * down;
+        return placed(rounded(t), s, x, y);
+    }
+    static Two<doubles> placed(doubles t, doubles s, doubles x, doubles y) {
         const longs left = sign_mask(sign_bit(x));
         return {select(left, s, t), flipped(select(left, t, s), sign_bit(y))};
     }

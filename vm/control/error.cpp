@@ -118,14 +118,24 @@ bool report(kef_vtm_error_record& record, std::uint32_t mode_word,
     return true;
 }
 
+// Where it does, the status is all that an error leaves.
+bool ignores_all(std::uint32_t mode_word) { return (mode_word & VTM_ERRMODE_MASK) == ignore_all; }
+
 }  // namespace
+
+bool store_status_alone(std::int32_t code) {
+    ThreadState& state = state_with_mode();
+    const bool alone = ignores_all(state.mode);
+    if (alone) state.status = code;
+    return alone;
+}
 
 template <class Argument, class Result>
 void handle_error(const ElementError<Argument, Result>& error) {
     ThreadState& state = state_with_mode();
     state.status = error.code;
     const std::uint32_t mode_word = state.mode;
-    if ((mode_word & VTM_ERRMODE_MASK) == ignore_all) return;
+    if (ignores_all(mode_word)) return;
 
     kef_vtm_error_record record = {};
     record.code = error.code;

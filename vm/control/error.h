@@ -29,4 +29,8 @@ template <class Argument, class Result = Argument> struct ElementError {
 template <class Argument, class Result>
 void handle_error(const ElementError<Argument, Result>& error);
 
+// Stores the status of many elements, that of the last one; false, with nothing stored, where the
+// thread's error mode asks for more.
+bool store_status_alone(std::int32_t code);
+
 }  // namespace kef::vm

@@ -60,17 +60,21 @@ template <InverseSine which> struct InverseSineCore {
     }
 
     template <class Accuracy> static Two<doubles> formula(doubles x, doubles y) {
-        const Two<Number<Accuracy>> r =
-            parts<Number<Accuracy>>(absolute(x), absolute(y), sign_bit(x));
-        const doubles re = rounded(r.first), im = rounded(r.second);
-        if constexpr (sine) return {flipped(re, sign_bit(x)), flipped(im, sign_bit(y))};
-        else return {re, flipped(-im, sign_bit(y))};
+        return with_signs(parts<Number<Accuracy>>(absolute(x), absolute(y), sign_bit(x)), x, y);
+    }
+    // ln 2|z| more of what was taken out, and the same angle.
+    template <class Accuracy>
+    static Two<doubles> of_reduced(doubles x, doubles y, const ReducedPair& z) {
+        auto r = parts<Number<Accuracy>>(absolute(x), absolute(y), sign_bit(x));
+        r.second = plus_exponent(z.large, r.second, exponent_of(z.field));
+        return with_signs(r, x, y);
     }
 
     // Linear: asin in x, the imaginary part in y for |x| < 1, acos in y for x > 1.
-    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
-        const doubles none = all(1.0), im = select(absolute(x.x) < 1.0, y.factor, none);
-        return {r.first * (sine ? x.factor : select(x.x > 1.0, y.factor, none)), r.second * im};
+    static Two<doubles> factors(EnlargedParts x, EnlargedParts y) {
+        const doubles none = all(1.0);
+        return {sine ? x.factor : select(x.x > 1.0, y.factor, none),
+                select(absolute(x.x) < 1.0, y.factor, none)};
     }
 
     static int edge(double x, double y, double& re, double& im) {
@@ -91,6 +95,11 @@ template <InverseSine which> struct InverseSineCore {
     }
 
 private:
+    template <class N> static Two<doubles> with_signs(const Two<N>& r, doubles x, doubles y) {
+        const doubles re = rounded(r.first), im = rounded(r.second);
+        if constexpr (sine) return {flipped(re, sign_bit(x)), flipped(im, sign_bit(y))};
+        else return {re, flipped(-im, sign_bit(y))};
+    }
     struct Result {
         OneNumber angle, height;
     };
@@ -159,9 +168,16 @@ struct InverseTangentCore {
         return {flipped(rounded(r.first), sign_bit(x)), flipped(rounded(r.second), sign_bit(y))};
     }
 
+    // pi/2, y/|z|^2.
+    template <class Accuracy>
+    static Two<doubles> of_reduced(doubles x, doubles y, const ReducedPair& z) {
+        const Two<doubles> r = formula<Accuracy>(x, y);
+        return {r.first, r.second * z.inverse_power()};
+    }
+
     // Linear: re in x for |y| < 1, im in y.
-    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
-        return {r.first * select(absolute(y.x) < 1.0, x.factor, all(1.0)), r.second * y.factor};
+    static Two<doubles> factors(EnlargedParts x, EnlargedParts y) {
+        return {select(absolute(y.x) < 1.0, x.factor, all(1.0)), y.factor};
     }
 
     static int edge(double x, double y, double& re, double& im) {

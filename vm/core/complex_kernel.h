@@ -32,14 +32,16 @@ inline int status_of_parts(int status, bool finite, double re, double im) {
 //                                   of x where Core::angle_first, else of y
 //   Core::outer<Accuracy>(sines, x, y)
 //                                   optional, in double: the formula for the other part from its
-//                                   last on
+//                                   last on, of enlarged parts
 //   Core::special_single(x, y), special_double(x, y)
 //                                   optional, by the bits of floats and by doubles: sign bits where
 //                                   the formula does not hold in that range
-//   Core::shrunk(r, x, y)           optional: the result r of enlarged parts x and y, with what is
-//                                   linear in tiny ones taken back; or
-//   Core::enlarged_formula<Accuracy>(x, y)
-//                                   the formula for tiny parts too
+//   Core::factors(x, y)             optional: the powers of two that take back from both results
+//                                   what is linear in enlarged parts; or
+//   Core::of_reduced<Accuracy>(x, y, pair)
+//                                   optional beside it: the formula for what `reduced` left of
+//                                   large parts
+//   Core::any_size<Accuracy>(x, y)  the formula for tiny and for large parts too
 //   Core::edge(x, y, re, im)        one element of any size, within the bounds of HA; its status
 //   Core::overflows, underflows     whether finite arguments can have an infinite part, and
 //                                   whether two parts below the normal numbers are reported
@@ -54,15 +56,14 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     static constexpr bool far_everywhere = true;
     static constexpr double least = 0x1p-280;
     static constexpr bool has_angle = requires { Core::angle_first; };
-    static constexpr bool has_outer = requires(Two<Number<Formula>> sines, doubles x) {
+    static constexpr bool has_outer = requires(Two<Number<Formula>> sines, EnlargedParts x) {
         Core::template outer<Formula>(sines, x, x);
     };
-    static constexpr bool has_shrunk = requires(Two<doubles> r, EnlargedParts x) {
-        Core::shrunk(r, x, x);
+    static constexpr bool has_factors = requires(EnlargedParts x) { Core::factors(x, x); };
+    static constexpr bool has_reduced = requires(doubles x, ReducedPair z) {
+        Core::template of_reduced<HA>(x, x, z);
     };
-    static constexpr bool has_enlarged = requires(doubles x) {
-        Core::template enlarged_formula<HA>(x, x);
-    };
+    static constexpr bool has_any_size = requires(doubles x) { Core::template any_size<HA>(x, x); };
 
     // Where the formula ends for the part that is no angle.
     static constexpr double end = [] {
@@ -96,14 +97,16 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     }
     static ints beyond(ints x, ints y) requires(!is_single || has_angle) {
         constexpr auto infinity = static_cast<std::int32_t>(Format<T>::infinity_head);
-        if constexpr (is_single || has_outer) return larger(x, y, infinity, infinity);
+        if constexpr (is_single || has_outer || has_reduced || has_any_size)
+            return larger(x, y, infinity, infinity);
         else if constexpr (!has_angle) return larger(x, y);
         else if constexpr (Core::angle_first) return larger(x, y, infinity, end_y);
         else return larger(x, y, end_x, infinity);
     }
     static V undefined(V x, V y) requires(!is_single) {
         longs verdict{};
-        if constexpr (!has_shrunk && !has_enlarged) verdict = is_tiny(x, least) | is_tiny(y, least);
+        if constexpr (!has_factors && !has_any_size)
+            verdict = is_tiny(x, least) | is_tiny(y, least);
         if constexpr (requires { Core::special_double(x, y); })
             verdict |= Core::special_double(x, y);
         return (V)verdict;
@@ -147,34 +150,40 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
     }
     static MarkedBy<V, Two<V>> far(V x, V y) requires(!is_single) {
         MarkedBy<V, Two<V>> r{};
-        if constexpr (has_enlarged) {
-            r.result = Core::template enlarged_formula<Formula>(x, y);
+        if constexpr (has_any_size) {
+            r.result = Core::template any_size<Formula>(x, y);
             if constexpr (std::is_same_v<Formula, HA>) r.marks = twice(r);
             return r;
         }
+        ReducedPair pair;
+        if constexpr (has_reduced) pair = reduced<200>(x, y), x = pair.x, y = pair.y;
         EnlargedParts a = {x, {}}, b = {y, {}};
-        if constexpr (has_shrunk) a = enlarged(x), b = enlarged(y);
+        if constexpr (has_factors) a = enlarged(x), b = enlarged(y);
         longs outer{};
         if constexpr (has_outer) outer = (longs)(absolute(Core::angle_first ? b.x : a.x) >= end);
+        MarkedBy<doubles, Two<Number<Formula>>> sines{};
         if constexpr (has_angle) {
-            const auto sines = sine_cosine_far<Formula>(angle(a.x, b.x));
+            sines = sine_cosine_far<Formula>(angle(a.x, b.x));
             r.marks = sines.marks;
             if (!all_lanes(outer)) r.result = inner(sines.result, a.x, b.x, outer);
-            if constexpr (has_outer)
-                if (any_lane(outer)) {
-                    const auto z = Core::template outer<Formula>(sines.result, a.x, b.x);
-                    r.result = {select(outer, z.first, r.result.first),
-                                select(outer, z.second, r.result.second)};
-                }
+        } else if constexpr (has_reduced) {
+            if (any_lane(pair.large)) r.result = Core::template of_reduced<Formula>(a.x, b.x, pair);
+            else r.result = Core::template formula<Formula>(a.x, b.x);
         } else {
             r.result = Core::template formula<Formula>(a.x, b.x);
         }
-        if constexpr (has_shrunk) {
-            r.result = Core::shrunk(r.result, a, b);
-            if constexpr (std::is_same_v<Formula, HA>) r.marks = twice(r);
-            if constexpr (has_outer && Core::underflows)
-                r.marks = (V)((longs)r.marks | (outer & reported(r.result)));
+        if constexpr (has_factors) {
+            const Two<doubles> whole = r.result, f = Core::factors(a, b);
+            r.result = {whole.first * f.first, whole.second * f.second};
+            if constexpr (std::is_same_v<Formula, HA>)
+                r.marks = (V)((longs)r.marks | rounded_twice(r.result.first, whole.first, f.first) |
+                              rounded_twice(r.result.second, whole.second, f.second));
         }
+        if constexpr (has_outer)
+            if (any_lane(outer)) {
+                const Two<V> z = Core::template outer<Formula>(sines.result, a, b);
+                r = {select(outer, z, r.result), select(outer, sines.marks, r.marks)};
+            }
         return r;
     }
     // With what is outer out of the way.
@@ -185,22 +194,23 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
         else return Core::template with_sines<Formula>(sines, where(~outer, x), y);
     }
     // Overflow, and underflow of both parts.
-    static longs reported(const Two<V>& r) requires(!is_single) {
-        const V re = absolute(r.first), im = absolute(r.second);
-        constexpr double infinity = Format<double>::infinity,
-                         normal = Format<double>::smallest_normal;
-        return (longs)(re == infinity) | (longs)(im == infinity) |
-               ((longs)(re < normal) & (longs)(im < normal));
-    }
-    static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
+    static ints outside_range(ints re, ints im) {
         const ints infinite = not_finite<T>(re) | not_finite<T>(im);
         if constexpr (!Core::underflows) return infinite;
         constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
         return infinite | ((magnitude(re) - normal) & (magnitude(im) - normal));
     }
-
-    static ints refuse(ints re, ints im, ints marks) requires(is_single&& Core::overflows) {
-        return marks | refuse(re, im);
+    static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
+        return outside_range(re, im);
+    }
+    static ints refuse(ints re, ints im, ints marks) requires(Core::overflows) {
+        return marks | outside_range(re, im);
+    }
+    static ints reported(ints re, ints im, ints marks) requires(Core::overflows) {
+        return outside_range(re, im) & ~marks;
+    }
+    static int status(T re, T im) requires(Core::overflows) {
+        return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
     }
 
     static int edge(T x, T y, T& re, T& im) {

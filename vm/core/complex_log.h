@@ -55,6 +55,14 @@ template <class Accuracy> inline Number<Accuracy> log_of_norm(doubles x, doubles
     }
 }
 
+// x + e ln 2 in these lanes; e has up to 11 bits.
+inline Parts plus_exponent(longs lanes, Parts x, doubles e) {
+    return select(lanes, x + Parts{e * ln2_high, e * ln2_low}, x);
+}
+inline doubles plus_exponent(longs lanes, doubles x, doubles e) {
+    return select(lanes, (x + e * ln2_low) + e * ln2_high, x);
+}
+
 // The angle of (x, y) in [0, pi], of x of either sign and y >= 0; where both are below 2^-500 that
 // of (0, 0), 0 or pi.
 inline Parts angle_of(Parts y, Parts x) {

@@ -118,6 +118,9 @@ inline SpecialPair nan_pair(double nan, double x) {
 inline SpecialPair special_sines(double x) {
     if (is_nan(x)) return nan_pair(quiet(x), x);
     if (is_infinite(x)) return nan_pair(-Format<double>::invalid, x);
+    const auto near = sine_cosine_far<EP>(all(magnitude_of(x)));  // their signs are what counts
+    if (!any_lane((longs)near.marks))
+        return {signed_like(1, x) * near.result.first[0], near.result.second[0]};
     const SinesOne one = sines_one(magnitude_of(x));
     return {one.sine.with_sign_of(x), one.cosine.rounded()};
 }

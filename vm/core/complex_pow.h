@@ -46,14 +46,14 @@ template <class T, class Accuracy> struct ComplexPowFormula {
         }
     }
     static ints beyond(ints a, ints b, ints c, ints d) requires(!is_single) {
-        const auto small = [](ints h) {
-            return static_cast<std::int32_t>(head_of(last) - 1) - magnitude(h);
-        };
-        return small(a) | small(b) | small(c) | small(d);
+        return finite_only(a, b, c, d);
     }
-    static V undefined(V a, V b, V c, V d) requires(!is_single) {
-        return (V)(is_tiny(a, least) | is_tiny(b, least) | is_tiny(c, least) | is_tiny(d, least) |
-                   both_zero(a, b));
+    // Zero; beside 1 a tiny part, whose square counts.
+    static V undefined(V a, V b, V, V) requires(!is_single) {
+        const auto beside_one = [](doubles one, doubles z) {
+            return (longs)(absolute(one) == 1.0) & is_tiny(z, least);
+        };
+        return (V)(both_zero(a, b) | beside_one(a, b) | beside_one(b, a));
     }
 
     static MarkedBy<V, Two<V>> fast(V a, V b, V c, V d) {
@@ -68,14 +68,18 @@ template <class T, class Accuracy> struct ComplexPowFormula {
         }
     }
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) requires(!is_single) {
-        return fast(a, b, c, d);
+        return wide_power(a, b, c, d);
     }
-    // Overflow and underflow of floats.
-    static ints refuse(ints re, ints im, ints marks) {
-        if constexpr (!is_single) return marks;
+    // Overflow and underflow.
+    static ints outside_range(ints re, ints im) {
         constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
-        return marks | not_finite<T>(re) | not_finite<T>(im) |
+        return not_finite<T>(re) | not_finite<T>(im) |
                ((magnitude(re) - normal) & (magnitude(im) - normal));
+    }
+    static ints refuse(ints re, ints im, ints marks) { return marks | outside_range(re, im); }
+    static ints reported(ints re, ints im, ints marks) { return outside_range(re, im) & ~marks; }
+    static int status(T re, T im) {
+        return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
@@ -99,46 +103,111 @@ template <class T, class Accuracy> struct ComplexPowFormula {
     }
 
 private:
-    // b ln a, with the sign of its imaginary part, and the verdict about its size.
+    using N = Number<Formula>;
+    // ln a.
+    struct Logarithm {
+        N log, angle;
+    };
+    // b ln a; the angle without its sign.
+    struct Exponent {
+        N re, turn;
+        longs sign;
+        Exponent(const Logarithm& a, doubles u, doubles v) {
+            const N p = number<N>(u), q = number<N>(v);
+            re = p * a.log - q * a.angle;
+            const N im = p * a.angle + q * a.log;
+            sign = sign_bit(leading_part(im));
+            turn = flipped(im, sign);
+        }
+    };
+    static longs above(N w, double bound) {
+        return std::bit_cast<std::int64_t>(bound) - (longs)absolute(leading_part(w));
+    }
+
+    // Within the verdict about the size of b ln a.
     static MarkedBy<doubles, Two<doubles>> power(doubles x, doubles y, doubles u, doubles v) {
-        using N = Number<Formula>;
-        const auto [log, angle] = log_parts(x, y);
-        const N p = number<N>(u), q = number<N>(v);
-        N re = p * log - q * angle;
-        const N im = p * angle + q * log;
-        const longs sign = sign_bit(leading_part(im));
-        const N turn = flipped(im, sign);
-        const auto above = [](N w, double bound) {
-            return std::bit_cast<std::int64_t>(bound) - (longs)absolute(leading_part(w));
-        };
+        auto [re, turn, sign] = Exponent(logarithm(x, y), u, v);
         // Floats are 0 or infinite where e^re ends its range.
         if constexpr (is_single) re = maximum(minimum(re, all(last_re)), all(-last_re));
-        const doubles marks = (doubles)(above(re, last_re) | above(im, last_im));
+        const doubles marks = (doubles)(above(re, last_re) | above(turn, last_im));
+        const auto [sine, cosine] = sines_near(turn);
         if constexpr (std::is_same_v<N, Parts>) {
-            TrigReduced reduced = trig_reduce<sine_bias, TrigReach::near>(turn.high);
-            const Parts r = two_sum(reduced.high, turn.low);
-            reduced.high = r.high, reduced.low = reduced.low + r.low;
-            const auto [sine, cosine] = sine_cosine(reduced);
             const ExpParts e = exp_parts(exp_reduce<HA>(re.high, re.low));
             const Parts size = normalised({e.high, e.low});
             return {
                 {rounded(size * cosine) * e.power, flipped(rounded(size * sine) * e.power, sign)},
                 marks};
         } else {
-            const auto [sine, cosine] = sine_cosine<Formula>(turn);
             const doubles size = exp_core<Formula>(re);
             return {{size * cosine, flipped(size * sine, sign)}, marks};
         }
     }
-    static auto log_parts(doubles x, doubles y) {
-        using N = Number<Formula>;
+    static Two<N> sines_near(N turn) {
+        if constexpr (std::is_same_v<N, Parts>) {
+            TrigReduced reduced = trig_reduce<sine_bias, TrigReach::near>(turn.high);
+            const Parts r = two_sum(reduced.high, turn.low);
+            reduced.high = r.high, reduced.low = reduced.low + r.low;
+            return sine_cosine(reduced);
+        } else {
+            return sine_cosine<Formula>(turn);
+        }
+    }
+
+    // Of any a but 0 and any b; where b is so large that its scale counts, which it does not where
+    // the result is 0 or infinite, marked.
+    static MarkedBy<doubles, Two<doubles>> wide_power(doubles x, doubles y, doubles u, doubles v) {
+        const ReducedPair b = reduced<200>(u, v);
+        auto [re, turn, sign] = Exponent(wide_logarithm(x, y), b.x, b.y);
+        longs marks = b.large & ~above(re, 0x1p50);
+        const longs end = sign_mask(above(re, 1500));
+        re = select(end, number<N>(with_sign(all(1500.0), leading_part(re))), re);
+
+        const longs far = sign_mask(above(turn, last_im));
+        Two<N> sines = sines_near(select(far, number<N>(doubles{}), turn));
+        if (any_lane(far)) {
+            const auto z = sines_far(turn);
+            sines = select(far, z.result, sines);
+            marks |= far & (longs)z.marks;
+        }
+        if constexpr (std::is_same_v<N, Parts>) {
+            const auto e = wide_exponential<HA>(re.high, re.low);
+            return {{e.power.times(e.number * sines.second, all(1.0)),
+                     flipped(e.power.times(e.number * sines.first, all(1.0)), sign)},
+                    (doubles)marks};
+        } else {
+            const auto e = wide_exponential<Formula>(re);
+            return {{e.power.times(sines.second, all(1.0)),
+                     flipped(e.power.times(sines.first, all(1.0)), sign)},
+                    (doubles)marks};
+        }
+    }
+    static MarkedBy<doubles, Two<N>> sines_far(N turn) {
+        auto z = sine_cosine_far<Formula>(leading_part(turn));
+        if constexpr (std::is_same_v<N, Parts>) {
+            const longs sign = sign_bit(turn.low);
+            const auto low = sine_cosine_far<HA>(absolute(turn.low));
+            const auto [s, c] = z.result;
+            const Parts t = flipped(low.result.first, sign), one = low.result.second;
+            z.result = {s * one + c * t, c * one - s * t};
+            z.marks = (doubles)((longs)z.marks | (longs)low.marks);
+        }
+        return z;
+    }
+    static Logarithm wide_logarithm(doubles x, doubles y) {
+        const ScaledToAny z = of_any_size(x, y);
+        Logarithm r = logarithm(z.x.x, z.y.x);
+        if (any_lane(z.scaled)) r.log = plus_exponent(z.scaled, r.log, z.exponent());
+        r.angle = times_power(r.angle, select(z.x.x > 0.0, z.y.factor, all(1.0)));
+        return r;
+    }
+    static Logarithm logarithm(doubles x, doubles y) {
         const doubles p = absolute(x), q = absolute(y);
         if constexpr (std::is_same_v<N, Parts>) {
             const Parts log = log_of_norm(norm_parts(maximum(p, q), minimum(p, q)), extended_log);
             const Parts angle = turned(atan_quotient_extended(q, not_zero(p)), sign_bit(x));
-            return Two<Parts>{times_power(log, 0.5), flipped(normalised(angle), sign_bit(y))};
+            return {times_power(log, 0.5), flipped(normalised(angle), sign_bit(y))};
         } else {
-            return Two<doubles>{log_of_norm<LA>(p, q) * 0.5, flipped(angle_of(q, x), sign_bit(y))};
+            return {log_of_norm<LA>(p, q) * 0.5, flipped(angle_of(q, x), sign_bit(y))};
         }
     }
 

@@ -34,9 +34,15 @@ inline doubles rounded_with_zero(Parts x) {
     return select(sum == 0.0, x.high, sum);
 }
 
+inline Two<doubles> rounded_with_zero(const PartsOf<Parts>& x) {
+    return {rounded_with_zero(x.re), rounded_with_zero(x.im)};
+}
+inline Two<doubles> times(const PartsOf<Parts>& x, const PowersBack& back) {
+    return {back.times(rounded_with_zero(x.re), x.re), back.times(rounded_with_zero(x.im), x.im)};
+}
+
 inline Two<doubles> complex_product(doubles a, doubles b, doubles c, doubles d) {
-    const auto p = product_parts(a, b, c, d);
-    return {rounded_with_zero(p.re), rounded_with_zero(p.im)};
+    return rounded_with_zero(product_parts(a, b, c, d));
 }
 
 // (a + ib) / (c + id) as unevaluated sums, from the product with the conjugate.
@@ -50,8 +56,7 @@ inline PartsOf<Parts> quotient_parts(doubles a, doubles b, doubles c, doubles d)
     return {divide(normalised(product.re), norm), divide(normalised(product.im), norm)};
 }
 inline Two<doubles> complex_quotient(doubles a, doubles b, doubles c, doubles d) {
-    const PartsOf<Parts> q = quotient_parts(a, b, c, d);
-    return {rounded_with_zero(q.re), rounded_with_zero(q.im)};
+    return rounded_with_zero(quotient_parts(a, b, c, d));
 }
 // The same in plain arithmetic: 5 units of the norm.
 template <class V> inline Two<V> complex_quotient_plain(V a, V b, V c, V d) {
@@ -59,10 +64,19 @@ template <class V> inline Two<V> complex_quotient_plain(V a, V b, V c, V d) {
     return {(a * c + b * d) * inverse, (b * c - a * d) * inverse};
 }
 
-// Where an exponent of the product or quotient, and of what it is made of, is one of normal
-// numbers.
-inline ints exponent_outside(ints exponent) {  // in [-900, 1019]
-    return (exponent + (900 << 20)) | ((1019 << 20) - exponent);
+// A gate: infinities, of doubles some NaN too.
+template <class T> inline ints is_infinity(ints h) {
+    return ((magnitude(h) ^ static_cast<std::int32_t>(Format<T>::infinity_head)) - 1);
+}
+
+// Results of arguments of which one is NaN, the first one of these: it is no matter of the order of
+// operations which.
+template <class V> inline Two<V> with_nan(const Two<V>& r, V a, V b, V c, V d) {
+    const auto none = [](V x) { return (BitsOf<V>)(x == x); };
+    if (!any_lane(~(none(a) & none(b) & none(c) & none(d)))) return r;
+    const auto or_else = [&](V x, V other) { return select(none(x), other, x + x); };
+    const auto all_of = [&](V x) { return or_else(a, or_else(b, or_else(c, or_else(d, x)))); };
+    return {all_of(r.first), all_of(r.second)};
 }
 
 // An infinite number as a direction: its infinite parts are +-1, the others zeros.

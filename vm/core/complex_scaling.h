@@ -2,7 +2,9 @@
 // that brings the larger part to [1, 2), and the result scaled back.
 #pragma once
 
+#include "vm/core/rounding.h"
 #include "vm/core/scaling.h"
+#include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
 #include "vm/simd/simd.h"
 
@@ -45,17 +47,25 @@ inline longs larger_exponent(doubles x, doubles y) {
     return (longs)maximum(absolute(x), absolute(y)) & INT64_C(0x7FF0000000000000);
 }
 
-// Two parts times 2^-e, whose e stands in the exponent field; for larger parts from 2^-1022 to
-// 2^1023. What the smaller one loses where it becomes subnormal does not count.
+// Two parts times 2^-e, e in the exponent field: the larger one, of any size, comes to [1, 2). What
+// the smaller one loses where it becomes subnormal does not count.
 struct ScaledPair {
     doubles x, y;
     longs exponent;
 };
 inline ScaledPair scale_to_one(doubles x, doubles y) {
-    constexpr std::int64_t one = INT64_C(0x3FF0000000000000);
-    const longs larger = larger_exponent(x, y);
+    constexpr std::int64_t one = INT64_C(0x3FF0000000000000), unit = INT64_C(1) << 52;
+    longs larger = larger_exponent(x, y), taken = larger - one;
+    const longs small = larger - unit, large = 2045 * unit - larger;
+    if (any_lane(small | large)) [[unlikely]] {
+        const longs up = sign_mask(small), down = sign_mask(large);
+        const doubles factor = select(up, all(0x1p100), select(down, all(0x1p-2), all(1.0)));
+        x = x * factor, y = y * factor;
+        larger = larger_exponent(x, y);
+        taken = larger - one - (up & (100 * unit)) + (down & (2 * unit));
+    }
     const doubles factor = (doubles)(2 * one - larger);
-    return {x * factor, y * factor, larger - one};
+    return {x * factor, y * factor, taken};
 }
 // Tiny parts, below 2^-280 but not 0, scaled to numbers from 2^exponent on, whose squares are
 // normal, for formulas whose results are linear in a part so small; and the power of two that takes
@@ -74,33 +84,57 @@ template <int exponent = -200> inline EnlargedParts enlarged(doubles x) {
     return {select(tiny, normal * (doubles)(target + one - field), x),
             select(tiny, (doubles)(field - back), all(1.0))};
 }
-// Parts of which one is tiny and the larger one below 2^-180, scaled by an even power of two that
-// brings that next to 1; then a tiny one beside a larger one as above, to 2^-360: there it does not
-// count, as before.
-struct EnlargedPair {
+// Parts of which one is large, from 2^280 on: both divided by an even power of two, which leaves
+// the larger one next to 2^target; what the smaller one loses where it becomes subnormal does not
+// count.
+struct ReducedPair {
+    doubles x, y;
+    longs large, field;  // the lanes that are scaled, and the power of two as bits
+    doubles inverse_power() const { return (doubles)(2 * exponent_field(0) - field); }
+};
+// e of numbers 2^e, from 0 to 4095 with `bias` added, as bits.
+inline doubles exponent_of(longs field, int bias = 1023) {
+    const doubles sum = (doubles)((longs)((ulongs)field >> 52) | INT64_C(0x4330000000000000));
+    return sum - (0x1p52 + bias);
+}
+template <int target> inline ReducedPair reduced(doubles x, doubles y) {
+    const longs large = (longs)(maximum(absolute(x), absolute(y)) >= 0x1p280);
+    if (!any_lane(large)) [[likely]]
+        return {x, y, large, all(exponent_field(0))};
+    const longs larger = larger_exponent(x, y) | INT64_C(1) << 52,
+                field = larger - (std::int64_t{target} << 52);
+    const doubles factor = (doubles)(2 * exponent_field(0) - field);
+    return {select(large, x * factor, x), select(large, y * factor, y), large,
+            (field & large) | (exponent_field(0) & ~large)};
+}
+// Parts of any size for formulas of logarithms and roots. Where one is tiny and the larger one
+// below 2^-180 both are scaled by an even power of two that brings that next to 1, large ones to
+// 2^60; then a tiny one beside a larger one as above, to 2^-360: there it does not count, as
+// before.
+struct ScaledToAny {
     EnlargedParts x, y;
-    longs tiny, field;  // the lanes that are scaled, and the exponent + 300 of what was taken out
-    doubles exponent() const {
-        const doubles sum = (doubles)((longs)((ulongs)field >> 52) | INT64_C(0x4330000000000000));
-        return sum - (0x1p52 + (1023 + 300));
-    }
+    longs scaled, field;  // the lanes that are scaled, and the exponent + 300 of what was taken out
+    doubles exponent() const { return exponent_of(field, 1023 + 300); }
     // Half of it as a power of two.
     doubles root() const {
         const ulongs sum = (ulongs)field + (UINT64_C(723) << 52);
-        return select(tiny, (doubles)(sum >> 1), all(1.0));
+        return select(scaled, (doubles)(sum >> 1), all(1.0));
     }
 };
-inline EnlargedPair enlarged(doubles x, doubles y) {
+inline ScaledToAny of_any_size(doubles x, doubles y) {
+    const auto [u, v, large, taken] = reduced<60>(x, y);
     const longs tiny = sign_mask(is_tiny(x, 0x1p-280) | is_tiny(y, 0x1p-280)) &
                        (longs)(maximum(absolute(x), absolute(y)) < 0x1p-180);
-    longs field = all(exponent_field(0));
+    longs field = taken + (INT64_C(300) << 52);
+    x = u, y = v;
     if (any_lane(tiny)) [[unlikely]] {
-        const doubles u = x * 0x1p300, v = y * 0x1p300;
-        field = larger_exponent(u, v) | INT64_C(1) << 52;
-        const doubles factor = (doubles)(2 * exponent_field(0) - field);
-        x = select(tiny, u * factor, x), y = select(tiny, v * factor, y);
+        const doubles p = x * 0x1p300, q = y * 0x1p300;
+        const longs larger = larger_exponent(p, q) | INT64_C(1) << 52;
+        const doubles factor = (doubles)(2 * exponent_field(0) - larger);
+        field = (larger & tiny) | (field & ~tiny);
+        x = select(tiny, p * factor, x), y = select(tiny, q * factor, y);
     }
-    return {enlarged<-360>(x), enlarged<-360>(y), tiny, field};
+    return {enlarged<-360>(x), enlarged<-360>(y), tiny | large, field};
 }
 // Signs of results that had been rounded to more bits before they became subnormal, or rose to the
 // smallest normal number, where that counts.
@@ -109,22 +143,74 @@ inline longs rounded_twice(doubles r) {
     return (size - std::bit_cast<std::int64_t>(0x1p-1022) - 1) &
            ~(size - std::bit_cast<std::int64_t>(0x1p-1030));
 }
+// Likewise of r = x f, f a power of two: where f is not 1 and that was exact, nothing counts.
+inline longs rounded_twice(doubles r, doubles x, doubles f) {
+    const longs marks = rounded_twice(r);
+    if (!any_lane(sign_mask(marks))) [[likely]]
+        return marks;
+    const doubles back = (doubles)(2 * exponent_field(0) - (longs)f);
+    return marks & ~((longs)(r * back == x) & (longs)(f < 1.0));
+}
 // 2^e.
 inline doubles power_of_two(longs exponent) {
     return (doubles)(exponent + INT64_C(0x3FF0000000000000));
 }
 
-// r times two powers of two, by factors of about half the exponent each: what the first one rounds
-// is 0 in the end.
-inline Two<doubles> scaled_back(Two<doubles> r, longs first, longs second) {
-    constexpr std::int64_t bias = exponent_field(0);
-    const auto halved = [](longs field) {
-        return (longs)((ulongs)(field & ~(INT64_C(1) << 52)) >> 1);
-    };
-    const longs u = first + bias, v = second + bias, half = halved(u) + halved(v);
-    const doubles p = (doubles)half, q = (doubles)((u - half) + v);
-    return {r.first * p * q, r.second * p * q};
+// (high + low) 2^-1022 for marked results r of it, rounded once; `round_to_subnormal`.
+inline doubles rounded_to_subnormal(doubles high, doubles low) {
+    const doubles one = with_sign(all(1.0), high), sum = one + high;
+    const doubles rounded = sum + (((one - sum) + high) + low);
+    return with_sign((rounded - one) * 0x1p-1022, high);
 }
+
+// Two powers of two together, as factors of about half the exponent each: what the first one rounds
+// is 0 in the end, and it is 0 where the result is in any case.
+struct PowersBack {
+    doubles first, second;
+    longs to_one;  // 2^1022 times both, as bits
+    PowersBack(longs x, longs y) {
+        constexpr std::int64_t bias = exponent_field(0), unit = INT64_C(1) << 52;
+        const auto halved = [](longs e) {
+            return (longs)(((ulongs)e + (UINT64_C(1) << 63)) >> 1 & -(UINT64_C(1) << 52)) -
+                   1024 * unit;
+        };
+        const longs half = halved(x) + halved(y), rest = (x - half) + y;
+        const longs none = sign_mask(half + 600 * unit), endless = sign_mask(1000 * unit - half);
+        const doubles most = all(0x1p1000);
+        first = where(~none, select(endless, most, (doubles)(half + bias)));
+        second = select(none | endless, most, (doubles)(rest + bias));
+        to_one = (x + (bias + 1022 * unit)) + y;
+    }
+    doubles times(doubles x) const { return x * first * second; }
+    // Of a sum and what it is rounded to: rounded once.
+    doubles times(doubles rounded, Parts x) const {
+        const doubles r = times(rounded);
+        const longs marks = rounded_twice(r);
+        if (!any_lane(marks)) [[likely]]
+            return r;
+        const doubles power = (doubles)to_one, low = (x.high - rounded) + x.low;
+        return select(sign_mask(marks), rounded_to_subnormal(rounded * power, low * power), r);
+    }
+};
+
+// A power of two up to 2^+-2200, in three: half^2 rest. x is a number next to 1, or from 2^-200 on
+// with a factor that takes back what enlarged it: where an intermediate result leaves the range the
+// product does.
+struct OuterPower {
+    doubles half, rest;
+    doubles times(doubles x, doubles factor) const { return x * half * factor * rest * half; }
+    // Of a sum, rounded once.
+    doubles times(Parts x, doubles factor) const {
+        const doubles whole = rounded(x), r = times(whole, factor);
+        const longs marks = rounded_twice(r);
+        if (!any_lane(marks)) [[likely]]
+            return r;
+        const doubles up = half * 0x1p511;
+        const auto scaled = [&](doubles z) { return z * up * factor * rest * up; };
+        return select(sign_mask(marks),
+                      rounded_to_subnormal(scaled(whole), scaled((x.high - whole) + x.low)), r);
+    }
+};
 
 // A number of no sign with that of x.
 KEF_INLINE double signed_like(double magnitude, double x) {
@@ -133,25 +219,5 @@ KEF_INLINE double signed_like(double magnitude, double x) {
 
 // An argument of one element: a zero where subnormal numbers count as zeros.
 KEF_INLINE double as_number(double x) { return x == 0 ? signed_like(0, x) : x; }
-
-// One element likewise, of any size but 0.
-struct ScaledOne {
-    double x, y;
-    int exponent;
-};
-inline ScaledOne scale_to_one(double x, double y) {
-    const double a = x < 0 ? -x : x, b = y < 0 ? -y : y;
-    const int e = exponent_of(a > b ? a : b);
-    return {scaled(x, -e), scaled(y, -e), e};
-}
-
-// (high + low) 2^e rounded once, whatever their size; a sum of 0 keeps the sign of `high`.
-KEF_INLINE double scaled_once(double high, double low, int e) {
-    const double sum = high + low;
-    if (sum == 0) return signed_like(0, high);
-    const double rest = (high - sum) + low;
-    const int shift = exponent_of(sum);
-    return round_scaled(scaled(sum, -shift), scaled(rest, -shift), e + shift);
-}
 
 }  // namespace KEF_VM

@@ -38,9 +38,21 @@ template <Phase phase> struct SineCore {
                     flipped(-0.5 * rounded(s * sh), sign_bit(x) ^ sign_bit(y))};
     }
 
-    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
-        if constexpr (sine) return {r.first * x.factor, r.second * y.factor};
-        else return {r.first, r.second * x.factor * y.factor};
+    // Both hyperbolic ones are e^|y|/2; from |y| = 1500 on the parts are 0 or infinite.
+    template <class Accuracy>
+    static Two<doubles> outer(const Two<Number<Accuracy>>& sines, EnlargedParts x,
+                              EnlargedParts y) {
+        const doubles size = minimum(maximum(absolute(y.x), all(hyperbolic_last)), all(1500.0));
+        const auto e = wide_exponential<Accuracy>(size);
+        const doubles s = e.power.times(times_power(sines.first * e.number, 0.5), x.factor),
+                      c = e.power.times(times_power(sines.second * e.number, 0.5), all(1.0));
+        if constexpr (sine) return {flipped(s, sign_bit(x.x)), flipped(c, sign_bit(y.x))};
+        else return {c, flipped(-s, sign_bit(x.x) ^ sign_bit(y.x))};
+    }
+
+    static Two<doubles> factors(EnlargedParts x, EnlargedParts y) {
+        if constexpr (sine) return {x.factor, y.factor};
+        else return {all(1.0), x.factor * y.factor};
     }
 
     static int edge(double x, double y, double& re, double& im) {

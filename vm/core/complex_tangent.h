@@ -36,24 +36,17 @@ struct TangentCore {
                 flipped(rounded(sh * ch / denominator), sign_bit(y))};
     }
 
-    // 4 sin x cos x e^(-2 y) and 1, the power with 2^1024: from y = 384 on it does not matter.
+    // 4 sin x cos x e^(-2 y) and 1; from y = 384 on the power does not matter.
     template <class Accuracy>
-    static Two<doubles> outer(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
+    static Two<doubles> outer(const Two<Number<Accuracy>>& sines, EnlargedParts x,
+                              EnlargedParts y) {
         const auto product = times_power(sines.first * sines.second, 4);
-        const doubles exponent = -2.0 * minimum(absolute(y), all(384.0));
-        doubles re;
-        if constexpr (std::is_same_v<Accuracy, HA>) {
-            const ExpParts e = exp_parts<1024>(exponent);
-            re = rounded(product * normalised({e.high, e.low})) * e.power;
-        } else {
-            re = product * exp_core<Accuracy, 1024>(exponent);
-        }
-        return {flipped(re * 0x1p-512 * 0x1p-512, sign_bit(x)), flipped(all(1.0), sign_bit(y))};
+        const auto e = wide_exponential<Accuracy>(-2.0 * minimum(absolute(y.x), all(384.0)));
+        return {flipped(e.power.times(product * e.number, x.factor), sign_bit(x.x)),
+                flipped(all(1.0), sign_bit(y.x))};
     }
 
-    static Two<doubles> shrunk(Two<doubles> r, EnlargedParts x, EnlargedParts y) {
-        return {r.first * x.factor, r.second * y.factor};
-    }
+    static Two<doubles> factors(EnlargedParts x, EnlargedParts y) { return {x.factor, y.factor}; }
 
     static int edge(double x, double y, double& re, double& im) {
         if (is_infinite(y)) {

@@ -1,6 +1,7 @@
 // Sine and cosine, twice the hyperbolic sine and cosine, as numbers of either kind.
 #pragma once
 
+#include "vm/core/complex_scaling.h"
 #include "vm/core/hyperbolic_core.h"
 #include "vm/core/trig_functions.h"
 #include "vm/core/two_part.h"
@@ -63,5 +64,25 @@ template <class Accuracy> inline Two<Number<Accuracy>> twice_hyperbolic(doubles 
     }
 }
 inline constexpr double hyperbolic_last = 700;
+
+// e^x, |x| <= 1500: a number of two parts next to 1 and a power of two, which beyond +-500 is in
+// three; or 1 and all of it. `low` is a small correction of x, or nothing.
+template <class Accuracy> struct WideExponential {
+    Number<Accuracy> number;
+    OuterPower power;
+};
+template <class Accuracy> inline auto wide_exponential(doubles x, auto... low) {
+    constexpr std::int64_t shift = INT64_C(1200) << 52;
+    ExpReduced reduced = exp_reduce<Accuracy>(x, low...);  // whose power has lost its top
+    const longs up = (longs)(x > 500.0), down = (longs)(x < -500.0);
+    reduced.power = (reduced.power + ((down & shift) - (up & shift))) & INT64_C(0x7FF0000000000000);
+    const doubles half = select(up, all(0x1p600), select(down, all(0x1p-600), all(1.0)));
+    if constexpr (std::is_same_v<Accuracy, HA>) {
+        const ExpParts e = exp_parts(reduced);
+        return WideExponential<HA>{normalised({e.high, e.low}), {half, e.power}};
+    } else {
+        return WideExponential<Accuracy>{all(1.0), {half, exp_of<Accuracy>(reduced)}};
+    }
+}
 
 }  // namespace KEF_VM

@@ -39,16 +39,11 @@ template <class Base> struct LnCore {
         return result<Accuracy>(x, y, log_of_norm<Accuracy>(absolute(x), absolute(y)));
     }
     // Whose angle is linear in a tiny y beside x > 0.
-    template <class Accuracy> static Two<doubles> enlarged_formula(doubles x, doubles y) {
+    template <class Accuracy> static Two<doubles> any_size(doubles x, doubles y) {
         using N = Number<Accuracy>;
-        const EnlargedPair z = enlarged(x, y);
+        const ScaledToAny z = of_any_size(x, y);
         N log = log_of_norm<Accuracy>(absolute(z.x.x), absolute(z.y.x));
-        if (any_lane(z.tiny)) {
-            const doubles twice = 2.0 * z.exponent();
-            if constexpr (std::is_same_v<N, Parts>)
-                log = select(z.tiny, log + Parts{twice * ln2_high, twice * ln2_low}, log);
-            else log = select(z.tiny, (log + twice * ln2_low) + twice * ln2_high, log);
-        }
+        if (any_lane(z.scaled)) log = plus_exponent(z.scaled, log, 2.0 * z.exponent());
         const Two<doubles> r = result<Accuracy>(z.x.x, z.y.x, log);
         return {r.first, r.second * select(z.x.x > 0.0, z.y.factor, all(1.0))};
     }

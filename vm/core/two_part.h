@@ -30,6 +30,8 @@ inline Parts operator/(Parts x, Parts y) { return normalised(divide(x, y)); }
 // By a power of two.
 inline Parts times_power(Parts x, double power) { return {x.high * power, x.low * power}; }
 inline doubles times_power(doubles x, double power) { return x * power; }
+inline Parts times_power(Parts x, doubles power) { return {x.high * power, x.low * power}; }
+inline doubles times_power(doubles x, doubles power) { return x * power; }
 
 // The leading part.
 inline doubles leading_part(Parts x) { return x.high; }

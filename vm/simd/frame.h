@@ -247,6 +247,13 @@ int edge(const K& k, const auto& x, auto& r, std::index_sequence<N...>) {
     else return k.edge(x[N]..., r[0], r[1]);
 }
 
+// The status of results that stand.
+template <class K, class T, std::size_t O> int status_of(const K& k, const std::array<T, O>& r) {
+    if constexpr (requires { k.status(r[0]); }) return k.status(r[0]);
+    else if constexpr (requires { k.status(r[0], r[O - 1]); }) return k.status(r[0], r[O - 1]);
+    else return VTM_STATUS_OK;
+}
+
 // The second argument in a report.
 template <class In, class K> inline auto second_argument(const K& k, const auto& x) {
     if constexpr (requires { k.scalar(); }) return k.scalar();
@@ -268,6 +275,21 @@ inline ints refused(const K& k, const std::array<Group<T>, Y>& y) {
     return [&]<std::size_t... N>(std::index_sequence<N...>) {
         if constexpr (requires { k.refuse(y[N].head()...); }) return k.refuse(y[N].head()...);
         else if constexpr (Y > O) return y[O].head();
+        else return ints{};
+    }
+    (std::make_index_sequence<Y>());
+}
+
+// Of those the lanes whose results stand.
+template <class K, std::size_t Y>
+inline constexpr bool has_reports = []<std::size_t... N>(std::index_sequence<N...>) {
+    return requires(const K& k, ints h) { k.reported((static_cast<void>(N), h)...); };
+}
+(std::make_index_sequence<Y>());
+template <class K, class T, std::size_t Y>
+inline ints reported(const K& k, const std::array<Group<T>, Y>& y) {
+    return [&]<std::size_t... N>(std::index_sequence<N...>) {
+        if constexpr (has_reports<K, Y>) return k.reported(y[N].head()...);
         else return ints{};
     }
     (std::make_index_sequence<Y>());
@@ -332,10 +354,10 @@ inline Shares shares(const K& k, const std::array<Group<T>, I>& x) {
 
 // A group by both formulas, each with one of its own elements in the lanes that are not its share:
 // what it must not see it does not see. component(j, m): argument j of element m. The lanes that
-// are done.
+// are done; and those of them with a status to report, where the kernel tells.
 template <class K, class T, std::size_t I, std::size_t O>
 inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<T>, I>& x,
-                        auto component, std::array<Group<T>, O>& y) {
+                        auto component, std::array<Group<T>, O>& y, auto&... with_status) {
     ints done{};
     const auto compute = [&](ints chosen, auto formula) {
         if (!any_lane(chosen)) return;
@@ -346,7 +368,12 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
                 some[j] = Group<T>::all_of(component(j, one)).replaced(chosen, x[j]);
         }
         const auto r = apply(formula, some, std::make_index_sequence<I>());
-        const ints good = chosen & ~refused<O>(k, r);
+        ints good = chosen & ~refused<O>(k, r);
+        if constexpr (sizeof...(with_status) == 1) {
+            const ints stands = chosen & reported(k, r);
+            good |= stands;
+            (..., (with_status |= stands));
+        }
         for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
         done |= good;
     };
@@ -355,10 +382,48 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
     return done;
 }
 
+// Whether the kernel of arrays In and Out reports results of its second formula, which gives one
+// vector more.
+template <class K, class Out> inline constexpr bool reports = has_reports<K, Out::components + 1>;
+
+// An element's report.
+template <class K, class In, class Out>
+[[gnu::always_inline]] inline void report(const K& k, int status, int i, const auto& arguments,
+                                          auto& guard, const In& in, const Out& out) {
+    guard.report(ElementError<typename In::Element, typename Out::Element>{
+        status, i, K::name, in.p[0], In::element(arguments, 0), second_argument<In>(k, arguments),
+        &out.p.front()[i], &out.p.back()[i]});
+}
+
+// The statuses of a group that is stored at i, in their order; where the thread wants no more than
+// the last one, that alone.
+template <class K, class In, class Out>
+[[gnu::noinline]] void report_group(const K& k, unsigned lanes, int i, const typename In::Groups& x,
+                                    const typename Out::Groups& y, auto& guard, const In& in,
+                                    const Out& out) {
+    using T = typename In::T;
+    T arguments[In::components][group], results[Out::components][group];
+    for (std::size_t j = 0; j < In::components; ++j) x[j].store_at(arguments[j]);
+    for (std::size_t j = 0; j < Out::components; ++j) y[j].store_at(results[j]);
+    const auto status = [&](int m) {
+        std::array<T, Out::components> r;
+        for (std::size_t j = 0; j < r.size(); ++j) r[j] = results[j][m];
+        return status_of(k, r);
+    };
+    if (store_status_alone(status(std::bit_width(lanes) - 1))) return;
+    for (; lanes != 0; lanes &= lanes - 1) {
+        const int m = std::countr_zero(lanes);
+        std::array<T, In::components> a;
+        for (std::size_t j = 0; j < In::components; ++j) a[j] = arguments[j][m];
+        report(k, status(m), i + m, a, guard, in, out);
+    }
+}
+
 // Groups that the two formulas compute, up to 16 in a row; the index behind them. The kernel comes
 // by value here and below: where its address never leaves a loop, its fields stay in registers.
 template <class K, class In, class Out>
-[[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const In& in, const Out& out) {
+[[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const In& in, const Out& out,
+                                               auto&... guard) {
     const int most = i + 16 * group, end = most < n ? most : n;
     for (; i <= end - group; i += group) {
         const auto x = in.group_at(i);
@@ -368,8 +433,17 @@ template <class K, class In, class Out>
         if (!all_lanes(share.first | share.second)) break;
         const auto component = [&](std::size_t j, int m) { return in.component(j, i + m); };
         typename Out::Groups y{};
-        if (!all_lanes(by_formulas(k, share, x, component, y))) break;
-        out.storing(i)(y);
+        if constexpr (reports<K, Out>) {
+            ints with_status{};
+            if (!all_lanes(by_formulas(k, share, x, component, y, with_status))) break;
+            out.storing(i)(y);
+            if (any_lane(with_status)) [[unlikely]]
+                report_group(k, Group<typename In::T>::set_in(with_status), i, x, y, guard..., in,
+                             out);
+        } else {
+            if (!all_lanes(by_formulas(k, share, x, component, y))) break;
+            out.storing(i)(y);
+        }
     }
     return i;
 }
@@ -386,24 +460,36 @@ template <class K, class In, class Out, class Guard>
     for (std::size_t j = 0; j < I; ++j) x[j].store_at(arguments[j]);
     std::array<Group<T>, O> y{};
     const auto component = [&](std::size_t j, int m) { return arguments[j][m]; };
-    const ints done = by_formulas(k, shares(k, x), x, component, y);
+    ints done;
+    unsigned reported = 0;
+    if constexpr (reports<K, Out>) {
+        ints with_status{};
+        done = by_formulas(k, shares(k, x), x, component, y, with_status);
+        reported = Group<T>::set_in(with_status);
+    } else {
+        done = by_formulas(k, shares(k, x), x, component, y);
+    }
 
     for (std::size_t j = 0; j < O; ++j) {
         y[j].store_at(results[j]);
         for (int m = 0; m < count; ++m) out.component(j, i + m) = results[j][m];
     }
-    for (unsigned rest = ~Group<T>::set_in(done) & ((1u << count) - 1); rest != 0;
+    for (unsigned rest = (~Group<T>::set_in(done) | reported) & ((1u << count) - 1); rest != 0;
          rest &= rest - 1) {
         const int m = std::countr_zero(rest);
         std::array<T, I> a;
         std::array<T, O> r;
         for (std::size_t j = 0; j < I; ++j) a[j] = arguments[j][m];
+        if constexpr (reports<K, Out>)
+            if (reported >> m & 1) {
+                for (std::size_t j = 0; j < O; ++j) r[j] = results[j][m];
+                report(k, status_of(k, r), i + m, a, guard, in, out);
+                continue;
+            }
         const int status = edge(k, a, r, std::make_index_sequence<I>());
         for (std::size_t j = 0; j < O; ++j) out.component(j, i + m) = r[j];
         if (status != VTM_STATUS_OK) [[unlikely]]
-            guard.report(ElementError<typename In::Element, typename Out::Element>{
-                status, i + m, K::name, in.p[0], In::element(a, 0), second_argument<In>(k, a),
-                &out.p.front()[i + m], &out.p.back()[i + m]});
+            report(k, status, i + m, a, guard, in, out);
     }
 }
 
@@ -414,7 +500,9 @@ template <class K, class In, class Out, class Guard>
 [[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard, const In& in,
                                            const Out& out) {
     while (i <= n - group) {
-        const int behind = far_groups(k, i, n, in, out);
+        int behind;
+        if constexpr (reports<K, Out>) behind = far_groups(k, i, n, in, out, guard);
+        else behind = far_groups(k, i, n, in, out);
         if (behind == i) held_back(k, i, group, guard, in, out), i += group;
         else i = behind;
         while (i <= n - group && try_group<Out::components>(k, in.group_at(i), out.storing(i)))
