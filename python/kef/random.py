@@ -9,8 +9,8 @@ vector draws, skips and leapfrogs below go on behind what was read ahead.
 >>> stream.normal(3, mean=10.0, sigma=2.0)
 array([10.700568  ,  9.17246713, 13.50553281])
 >>> generator = np.random.Generator(stream)
->>> generator.integers(6, size=4)
-array([4, 1, 2, 3])
+>>> generator.integers(6, size=4).tolist()
+[4, 1, 2, 3]
 """
 
 import ctypes

@@ -734,8 +734,8 @@ def outliers(x, alpha=0.05, start=2, tolerance=0.0):
     Examples
     --------
     >>> from kef import stats
-    >>> stats.outliers([1.0, 2.0, 3.0, 2.0, 1.5, 2.5, 100.0]).nonzero()
-    (array([6]),)
+    >>> stats.outliers([1.0, 2.0, 3.0, 2.0, 1.5, 2.5, 100.0]).nonzero()[0].tolist()
+    [6]
     """
     data = _some(_data(x))
     task = _task_of(data)
