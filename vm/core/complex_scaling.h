@@ -47,6 +47,20 @@ inline longs larger_exponent(doubles x, doubles y) {
     return (longs)maximum(absolute(x), absolute(y)) & INT64_C(0x7FF0000000000000);
 }
 
+// x 2^1074 of subnormal numbers x, which is an integer, and back: (high + low) 2^-1074, rounded
+// once. By bits, since products that meet such numbers wait for them; where the mode word says that
+// they are zeros they are.
+inline doubles integer_of(doubles x) {
+    const doubles size = (doubles)((longs)absolute(x) | INT64_C(0x4330000000000000)) - 0x1p52;
+    return with_sign(where(~is_zero(x), size), x);
+}
+inline doubles subnormal_of(doubles high, doubles low) {
+    const doubles size = absolute(high), sum = size + 0x1p52;
+    const doubles rest = (size - (sum - 0x1p52)) + flipped(low, sign_bit(high));
+    const doubles r = (doubles)((longs)(sum + rest) - INT64_C(0x4330000000000000));
+    return with_sign(where(~is_zero(r), r), high);
+}
+
 // Two parts times 2^-e, e in the exponent field: the larger one, of any size, comes to [1, 2). What
 // the smaller one loses where it becomes subnormal does not count.
 struct ScaledPair {
@@ -59,10 +73,10 @@ inline ScaledPair scale_to_one(doubles x, doubles y) {
     const longs small = larger - unit, large = 2045 * unit - larger;
     if (any_lane(small | large)) [[unlikely]] {
         const longs up = sign_mask(small), down = sign_mask(large);
-        const doubles factor = select(up, all(0x1p100), select(down, all(0x1p-2), all(1.0)));
-        x = x * factor, y = y * factor;
+        const doubles factor = select(down, all(0x1p-2), all(1.0));
+        x = select(up, integer_of(x), x * factor), y = select(up, integer_of(y), y * factor);
         larger = larger_exponent(x, y);
-        taken = larger - one - (up & (100 * unit)) + (down & (2 * unit));
+        taken = larger - one - (up & (1074 * unit)) + (down & (2 * unit));
     }
     const doubles factor = (doubles)(2 * one - larger);
     return {x * factor, y * factor, taken};
@@ -125,7 +139,7 @@ inline ScaledToAny of_any_size(doubles x, doubles y) {
     const auto [u, v, large, taken] = reduced<60>(x, y);
     const longs tiny = sign_mask(is_tiny(x, 0x1p-280) | is_tiny(y, 0x1p-280)) &
                        (longs)(maximum(absolute(x), absolute(y)) < 0x1p-180);
-    longs field = taken + (INT64_C(300) << 52);
+    longs field = (longs)((ulongs)taken + (UINT64_C(300) << 52));
     x = u, y = v;
     if (any_lane(tiny)) [[unlikely]] {
         const doubles p = x * 0x1p300, q = y * 0x1p300;
@@ -156,18 +170,10 @@ inline doubles power_of_two(longs exponent) {
     return (doubles)(exponent + INT64_C(0x3FF0000000000000));
 }
 
-// (high + low) 2^-1022 for marked results r of it, rounded once; `round_to_subnormal`.
-inline doubles rounded_to_subnormal(doubles high, doubles low) {
-    const doubles one = with_sign(all(1.0), high), sum = one + high;
-    const doubles rounded = sum + (((one - sum) + high) + low);
-    return with_sign((rounded - one) * 0x1p-1022, high);
-}
-
 // Two powers of two together, as factors of about half the exponent each: what the first one rounds
 // is 0 in the end, and it is 0 where the result is in any case.
 struct PowersBack {
-    doubles first, second;
-    longs to_one;  // 2^1022 times both, as bits
+    doubles first, second, to_integer;  // which is 2^1074 times both
     PowersBack(longs x, longs y) {
         constexpr std::int64_t bias = exponent_field(0), unit = INT64_C(1) << 52;
         const auto halved = [](longs e) {
@@ -176,10 +182,13 @@ struct PowersBack {
         };
         const longs half = halved(x) + halved(y), rest = (x - half) + y;
         const longs none = sign_mask(half + 600 * unit), endless = sign_mask(1000 * unit - half);
+        const auto power = [](longs e, int more) {  // unsigned: it wraps in lanes of others
+            return (doubles)((ulongs)e + (ulongs)all(bias + more * unit));
+        };
         const doubles most = all(0x1p1000);
-        first = where(~none, select(endless, most, (doubles)(half + bias)));
-        second = select(none | endless, most, (doubles)(rest + bias));
-        to_one = (x + (bias + 1022 * unit)) + y;
+        first = where(~none, select(endless, most, power(half, 0)));
+        second = select(none | endless, most, power(rest, 0));
+        to_integer = power((longs)((ulongs)x + (ulongs)y), 1074);
     }
     doubles times(doubles x) const { return x * first * second; }
     // Of a sum and what it is rounded to: rounded once.
@@ -188,8 +197,8 @@ struct PowersBack {
         const longs marks = rounded_twice(r);
         if (!any_lane(marks)) [[likely]]
             return r;
-        const doubles power = (doubles)to_one, low = (x.high - rounded) + x.low;
-        return select(sign_mask(marks), rounded_to_subnormal(rounded * power, low * power), r);
+        const doubles low = (x.high - rounded) + x.low;
+        return select(sign_mask(marks), subnormal_of(rounded * to_integer, low * to_integer), r);
     }
 };
 
@@ -205,10 +214,10 @@ struct OuterPower {
         const longs marks = rounded_twice(r);
         if (!any_lane(marks)) [[likely]]
             return r;
-        const doubles up = half * 0x1p511;
+        const doubles up = half * 0x1p537;
         const auto scaled = [&](doubles z) { return z * up * factor * rest * up; };
         return select(sign_mask(marks),
-                      rounded_to_subnormal(scaled(whole), scaled((x.high - whole) + x.low)), r);
+                      subnormal_of(scaled(whole), scaled((x.high - whole) + x.low)), r);
     }
 };
 

@@ -75,7 +75,8 @@ template <class Accuracy> inline auto wide_exponential(doubles x, auto... low) {
     constexpr std::int64_t shift = INT64_C(1200) << 52;
     ExpReduced reduced = exp_reduce<Accuracy>(x, low...);  // whose power has lost its top
     const longs up = (longs)(x > 500.0), down = (longs)(x < -500.0);
-    reduced.power = (reduced.power + ((down & shift) - (up & shift))) & INT64_C(0x7FF0000000000000);
+    reduced.power = (longs)((ulongs)reduced.power + (ulongs)((down & shift) - (up & shift))) &
+                    INT64_C(0x7FF0000000000000);
     const doubles half = select(up, all(0x1p600), select(down, all(0x1p-600), all(1.0)));
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const ExpParts e = exp_parts(reduced);
