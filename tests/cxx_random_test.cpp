@@ -95,6 +95,10 @@ TEST(CxxStream, SeedsFamiliesAndJumps) {
     EXPECT_EQ(refused([] { Stream(Generator(0x7F00000)); }), "kef::Stream: -1000");
     const std::span<const std::uint32_t> null(static_cast<const std::uint32_t*>(nullptr), 2);
     EXPECT_EQ(refused([&] { Stream(Generator::mt19937, null); }), "kef::Stream: seed");
+    Stream(Generator::sobol, 40), Stream(Generator::niederr, 318);
+    EXPECT_EQ(refused([&] { Stream(Generator::sobol, 41); }), "kef::Stream: seed");
+    EXPECT_EQ(refused([&] { Stream(Generator::sobol, 0); }), "kef::Stream: seed");
+    EXPECT_EQ(refused([&] { Stream(Generator::niederr, 319); }), "kef::Stream: seed");
     Stream unseeded(Generator::mt19937, std::span<const std::uint32_t>());
     unseeded();
 }
@@ -150,6 +154,24 @@ TEST(CxxStream, FilesAreWholeOrAsTheyWere) {
     EXPECT_EQ(refused([&] { stream.save(std::filesystem::path()); }), "kef::Stream::save: name");
     EXPECT_EQ(refused([&] { stream.save(directory / "no" / "stream"); }),
               "kef::Stream::save: -1101");
+    try {
+        Stream::load(directory / "absent");
+    } catch (const kef::StatusError& error) {
+        EXPECT_NE(std::string(error.what()).find("absent"), std::string::npos);
+    }
+    // What is the caller's beside it stays; a link stays one, and rights stay with the file.
+    std::ofstream(directory / "stream.part") << "other";
+    std::error_code no_links;
+    std::filesystem::create_symlink("stream", directory / "link", no_links);
+    const auto rights = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+    std::filesystem::permissions(name, rights);
+    const auto rights_kept = std::filesystem::status(name).permissions();
+    stream.save(no_links ? name : directory / "link");
+    EXPECT_EQ(std::filesystem::file_size(directory / "stream.part"), 5u);
+    EXPECT_EQ(std::filesystem::is_symlink(directory / "link"), !no_links);
+    EXPECT_EQ(std::filesystem::status(name).permissions(), rights_kept);
+    EXPECT_EQ(Stream::load(name)(), Stream(stream)());
+    EXPECT_EQ(directory.files(), no_links ? 2u : 3u);
 
     // Short, longer than it says, and hostile content, from a file and from a C++ stream.
     const auto image = stream.image();

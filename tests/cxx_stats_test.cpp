@@ -147,8 +147,23 @@ TEST(CxxStatisticsChecks, RefuseShapesAndMovedFrom) {
     taken = same;
     s = taken;
     EXPECT_EQ(s.count(), 4u);
+}
+
+TEST(CxxMatrix, RefusesShapesAndMovedFrom) {
     EXPECT_EQ(refused([] { Matrix<>(2, 2, Vector(3)); }), "kef::Matrix: values");
     EXPECT_EQ(refused([] { Matrix<>(2, 2)(2, 0); }), "kef::Matrix: i");
+    const std::size_t half = std::size_t(1) << (4 * sizeof(std::size_t));  // of the bits
+    EXPECT_EQ(refused([&] { Matrix<>(half, half); }), "kef::Matrix: rows");
+    EXPECT_EQ(refused([&] { Matrix<>(half, half, Vector()); }), "kef::Matrix: rows");
+    EXPECT_EQ(Matrix<>(3, 0).row(2).size(), 0u);
+    EXPECT_EQ(refused([&] { Matrix<>(3, 0).row(3); }), "kef::Matrix: i");
+    Matrix<> one(2, 2, 1), other = std::move(one), third;
+    EXPECT_EQ(refused([&] { one(0, 0) = 2; }), "kef::Matrix: i");
+    third = std::move(other);
+    EXPECT_EQ(other.rows() + other.columns() + other.size(), 0u);
+    Matrix<>& alias = third;
+    third = std::move(alias);
+    EXPECT_EQ(third(1, 1), 1);
 }
 
 TEST(CxxStatisticsStreams, QuantilesOfBlocksAndMerges) {

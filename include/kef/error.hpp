@@ -62,9 +62,13 @@ private:
 class StatusError : public Error {
 public:
     StatusError(Family family, std::int32_t code, const std::string& function)
+        : StatusError(family, code, function, "") {}
+    /// With what it was about, the name of a file.
+    StatusError(Family family, std::int32_t code, const std::string& function,
+                const std::string& about)
         : Error(family, code,
-                function + ": " + status_text(family, code) + " (status " + std::to_string(code) +
-                    ")") {}
+                function + ": " + about + (about.empty() ? "" : ": ") + status_text(family, code) +
+                    " (status " + std::to_string(code) + ")") {}
 };
 
 namespace detail {

@@ -48,8 +48,8 @@ enum class Generator : std::int32_t {
     mrg32k3a = VTS_BRNG_MRG32K3A,
     mcg59 = VTS_BRNG_MCG59,
     wh = VTS_BRNG_WH,
-    sobol = VTS_BRNG_SOBOL,      ///< the seed word is the dimension
-    niederr = VTS_BRNG_NIEDERR,  ///< likewise
+    sobol = VTS_BRNG_SOBOL,      ///< the seed word is the dimension, 1 to 40
+    niederr = VTS_BRNG_NIEDERR,  ///< likewise, 1 to 318
     mt19937 = VTS_BRNG_MT19937,
     mt2203 = VTS_BRNG_MT2203,
     sfmt19937 = VTS_BRNG_SFMT19937,
@@ -139,6 +139,11 @@ public:
         check.require_data(seed, "seed");
         check.require(seed.size() <= std::numeric_limits<std::int32_t>::max(), "seed",
                       "has more than 2^31 - 1 words");
+        const std::uint32_t most = generator == Generator::sobol     ? 40
+                                   : generator == Generator::niederr ? 318
+                                                                     : 0;
+        check.require(most == 0 || seed.size() != 1 || (seed[0] >= 1 && seed[0] <= most), "seed",
+                      "is no dimension that the generator has");
         check.status(settle(__vtsNewStreamEx(&handle_, std::int32_t(generator),
                                              std::int32_t(seed.size()), seed.data())));
     }
@@ -250,34 +255,41 @@ public:
     }
 
     /// A file of the image. It gets its name when it is whole: where saving fails, a file that was
-    /// there is as it was.
+    /// there is as it was. Devices and pipes are written to as they are, links followed.
     void save(const std::filesystem::path& name) const {
         const detail::Checker check = checker("kef::Stream::save");
         kef_stream* const stream = get(check.function);
         require_generator(check.function);
         check.require(!name.empty(), "name", "is empty");
         std::error_code failed;
-        const auto type = std::filesystem::status(name, failed).type();
-        if (type != std::filesystem::file_type::not_found &&
-            type != std::filesystem::file_type::regular) {  // a device, which is not replaced
-            check.status(__vtsSaveStreamF(stream, name.string().c_str(), -1));
+        const std::filesystem::file_status before = std::filesystem::status(name, failed);
+        const bool exists = before.type() == std::filesystem::file_type::regular;
+        if (!exists && before.type() != std::filesystem::file_type::not_found) {  // a device
+            file_status(check, __vtsSaveStreamF(stream, name.string().c_str(), -1), name);
             return;
         }
-        std::filesystem::path part = name;
-        part += ".part";
-        const std::int32_t status = __vtsSaveStreamF(stream, part.string().c_str(), -1);
-        if (status == VTS_STATUS_OK) std::filesystem::rename(part, name, failed);
-        if (status == VTS_STATUS_OK && !failed) return;
+        std::filesystem::path whole = exists ? std::filesystem::canonical(name, failed) : name;
+        if (whole.empty()) whole = name;
+        std::filesystem::path part = whole;  // beside it, and no file of the caller's
+        do part += ".part";
+        while (std::filesystem::exists(std::filesystem::symlink_status(part, failed)));
+        std::int32_t status = __vtsSaveStreamF(stream, part.string().c_str(), -1);
         std::error_code ignored;
+        if (status == VTS_STATUS_OK) {
+            if (exists) std::filesystem::permissions(part, before.permissions(), ignored);
+            std::filesystem::rename(part, whole, failed);
+            if (!failed) return;
+        }
         if (status != VTS_STATUS_FILE_OPEN) std::filesystem::remove(part, ignored);
-        check.status(status);
-        check.failed(VTS_STATUS_FILE_OPEN);
+        file_status(check, status == VTS_STATUS_OK ? VTS_STATUS_FILE_OPEN : status, name);
     }
     static Stream load(const std::filesystem::path& name) {
         const detail::Checker check = checker("kef::Stream::load");
         check.require(!name.empty(), "name", "is empty");
         Stream stream(nullptr);
-        check.status(stream.settle(__vtsLoadStreamF(&stream.handle_, name.string().c_str(), -1)));
+        file_status(check,
+                    stream.settle(__vtsLoadStreamF(&stream.handle_, name.string().c_str(), -1)),
+                    name);
         return stream;
     }
 
@@ -331,6 +343,10 @@ private:
     explicit Stream(std::nullptr_t) {}
     static detail::Checker checker(const char* function) {
         return {Family::streams, VTS_STATUS_BAD_ARGUMENT, function};
+    }
+    static void file_status(const detail::Checker& check, std::int32_t status,
+                            const std::filesystem::path& name) {
+        if (status < 0) throw StatusError(check.family, status, check.function, name.string());
     }
     kef_stream* get(const char* function) const {
         checker(function).require(handle_ != nullptr, "stream", "was moved from");

@@ -43,30 +43,54 @@ template <class T = double> class Matrix {
 public:
     Matrix() = default;
     Matrix(std::size_t rows, std::size_t columns, T value = T())
-        : rows_(rows), columns_(columns), values_(rows * columns, value) {}
+        : rows_(rows), columns_(columns), values_(product(rows, columns), value) {}
     /// From rows * columns numbers.
     Matrix(std::size_t rows, std::size_t columns, std::vector<T> values)
         : rows_(rows), columns_(columns), values_(std::move(values)) {
-        detail::Checker{Family::statistics, VTS_SS_STATUS_BAD_DIMENSION, "kef::Matrix"}
-            .require_size(values_.size(), rows * columns, "values");
+        check().require_size(values_.size(), product(rows, columns), "values");
+    }
+    Matrix(const Matrix&) = default;
+    Matrix& operator=(const Matrix&) = default;
+    /// What was moved from is empty.
+    Matrix(Matrix&& other) noexcept
+        : rows_(std::exchange(other.rows_, 0)),
+          columns_(std::exchange(other.columns_, 0)),
+          values_(std::exchange(other.values_, {})) {}
+    Matrix& operator=(Matrix&& other) noexcept {
+        Matrix taken(std::move(other));
+        std::swap(rows_, taken.rows_);
+        std::swap(columns_, taken.columns_);
+        values_.swap(taken.values_);
+        return *this;
     }
 
     std::size_t rows() const noexcept { return rows_; }
     std::size_t columns() const noexcept { return columns_; }
     T& operator()(std::size_t i, std::size_t j) { return values_[place(i, j)]; }
     const T& operator()(std::size_t i, std::size_t j) const { return values_[place(i, j)]; }
-    std::span<T> row(std::size_t i) { return {&values_[place(i, 0)], columns_}; }
-    std::span<const T> row(std::size_t i) const { return {&values_[place(i, 0)], columns_}; }
+    std::span<T> row(std::size_t i) { return {values_.data() + start(i), columns_}; }
+    std::span<const T> row(std::size_t i) const { return {values_.data() + start(i), columns_}; }
     T* data() noexcept { return values_.data(); }
     const T* data() const noexcept { return values_.data(); }
     std::size_t size() const noexcept { return values_.size(); }
 
 private:
+    static detail::Checker check() {
+        return {Family::statistics, VTS_SS_STATUS_BAD_DIMENSION, "kef::Matrix"};
+    }
+    static std::size_t product(std::size_t rows, std::size_t columns) {
+        check().require(columns == 0 || rows <= std::size_t(-1) / columns, "rows",
+                        "make with columns a matrix too large");
+        return rows * columns;
+    }
+    std::size_t start(std::size_t i) const {
+        check().require(i < rows_, "i", "is not below rows()");
+        return i * columns_;
+    }
     std::size_t place(std::size_t i, std::size_t j) const {
-        const detail::Checker check{Family::statistics, VTS_SS_STATUS_BAD_DIMENSION, "kef::Matrix"};
-        check.require(i < rows_, "i", "is not below rows()");
-        check.require(j < columns_, "j", "is not below columns()");
-        return i * columns_ + j;
+        const std::size_t first = start(i);
+        check().require(j < columns_, "j", "is not below columns()");
+        return first + j;
     }
 
     std::size_t rows_ = 0, columns_ = 0;
@@ -496,7 +520,8 @@ public:
         if (size > 0) s.task.status(__vtsSSSaveStreamQuantiles(s.task.handle(), &bytes[24]));
         return bytes;
     }
-    /// From an image of an object of the same T; a damaged one is refused.
+    /// From an image of an object of the same T; a damaged one is refused (damage to the count
+    /// alone, which no quantile depends on, is not seen).
     static StreamQuantiles from_image(std::span<const std::byte> image) {
         const detail::Checker check{Family::statistics, VTS_SS_STATUS_BAD_IMAGE,
                                     "kef::StreamQuantiles::from_image"};
