@@ -786,7 +786,22 @@ class Missing(NamedTuple):
     imputations: np.ndarray
 
 
-def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8):
+class Prior(NamedTuple):
+    """The prior of `missing_values`: covariances of an inverse Wishart law of nu degrees of freedom and a
+    matrix, means normal around `mean` with that covariance over tau."""
+    tau: float
+    nu: float
+    mean: np.ndarray
+    matrix: np.ndarray
+
+
+def _law(mean, matrix, name, p):
+    """A mean and the upper triangle of a matrix, row by row, behind one another."""
+    matrix = _numbers(matrix, f"{name}: the matrix", (p, p))
+    return np.concatenate([_numbers(mean, f"{name}: the mean", (p,)), matrix[np.triu_indices(p)]])
+
+
+def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8, *, start=None, prior=None):
     """Mean and covariance (divisor n) of normal data in which NaN is a missing value, by EM, and
     imputations by data augmentation.
 
@@ -799,6 +814,10 @@ def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8):
         Of EM.
     between : int, optional
         Steps of data augmentation from one imputation to the next.
+    start : (mean, covariance), optional
+        Where EM begins, instead of means and variances of what is there.
+    prior : Prior or (tau, nu, mean, matrix), optional
+        Of the data augmentation, instead of tau 0, nu -1 and the matrix 0.
 
     Returns
     -------
@@ -823,6 +842,14 @@ def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8):
     task = _task_of(data)
     task.set(missing_a=[steps, between, tolerance, imputations, 0], missing_a_count=5,
              missing_d_count=imputations * missing, missing_e_count=(1 + imputations) * law)
+    if start is not None:
+        mean, covariance = start
+        law_of_start = _law(mean, covariance, "start", p)
+        task.set(missing_b=law_of_start, missing_b_count=law_of_start.size)
+    if prior is not None:
+        tau, nu, mean, matrix = prior
+        law_of_prior = np.concatenate([[float(tau), float(nu)], _law(mean, matrix, "prior", p)])
+        task.set(missing_c=law_of_prior, missing_c_count=law_of_prior.size)
     task.results(missing_d=imputations * missing, missing_e=(1 + imputations, law))
     task.compute("MissingValues")
     estimate = task.arrays["missing_e"][0]
@@ -836,4 +863,4 @@ def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8):
 
 __all__ = ["Statistics", "merged", "from_sums", "quantiles", "order_statistics", "median_absolute_deviation", "weighted_median",
            "mahalanobis_distance", "partial_covariance", "pooled_covariance", "nearest_correlation", "outliers",
-           "robust_covariance", "missing_values"]
+           "robust_covariance", "Prior", "missing_values"]

@@ -220,6 +220,26 @@ def test_outliers_and_missing_values():
     assert np.corrcoef(filled, other)[0, 1] > 0.2
     with pytest.warns(RuntimeWarning, match="convergence"):
         stats.missing_values(holes, steps=1, tolerance=0)
+    # EM that starts at its result stays there; a far start ends there too; a prior of much weight decides.
+    exact = stats.missing_values(holes, tolerance=1e-13)
+    with pytest.warns(RuntimeWarning, match="convergence"):
+        at_rest = stats.missing_values(holes, steps=1, tolerance=0, start=exact[:2])
+    far = stats.missing_values(holes, tolerance=1e-13, start=([50, -50], [[9, 8.5], [8.5, 9]]))
+    for law in at_rest, far:
+        close(law.mean, exact.mean, 1e-9)
+        close(law.covariance, exact.covariance, 1e-9)
+    prior = stats.Prior(1e8, 1e8, [7, 8], np.diag([1e8, 4e8]) + np.array([[0, 1.6e8], [1.6e8, 0]]))
+    drawn = stats.missing_values(holes, imputations=40, prior=prior).imputations[:, gaps[:, 1], 1]
+    left = drawn - (8 + 1.6 * (y[gaps[:, 1], 0] - 7))  # given the first variable, of variance 4 - 1.6^2
+    known = ~gaps[gaps[:, 1], 0]
+    assert abs(left[:, known].mean()) < 6 * 1.2 / np.sqrt(left[:, known].size)
+    assert abs(left[:, known].var() / 1.44 - 1) < 6 * np.sqrt(2 / left[:, known].size)
+    for call, name in ((lambda: stats.missing_values(holes, start=([1], np.eye(2))), "start"),
+                       (lambda: stats.missing_values(holes, start=([1, 1], np.eye(3))), "start"),
+                       (lambda: stats.missing_values(holes, prior=(1, 1, [0], np.eye(2))), "prior"),
+                       (lambda: stats.missing_values(holes, start=([0, 0], [[1, 2], [2, 1]])), "MissingValues")):
+        with pytest.raises((ValueError, np.linalg.LinAlgError), match=name):
+            call()
 
 
 def test_bad_arguments_are_named():
