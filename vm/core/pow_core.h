@@ -2,7 +2,7 @@
 //
 //   HA   ln x = high + low to 2^-68, y high exact by halves, so that y ln x has an
 //        absolute error of 2^-58 up to 745
-//   LA   the logarithm of log_core.h in two parts, 2^-60
+//   LA   ln x = high + low to 2^-62.5, so that y ln x has one of 2^-53
 //   EP   ln x to 2^-36 and y ln x in one part
 //
 // and the special cases of C99 Annex F for any x and y.
@@ -24,15 +24,18 @@ template <class Accuracy> inline Parts exponent_halves(doubles y) {
     return {high, y - high};
 }
 
-// k ln2 + ln c + ln(1 + r) = high + low, |low| < 2^-16 |high|, relative error below 2^-67: the
-// square of a normalised r is taken exactly. Polynomial: 2^-73.4.
+// k ln2 + ln c + ln(1 + r) = high + low, |low| < 2^-16 |high|, relative error below 2^-67 (HA): the
+// square of a normalised r is taken exactly; or below 2^-62.5 (LA). Polynomial: 2^-73.4.
+template <class Accuracy = HA>
 inline Parts log_extended_sum(const LogReduced& reduced, doubles k, Parts r) {
     const doubles w = k * ln2_high + reduced.row.field(&LogEntry::high);  // exact
     const Parts first = fast_two_sum(w, r.high);
-    // -r^2/2 = -r_high^2/2 - tail (r_high + r)/2
-    const doubles r_high = leading(r.high), half = r_high * -0.5;
+    // HA: -r^2/2 = -r_high^2/2 - tail (r_high + r)/2
+    constexpr bool is_exact = std::is_same_v<Accuracy, HA>;
+    const doubles r_high = is_exact ? leading(r.high) : r.high, half = r_high * -0.5;
     const Parts high = fast_two_sum(first.high, r_high * half);
-    const doubles square_rest = ((r.high - r_high) * (r_high + r.high)) * -0.5 - r.high * r.low;
+    const doubles cross = r.high * r.low, tail = ((r.high - r_high) * (r_high + r.high)) * -0.5,
+                  square_rest = is_exact ? tail - cross : -cross;
     constexpr auto c = coefficients(0x3FD5555555555557, 0xBFD0000000000002, 0x3FC999999987AC93,
                                     0xBFC555555542605F, 0x3FC249414CD28D96, 0xBFC0001BB8A85021);
     const doubles t = r.high, t2 = t * t, cubic = (t * t2) * polynomial_by_pairs(t, t2, c);
@@ -41,20 +44,17 @@ inline Parts log_extended_sum(const LogReduced& reduced, doubles k, Parts r) {
 }
 
 // ln x by it.
-inline Parts log_extended(doubles x, double shift = 0) {
+template <class Accuracy> inline Parts log_extended(doubles x, double shift = 0) {
     LogReduced reduced = log_reduce(x);
     const doubles k = reduced.k + shift;
     const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
-    return log_extended_sum(reduced, k, fast_two_sum(u.high, u.low));
+    return log_extended_sum<Accuracy>(reduced, k, fast_two_sum(u.high, u.low));
 }
 
 // y ln x = high + low, |low| < 2^-7; for positive normal x.
 template <class Accuracy>
 inline Parts pow_exponent(doubles x, doubles y, Parts y_halves, double shift = 0) {
-    const Parts log = [&] {
-        if constexpr (std::is_same_v<Accuracy, HA>) return log_extended(x, shift);
-        return log_parts(x, shift);
-    }();
+    const Parts log = log_extended<Accuracy>(x, shift);
     const doubles high = leading(log.high), low = (log.high - high) + log.low;
     return {y_halves.high * high, y_halves.low * high + y * low};
 }

@@ -39,9 +39,10 @@ KEF_INLINE double round_to_subnormal(double high, double low) {
 // (high + low) 2^e rounded once, for 0.25 <= |high| < 8 and any e.
 KEF_INLINE double round_scaled(double high, double low, int e) {
     if (e > -1000) return scaled(high + low, e);
-    const double reduced = scaled(high, e + 1022);  // 2^1022 times the result
+    // 2^1022 times the result; the sum may reach 1 where high does not.
+    const double reduced = scaled(high + low, e + 1022);
     if (reduced >= 1.0 || reduced <= -1.0) return scaled(high + low, e);
-    return round_to_subnormal(reduced, scaled(low, e + 1022));
+    return round_to_subnormal(scaled(high, e + 1022), scaled(low, e + 1022));
 }
 
 }  // namespace KEF_VM
