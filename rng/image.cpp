@@ -10,6 +10,7 @@
 #include "rng/chunks.h"
 #include "rng/stream.h"
 #include "service/alloc.h"
+#include "service/platform.h"
 
 namespace kef::rng {
 
@@ -109,6 +110,7 @@ public:
     }
 
 private:
+    const platform::ErrorsKept kept_;  // goes last
     std::FILE* file_ = nullptr;
 };
 

@@ -1,5 +1,4 @@
-// One spin lock guards the table. It is never held across a call to a generator or to the
-// allocator.
+// One lock guards the table. It is never held across a call to a generator or to the allocator.
 #include "rng/shared_table.h"
 
 #include <x86intrin.h>
@@ -13,26 +12,7 @@ namespace kef::rng {
 
 namespace {
 
-std::uint32_t lock_word = 0;
-
-void take_lock() {
-    std::uint32_t free = 0;
-    while (!__atomic_compare_exchange_n(&lock_word, &free, 1, false, __ATOMIC_ACQUIRE,
-                                        __ATOMIC_RELAXED))
-        free = 0;
-}
-void drop_lock() { __atomic_store_n(&lock_word, 0, __ATOMIC_RELEASE); }
-
-// A child has the forking thread alone: it finds the lock free, and the table whole.
-[[gnu::constructor]] void hold_during_fork() { platform::on_fork(take_lock, drop_lock); }
-
-class Lock {
-public:
-    Lock() { take_lock(); }
-    ~Lock() { drop_lock(); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-};
+using platform::Lock;
 
 // `held` of the references are those of chunks in streams. Entries in use stand at the front. One
 // whose references are used up while chunks still hold its data (one Unregister too many) is in

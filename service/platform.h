@@ -1,7 +1,9 @@
 // Everything that the library asks of the operating system. One implementation per system.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 #if defined(__ELF__)
 #include <pthread.h>
@@ -40,8 +42,35 @@ void write_standard_error(const char* text, std::size_t length);
 using ErrnoAccessor = int* (*)();
 ErrnoAccessor find_errno_accessor();
 
-// Has `before` run before every fork(), and `after` behind it in parent and child, for the life of
-// the library. Nothing where there is no fork.
-void on_fork(void (*before)(), void (*after)());
+// The lock of what all threads share. Held for a few instructions, and across a fork(): the child
+// has the forking thread alone. On Windows, where a thread may be ended while it holds the lock,
+// the next one gets it.
+class Lock {
+public:
+    Lock();
+    ~Lock();
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+};
+
+// The last error of the calling thread, where the system has one beside errno.
+std::uint32_t last_error();
+void set_last_error(std::uint32_t value);
+
+// Leaves the caller's errno and last error as they were, whatever the system says in between.
+class ErrorsKept {
+public:
+    ErrorsKept() : last_error_(last_error()), errno_(errno) {}
+    ~ErrorsKept() {
+        errno = errno_;
+        set_last_error(last_error_);
+    }
+    ErrorsKept(const ErrorsKept&) = delete;
+    ErrorsKept& operator=(const ErrorsKept&) = delete;
+
+private:
+    std::uint32_t last_error_;
+    int errno_;
+};
 
 }  // namespace kef::platform

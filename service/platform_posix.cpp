@@ -1,5 +1,4 @@
 // POSIX: thread-local storage, pthread key, constructor and destructor of the shared object.
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -53,10 +52,9 @@ bool memory_for_block() {
 // registers that a descriptor's function is to keep.
 [[gnu::noipa, gnu::cold]] void* find_thread_block() {
     if (!__atomic_load_n(&key_is_live, __ATOMIC_ACQUIRE)) return &block;
-    const int saved_errno = errno;
+    const ErrorsKept kept;
     if (!memory_for_block()) return nullptr;
     pthread_setspecific(block_key, &block);  // a value that is not kept is asked for again
-    errno = saved_errno;
     return &block;
 }
 
@@ -70,7 +68,7 @@ bool environment_value(const char* name, char* buffer, std::size_t size) {
 }
 
 void write_standard_error(const char* text, std::size_t length) {
-    const int saved_errno = errno;
+    const ErrorsKept kept;
     while (length > 0) {
         const ssize_t written = write(STDERR_FILENO, text, length);
         if (written < 0 && errno == EINTR) continue;
@@ -78,10 +76,29 @@ void write_standard_error(const char* text, std::size_t length) {
         text += written;
         length -= static_cast<std::size_t>(written);
     }
-    errno = saved_errno;
 }
 
-void on_fork(void (*before)(), void (*after)()) { pthread_atfork(before, after, after); }
+namespace {
+
+std::uint32_t lock_word = 0;
+
+void take_lock() {
+    std::uint32_t free = 0;
+    while (!__atomic_compare_exchange_n(&lock_word, &free, 1, false, __ATOMIC_ACQUIRE,
+                                        __ATOMIC_RELAXED))
+        free = 0;
+}
+void drop_lock() { __atomic_store_n(&lock_word, 0, __ATOMIC_RELEASE); }
+
+[[gnu::constructor]] void hold_during_fork() { pthread_atfork(take_lock, drop_lock, drop_lock); }
+
+}  // namespace
+
+Lock::Lock() { take_lock(); }
+Lock::~Lock() { drop_lock(); }
+
+std::uint32_t last_error() { return 0; }
+void set_last_error(std::uint32_t) {}
 
 void exit_process(int code) { _exit(code); }
 

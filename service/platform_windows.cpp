@@ -12,18 +12,8 @@ namespace {
 constexpr SIZE_T heap_initial_size = 24;  // bytes
 
 DWORD slot = TLS_OUT_OF_INDEXES;
-PVOID heap = nullptr;
-
-// Two threads that both create the heap keep one of the two.
-HANDLE existing_heap() {
-    if (PVOID known = __atomic_load_n(&heap, __ATOMIC_ACQUIRE)) return known;
-    HANDLE fresh = HeapCreate(0, heap_initial_size, 0);
-    if (fresh == nullptr) return nullptr;
-    PVOID other = InterlockedCompareExchangePointer(&heap, fresh, nullptr);
-    if (other == nullptr) return fresh;
-    HeapDestroy(fresh);
-    return other;
-}
+HANDLE mutex = nullptr;  // of the system: one whose holder was ended goes to the next
+HANDLE heap = nullptr;   // under the mutex alone
 
 // The caller's last error, which a function of the library leaves as it was.
 class LastErrorKept {
@@ -37,27 +27,50 @@ private:
     DWORD value_;
 };
 
+struct Block {
+    unsigned char bytes[thread_block_size];
+    HANDLE heap;
+};
+
+// A heap that its lock's holder was ended in is not touched again, and another takes its place.
+void take_lock() {
+    if (WaitForSingleObject(mutex, INFINITE) == WAIT_ABANDONED) heap = nullptr;
+}
+void drop_lock() { ReleaseMutex(mutex); }
+
+Block* allocate_block() {
+    const Lock lock;
+    if (heap == nullptr) heap = HeapCreate(HEAP_NO_SERIALIZE, heap_initial_size, 0);
+    if (heap == nullptr) return nullptr;
+    auto* block = static_cast<Block*>(HeapAlloc(heap, HEAP_ZERO_MEMORY, sizeof(Block)));
+    if (block != nullptr) block->heap = heap;
+    return block;
+}
+void free_block(Block* block) {
+    const Lock lock;
+    if (block->heap == heap) HeapFree(heap, 0, block);
+}
+
 void* first_use() {
-    HANDLE handle = existing_heap();
-    if (handle == nullptr) return nullptr;
-    void* block = HeapAlloc(handle, HEAP_ZERO_MEMORY, thread_block_size);
+    Block* block = allocate_block();
     if (block != nullptr && !TlsSetValue(slot, block)) {
-        HeapFree(handle, 0, block);
+        free_block(block);
         return nullptr;
     }
     return block;
 }
 
 bool process_attach() {
+    mutex = CreateMutexA(nullptr, FALSE, nullptr);
     slot = TlsAlloc();
-    return slot != TLS_OUT_OF_INDEXES && thread_block() != nullptr;
+    return mutex != nullptr && slot != TLS_OUT_OF_INDEXES && thread_block() != nullptr;
 }
 
 void thread_detach() {
-    void* block = TlsGetValue(slot);
+    auto* block = static_cast<Block*>(TlsGetValue(slot));
     if (block == nullptr) return;
     TlsSetValue(slot, nullptr);
-    HeapFree(heap, 0, block);
+    free_block(block);
 }
 
 // C libraries of host programs, in the order of the search.
@@ -102,11 +115,12 @@ ErrnoAccessor errno_accessor_of(const char* name) {
 
 // Unloading; also where attaching failed half-way. The heap goes with the blocks of all threads.
 void process_detach() {
-    if (slot == TLS_OUT_OF_INDEXES) return;
-    TlsFree(slot);
+    if (slot != TLS_OUT_OF_INDEXES) TlsFree(slot);
     slot = TLS_OUT_OF_INDEXES;
     if (heap != nullptr) HeapDestroy(heap);
     heap = nullptr;
+    if (mutex != nullptr) CloseHandle(mutex);
+    mutex = nullptr;
 }
 
 }  // namespace
@@ -136,7 +150,17 @@ void write_standard_error(const char* text, std::size_t length) {
     }
 }
 
-void on_fork(void (*)(), void (*)()) {}
+Lock::Lock() {
+    const LastErrorKept kept;
+    take_lock();
+}
+Lock::~Lock() {
+    const LastErrorKept kept;
+    drop_lock();
+}
+
+std::uint32_t last_error() { return GetLastError(); }
+void set_last_error(std::uint32_t value) { SetLastError(value); }
 
 void exit_process(int code) { ExitProcess(static_cast<UINT>(code)); }
 
@@ -158,8 +182,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID process_ends) {
         case DLL_PROCESS_ATTACH: return process_attach();
         case DLL_THREAD_DETACH: thread_detach(); break;
         case DLL_PROCESS_DETACH:
-            // At the end of the process its memory goes with it, and a thread that was
-            // stopped may have held the heap's lock.
+            // At the end of the process its memory goes with it.
             if (process_ends == nullptr) process_detach();
             break;
         default: break;  // a thread's block is made at its first use

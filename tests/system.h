@@ -29,7 +29,8 @@ inline Outcome run_client(const std::string& name, std::vector<std::string> argu
 // A variable of this process; null takes it away.
 void set_environment(const char* name, const char* value);
 
-int process_number();
+// A file's path of this process's own, in memory where the system has a place for that.
+std::string scratch_file(const std::string& name);
 
 // The file of the shared library that runs.
 std::string library();

@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 namespace kef_test {
 
 namespace {
@@ -47,7 +49,11 @@ void set_environment(const char* name, const char* value) {
     else unsetenv(name);
 }
 
-int process_number() { return getpid(); }
+std::string scratch_file(const std::string& name) {
+    const char* const memory = "/dev/shm/";
+    const std::string folder = access(memory, W_OK) == 0 ? memory : testing::TempDir();
+    return folder + name + '_' + std::to_string(getpid());
+}
 
 void* exported(const std::string& name) { return dlsym(RTLD_DEFAULT, name.c_str()); }
 

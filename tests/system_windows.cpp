@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 namespace kef_test {
 
 namespace {
@@ -75,7 +77,9 @@ Outcome run(std::vector<std::string> command, const std::vector<std::string>& se
 
 void set_environment(const char* name, const char* value) { SetEnvironmentVariableA(name, value); }
 
-int process_number() { return static_cast<int>(GetCurrentProcessId()); }
+std::string scratch_file(const std::string& name) {
+    return testing::TempDir() + name + '_' + std::to_string(GetCurrentProcessId());
+}
 
 void* exported(const std::string& name) {
     return reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kef.dll"), name.c_str()));

@@ -21,6 +21,7 @@ declared=$("$compiler" -E -P "-DKEF_API=EXPORTED" -I"$work/include" "$work/all.c
     grep -o 'EXPORTED[^;({[]*' | sed 's/ *$//; s/.*[ *]//' | sort)
 exported=$(sed -n '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\t\[.*\] //p' <<<"$dump" | sort)
 diff <(echo "$declared") <(echo "$exported")
+grep -q '^LIBRARY "kef.dll"' "$work/lib/kef.def"
 diff <(echo "$exported") <(sed -nE 's/^ +([A-Za-z0-9_]+) @.*/\1/p' "$work/lib/kef.def" | sort)
 
 # Each cost table 12 bytes behind its dispatch table, in 64 bits 24.

@@ -6,7 +6,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 #include <xmmintrin.h>
 #if defined(_WIN32)
 #include <windows.h>
@@ -60,7 +59,7 @@ static int told(kef_vtm_error_record *record) {
 static void trapped(const char *name) {
     printf("%s errno %d\n", name, errno);
     fflush(stdout);
-    _exit(0);
+    _Exit(0);
 }
 
 #if defined(_WIN32)

@@ -5,16 +5,19 @@
 #include <windows.h>
 
 typedef int(__cdecl *SetStatus)(int);
+typedef int(__cdecl *FindEntry)(const unsigned *id, void **entry);
 
 static const char *library;
 static HMODULE kef;
 static SetStatus set_status;
+static FindEntry find_entry;
 
 static int load(void) {
     kef = LoadLibraryA(library);
     if (kef == NULL) return 0;
     set_status = (SetStatus)(void *)GetProcAddress(kef, "kef_vtm_kernel_SetErrStatus");
-    return set_status != NULL;
+    find_entry = (FindEntry)(void *)GetProcAddress(kef, "__vtsFindGlobRODataTableEntry");
+    return set_status != NULL && find_entry != NULL;
 }
 static int unload(void) { return FreeLibrary(kef) && GetModuleHandleA("kef.dll") == NULL; }
 
@@ -104,7 +107,16 @@ static int loop(void) {
     return 0;
 }
 
-/* A thread is ended by force after its use of the library; the others go on, and the library goes.
+static DWORD WINAPI look_up(void *argument) {
+    const unsigned id[4] = {1, 2, 3, 4};
+    void *entry;
+    if (argument != NULL) SetEvent(*(HANDLE *)argument);
+    while (find_entry(id, &entry) != 0 && argument != NULL) continue;
+    return 0;
+}
+
+/* A thread is ended by force after its use of the library, or inside of it; the others go on, and
+ * the library goes.
  */
 static DWORD WINAPI wait_for_ever(void *argument) {
     set_status(5);
@@ -114,18 +126,29 @@ static DWORD WINAPI wait_for_ever(void *argument) {
 }
 static int terminated(void) {
     HANDLE ready = CreateEventA(NULL, FALSE, FALSE, NULL), thread;
+    int i;
     if (!load()) return 20;
     thread = start(wait_for_ever, ready);
     WaitForSingleObject(ready, INFINITE);
     TerminateThread(thread, 1);
     finish(thread);
     if (finish(start(use, NULL)) != 0) return 23;
+    for (i = 0; i < 300; ++i) {
+        thread = start(look_up, &ready);
+        WaitForSingleObject(ready, INFINITE);
+        Sleep((DWORD)i % 3);
+        TerminateThread(thread, 1);
+        finish(thread);
+        thread = start(i % 2 ? use : look_up, NULL);
+        if (WaitForSingleObject(thread, 10000) != WAIT_OBJECT_0) return 25;
+        if (finish(thread) != 0) return 26;
+    }
     return unload() ? 0 : 22;
 }
 
 /* The process ends by another thread while threads compute. */
 static DWORD WINAPI compute(void *argument) {
-    (void)argument;
+    if (argument != NULL) return look_up(argument);
     for (;;) set_status(set_status(5));
 }
 static DWORD WINAPI end_process(void *argument) {
@@ -134,9 +157,10 @@ static DWORD WINAPI end_process(void *argument) {
     ExitProcess(0);
 }
 static int exits(void) {
+    HANDLE started = CreateEventA(NULL, FALSE, FALSE, NULL);
     int i;
     if (!load()) return 20;
-    for (i = 0; i < 4; ++i) start(compute, NULL);
+    for (i = 0; i < 4; ++i) start(compute, i % 2 ? &started : NULL);
     start(end_process, NULL);
     Sleep(INFINITE);
     return 24;

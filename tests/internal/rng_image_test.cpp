@@ -1,16 +1,14 @@
 // Save and load, and images from outside that lie.
-#if defined(__linux__)
-#include <sys/mman.h>
-#include <unistd.h>
-#endif
-
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <string>
 
 #include "rng/registry.h"
 #include "service/alloc.h"
+#include "service/platform.h"
 #include "tests/internal/failing_allocator.h"
 #include "tests/rng_streams.h"
 #include "tests/system.h"
@@ -26,15 +24,8 @@ namespace {
 
 class RngImage : public testing::Test {
 protected:
-#if defined(__linux__)
-    const int memory_file = memfd_create("stream", 0);
-    std::string path = "/proc/self/fd/" + std::to_string(memory_file);
-    ~RngImage() override { close(memory_file); }
-#else
-    std::string path =
-        testing::TempDir() + "kef_stream_image_" + std::to_string(kef_test::process_number());
+    std::string path = kef_test::scratch_file("kef_stream_image");
     ~RngImage() override { std::remove(path.c_str()); }
-#endif
 
     void write(const Bytes& image) {
         std::ofstream(path, std::ios::binary)
@@ -113,6 +104,36 @@ TEST_F(RngImage, EveryGeneratorContinues) {
             EXPECT_EQ(0, std::memcmp(__vtsSearchChunk(loaded->get(), -6), "minus six", 9));
             EXPECT_EQ(draw_raw(*loaded, 1000), next) << brng;
         }
+    }
+}
+
+// Whatever the system said to the library, its caller's errno and last error stay.
+TEST_F(RngImage, ErrorsOfTheSystemStayInside) {
+    const Stream stream = make_stream(VTS_BRNG_MCG31M1, {7});
+    const std::string absent = path + "/absent";
+    kef_stream* loaded = nullptr;
+    const std::function<bool()> calls[] = {
+        [&] { return __vtsSaveStreamF(stream.get(), path.c_str(), -1) == VTS_STATUS_OK; },
+        [&] { return __vtsLoadStreamF(&loaded, path.c_str(), -1) == VTS_STATUS_OK; },
+        [&] { return __vtsDeleteStream(&loaded) == VTS_STATUS_OK; },
+        [&] { return __vtsSaveStreamF(stream.get(), absent.c_str(), -1) == VTS_STATUS_FILE_OPEN; },
+        [&] { return __vtsLoadStreamF(&loaded, absent.c_str(), -1) == VTS_STATUS_FILE_OPEN; },
+        [] {  // no process has room for the third
+            void* blocks[3];
+            for (void*& block : blocks) block = __vtsAllocate(PTRDIFF_MAX - 1000);
+            for (void* block : blocks) __vtsFree(block);
+            return blocks[2] == nullptr;
+        },
+    };
+    for (const auto& call : calls) {
+        errno = 99;
+        kef::platform::set_last_error(4711);
+        const bool as_expected = call();
+        EXPECT_EQ(errno, 99) << &call - calls;
+#if defined(_WIN32)
+        EXPECT_EQ(kef::platform::last_error(), 4711u) << &call - calls;
+#endif
+        EXPECT_TRUE(as_expected) << &call - calls;
     }
 }
 

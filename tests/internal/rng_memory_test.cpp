@@ -124,8 +124,7 @@ TEST_F(RngMemory, Chunks) {
 TEST_F(RngMemory, SaveAndLoad) {
     const Stream source = stream_with_chunks(VTS_BRNG_MT2203 + 7);
     const Bytes image = image_of(source);
-    const std::string path =
-        testing::TempDir() + "kef_rng_memory_" + std::to_string(kef_test::process_number());
+    const std::string path = kef_test::scratch_file("kef_rng_memory");
     const auto length = static_cast<std::int32_t>(path.size());
     EXPECT_EQ(for_each_failed_allocation(
                   [] { return 0; },
