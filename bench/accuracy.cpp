@@ -4,13 +4,13 @@
 //   accuracy [function...] [--quick | --count N] [--peers] [--summary | --means] [--markdown]
 //   accuracy [function...] --search | --exhaustive | --rounding [--state DIR] [--markdown]
 //
-// A function is named with or without its type: Exp, dExp; --real and --complex leave out the
-// others. --summary takes all intervals together, with the mean of the first; --means leaves out
-// the worst errors, which a sample does not tell. --search looks for the worst errors: over every
-// float where that is all, else by bench/search.h. --rounding tells for real functions of one float
-// whether HA is correctly rounded everywhere, and measures HA of complex functions along both axes
-// and on a grid of hard points. Ends with status 1 where a kernel misses its bound or the 80-bit
-// screen is worse than its row says.
+// A function is named with or without its type: Exp, dExp; --real, --complex, --single and --double
+// leave out the others. --summary takes all intervals together, with the mean of the first; --means
+// leaves out the worst errors, which a sample does not tell. --search looks for the worst errors:
+// over every float where that is all, else by bench/search.h. --rounding tells for real functions
+// of one float whether HA is correctly rounded everywhere, and measures HA of complex functions
+// along both axes and on a grid of hard points. Ends with status 1 where a kernel misses its bound
+// or the 80-bit screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"

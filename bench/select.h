@@ -1,10 +1,12 @@
 // The functions that a command line names: Exp for every type, dExp for one; all
-// that compute, when it names none. --real and --complex take one half of them.
+// that compute, when it names none. --real and --complex take one half of them, --single and
+// --double the other way.
 #pragma once
 
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/rows.h"
@@ -15,10 +17,13 @@ class Selection {
 public:
     // False, with a message, for options and names that do not exist or are off.
     bool add(std::string_view word) {
-        if (word == "--real" || word == "--complex") {
-            types_ = word == "--real" ? "sd" : "cz";
-            return true;
-        }
+        constexpr std::pair<std::string_view, std::string_view> halves[] = {
+            {"--real", "sd"}, {"--complex", "cz"}, {"--single", "sc"}, {"--double", "dz"}};
+        for (const auto& [option, types] : halves)
+            if (word == option) {
+                std::erase_if(types_, [&](char type) { return types.find(type) == types.npos; });
+                return true;
+            }
         for (const kef_test::Row& row : kef_test::rows())
             if (row.element_wise() && (word == row.function || word == row.name())) {
                 words_.emplace_back(word);
@@ -43,7 +48,7 @@ public:
 
 private:
     std::vector<std::string> words_;
-    std::string_view types_ = "sdcz";
+    std::string types_ = "sdcz";
 };
 
 }  // namespace kef

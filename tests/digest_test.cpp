@@ -16,6 +16,7 @@
 #include "tests/rng_streams.h"
 #include "tests/rows.h"
 #include "tests/stats_support.h"
+#include "tests/worst_arguments.h"
 
 namespace {
 
@@ -62,35 +63,16 @@ template <class T> std::vector<T> arguments(const std::string& seed, bool second
     return x;
 }
 
-// The arguments of each function in tests/data/worst_arguments.txt: name, bits of the components of
-// both arguments.
-std::multimap<std::string, std::vector<std::uint64_t>> worst_arguments() {
-    std::multimap<std::string, std::vector<std::uint64_t>> result;
-    std::ifstream file(KEF_SOURCE_DIR "/tests/data/worst_arguments.txt");
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::string name;
-        std::vector<std::uint64_t> components;
-        words >> name >> std::hex;
-        for (std::uint64_t bits; words >> bits;) components.push_back(bits);
-        components.resize(4);
-        result.insert({name, components});
-    }
-    return result;
-}
-
 template <class T> void vector_math(const kef_test::Row& row, Lines& lines) {
-    using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-    static const auto worst = worst_arguments();
     std::vector<T> a = arguments<T>(row.name(), false), b = arguments<T>(row.name(), true);
     // Complex elements take their parts from a run of numbers.
     const int parts = row.argument_parts;
     while (a.size() % parts != 0) a.push_back(1), b.push_back(1);
-    const auto [first, last] = worst.equal_range(row.name());
+    const auto [first, last] = kef_test::worst_arguments().equal_range(row.name());
     for (auto i = first; i != last; ++i)
         for (int part = 0; part < parts; ++part) {
             const auto number = [&](int component) {
-                return std::bit_cast<T>(static_cast<Bits>(i->second[component]));
+                return kef_test::from_argument_bits<T>(i->second[component]);
             };
             a.push_back(number(part));
             b.push_back(number(parts + part));
