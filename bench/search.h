@@ -87,8 +87,13 @@ public:
     const SearchState<T>& run() {
         const std::size_t jobs = wide_.size() + rounds.size() * lists_.size();
         if (jobs > state_.done.size()) std::abort();
+        if (state_.jobs != jobs) {  // none yet, or those of another plan
+            const std::uint64_t code = state_.code;
+            state_ = {};
+            state_.code = code;
+            state_.jobs = jobs;
+        }
         const bool fresh = state_.done.count() < jobs;
-        state_.jobs = jobs;
         perform(0, wide_.size(), [&](Worker& worker, std::size_t i) { worker.wide(wide_[i]); });
         for (std::size_t r = 0; r < rounds.size(); ++r) {
             for (const List& list : lists_)
@@ -135,9 +140,14 @@ private:
     };
 
     // Several draws of an interval: more where there are two arguments, and no cells; not of
-    // complex functions, which have more intervals.
+    // complex functions, which have more intervals. With few intervals, or without finds to look
+    // around, as many as make 10^8 arguments in all.
     int interval_parts() const {
-        return argument_components(row_) == 1 || reference_.complex() ? 4 : 12;
+        if (reference_.complex()) return 4;
+        const int usual = argument_components(row_) == 1 ? 4 : 12;
+        const int least = reference_.bound <= 0.5 ? 72 : 20;
+        const auto count = static_cast<int>(intervals_.size());
+        return std::max(usual, (least + count - 1) / count);
     }
     int measures() const { return result_components(row_) + (row_.result_parts == 2); }
 
