@@ -22,7 +22,7 @@ HEAD = """\
 Made by `tools/list_functions.py` from [vm/surface/surface.def](../vm/surface/surface.def),
 [accuracy.md](accuracy.md) and [errors.md](errors.md); do not edit.
 
-- **error**: the worst of the sample of accuracy.md, in ulp for HA (*rounded*: correctly rounded), in bits of the
+- **error**: the worst of accuracy.md, in ulp for HA (*rounded*: correctly rounded), in bits of the
   relative error for the others; of two results the worse. Slots that share a kernel stand together.
 - **cost** of an element relative to others, as published in `kef_vtm_kernel_..._ctab`; the order is that
   of the errors. Pack and Unpack carry the mark of pure data movement.
@@ -157,7 +157,7 @@ TYPES = {"s": "single", "d": "double", "c": "complex single", "z": "complex doub
 def readme():
     """README.md with its table made again."""
     errors, (speed, mean) = measured(), speeds()
-    lines = ["| function | HA / LA / EP | fastest peer of HA's class | worst error of HA in a sample |", "|---|---|---|---|"]
+    lines = ["| function | HA / LA / EP | fastest peer of HA's class | worst error of HA |", "|---|---|---|---|"]
     for name in IN_README:
         cycles = " / ".join(speed[name, slot][0] for slot in SLOTS)
         lines.append(f"| {TYPES[name[0]]} {name[1:]} | {cycles} "
