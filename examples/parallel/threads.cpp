@@ -1,4 +1,5 @@
 // Work for threads:    parallel_threads THREADS [BLOCKS]
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <thread>
@@ -30,7 +31,7 @@ int main(int count, char** words) {
     using namespace parallel;
     try {
         const std::uint64_t threads =
-            count > 1 ? count_of(words[1]) : std::thread::hardware_concurrency();
+            count > 1 ? count_of(words[1]) : std::max(1u, std::thread::hardware_concurrency());
         const std::uint64_t blocks = count > 2 ? count_of(words[2]) : 100;
         constexpr std::uint32_t seed = 2024;
 

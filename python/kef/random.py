@@ -17,7 +17,8 @@ import ctypes
 import operator
 import os
 import pathlib
-import tempfile
+import secrets
+import shutil
 import threading
 import traceback
 import weakref
@@ -231,20 +232,16 @@ class Stream(np.random.BitGenerator):
         if path.exists() and not path.is_file():
             path.write_bytes(image)
             return
-        if path.exists():
-            mode = path.stat().st_mode & 0o777
-        else:
-            mask = os.umask(0)
-            os.umask(mask)
-            mode = 0o666 & ~mask
-        with tempfile.NamedTemporaryFile(dir=path.parent, prefix=path.name, delete=False) as file:
+        part = path.with_name(f"{path.name}.{secrets.token_hex(8)}")
+        with open(part, "xb") as file:
             try:
                 file.write(image)
                 file.close()
-                os.chmod(file.name, mode)
-                os.replace(file.name, path)
+                if path.exists():
+                    shutil.copymode(path, part)
+                os.replace(part, path)
             except BaseException:
-                os.unlink(file.name)
+                part.unlink()
                 raise
 
     # ---- pieces of one sequence
