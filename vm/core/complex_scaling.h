@@ -76,7 +76,8 @@ inline ScaledPair scale_to_one(doubles x, doubles y) {
         const doubles factor = select(down, all(0x1p-2), all(1.0));
         x = select(up, integer_of(x), x * factor), y = select(up, integer_of(y), y * factor);
         larger = larger_exponent(x, y);
-        taken = larger - one - (up & (1074 * unit)) + (down & (2 * unit));
+        const ulongs apart = (ulongs)(up & (1074 * unit)) - (ulongs)(down & (2 * unit));
+        taken = (longs)((ulongs)(larger - one) - apart);
     }
     const doubles factor = (doubles)(2 * one - larger);
     return {x * factor, y * factor, taken};
@@ -182,8 +183,9 @@ struct PowersBack {
         };
         const longs half = halved(x) + halved(y), rest = (x - half) + y;
         const longs none = sign_mask(half + 600 * unit), endless = sign_mask(1000 * unit - half);
-        const auto power = [](longs e, int more) {  // unsigned: it wraps in lanes of others
-            return (doubles)((ulongs)e + (ulongs)all(bias + more * unit));
+        const auto power = [](longs e, unsigned more) {  // unsigned: it wraps in lanes of others
+            const std::uint64_t bits = static_cast<std::uint64_t>(1023 + more) << 52;
+            return (doubles)((ulongs)e + bits);
         };
         const doubles most = all(0x1p1000);
         first = where(~none, select(endless, most, power(half, 0)));
