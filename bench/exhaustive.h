@@ -115,7 +115,8 @@ private:
     }
 
     // The ordinary cases of `judge` without a branch, so that the compiler makes vectors of
-    // it: finite numbers below the largest float. The others become doubtful.
+    // it: finite numbers below the largest float, and right NaN and infinities. The others become
+    // doubtful.
     [[gnu::target_clones("avx2", "default")]] void glance(const float* __restrict x,
                                                           const double* __restrict screen,
                                                           const float* __restrict got,
@@ -146,10 +147,13 @@ private:
             clear = difference <= most_relative * extent ? clear : 0.0;
             clear = extent < largest ? clear : 0.0;
             if (rounding_only_) clear = r == low ? clear : 0.0;
-            const double misrounded = r == low ? 0.0 : 1.0;
-            clear_[i] *= clear;
+            // Exact for certain: NaN, and an infinity where the value is far beyond all floats.
+            double exact = about != about ? 1.0 : 0.0;
+            exact = r != r ? exact : 0.0;
+            exact = magnitude >= 0x1.01p128 && r == std::copysign(INFINITY, about) ? 1.0 : exact;
+            clear_[i] *= exact > clear ? exact : clear;
             result.ulps[i] = clear > 0 ? ulps : 0.0;
-            result.misrounded[i] = misrounded;
+            result.misrounded[i] = exact > 0 || r == low ? 0.0 : 1.0;
         }
     }
 
