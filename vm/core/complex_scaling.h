@@ -118,7 +118,7 @@ template <int target> inline ReducedPair reduced(doubles x, doubles y) {
         return {x, y, large, all(exponent_field(0))};
     const longs larger = larger_exponent(x, y) | INT64_C(1) << 52,
                 field = larger - (std::int64_t{target} << 52);
-    const doubles factor = (doubles)(2 * exponent_field(0) - field);
+    const doubles factor = (doubles)(UINT64_C(2046) * (UINT64_C(1) << 52) - (ulongs)field);
     return {select(large, x * factor, x), select(large, y * factor, y), large,
             (field & large) | (exponent_field(0) & ~large)};
 }
@@ -175,22 +175,21 @@ inline doubles power_of_two(longs exponent) {
 // is 0 in the end, and it is 0 where the result is in any case.
 struct PowersBack {
     doubles first, second, to_integer;  // which is 2^1074 times both
-    PowersBack(longs x, longs y) {
-        constexpr std::int64_t bias = exponent_field(0), unit = INT64_C(1) << 52;
-        const auto halved = [](longs e) {
-            return (longs)(((ulongs)e + (UINT64_C(1) << 63)) >> 1 & -(UINT64_C(1) << 52)) -
-                   1024 * unit;
+    PowersBack(longs e, longs f) {
+        // Unsigned: in lanes of NaN they may wrap.
+        constexpr std::uint64_t unit = UINT64_C(1) << 52;
+        const ulongs x = (ulongs)e, y = (ulongs)f;
+        const auto halved = [](ulongs e) {
+            return ((e + (UINT64_C(1) << 63)) >> 1 & -unit) - 1024 * unit;
         };
-        const longs half = halved(x) + halved(y), rest = (x - half) + y;
-        const longs none = sign_mask(half + 600 * unit), endless = sign_mask(1000 * unit - half);
-        const auto power = [](longs e, unsigned more) {  // unsigned: it wraps in lanes of others
-            const std::uint64_t bits = static_cast<std::uint64_t>(1023 + more) << 52;
-            return (doubles)((ulongs)e + bits);
-        };
+        const ulongs half = halved(x) + halved(y), rest = (x - half) + y;
+        const longs none = sign_mask((longs)(half + 600 * unit)),
+                    endless = sign_mask((longs)(1000 * unit - half));
+        const auto power = [](ulongs e, int more) { return (doubles)(e + (1023 + more) * unit); };
         const doubles most = all(0x1p1000);
         first = where(~none, select(endless, most, power(half, 0)));
         second = select(none | endless, most, power(rest, 0));
-        to_integer = power((longs)((ulongs)x + (ulongs)y), 1074);
+        to_integer = power(x + y, 1074);
     }
     doubles times(doubles x) const { return x * first * second; }
     // Of a sum and what it is rounded to: rounded once.
