@@ -97,8 +97,12 @@ template <class T, class Accuracy> struct ComplexDiv {
         double factor = 1;
         if (has_infinity(a, b) && finite_b) x = direction(a, b), factor = Format<double>::infinity;
         else if (finite_a && has_infinity(c, d)) y = direction(c, d), factor = 0;
-        re = static_cast<T>(factor * (x.re * y.re + x.im * y.im));
-        im = static_cast<T>(factor * (x.im * y.re - x.re * y.im));
+        // A sum that overflows beside an infinite divisor is a zero too.
+        const auto part = [&](double sum) {
+            return static_cast<T>(factor == 0 ? signed_like(0.0, sum) : factor * sum);
+        };
+        re = part(x.re * y.re + x.im * y.im);
+        im = part(x.im * y.re - x.re * y.im);
         const bool from_nan = nan_a || is_nan(c) || is_nan(d);
         return is_nan(re) && is_nan(im) && !from_nan ? VTM_STATUS_ERRDOM : VTM_STATUS_OK;
     }
