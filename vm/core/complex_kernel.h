@@ -23,6 +23,17 @@ inline int status_of_parts(int status, bool finite, double re, double im) {
     return underflows && small(re) && small(im) ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
 }
 
+// Likewise of vectors, from finite arguments: sign bits where there is a status, and which.
+template <class T, bool underflows> inline ints outside_range(ints re, ints im) {
+    const ints infinite = not_finite<T>(re) | not_finite<T>(im);
+    if constexpr (!underflows) return infinite;
+    constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
+    return infinite | ((magnitude(re) - normal) & (magnitude(im) - normal));
+}
+template <class T> inline int status_outside_range(T re, T im) {
+    return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
+}
+
 // The kernel of a function that is one formula in doubles for parts of every ordinary size:
 //
 //   Core::formula<Accuracy>(x, y)   on vectors: for 0 or 2^-280 <= |x| < last_x<Accuracy>(), y
@@ -193,25 +204,16 @@ template <class Core, class T, class Accuracy> struct ComplexKernel {
             return Core::template with_sines<Formula>(sines, x, where(~outer, y));
         else return Core::template with_sines<Formula>(sines, where(~outer, x), y);
     }
-    // Overflow, and underflow of both parts.
-    static ints outside_range(ints re, ints im) {
-        const ints infinite = not_finite<T>(re) | not_finite<T>(im);
-        if constexpr (!Core::underflows) return infinite;
-        constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
-        return infinite | ((magnitude(re) - normal) & (magnitude(im) - normal));
-    }
     static ints refuse(ints re, ints im) requires(is_single&& Core::overflows) {
-        return outside_range(re, im);
+        return outside_range<T, Core::underflows>(re, im);
     }
     static ints refuse(ints re, ints im, ints marks) requires(Core::overflows) {
-        return marks | outside_range(re, im);
+        return marks | outside_range<T, Core::underflows>(re, im);
     }
     static ints reported(ints re, ints im, ints marks) requires(Core::overflows) {
-        return outside_range(re, im) & ~marks;
+        return outside_range<T, Core::underflows>(re, im) & ~marks;
     }
-    static int status(T re, T im) requires(Core::overflows) {
-        return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
-    }
+    static int status(T re, T im) requires(Core::overflows) { return status_outside_range(re, im); }
 
     static int edge(T x, T y, T& re, T& im) {
         double r, i;

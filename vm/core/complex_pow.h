@@ -70,17 +70,13 @@ template <class T, class Accuracy> struct ComplexPowFormula {
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) requires(!is_single) {
         return wide_power(a, b, c, d);
     }
-    // Overflow and underflow.
-    static ints outside_range(ints re, ints im) {
-        constexpr auto normal = static_cast<std::int32_t>(Format<T>::normal_head);
-        return not_finite<T>(re) | not_finite<T>(im) |
-               ((magnitude(re) - normal) & (magnitude(im) - normal));
+    static ints refuse(ints re, ints im, ints marks) {
+        return marks | outside_range<T, true>(re, im);
     }
-    static ints refuse(ints re, ints im, ints marks) { return marks | outside_range(re, im); }
-    static ints reported(ints re, ints im, ints marks) { return outside_range(re, im) & ~marks; }
-    static int status(T re, T im) {
-        return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
+    static ints reported(ints re, ints im, ints marks) {
+        return outside_range<T, true>(re, im) & ~marks;
     }
+    static int status(T re, T im) { return status_outside_range(re, im); }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
         double r, i;

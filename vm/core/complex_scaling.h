@@ -37,12 +37,7 @@ inline constexpr std::int64_t exponent_field(int e) {
     return static_cast<std::int64_t>(1023 + e) << 52;
 }
 
-// The exponent of the larger part, in its field; of doubles by their heads.
-inline ints larger_exponent(ints x, ints y) {
-    x = magnitude(x), y = magnitude(y);
-    const ints mask = greater(x, y);
-    return ((x & mask) | (y & ~mask)) & 0x7FF00000;
-}
+// The exponent of the larger part, in its field.
 inline longs larger_exponent(doubles x, doubles y) {
     return (longs)maximum(absolute(x), absolute(y)) & INT64_C(0x7FF0000000000000);
 }
@@ -166,11 +161,6 @@ inline longs rounded_twice(doubles r, doubles x, doubles f) {
     const doubles back = (doubles)(2 * exponent_field(0) - (longs)f);
     return marks & ~((longs)(r * back == x) & (longs)(f < 1.0));
 }
-// 2^e.
-inline doubles power_of_two(longs exponent) {
-    return (doubles)(exponent + INT64_C(0x3FF0000000000000));
-}
-
 // Two powers of two together, as factors of about half the exponent each: what the first one rounds
 // is 0 in the end, and it is 0 where the result is in any case.
 struct PowersBack {
