@@ -138,6 +138,39 @@ TEST(CxxVm, GathersAndScatters) {
     kef::pack_index(x, std::vector<std::int32_t>{}, span<float>{});
 }
 
+// In every place of a vector of the passes and of what is left over.
+template <class I> void passes_look_at_every_element() {
+    using Unsigned = std::make_unsigned_t<I>;
+    using limits = std::numeric_limits<I>;
+    for (std::size_t n = 1; n <= 150; n += n < 70 ? 1 : 13) {
+        std::vector<I> index(n, 8), mask(n, 0);
+        for (std::size_t i = 0; i < n; ++i) {
+            for (const I wrong : {I(-1), I(9), limits::min(), limits::max()}) {
+                index[i] = wrong;
+                EXPECT_FALSE(kef::detail::indices_within(index.data(), n, Unsigned(8)));
+                if (kef::detail::has_avx2())
+                    EXPECT_FALSE(kef::detail::indices_within_avx2(index.data(), n, Unsigned(8)));
+            }
+            index[i] = I(i % 9);
+            mask[i] = i % 2 ? limits::min() : I(1);
+            EXPECT_EQ(kef::detail::marks_generic(mask.data(), n), i + 1);
+            if (kef::detail::has_avx2()) EXPECT_EQ(kef::detail::marks_avx2(mask.data(), n), i + 1);
+        }
+        EXPECT_TRUE(kef::detail::indices_within(index.data(), n, Unsigned(8)));
+        if (kef::detail::has_avx2())
+            EXPECT_TRUE(kef::detail::indices_within_avx2(index.data(), n, Unsigned(8)));
+    }
+}
+TEST(CxxVm, IndicesAndMarksAreLookedAtOneByOne) {
+    passes_look_at_every_element<std::int32_t>();
+    passes_look_at_every_element<std::int64_t>();
+    // No index is within a range of no elements.
+    const std::vector<std::int32_t> zero(1);
+    std::vector<float> y(1);
+    EXPECT_EQ(refused([&] { kef::pack_index(span<const float>{}, zero, y); }),
+              "kef::pack_index: index");
+}
+
 TEST(CxxVm, RefusesSizesNullAndOverlaps) {
     Vector x(8, 1), y(8), z(8);
     const span<double> null(static_cast<double*>(nullptr), 8), v(x);

@@ -271,8 +271,7 @@ struct Place {
     bool meets(const Place& other) const {
         const auto x = reinterpret_cast<std::uintptr_t>(start);
         const auto y = reinterpret_cast<std::uintptr_t>(other.start);
-        return ((x - y < other.bytes()) & (bytes() != 0)) |
-               ((y - x < bytes()) & (other.bytes() != 0));
+        return (x - y < other.bytes() && bytes() != 0) || (y - x < bytes() && other.bytes() != 0);
     }
     /// Overlaps another one of the same size otherwise than by being it.
     bool overlaps(const Place& other) const {
@@ -490,18 +489,63 @@ inline void require_stride(const char* function, std::size_t stride, std::size_t
                                            std::to_string(n) + " with stride " +
                                            std::to_string(stride));
 }
+/// Passes over all indices and marks, which stand beside a load and a store an element and are
+/// vectorised for that, on ELF by AVX2 where the processor has it. Loops whose sums are unsigned.
+#if defined(__GNUC__) && !defined(__clang__)
+#define KEF_VECTORISED gnu::optimize("O3", "unroll-loops")
+#else
+#define KEF_VECTORISED gnu::noinline
+#endif
+#if defined(__ELF__)
+#define KEF_AVX2 KEF_VECTORISED, gnu::target("avx2")
+inline bool has_avx2() { return __builtin_cpu_supports("avx2"); }
+#else
+#define KEF_AVX2 KEF_VECTORISED
+inline bool has_avx2() { return false; }
+#endif
+
+/// No index is negative or above the last. SSE2 has no largest of integers; there the sign tells:
+/// of an index that is negative, and of last - index for one beyond the last.
+template <class Index, class Unsigned = std::make_unsigned_t<Index>>
+[[KEF_VECTORISED]] bool indices_within(const Index* at, std::size_t n, Unsigned last) {
+    Unsigned signs = 0;
+    for (std::size_t i = 0; i < n; ++i) signs |= Unsigned(at[i]) | (last - Unsigned(at[i]));
+    return Index(signs) >= 0;
+}
+template <class Index, class Unsigned = std::make_unsigned_t<Index>>
+[[KEF_AVX2]] bool indices_within_avx2(const Index* at, std::size_t n, Unsigned last) {
+    Unsigned largest = 0;
+    for (std::size_t i = 0; i < n; ++i)
+        largest = Unsigned(at[i]) > largest ? Unsigned(at[i]) : largest;  // calls no function
+    return largest <= last;
+}
+/// How many marks are not zero; at most 2^30 of 32 bits.
+template <class Mark>
+[[gnu::always_inline]] inline std::size_t marks_of(const Mark* mask, std::size_t n) {
+    std::make_unsigned_t<Mark> count = 0;
+    for (std::size_t i = 0; i < n; ++i) count += mask[i] != 0;
+    return std::size_t(count);
+}
+template <class Mark>
+[[KEF_VECTORISED]] std::size_t marks_generic(const Mark* mask, std::size_t n) {
+    return marks_of(mask, n);
+}
+template <class Mark> [[KEF_AVX2]] std::size_t marks_avx2(const Mark* mask, std::size_t n) {
+    return marks_of(mask, n);
+}
+#undef KEF_VECTORISED
+#undef KEF_AVX2
+
 template <class I>
 void require_indices(const char* function, I&& index, std::size_t size, const char* name) {
     using Index = element_of<I>;
-    const auto* const at = std::ranges::data(index);
+    const Index* const at = std::ranges::data(index);
     const std::size_t n = size_of(index);
-    // The sign tells: of an index that is negative, and of last - index for one beyond the last.
     constexpr std::size_t most = std::size_t(std::numeric_limits<Index>::max());
     const Index last = size <= most ? Index(size) - 1 : std::numeric_limits<Index>::max();
-    Index signs = 0;
-    for (std::size_t i = 0; i < n; ++i)
-        signs |= at[i] | (last - (at[i] & std::numeric_limits<Index>::max()));
-    if (signs >= 0) [[likely]]
+    const auto bound = std::make_unsigned_t<Index>(last);
+    if (n == 0 || (size != 0 && (has_avx2() ? indices_within_avx2(at, n, bound)
+                                            : indices_within(at, n, bound)))) [[likely]]
         return;
     for (std::size_t i = 0; i < n; ++i)
         if (at[i] < 0 || at[i] > last)
@@ -512,8 +556,9 @@ void require_indices(const char* function, I&& index, std::size_t size, const ch
 /// How many elements a mask names, which is the size of a range or more is refused.
 template <class M>
 std::size_t count_marks(const char* function, M&& mask, std::size_t size, const char* name) {
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < size_of(mask); ++i) count += std::ranges::data(mask)[i] != 0;
+    const auto* const marks = std::ranges::data(mask);
+    const std::size_t n = size_of(mask);
+    const std::size_t count = has_avx2() ? marks_avx2(marks, n) : marks_generic(marks, n);
     if (count > size) [[unlikely]]
         vm_size(function).refuse(
             name, "has " + std::to_string(size) + " elements, mask names " + std::to_string(count));
