@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 
 #include "command.h"
 
@@ -61,14 +62,16 @@ Output::Output(const std::string& path) : path_(path), file_(STDOUT_FILENO) {
     }
     struct stat is;
     const bool exists = stat(path_.c_str(), &is) == 0;
+    if (!exists && errno != ENOENT) throw Failure(path_ + ": " + std::strerror(errno));
     if (exists && !S_ISREG(is.st_mode)) {
         file_ = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
-        // What a link points to is replaced, not the link.
-        if (char* real = exists ? realpath(path_.c_str(), nullptr) : nullptr) {
-            path_ = real;
-            std::free(real);
-        }
+        // The file goes where a link points to, whether there is one or not; the link stays.
+        std::filesystem::path place = path_;
+        std::error_code none;
+        while (std::filesystem::is_symlink(std::filesystem::symlink_status(place, none)))
+            place = place.parent_path() / std::filesystem::read_symlink(place);
+        path_ = place;
         temporary_ = path_ + ".XXXXXX";
         file_ = mkostemp(temporary_.data(), O_CLOEXEC);
         if (file_ < 0) {

@@ -382,6 +382,23 @@ class Ends(InDirectory):
         self.assertIn("No such file", kef("random", "gaussian", "-o", self.work / "none/out", status=1))
         self.assertIn("No such file", kef("stats", "-", "--plot", self.work / "none/out", stdin=points, status=1))
 
+    def test_links(self):
+        """A file goes where a link points to, and the link stays."""
+        (self.work / "sub").mkdir()
+        places = {"link": "sub/there", "ahead": "sub/new", "twice": "ahead", "absolute": self.work / "sub/other",
+                  "lost": "none/out", "loop": "loop"}
+        for name, place in places.items():
+            (self.work / name).symlink_to(place)
+        (self.work / "sub/there").write_text("before")
+        for name in "link", "ahead", "twice", "absolute":
+            kef("random", "gaussian", "-n", "3", "-o", name, cwd=self.work)
+            self.assertEqual(len((self.work / name).read_text().split()), 3, name)
+        self.assertIn("none/out: No such file", kef("random", "gaussian", "-o", self.work / "lost", status=1))
+        self.assertIn("loop: Too many levels", kef("random", "gaussian", "-o", self.work / "loop", status=1))
+        for name, place in places.items():
+            self.assertEqual(os.readlink(self.work / name), str(place))
+        self.assertEqual(sorted(path.name for path in (self.work / "sub").iterdir()), ["new", "other", "there"])
+
     def test_closed_descriptors(self):
         """What is opened never becomes a standard stream."""
         points = self.file("points.csv", "x,y\n1,-2\n2,3\n4,5\n")

@@ -172,6 +172,18 @@ TEST(CxxStream, FilesAreWholeOrAsTheyWere) {
     EXPECT_EQ(std::filesystem::status(name).permissions(), rights_kept);
     EXPECT_EQ(Stream::load(name)(), Stream(stream)());
     EXPECT_EQ(directory.files(), no_links ? 2u : 3u);
+    if (!no_links) {  // to a place without a file, by way of another link; and to itself
+        std::filesystem::create_symlink("ahead", directory / "first");
+        std::filesystem::create_symlink("new", directory / "ahead");
+        stream.save(directory / "first");
+        EXPECT_TRUE(std::filesystem::is_symlink(directory / "first"));
+        EXPECT_TRUE(std::filesystem::is_symlink(directory / "ahead"));
+        EXPECT_FALSE(std::filesystem::is_symlink(directory / "new"));
+        EXPECT_EQ(Stream::load(directory / "new")(), Stream(stream)());
+        std::filesystem::create_symlink("loop", directory / "loop");
+        EXPECT_EQ(refused([&] { stream.save(directory / "loop"); }), "kef::Stream::save: -1101");
+        EXPECT_TRUE(std::filesystem::is_symlink(directory / "loop"));
+    }
 
     // Short, longer than it says, and hostile content, from a file and from a C++ stream.
     const auto image = stream.image();

@@ -255,7 +255,8 @@ public:
     }
 
     /// A file of the image. It gets its name when it is whole: where saving fails, a file that was
-    /// there is as it was. Devices and pipes are written to as they are, links followed.
+    /// there is as it was. Devices and pipes are written to as they are, links followed, to a
+    /// place where there is no file yet too.
     void save(const std::filesystem::path& name) const {
         const detail::Checker check = checker("kef::Stream::save");
         kef_stream* const stream = get(check.function);
@@ -268,8 +269,12 @@ public:
             file_status(check, __vtsSaveStreamF(stream, name.string().c_str(), -1), name);
             return;
         }
-        std::filesystem::path whole = exists ? std::filesystem::canonical(name, failed) : name;
-        if (whole.empty()) whole = name;
+        std::filesystem::path whole = name;
+        while (std::filesystem::is_symlink(std::filesystem::symlink_status(whole, failed))) {
+            const std::filesystem::path to = std::filesystem::read_symlink(whole, failed);
+            if (failed) file_status(check, VTS_STATUS_FILE_OPEN, name);
+            whole = whole.parent_path() / to;
+        }
         std::filesystem::path part = whole;  // beside it, and no file of the caller's
         do part += ".part";
         while (std::filesystem::exists(std::filesystem::symlink_status(part, failed)));
