@@ -6,7 +6,7 @@
 >>> spline = interpolate.CubicSpline(x, x**3)
 >>> spline([0.25, 2.2]).round(6)
 array([ 0.015625, 10.648   ])
->>> spline(1.0, nu=1).round(6), round(float(spline.integrate(0.0, 2.0)), 6)
+>>> round(float(spline(1.0, nu=1)), 6), round(float(spline.integrate(0.0, 2.0)), 6)
 (3.0, 4.0)
 """
 
@@ -98,7 +98,7 @@ class PPoly:
     >>> p = interpolate.PPoly([[1.0, 2.0], [0.0, 1.0]], [0.0, 1.0, 2.0])
     >>> p([0.5, 1.5])
     array([0.5, 2. ])
-    >>> p.derivative()(1.5)
+    >>> float(p.derivative()(1.5))
     2.0
     """
 
@@ -386,7 +386,7 @@ class CubicSpline(_Spline):
     --------
     >>> from kef import interpolate
     >>> spline = interpolate.CubicSpline([0.0, 1.0, 2.0, 3.0], [0.0, 1.0, 0.0, 1.0], bc_type="natural")
-    >>> spline(1.5)
+    >>> float(spline(1.5))
     0.5
     >>> bool(abs(spline([0.0, 3.0], 2)).max() < 1e-14)
     True
@@ -441,7 +441,7 @@ class CubicHermiteSpline(_Spline):
     Examples
     --------
     >>> from kef import interpolate
-    >>> interpolate.CubicHermiteSpline([0.0, 1.0], [0.0, 1.0], [0.0, 0.0])(0.5)
+    >>> float(interpolate.CubicHermiteSpline([0.0, 1.0], [0.0, 1.0], [0.0, 0.0])(0.5))
     0.5
     """
 

@@ -14,11 +14,13 @@ array([10.700568  ,  9.17246713, 13.50553281])
 """
 
 import ctypes
+import math
 import operator
 import os
 import pathlib
 import secrets
-import shutil
+import stat
+import sys
 import threading
 import traceback
 import weakref
@@ -228,8 +230,13 @@ class Stream(np.random.BitGenerator):
     def save(self, path):
         """Writes the image to a file, which `load` and the C interface read. The file is whole, or
         as it was. Devices and pipes are written to as they are."""
-        image, path = self.to_bytes(), pathlib.Path(os.path.realpath(path))
-        if path.exists() and not path.is_file():
+        image = self.to_bytes()
+        try:
+            before = os.stat(path)
+        except FileNotFoundError:
+            before = None
+        path = pathlib.Path(os.path.realpath(path))
+        if before and not stat.S_ISREG(before.st_mode):
             path.write_bytes(image)
             return
         part = path.with_name(f"{path.name}.{secrets.token_hex(8)}")
@@ -237,8 +244,8 @@ class Stream(np.random.BitGenerator):
             try:
                 file.write(image)
                 file.close()
-                if path.exists():
-                    shutil.copymode(path, part)
+                if before:
+                    os.chmod(part, stat.S_IMODE(before.st_mode))
                 os.replace(part, path)
             except BaseException:
                 part.unlink()
@@ -401,8 +408,7 @@ class Stream(np.random.BitGenerator):
         factor = np.ascontiguousarray(factor, dtype)
         if factor.shape != (mean.size, mean.size) or not np.isfinite(np.tril(factor)).all():
             raise ValueError(f"factor: a finite matrix of {mean.size} by {mean.size} is needed")
-        shape = () if size is None else _shape(size)
-        out = np.empty((*shape, mean.size), dtype)
+        out = _new_array(size, dtype, (mean.size,))
         return self._fill(f"_vts{letter}RngGaussianMV", out, _method("Gaussian", method),
                           (_i32(mean.size), _i32(0), address(mean), address(factor)), mean.size)
 
@@ -421,8 +427,11 @@ def _shape(size):
     return shape
 
 
-def _new_array(size, dtype):
-    return np.empty(() if size is None else _shape(size), dtype)
+def _new_array(size, dtype, trailing=()):
+    shape = (*(() if size is None else _shape(size)), *trailing)
+    if math.prod(shape) * dtype.itemsize > sys.maxsize:  # which NumPy calls a wrong value
+        raise MemoryError(f"size: {size} numbers of {dtype} are more than a process can hold")
+    return np.empty(shape, dtype)
 
 
 def _real(dtype):

@@ -8,7 +8,7 @@ variable, whose results are scalars. Neither row- nor column-major arrays are co
 >>> s = stats.Statistics(["mean", "variance", "minimum"], quantiles=[0.5])
 >>> for chunk in np.split(np.arange(12.0), 3):
 ...     s.update(chunk)
->>> s.count, s.mean, s.variance, s.minimum, s.quantiles
+>>> float(s.count), float(s.mean), float(s.variance), float(s.minimum), s.quantiles
 (12.0, 5.5, 13.0, 0.0, array([5.]))
 """
 
@@ -444,7 +444,7 @@ def merged(parts):
     >>> parts = [stats.Statistics("sum") for i in range(3)]
     >>> for i, part in enumerate(parts):
     ...     part.update(np.full(2, float(i)))
-    >>> stats.merged(parts).sum
+    >>> float(stats.merged(parts).sum)
     6.0
     """
     parts = list(parts)
@@ -559,7 +559,7 @@ def median_absolute_deviation(x):
     Examples
     --------
     >>> from kef import stats
-    >>> stats.median_absolute_deviation([1.0, 2.0, 4.0, 8.0, 100.0])
+    >>> float(stats.median_absolute_deviation([1.0, 2.0, 4.0, 8.0, 100.0]))
     3.0
     """
     data = _some(_data(x))
@@ -576,7 +576,7 @@ def weighted_median(x, weights):
     Examples
     --------
     >>> from kef import stats
-    >>> stats.weighted_median([1.0, 2.0, 3.0], [1, 1, 5])
+    >>> float(stats.weighted_median([1.0, 2.0, 3.0], [1, 1, 5]))
     3.0
     """
     data = _some(_data(x))

@@ -19,6 +19,20 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 MODULES = [kef, kef.interpolate, kef.random, kef.stats]
 
 
+@pytest.fixture
+def bare_numbers(monkeypatch):
+    """Examples show no scalar of NumPy as it is: NumPy 2 shows its type too."""
+    show = sys.__displayhook__
+
+    def check(value):
+        if isinstance(value, (tuple, list)):
+            for item in value:
+                check(item)
+        assert not isinstance(value, np.generic), f"shown as np.{value.dtype}(...) by NumPy 2"
+    monkeypatch.setattr(sys, "__displayhook__", lambda value: (check(value), show(value))[1])
+
+
+@pytest.mark.usefixtures("bare_numbers")
 @pytest.mark.parametrize("module", MODULES, ids=lambda m: m.__name__)
 def test_examples_of_docstrings(module):
     found = doctest.testmod(module)
@@ -28,6 +42,7 @@ def test_examples_of_docstrings(module):
                and not isinstance(item, type) and item.__name__ not in ("member", "from_bytes", "load"))
 
 
+@pytest.mark.usefixtures("bare_numbers")
 @pytest.mark.parametrize("document, least", [("README.md", 4), ("docs/python.md", 20)])
 def test_sessions_of_documents(document, least):
     found = doctest.testfile(str(ROOT / document), module_relative=False)

@@ -127,6 +127,12 @@ def test_images_and_copies(name, tmp_path):
         (tmp_path / "stream").chmod(0o640), (tmp_path / "link").symlink_to("stream"), os.mkfifo(tmp_path / "pipe")
         stream.save(tmp_path / "link")
         assert (tmp_path / "link").is_symlink() and (tmp_path / "stream").stat().st_mode & 0o777 == 0o640
+        (tmp_path / "sub").mkdir(), (tmp_path / "ahead").symlink_to("sub/new"), (tmp_path / "loop").symlink_to("loop")
+        stream.save(tmp_path / "ahead")
+        assert (tmp_path / "ahead").is_symlink() and (tmp_path / "sub/new").read_bytes() == stream.to_bytes()
+        with pytest.raises(OSError, match="loop"):
+            stream.save(tmp_path / "loop")
+        assert (tmp_path / "loop").is_symlink()
         reader = os.open(tmp_path / "pipe", os.O_RDONLY | os.O_NONBLOCK)
         stream.save(tmp_path / "pipe")
         assert (tmp_path / "pipe").is_fifo() and os.read(reader, 100000) == stream.to_bytes()
@@ -233,8 +239,10 @@ def test_bad_arguments_are_named():
                        (lambda: random.MT19937(words=[-1]), "words"), (lambda: random.MT19937(words=[0.5]), "words")):
         with pytest.raises((ValueError, TypeError), match=name):
             call()
-    with pytest.raises(MemoryError):
-        s.uniform(1 << 50)
+    for size in 1 << 50, 1 << 62, (1 << 40, 1 << 40):
+        for draw in s.uniform, s.bits, s.multivariate_normal:
+            with pytest.raises(MemoryError):
+                draw(size)
     with pytest.raises(random.StreamError):
         s.bits(3)
     with pytest.raises(TypeError):
