@@ -30,14 +30,15 @@ public:
         if (csv_parse(&parser_, bytes.data(), bytes.size(), on_field, on_row, this) != bytes.size())
             complain(csv_error(&parser_) == CSV_EPARSE
                          ? "a quote in the midst of a field, or text behind a quoted one"
-                         : csv_strerror(csv_error(&parser_)));
+                         : csv_strerror(csv_error(&parser_)),
+                     here());
         if (parser_.entry_pos > longest_field)
-            complain("a field of more than 1 MiB: a quote without its fellow?");
+            complain("a field of more than 1 MiB: a quote without its fellow?", here());
         if (!problem_.empty()) throw Failure(problem_);
     }
     void finish() {
         if (csv_fini(&parser_, on_field, on_row, this) != 0)
-            complain("the file ends within a quoted field that begins here");
+            complain("the file ends within a quoted field that begins here", here());
         if (!problem_.empty()) throw Failure(problem_);
     }
     std::uint64_t line = 1;  // of the record that is read
@@ -53,6 +54,7 @@ protected:
     }
 
 private:
+    std::string here() const { return "column " + std::to_string(fields_ + 1); }
     static void on_field(void* text, std::size_t size, void* self_) {
         auto& self = *(Records*)self_;
         const std::string_view field((const char*)text, size);

@@ -119,10 +119,10 @@ class Stats(InDirectory):
                 ("n,y\n\"a\nb\",2\nc,4\nd,6z\n", [":5: column 2 (y): not a number: \"6z\""]),
                 ("x,y\r\n1,2\r\n3,--4\r\n", [":3: column 2"]),
                 ("1\n2\n0x10\n", [":3: column 1: not a number"]),
-                ("x,y\n1,\"2\n3,4\n", [":2: the file ends within a quoted field"]),
-                ("x,y\n1,2\n3,4\"5\n", [":3: a quote in the midst of a field"]),
+                ("x,y\n1,\"2\n3,4\n", [":2: column 2: the file ends within a quoted field"]),
+                ("x,y\n1,2\n3,4\"5\n", [":3: column 2: a quote in the midst of a field"]),
                 ("x\n1\n" + "2\n" * 200000 + "three\n", [":200003: column 1 (x)"]),
-                ("x\n1\n\"" + "2\n" * 700000, [":3: a field of more than 1 MiB"]),
+                ("x\n1\n\"" + "2\n" * 700000, [":3: column 1: a field of more than 1 MiB"]),
                 ("x,y\n1,2\n3,\033[5m\n", [":3: column 2 (y): not a number: \"?[5m\""]), ("x\033[5m,y\n1\n", ["1 field where"]),
                 ("x\0,y\n1,2\n", ["null bytes"]), ("x,y\n1,2\n".encode("utf-16"), ["null bytes"]), (b"PK\3\4\0\0a.npy", ["null bytes"]),
                 ("x,y\n", ["no rows of data"]), ("", ["no data"]), ("a,b\nc,d\n", ["no column of numbers"])]:
