@@ -1,12 +1,11 @@
 """Functions of arrays, expanded from the library's list."""
 
 import ctypes
-import operator
 
 import numpy as np
 
 from ._errors import Handler
-from ._library import address, library
+from ._library import address, integer, library
 from ._tables import FUNCTIONS
 from ._ufunc import DTYPES, LOOP_SHAPES, SUFFIXES, entry, make_ufunc, operands
 from ._words import NUMPY_NAMES, docstring
@@ -22,7 +21,10 @@ def promoted(value, name):
         if type(value) in (float, complex):
             return value
         if type(value) in (int, bool):
-            return float(value)
+            try:
+                return float(value)
+            except OverflowError:
+                raise OverflowError(f"{name}: an integer beyond the largest double") from None
         if hasattr(value, "__array_ufunc__") and not isinstance(value, np.generic):
             return value
         value = np.asarray(value)
@@ -186,7 +188,7 @@ def _places(array, step, index, mask, name):
         raise TypeError("one of step, index and mask is needed")
     n = array.size
     if step is not None:
-        step = operator.index(step)
+        step = integer(step, "step")
         if step < 1:
             raise ValueError("step: it is not positive")
         return "I", -(-n // step), ctypes.c_int64(step)

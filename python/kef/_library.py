@@ -1,6 +1,7 @@
 """The shared library: where it is found, and how its statuses become exceptions."""
 
 import ctypes
+import operator
 import os
 import pathlib
 import sys
@@ -55,6 +56,14 @@ def freed_with(owner, free, *what):
     """Calls free(*what) when the owner dies. Not at the end of the interpreter: functions of atexit and
     threads may use it until the process ends, which frees all."""
     weakref.finalize(owner, free, *what).atexit = False
+
+
+def integer(value, name):
+    """An argument that is an integer of any type."""
+    try:
+        return operator.index(value)
+    except TypeError:
+        raise TypeError(f"{name}: {value!r} is not an integer") from None
 
 
 def address(array):

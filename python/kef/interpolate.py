@@ -15,7 +15,7 @@ import operator
 
 import numpy as np
 
-from ._library import address, freed_with, prototype, status_text
+from ._library import address, freed_with, integer, prototype, status_text
 from ._tables import FIT
 
 _pointer, _i32, _i64 = ctypes.c_void_p, ctypes.c_int32, ctypes.c_int64
@@ -118,7 +118,7 @@ class PPoly:
     def _become(self, x, rows, trailing, axis, extrapolate):
         """Takes coefficients over, for functions of the shape `trailing`."""
         self.extrapolate = _extrapolation(extrapolate, True)
-        axis = operator.index(axis)
+        axis = integer(axis, "axis")
         if not -len(trailing) - 1 <= axis <= len(trailing):
             raise ValueError(f"axis: {axis} is none of {len(trailing) + 1} axes")
         self.axis = axis % (len(trailing) + 1)
@@ -193,7 +193,7 @@ class PPoly:
         ndarray or scalar
             The axes of x stand where `axis` was in y.
         """
-        nu = operator.index(nu)
+        nu = integer(nu, "nu")
         if nu < 0:
             raise ValueError("nu: it is negative; integrals are made by integrate")
         sites, shape, outside = self._sites(x, "x", _extrapolation(extrapolate, self.extrapolate))
@@ -258,7 +258,7 @@ class PPoly:
 
     def derivative(self, nu=1):
         """The derivative of order `nu`, a `PPoly`."""
-        nu = operator.index(nu)
+        nu = integer(nu, "nu")
         if nu < 0:
             return self.antiderivative(-nu)
         rows = self._rows
@@ -270,7 +270,7 @@ class PPoly:
     def antiderivative(self, nu=1):
         """The integral from x[0], a `PPoly`; of splines below the cubic, since there are no more than 4
         coefficients a piece. `integrate` serves all."""
-        nu = operator.index(nu)
+        nu = integer(nu, "nu")
         if nu < 0:
             return self.derivative(-nu)
         if self._order + nu > 4:
@@ -305,7 +305,7 @@ class _Spline(PPoly):
         x, y = np.asarray(x), np.asarray(y)
         dtype = _real_dtype(x, y, *([] if slopes is None else [slopes]))
         x = _breakpoints(x, dtype)
-        axis = operator.index(axis)
+        axis = integer(axis, "axis")
         if not -y.ndim <= axis < y.ndim:
             raise ValueError(f"axis: y has {y.ndim} axes")
         axis %= y.ndim

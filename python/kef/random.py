@@ -28,7 +28,7 @@ import weakref
 import numpy as np
 
 from ._laws import LAWS, METHODS
-from ._library import address, freed_with, library, prototype, short, status_text
+from ._library import address, freed_with, integer, library, prototype, short, status_text
 from ._tables import DRAWS, GENERATORS, RNG_STATUS
 
 _WORDS = 256
@@ -118,7 +118,7 @@ class Stream(np.random.BitGenerator):
             raise TypeError("Stream is the base of the generators: make one of those")
         super().__init__(seed)
         self._seeds = getattr(self, "_seed_seq")  # the base's own, which cannot be set
-        member = operator.index(member)
+        member = integer(member, "member")
         if not 0 <= member < self._members:
             raise ValueError(f"member: {self._name} has the parameter sets 0 .. {self._members - 1}")
         if words is None:
@@ -230,32 +230,16 @@ class Stream(np.random.BitGenerator):
     def save(self, path):
         """Writes the image to a file, which `load` and the C interface read. The file is whole, or
         as it was. Devices and pipes are written to as they are."""
-        image = self.to_bytes()
         try:
-            before = os.stat(path)
-        except FileNotFoundError:
-            before = None
-        path = pathlib.Path(os.path.realpath(path))
-        if before and not stat.S_ISREG(before.st_mode):
-            path.write_bytes(image)
-            return
-        part = path.with_name(f"{path.name}.{secrets.token_hex(8)}")
-        with open(part, "xb") as file:
-            try:
-                file.write(image)
-                file.close()
-                if before:
-                    os.chmod(part, stat.S_IMODE(before.st_mode))
-                os.replace(part, path)
-            except BaseException:
-                part.unlink()
-                raise
+            _write(self.to_bytes(), path)
+        except OSError as problem:  # a write names no file, and who reads it knows this one alone
+            raise OSError(problem.errno, problem.strerror, os.fspath(path)) from None
 
     # ---- pieces of one sequence
 
     def skip(self, count):
         """Drops the next `count` numbers, which may be any, in place. Returns the stream."""
-        count = operator.index(count)
+        count = integer(count, "count")
         if count < 0:
             raise ValueError("count: it is negative")
         if count >> 80:
@@ -273,7 +257,7 @@ class Stream(np.random.BitGenerator):
 
     def leapfrog(self, k, count):
         """Goes on with numbers k, k + count, k + 2 count, ... alone, in place. Returns the stream."""
-        k, count = operator.index(k), operator.index(count)
+        k, count = integer(k, "k"), integer(count, "count")
         if not 0 <= k < count < 1 << 31:
             raise ValueError("k, count: 0 <= k < count < 2**31 is needed")
         with self.lock:
@@ -303,7 +287,7 @@ class Stream(np.random.BitGenerator):
         >>> bool(a.uniform() == b.uniform())
         False
         """
-        n_children = operator.index(n_children)
+        n_children = integer(n_children, "n_children")
         if n_children < 0:
             raise ValueError("n_children: it is negative")
         if method is None:
@@ -531,27 +515,48 @@ for _name, _law in LAWS.items():
     setattr(Stream, _name, _law_method(_name, _law))
 
 
-def _stream_of(image):
+def _write(image, path):
+    try:
+        before = os.stat(path)
+    except FileNotFoundError:
+        before = None
+    path = pathlib.Path(os.path.realpath(path))
+    if before and not stat.S_ISREG(before.st_mode):
+        path.write_bytes(image)
+        return
+    part = path.with_name(f"{path.name}.{secrets.token_hex(8)}")
+    with open(part, "xb") as file:
+        try:
+            file.write(image)
+            file.close()
+            if before:
+                os.chmod(part, stat.S_IMODE(before.st_mode))
+            os.replace(part, path)
+        except BaseException:
+            part.unlink()
+            raise
+
+
+def _stream_of(image, name="image"):
     stream = _pointer()
     image = bytes(memoryview(image))
-    _check(_load(ctypes.addressof(stream), image, len(image)), "image")
+    _check(_load(ctypes.addressof(stream), image, len(image)), name)
     return stream.value
 
 
-def _family(stream):
-    """The class of a stream."""
-    return globals()[next(name for name, brng in GENERATORS.items() if brng >> 20 == _brng_of(stream) >> 20)]
+def _stream(stream):
+    """An object of its family over a stream."""
+    return globals()[next(name for name, brng in GENERATORS.items() if brng >> 20 == _brng_of(stream) >> 20)]._of(stream)
 
 
 def from_bytes(image):
     """The stream of an image (`Stream.to_bytes`). One that is damaged is refused."""
-    stream = _stream_of(image)
-    return _family(stream)._of(stream)
+    return _stream(_stream_of(image))
 
 
 def load(path):
     """The stream of a file (`Stream.save`, or the C interface)."""
-    return from_bytes(pathlib.Path(path).read_bytes())
+    return _stream(_stream_of(pathlib.Path(path).read_bytes(), os.fspath(path)))
 
 
 def _blank(name):
@@ -599,7 +604,7 @@ class _Quasi(Stream):
     """
 
     def __init__(self, dimension=1):
-        dimension = operator.index(dimension)
+        dimension = integer(dimension, "dimension")
         if not 1 <= dimension <= self._most:
             raise ValueError(f"dimension: {self._name} has 1 to {self._most} coordinates")
         super().__init__(0, words=[dimension])
@@ -644,7 +649,7 @@ class Numbers(Stream):
     def __init__(self, refill, low=0.0, high=1.0, length=1024):
         np.random.BitGenerator.__init__(self, 0)
         self._seeds = None
-        length, low, high = operator.index(length), float(low), float(high)
+        length, low, high = integer(length, "length"), float(low), float(high)
         if not 1 <= length < 1 << 24:
             raise ValueError("length: it is not between 1 and 2**24 - 1")
         if not (np.isfinite([low, high]).all() and low < high):

@@ -21,7 +21,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-from ._library import freed_with, prototype, status_text
+from ._library import freed_with, integer, prototype, status_text
 from ._tables import ESTIMATES, PARAMETERS, STATS_METHODS, STATS_STATUS
 
 _ROWS, _COLUMNS = 0x10000, 0x20000
@@ -170,9 +170,9 @@ _MINMAX = ("minimum", "maximum")
 def _alone(method):
     """One thread at a time has the task."""
     @functools.wraps(method)
-    def locked(self, *arguments):
+    def locked(self, *arguments, **named):
         with self._lock:
-            return method(self, *arguments)
+            return method(self, *arguments, **named)
     return locked
 
 
@@ -833,7 +833,7 @@ def missing_values(x, imputations=0, steps=1000, between=20, tolerance=1e-8, *, 
     (3, 5, 2)
     """
     data = _some(_data(x))
-    imputations = operator.index(imputations)
+    imputations = integer(imputations, "imputations")
     if imputations < 0:
         raise ValueError("imputations: it is negative")
     p, gaps = data.p, np.isnan(data.x.reshape(data.n, data.p))

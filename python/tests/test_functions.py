@@ -208,6 +208,8 @@ def test_errors_name_the_element():
             kef.ln(x, errors=lambda e: wrong)
     with pytest.raises(ValueError, match="errors"):
         kef.ln(x, errors="sometimes")
+    with pytest.raises(OverflowError, match="y: "):
+        kef.pow(2.0, 10**400)
     with pytest.raises(TypeError, match="exponent: dtype"):
         kef.powx(x, "two")
     # A call inside of a callback has its own callback, and the outer one goes on after it.

@@ -129,6 +129,7 @@ def test_bad_arguments_are_named():
                        (lambda: interpolate.PPoly(np.zeros((5, 11)), X), "c"),
                        (lambda: interpolate.PPoly(np.zeros((4, 12)), X), "c"),
                        (lambda: spline(1j), "x"), (lambda: spline("a"), "x"), (lambda: spline(1.0, nu=-1), "nu"),
+                       (lambda: spline(1.0, nu=1.5), "nu: 1.5"),
                        (lambda: spline.antiderivative(), "nu"), (lambda: spline.integrate(0, "b"), "b")):
         with pytest.raises((ValueError, TypeError), match=name):
             call()

@@ -127,6 +127,12 @@ def test_images_and_copies(name, tmp_path):
         (tmp_path / "stream").chmod(0o640), (tmp_path / "link").symlink_to("stream"), os.mkfifo(tmp_path / "pipe")
         stream.save(tmp_path / "link")
         assert (tmp_path / "link").is_symlink() and (tmp_path / "stream").stat().st_mode & 0o777 == 0o640
+        (tmp_path / "short").write_bytes(stream.to_bytes()[:50])
+        with pytest.raises(random.StreamError, match="short"):
+            random.load(tmp_path / "short")
+        for place in "/dev/full", tmp_path / "none/stream":
+            with pytest.raises(OSError, match=f"'{place}'"):
+                stream.save(place)
         (tmp_path / "sub").mkdir(), (tmp_path / "ahead").symlink_to("sub/new"), (tmp_path / "loop").symlink_to("loop")
         stream.save(tmp_path / "ahead")
         assert (tmp_path / "ahead").is_symlink() and (tmp_path / "sub/new").read_bytes() == stream.to_bytes()

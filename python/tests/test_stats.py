@@ -65,7 +65,7 @@ def test_every_estimate_alone_merged_and_pickled(each):
     close(stats.merged(parts)[each], wanted, tolerance)
     close(stats.merged(reversed(parts))[each], wanted, tolerance)
     resumed = pickle.loads(pickle.dumps(parts[0]))
-    resumed.update(X[5:], W[5:])
+    resumed.update(x=X[5:], weights=W[5:])
     close(getattr(resumed, each), wanted, tolerance)
     close(parts[0][each], expected(X[:5], W[:5])[each], 1e-6)  # merging left it alone
 
