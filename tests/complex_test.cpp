@@ -53,9 +53,13 @@ template <class T> bool same_bits(const std::vector<T>& x, const std::vector<T>&
 template <class T> void expect_real_functions_of_parts() {
     std::mt19937_64 random(1);
     constexpr int n = 203;
-    for (const int width : {3, std::numeric_limits<T>::max_exponent - 2}) {
-        const std::vector<T> a = numbers<T>(random, 2 * n, width, true),
-                             b = numbers<T>(random, 2 * n, width, true);
+    constexpr T unit = std::numeric_limits<T>::denorm_min();
+    const int widest = std::numeric_limits<T>::max_exponent - 2;
+    for (const auto& [width, scale] :
+         {std::pair(3, T(1)), std::pair(widest, T(1)), std::pair(30, T(4096) * unit)}) {
+        std::vector<T> a = numbers<T>(random, 2 * n, width, true),
+                       b = numbers<T>(random, 2 * n, width, true);
+        for (T& x : a) x *= scale;
         std::vector<T> re(n), im(n);
         for (int i = 0; i < n; ++i) re[i] = a[2 * i], im[i] = a[2 * i + 1];
         for (const int slot : slots) {
@@ -68,6 +72,11 @@ template <class T> void expect_real_functions_of_parts() {
             call<T>(real_letter<T>, "Hypot", slot,
                     {n, re.data(), im.data(), nullptr, wanted.data(), nullptr});
             EXPECT_EQ(status(), abs_status);
+            // LA of subnormal numbers: plain arithmetic here.
+            for (int i = 0; i < n; ++i)
+                if (slot != 1 && wanted[i] < std::numeric_limits<T>::min() &&
+                    std::fabs(got[i] - wanted[i]) <= unit)
+                    got[i] = wanted[i];
             EXPECT_TRUE(same_bits(got, wanted)) << "Abs";
             call<T>(letter<T>, "Arg", slot, {n, a.data(), nullptr, nullptr, got.data(), nullptr});
             const int arg_status = status();
@@ -128,7 +137,7 @@ template <class T> void expect_products(Product p, int slot, double bound, doubl
     std::mt19937_64 random(2);
     constexpr int n = 1001;
     const int widest = std::numeric_limits<T>::max_exponent;
-    for (const int width : {1, 20, widest / 4, widest / 2 - 2, widest - 2}) {
+    for (const int width : {1, 20, widest / 4, widest / 2 - 2, widest - 1}) {
         std::vector<T> a = numbers<T>(random, 2 * n, width, false),
                        b = numbers<T>(random, 2 * n, width, false), r(2 * n);
         // Every third one cancels in one part, to a few or to all bits.

@@ -1,42 +1,56 @@
-// Abs: r = |a|, the kernel of Hypot; of floats here with arguments and results of any kind by
-// vectors.
+// Abs: r = |a|, the kernel of Hypot; here with arguments and results of any kind by vectors.
 #include "vm/core/complex_kernel.h"
 #include "vm/core/hypot_core.h"
 
 namespace kef::vm {
 
 template <class T, class Accuracy> struct ComplexAbs : HypotFormula<T, Accuracy> {
-    KEF_COMPLEX_NAME(Abs);
-};
-
-template <class Accuracy> struct ComplexAbs<float, Accuracy> : HypotFormula<float, Accuracy> {
-    using T = float;
     using Base = HypotFormula<T, Accuracy>;
+    using V = Vector<T>;
     using Base::refuse;
     KEF_COMPLEX_NAME(Abs);
     static constexpr bool far_everywhere = true;
 
     static ints beyond(ints, ints) { return ints{}; }
-    // With the lanes whose status is to be reported marked by the bit behind the sign.
-    static Marked far(floats a, floats b) {
-        const floats x = absolute(a), y = absolute(b), infinity = all(Format<T>::infinity);
-        const ints infinite = (x == infinity) | (y == infinity), number = (x == x) & (y == y),
-                   finite = number & ~infinite;
-        floats r = of_finite(where(finite, x), where(finite, y));
-        const ints reported =
-            finite & ((r == infinity) | ((r < Format<T>::smallest_normal) & (r > 0.0f)));
+    static MarkedBy<V> far(V a, V b) {
+        const V x = absolute(a), y = absolute(b), infinity = all(Format<T>::infinity);
+        const auto infinite = mask(x == infinity) | mask(y == infinity),
+                   number = mask(x == x) & mask(y == y), finite = number & ~infinite;
+        V r = of_finite(select(finite, x, all(T(1))), where(finite, y));
+        const auto reported = finite & (mask(r == infinity) |
+                                        (mask(r < Format<T>::smallest_normal) & mask(r > T(0))));
         if (!all_lanes(finite))
             r = select(infinite, infinity, select(number, r, sum_in_order(a, b)));
-        return {r, (floats)(reported & 0x40000000)};
+        return {r, report_marks(V{}, reported)};
     }
-    static ints refuse(ints, ints marks) { return marks << 1; }
-    static ints reported(ints, ints marks) { return marks << 1; }
+    static ints refuse(ints, ints marks) { return marked_report(marks); }
+    static ints reported(ints, ints marks) { return marked_report(marks); }
     static int status(T r) { return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW; }
 
 private:
-    static floats of_finite(floats x, floats y) {
-        if constexpr (Base::accurate) return Base::fast(x, y);
-        else return Base::far(x, y);
+    static V of_finite(V x, V y) {
+        if constexpr (std::is_same_v<T, double>) {
+            const longs subnormal = (longs)(maximum(x, y) < Format<T>::smallest_normal);
+            if (!any_lane(subnormal)) [[likely]]
+                return Base::far(x, y);
+            const V r = of_subnormal(x, y);
+            if (all_lanes(subnormal)) return r;
+            return select(subnormal, r, Base::far(where(~subnormal, x), where(~subnormal, y)));
+        } else if constexpr (Base::accurate) {
+            return Base::fast(x, y);
+        } else {
+            return Base::far(x, y);
+        }
+    }
+    // As integers.
+    static doubles of_subnormal(doubles x, doubles y) {
+        const doubles a = integer_of(x), b = integer_of(y);
+        Parts root{};
+        if constexpr (Base::accurate) root = root_of_squares(maximum(a, all(0x1p-100)), b);
+        else root.high = square_root(a * a + b * b);
+        const doubles normal = maximum(rounded(root), all(0x1p52));
+        return select(normal > 0x1p52, normal * 0x1p-537 * 0x1p-537,
+                      subnormal_of(root.high, root.low));
     }
 };
 

@@ -35,22 +35,27 @@ template <class T, class Accuracy> struct ComplexDiv {
         return larger_outside<T, -most, most>(a, b) | larger_outside<T, -most / 2, most / 2>(c, d);
     }
     static constexpr bool far_everywhere = in_double;
-    // Infinities, zeros.
-    static ints beyond(ints a, ints b, ints c, ints d) {
-        const ints infinite =
-            is_infinity<T>(a) | is_infinity<T>(b) | is_infinity<T>(c) | is_infinity<T>(d);
-        if constexpr (is_double) return infinite;
-        else return infinite | both_zero(c, d);
+    // Zeros; an infinite number beside one that is not finite.
+    static ints beyond(ints, ints, ints c, ints d) {
+        if constexpr (is_double) return ints{};
+        else return both_zero(c, d);
     }
-    static V undefined(V a, V b, V c, V d) requires(is_double) {
-        return (V)(both_zero(a, b) | both_zero(c, d));
+    static V undefined(V a, V b, V c, V d) {
+        BitsOf<V> verdict{};
+        if constexpr (is_double) verdict = both_zero(a, b) | both_zero(c, d);
+        const auto finite_a = both_finite(a, b), finite_b = both_finite(c, d);
+        if (!all_lanes(finite_a & finite_b))
+            verdict |= (one_infinite(a, b) & ~finite_b) | (one_infinite(c, d) & ~finite_a);
+        return (V)verdict;
     }
     // Overflow.
     static ints refuse(ints re, ints im) requires(!is_double) {
         return not_finite<T>(re) | not_finite<T>(im);
     }
-    static ints refuse(ints re, ints im, ints) { return reported(re, im, ints{}); }
-    static ints reported(ints re, ints im, ints) { return is_infinity<T>(re) | is_infinity<T>(im); }
+    static ints refuse(ints re, ints im, ints special) { return reported(re, im, special); }
+    static ints reported(ints re, ints im, ints special) {
+        return (is_infinity<T>(re) | is_infinity<T>(im)) & ~special;
+    }
     static int status(T, T) { return VTM_STATUS_OVERFLOW; }
 
     static Two<V> fast(V a, V b, V c, V d) {
@@ -66,7 +71,11 @@ template <class T, class Accuracy> struct ComplexDiv {
         }
     }
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
-        return {with_nan(finite_quotient(a, b, c, d), a, b, c, d), V{}};
+        const auto infinite = one_infinite(a, b) | one_infinite(c, d);
+        if (all_lanes(infinite)) return {infinite_quotient(a, b, c, d), (V)infinite};
+        const Two<V> r = with_nan(finite_quotient(a, b, c, d), a, b, c, d);
+        if (!any_lane(infinite)) return {r, (V)infinite};
+        return {select(infinite, infinite_quotient(a, b, c, d), r), (V)infinite};
     }
     static Two<V> finite_quotient(V a, V b, V c, V d) {
         if constexpr (is_double) {
@@ -77,6 +86,30 @@ template <class T, class Accuracy> struct ComplexDiv {
             return {back.times(q.first), back.times(q.second)};
         } else {
             return ComplexDiv<T, HA>::fast(a, b, c, d);
+        }
+    }
+
+    // Of an infinite and a finite number, b not 0.
+    static Two<V> infinite_quotient(V a, V b, V c, V d) {
+        if constexpr (is_double) {
+            const doubles infinity = all(Format<double>::infinity);
+            const auto direction = [&](doubles x) {
+                return with_sign(where(absolute(x) == infinity, all(1.0)), x);
+            };
+            const longs above = one_infinite(a, b);
+            const Two<V> x = select(above, Two<V>{direction(a), direction(b)}, Two<V>{a, b}),
+                         y = select(above, Two<V>{c, d}, Two<V>{direction(c), direction(d)});
+            const auto part = [&](doubles sum) {
+                return select(above, infinity * sum, with_sign(doubles{}, sum));
+            };
+            return {part(x.first * y.first + x.second * y.second),
+                    part(x.second * y.first - x.first * y.second)};
+        } else {
+            const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);
+            const auto of = ComplexDiv<double, HA>::infinite_quotient;
+            const auto low = of(x.low, y.low, u.low, v.low),
+                       high = of(x.high, y.high, u.high, v.high);
+            return {narrow(low.first, high.first), narrow(low.second, high.second)};
         }
     }
 

@@ -52,6 +52,11 @@ struct ExpCore {
             re = (size * s.cosine).rounded(), im = (size * s.sine).with_sign_of(y);
             return VTM_STATUS_OK;
         }
+        // The common ones without sines.
+        if (is_nan(x) && y != 0 && is_finite(y))
+            return re = quiet(x), im = magnitude_of(re), VTM_STATUS_OK;
+        if (is_finite(x) && is_infinite(y))
+            return re = im = Format<double>::invalid, VTM_STATUS_ERRDOM;
         // A finite size stands beside a NaN.
         const double size = is_nan(x) ? quiet(x) : is_finite(x) ? 1 : x > 0 ? x : 0;
         const SpecialPair s = special_sines(y);

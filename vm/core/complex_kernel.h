@@ -34,6 +34,13 @@ template <class T> inline int status_outside_range(T re, T im) {
     return is_infinite(re) || is_infinite(im) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW;
 }
 
+// Marks that tell of statuses too: the sign is for the edge; the bit behind it for results that
+// stand and are reported.
+template <class V> inline V report_marks(V marks, BitsOf<V> reported) {
+    return (V)(sign_bit(marks) | (reported & (BitsOf<V>)all(Element<V>(2))));
+}
+inline ints marked_report(ints marks) { return marks << 1 & ~marks; }
+
 // The kernel of a function that is one formula in doubles for parts of every ordinary size:
 //
 //   Core::formula<Accuracy>(x, y)   on vectors: for 0 or 2^-280 <= |x| < last_x<Accuracy>(), y

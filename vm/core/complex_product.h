@@ -69,10 +69,20 @@ template <class T> inline ints is_infinity(ints h) {
     return ((magnitude(h) ^ static_cast<std::int32_t>(Format<T>::infinity_head)) - 1);
 }
 
+// Masks of finite numbers, and of those with an infinite part.
+template <class V> inline BitsOf<V> both_finite(V re, V im) {
+    const V infinity = all(Format<Element<V>>::infinity);
+    return mask(absolute(re) < infinity) & mask(absolute(im) < infinity);
+}
+template <class V> inline BitsOf<V> one_infinite(V re, V im) {
+    const V infinity = all(Format<Element<V>>::infinity);
+    return mask(absolute(re) == infinity) | mask(absolute(im) == infinity);
+}
+
 // Results of arguments of which one is NaN, the first one of these: it is no matter of the order of
 // operations which.
 template <class V> inline Two<V> with_nan(const Two<V>& r, V a, V b, V c, V d) {
-    const auto none = [](V x) { return (BitsOf<V>)(x == x); };
+    const auto none = [](V x) { return mask(x == x); };
     if (!any_lane(~(none(a) & none(b) & none(c) & none(d)))) return r;
     const auto or_else = [&](V x, V other) { return select(none(x), other, x + x); };
     const auto all_of = [&](V x) { return or_else(a, or_else(b, or_else(c, or_else(d, x)))); };

@@ -19,10 +19,17 @@ template <class T, int first, int end> inline ints larger_outside(ints x, ints y
     return (head(end) - 1 - x) | (head(end) - 1 - y) | ((x - head(first)) & (y - head(first)));
 }
 
+// A comparison as a mask of its own: of several at once GCC 12 makes element by element what SSE2
+// has no mask instructions for.
+template <class M> inline M mask(M comparison) {
+    asm("" : "+v"(comparison));
+    return comparison;
+}
+
 // Masks where a part is +-0, and where both are, by the bits of floats and of doubles. Compared as
 // numbers: where subnormal ones count as zeros they are.
 inline ints is_zero(ints x) { return (ints)((floats)magnitude(x) == 0.0f); }
-inline longs is_zero(doubles x) { return (longs)(x == 0.0); }
+inline longs is_zero(doubles x) { return mask(x == 0.0); }
 inline ints both_zero(ints x, ints y) { return is_zero(x | y); }
 inline longs both_zero(doubles x, doubles y) {
     return is_zero(absolute((doubles)((longs)x | (longs)y)));
@@ -159,7 +166,7 @@ inline longs rounded_twice(doubles r, doubles x, doubles f) {
     if (!any_lane(sign_mask(marks))) [[likely]]
         return marks;
     const doubles back = (doubles)(2 * exponent_field(0) - (longs)f);
-    return marks & ~((longs)(r * back == x) & (longs)(f < 1.0));
+    return marks & ~(mask(r * back == x) & mask(f < 1.0));
 }
 // Two powers of two together, as factors of about half the exponent each: what the first one rounds
 // is 0 in the end, and it is 0 where the result is in any case.
