@@ -325,6 +325,13 @@ TEST(Errors, CallbackReplacesResults) {
         EXPECT_EQ(last.argument1, 0.0);
         EXPECT_EQ(x[1], 0.5);
         EXPECT_EQ(x[2], 5.0);
+        // Two results, each with its own.
+        const double angles[] = {0.0, INFINITY};
+        double sines[2], cosines[2];
+        replacement1 = 1.5, replacement2 = 2.5;
+        _vtmdSinCos(2, angles, sines, cosines);
+        EXPECT_EQ(sines[1], 1.5);
+        EXPECT_EQ(cosines[1], 2.5);
     });
 }
 
