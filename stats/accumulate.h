@@ -10,7 +10,7 @@ namespace kef::stats {
 
 // The weights of a tile.
 struct TileWeights {
-    const double* w;  // null: no weights; else readable up to three beyond the tile
+    const double* w;  // null: no weights; else as many as weight_room
     double sum;
     SumOfSquares sum_of_squares;
     bool positive;  // none is negative or NaN
@@ -21,23 +21,30 @@ struct TileWeights {
     }
 };
 
+// Weights of n observations are read up to three beyond them, and in whole vectors.
+constexpr int weight_room(int n) {
+    constexpr int lanes = vm::lanes<double>;
+    return (n + lanes - 1) / lanes * lanes + 3;
+}
+
 // The weights of n observations in double precision, put to w, padded with zeros.
 template <class T> TileWeights read_weights(const T* weights, int n, double* w) {
-    d2 sum{}, squares{};
-    l2 unusual{};
+    doubles sum{}, squares{};
+    vm::longs unusual{};
     int j = 0;
     for (; j < n; ++j) w[j] = weights[j];
-    for (; j < (n + 3) / 2 * 2 + 1; ++j) w[j] = 0;
-    for (j = 0; j < n; j += 2) {
-        const d2 two = vm::load(w + j);
-        sum += two;
-        squares += two * two;
-        unusual |= ~(l2)(two >= 0.0);
+    for (; j < weight_room(n); ++j) w[j] = 0;
+    for (j = 0; j < n; j += vm::lanes<double>) {
+        const doubles some = vm::load(w + j);
+        sum += some;
+        squares += some * some;
+        unusual |= ~(vm::longs)(some >= 0.0);
     }
-    return {w,
-            sum[0] + sum[1],
-            {w, n, squares[0] + squares[1]},
-            _mm_movemask_pd((__m128d)unusual) == 0};
+    const auto total = [](doubles x) {
+        const d2 both = vm::over_blocks(x, [](d2 a, d2 b) { return a + b; });
+        return both[0] + both[1];
+    };
+    return {w, total(sum), {w, n, total(squares)}, !vm::any_lane(unusual)};
 }
 
 namespace detail {
@@ -47,10 +54,10 @@ namespace detail {
 template <class Source> inline d2 centre(const Source& x, int n, const PairSums& s, bool started) {
     d2 r = s.mean_high;
     if (!started) {
-        const auto low = [](d2 a, d2 b) { return (d2)_mm_min_pd((__m128d)a, (__m128d)b); };
-        const auto high = [](d2 a, d2 b) { return (d2)_mm_max_pd((__m128d)a, (__m128d)b); };
+        using vm::maximum;
+        using vm::minimum;
         const d2 a = x.one(0), b = x.one(n / 2), c = x.one(n - 1);
-        r = high(low(a, b), low(high(a, b), c));
+        r = maximum(minimum(a, b), minimum(maximum(a, b), c));
     }
     return vm::select(finite(r), r, d2{});
 }
@@ -129,12 +136,31 @@ void add_by_recurrence(Accumulators& A, const Observations<T>& x, std::ptrdiff_t
 // The central sums of a tile whose power sums around r are `sum`, mu = its mean - r.
 inline CentralSums central_sums(int order, const d2 (&sum)[4], d2 mu) {
     CentralSums B;
-    if (order >= 2) B.m2 = (d2)_mm_max_pd(__m128d{}, (__m128d)(sum[1] - mu * sum[0]));  // keeps NaN
+    if (order >= 2) B.m2 = vm::maximum(d2{}, sum[1] - mu * sum[0]);  // keeps NaN
     if (order >= 3) {
         B.m3 = sum[2] - 3.0 * mu * sum[1] + 2.0 * mu * mu * sum[0];
         B.m4 = sum[3] - 4.0 * mu * sum[2] + 6.0 * mu * mu * sum[1] - 3.0 * mu * mu * mu * sum[0];
     }
     return B;
+}
+
+// The deviations from r to y and, with the weights as factors, to z.
+template <class Source>
+[[gnu::always_inline]] inline void put_deviations(const Source& x, const double* w, int n, d2 r,
+                                                  d2* y, d2* z) {
+    const auto put = [](d2* to, doubles d) { vm::store(reinterpret_cast<double*>(to), d); };
+    const doubles shift = vm::in_all_blocks(r);
+    int j = 0;
+    if (w == nullptr) {
+        for (; j <= n - blocks; j += blocks) put(y + j, x.u(j) - shift);
+        for (; j < n; ++j) y[j] = x.one(j) - r;
+    } else {
+        for (; j <= n - blocks; j += blocks) {
+            const doubles d = x.u(j) - shift;
+            put(y + j, d), put(z + j, d * duplicates(w + j));
+        }
+        for (; j < n; ++j) y[j] = x.one(j) - r, z[j] = y[j] * duplicate(w + j);
+    }
 }
 
 // A tile of positive total weight.
@@ -158,7 +184,7 @@ void add_tile(Accumulators& A, const Observations<T>& x, std::ptrdiff_t first, i
             if (summed < 2) return;
             const d2 mu = sum[0] * inverse;
             const l2 far = (l2)(mu * sum[0] > sum[1] * near);
-            if (_mm_movemask_pd((__m128d)far) == 0) [[likely]]
+            if (vm::bits(far) == 0) [[likely]]
                 return;
             r = vm::select(far & finite(r + mu), r + mu, r);
             power_sums(summed, source, t.w, n, r, sum);
@@ -169,12 +195,7 @@ void add_tile(Accumulators& A, const Observations<T>& x, std::ptrdiff_t first, i
         if (!products) return;
         A.tile_sum[i] = sum[0], A.tile_distance[i] = distance;
         with_pair(x, pair, first, [&](const auto& source) {
-            d2 *y = A.deviation + i * column, *z = A.scaled + i * column;
-            if (t.w == nullptr)
-                for (int j = 0; j < n; ++j) y[j] = source.one(j) - r;
-            else
-                for (int j = 0; j < n; ++j)
-                    y[j] = source.one(j) - r, z[j] = y[j] * duplicate(t.w + j);
+            put_deviations(source, t.w, n, r, A.deviation + i * column, A.scaled + i * column);
         });
     });
     if (!products) return;

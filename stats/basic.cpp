@@ -24,7 +24,7 @@ template <class T> std::int32_t from_observations(Task& task, const Call& call) 
     resume<T>(task, *state, call);
 
     const auto x = observations_of<T>(task);
-    alignas(16) double w[tile + 4];
+    alignas(vm::vector_bytes) double w[weight_room(tile)];
     for_each_tile(start, n, call.plan.tile_size(x.stride), [&](std::ptrdiff_t first, int m) {
         add_observations(
             state->sums, x, first, m,

@@ -57,8 +57,8 @@ public:
     };
     // In t nothing cancels for small c, and c = 0 is no case of its own.
     Values at(d2 u) const {
-        const d2 inner = vm::minimum(u, all(M_));
-        const d2 t = vm::minimum(vm::maximum(u - M_, d2{}) * inverse_, all(1.0));
+        const d2 inner = vm::minimum(u, both(M_));
+        const d2 t = vm::minimum(vm::maximum(u - M_, d2{}) * inverse_, both(1.0));
         const d2 s = t * t, w = 1.0 - s;
         const d2 straight = t * (1.0 - s * (2.0 / 3 - s * (1.0 / 5)));
         const d2 square = s * (0.5 - s * (0.5 - s * (1.0 / 6)));

@@ -9,6 +9,8 @@ namespace kef::stats {
 using dist::exp_of;
 using dist::log_of;
 
+double exponential(double x) { return exp_of(x); }
+
 double gamma_weight(double a, double x) {
     using namespace dist::detail;
     constexpr double two_pi = 0x1.921fb54442d18p2;

@@ -16,6 +16,9 @@ Tails gamma_tails(double a, double x);
 // x^a e^-x / Gamma(a + 1), a >= 1/2, x > 0: the density is this times a/x.
 double gamma_weight(double a, double x);
 
+// e^x, 0 below e^-700.
+double exponential(double x);
+
 // The point with the probability q in (0, 1) above it: relative error below 1e-13.
 double upper_gamma_quantile(double a, double q);
 

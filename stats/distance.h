@@ -62,7 +62,7 @@ private:
             const T *u = x.at(variable_[a], from), *v = x.at(variable_[b], from);
             int j = 0;
             for (; j + 2 <= n; j += 2) put(j, two<false>(u + j) - m[0], two<false>(v + j) - m[1]);
-            if (j < n) put(j, vm::all(u[j] - m[0]), vm::all(v[j] - m[1]));
+            if (j < n) put(j, both(u[j] - m[0]), both(v[j] - m[1]));
             return;
         }
         with_pair(x, {variable_[a], variable_[b]}, from, [&](const auto& source) {

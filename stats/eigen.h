@@ -152,7 +152,7 @@ private:
         double *x = vectors_ + k * p_, *y = x + p_;
         std::ptrdiff_t j = 0;
         for (; j + 2 <= p_; j += 2) {
-            const d2 a = vm::load(x + j), b = vm::load(y + j);
+            const d2 a = vm::load_as<d2>(x + j), b = vm::load_as<d2>(y + j);
             vm::store(x + j, c * a - s * b);
             vm::store(y + j, s * a + c * b);
         }

@@ -14,18 +14,18 @@ template <bool exact_median, class T> struct Deviations {
     const T* x;
     T m, low;
 
-    T operator[](std::ptrdiff_t j) const { return of(vm::all(x[j]))[0]; }
-    friend Vector<T> load_at(const Deviations& d, std::ptrdiff_t j) {
-        return d.of(vm::load(d.x + j));
+    T operator[](std::ptrdiff_t j) const { return of(vm::filled<Block<T>>(x[j]))[0]; }
+    friend Block<T> load_at(const Deviations& d, std::ptrdiff_t j) {
+        return d.of(vm::load_as<Block<T>>(d.x + j));
     }
 
 private:
-    Vector<T> of(Vector<T> v) const {
-        const Vector<T> c = vm::all(m), d = v - c;
+    Block<T> of(Block<T> v) const {
+        const Block<T> c = vm::filled<Block<T>>(m), d = v - c;
         if constexpr (exact_median) return vm::absolute(d);
-        const Vector<T> shadow = d - v;
-        const Vector<T> error = (v - (d - shadow)) - (c + shadow);  // Knuth
-        const Vector<T> sum = d + (error - vm::all(low));
+        const Block<T> shadow = d - v;
+        const Block<T> error = (v - (d - shadow)) - (c + shadow);  // Knuth
+        const Block<T> sum = d + (error - vm::filled<Block<T>>(low));
         return vm::absolute(vm::select(sum - sum == 0, sum, d));  // d, where it is infinite
     }
 };

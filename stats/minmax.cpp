@@ -10,11 +10,11 @@ namespace {
 // x where it is beyond the extreme so far; a NaN never is.
 struct Least {
     static constexpr double start = std::numeric_limits<double>::infinity();
-    static d2 pick(d2 x, d2 so_far) { return (d2)_mm_min_pd((__m128d)x, (__m128d)so_far); }
+    template <class V> static V pick(V x, V so_far) { return vm::minimum(x, so_far); }
 };
 struct Greatest {
     static constexpr double start = -std::numeric_limits<double>::infinity();
-    static d2 pick(d2 x, d2 so_far) { return (d2)_mm_max_pd((__m128d)x, (__m128d)so_far); }
+    template <class V> static V pick(V x, V so_far) { return vm::maximum(x, so_far); }
 };
 
 // Merges what was found in n observations of a variable, Extreme::start when all of
@@ -33,14 +33,18 @@ void merge(T& place, double found, const T* x, std::ptrdiff_t stride, int n) {
 
 // The extreme over a source.
 template <class Extreme, class Source> d2 extreme(const Source& x, int n) {
-    d2 u = all(Extreme::start), v = u, rest = u;
+    doubles u = all(Extreme::start), v = u;
+    d2 rest = both(Extreme::start);
     int j = 0;
     for (; j <= n - Source::width; j += Source::width) {
         u = Extreme::pick(x.u(j), u);
         v = Extreme::pick(x.v(j), v);
     }
+    if constexpr (blocks > 1 && Source::half)
+        if (j <= n - Source::width / 2) u = Extreme::pick(x.u(j), u), j += Source::width / 2;
     for (; j < n; ++j) rest = Extreme::pick(x.one(j), rest);
-    return Extreme::pick(Source::fold(u, v, Extreme::pick), rest);
+    const auto pick = [](auto x, auto so_far) { return Extreme::pick(x, so_far); };
+    return pick(Source::fold(u, v, pick), rest);
 }
 
 // One tile of a pair of variables; null arrays are left out.

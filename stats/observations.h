@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "vm/simd/simd.h"
+#include "vm/simd/blocks.h"
 
 namespace kef::stats {
 
 using vm::all;
+using vm::blocks;
 using vm::d2;
+using vm::doubles;
 using vm::l2;
 
 // The most observations that one pass over a pair of variables covers.
@@ -34,9 +36,14 @@ inline void for_each_tile(std::ptrdiff_t first, std::ptrdiff_t end, int size, F 
         f(first, static_cast<int>(end - first < size ? end - first : size));
 }
 
-// The same number in both lanes, from memory; the lanes exchanged.
+// The same number in both lanes, also from memory; the lanes exchanged, in every block.
+inline d2 both(double x) { return vm::filled<d2>(x); }
 inline d2 duplicate(const double* x) { return (d2)_mm_loaddup_pd(x); }
-inline d2 swapped(d2 x) { return __builtin_shufflevector(x, x, 1, 0); }
+template <class V> inline V swapped(V x) { return vm::in_blocks<1, 0>(x, x); }
+// Each of the numbers from x on in both lanes of a block.
+inline doubles duplicates(const double* x) {
+    return vm::of_blocks([&](int k) { return (__m128d)duplicate(x + k); });
+}
 
 // Two neighbours in memory.
 template <bool aligned> inline d2 two(const double* x) {
@@ -46,6 +53,12 @@ template <bool aligned> inline d2 two(const double* x) {
 template <bool aligned> inline d2 two(const float* x) {
     return (d2)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(x))));
 }
+// As many as fill a vector; `aligned` to 16 bytes, which says nothing of a wider one.
+template <bool aligned> inline doubles several(const double* x) {
+    if constexpr (aligned && blocks == 1) return (doubles)two<true>(x);
+    else return vm::load(x);
+}
+template <bool aligned> inline doubles several(const float* x) { return vm::load_widened(x); }
 
 // x as p variables by n observations.
 template <class T> struct Observations {
@@ -72,80 +85,85 @@ struct Pair {
 // so that sums run over whole vectors in every storage. `half` tells whether u alone
 // is a step, too, of width/2 observations.
 
-// Lanes are the pair's variables; a lone variable stands in both lanes.
-struct LanesAreVariables {
-    static constexpr int width = 2;
+// Blocks are observations, their lanes the pair's variables; a lone variable stands in both lanes.
+template <class Source> struct BlocksAreObservations {
+    static constexpr int width = 2 * blocks;
     static constexpr bool half = true;
-    template <class Op> static d2 fold(d2 u, d2 v, Op op) { return op(u, v); }
-    static d2 shift_u(d2 r) { return r; }
-    static d2 shift_v(d2 r) { return r; }
-    static d2 weight_u(const double* w, int j) { return duplicate(w + j); }
-    static d2 weight_v(const double* w, int j) { return duplicate(w + j + 1); }
+    d2 one(int j) const { return own().at(j * own().stride); }
+    doubles u(int j) const {
+        return vm::of_blocks([&](int k) { return (__m128d)one(j + k); });
+    }
+    doubles v(int j) const { return u(j + blocks); }
+    template <class Op> static d2 fold(doubles u, doubles v, Op op) {
+        return vm::over_blocks(op(u, v), op);
+    }
+    static doubles shift_u(d2 r) { return vm::in_all_blocks(r); }
+    static doubles shift_v(d2 r) { return vm::in_all_blocks(r); }
+    static doubles weight_u(const double* w, int j) { return duplicates(w + j); }
+    static doubles weight_v(const double* w, int j) { return duplicates(w + j + blocks); }
+
+private:
+    const Source& own() const { return static_cast<const Source&>(*this); }
 };
 
-template <class T, bool aligned> struct ColumnPair : LanesAreVariables {
+template <class T, bool aligned> struct ColumnPair : BlocksAreObservations<ColumnPair<T, aligned>> {
     const T* x;
     std::ptrdiff_t stride;
     ColumnPair(const T* x, std::ptrdiff_t stride) : x(x), stride(stride) {}
     d2 at(std::ptrdiff_t offset) const { return two<aligned>(x + offset); }
-    d2 one(int j) const { return at(j * stride); }
-    d2 u(int j) const { return one(j); }
-    d2 v(int j) const { return one(j + 1); }
 };
 
-template <class T> struct SplitPair : LanesAreVariables {
+template <class T> struct SplitPair : BlocksAreObservations<SplitPair<T>> {
     const T *x, *y;
     std::ptrdiff_t stride;
     SplitPair(const T* x, const T* y, std::ptrdiff_t stride) : x(x), y(y), stride(stride) {}
     d2 at(std::ptrdiff_t offset) const {
         return d2{static_cast<double>(x[offset]), static_cast<double>(y[offset])};
     }
-    d2 one(int j) const { return at(j * stride); }
-    d2 u(int j) const { return one(j); }
-    d2 v(int j) const { return one(j + 1); }
 };
 
 // Lanes are consecutive observations: u of the first variable, v of the second.
 template <class T, bool aligned> struct RowPair {
-    static constexpr int width = 2;
+    static constexpr int width = vm::lanes<double>;
     static constexpr bool half = false;
     const T *x, *y;
     d2 one(int j) const { return d2{static_cast<double>(x[j]), static_cast<double>(y[j])}; }
-    d2 u(int j) const { return two<aligned>(x + j); }
-    d2 v(int j) const { return two<aligned>(y + j); }
-    template <class Op> static d2 fold(d2 u, d2 v, Op op) {
-        return op(__builtin_shufflevector(u, v, 0, 2), __builtin_shufflevector(u, v, 1, 3));
+    doubles u(int j) const { return several<aligned>(x + j); }
+    doubles v(int j) const { return several<aligned>(y + j); }
+    template <class Op> static d2 fold(doubles u, doubles v, Op op) {
+        return vm::over_blocks(op(vm::in_blocks<0, 2>(u, v), vm::in_blocks<1, 3>(u, v)), op);
     }
-    static d2 shift_u(d2 r) { return all(r[0]); }
-    static d2 shift_v(d2 r) { return all(r[1]); }
-    static d2 weight_u(const double* w, int j) { return vm::load(w + j); }
-    static d2 weight_v(const double* w, int j) { return vm::load(w + j); }
+    static doubles shift_u(d2 r) { return all(r[0]); }
+    static doubles shift_v(d2 r) { return all(r[1]); }
+    static doubles weight_u(const double* w, int j) { return vm::load(w + j); }
+    static doubles weight_v(const double* w, int j) { return vm::load(w + j); }
 };
 
 // Lanes are consecutive observations of one contiguous variable: whatever a kernel takes of it
 // (r, T) stands in both lanes.
 template <class T, bool aligned> struct LoneRow {
-    static constexpr int width = 4;
+    static constexpr int lanes = vm::lanes<double>, width = 2 * lanes;
     static constexpr bool half = true;
     const T* x;
-    d2 one(int j) const { return all(static_cast<double>(x[j])); }
-    d2 u(int j) const { return two<aligned>(x + j); }
-    d2 v(int j) const { return two<aligned>(x + j + 2); }
-    template <class Op> static d2 fold(d2 u, d2 v, Op op) {
-        const d2 both = op(u, v);
-        return op(both, swapped(both));
+    d2 one(int j) const { return both(static_cast<double>(x[j])); }
+    d2 neighbours(int j) const { return two<aligned>(x + j); }
+    doubles u(int j) const { return several<aligned>(x + j); }
+    doubles v(int j) const { return several<aligned>(x + j + lanes); }
+    template <class Op> static d2 fold(doubles u, doubles v, Op op) {
+        const d2 two = vm::over_blocks(op(u, v), op);
+        return op(two, swapped(two));
     }
-    static d2 shift_u(d2 r) { return r; }
-    static d2 shift_v(d2 r) { return r; }
-    static d2 weight_u(const double* w, int j) { return vm::load(w + j); }
-    static d2 weight_v(const double* w, int j) { return vm::load(w + j + 2); }
+    static doubles shift_u(d2 r) { return vm::in_all_blocks(r); }
+    static doubles shift_v(d2 r) { return vm::in_all_blocks(r); }
+    static doubles weight_u(const double* w, int j) { return vm::load(w + j); }
+    static doubles weight_v(const double* w, int j) { return vm::load(w + j + lanes); }
 };
 
 // Kernels exist in two copies, by whether all the vectors that they load from the
 // caller's arrays are aligned; what they write is private and always is. Loads of
-// two floats need no alignment, so single precision has one copy.
+// two floats need no alignment, nor do those of processors with wider vectors: one copy.
 template <class T, class F> inline void by_alignment(std::uintptr_t addresses, F f) {
-    if constexpr (std::is_same_v<T, double>)
+    if constexpr (std::is_same_v<T, double> && blocks == 1)
         if (addresses % 16 == 0) return f(std::true_type());
     f(std::false_type());
 }

@@ -100,7 +100,7 @@ private:
         Index greatest = index[0], sign = 0;
         std::ptrdiff_t j = 0;
         if constexpr (sizeof(Index) == sizeof(std::int32_t)) {
-            i4 most[2] = {vm::all(greatest), vm::all(greatest)}, signs{};
+            i4 most[2] = {vm::filled<i4>(greatest), vm::filled<i4>(greatest)}, signs{};
             for (; j + 8 <= n; j += 8)
                 for (int k = 0; k < 2; ++k) {
                     const auto* four = reinterpret_cast<const __m128i*>(index + j + 4 * k);

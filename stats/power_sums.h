@@ -8,63 +8,77 @@ namespace kef::stats {
 
 namespace detail {
 
-template <int K> struct Powers {
-    d2 s1{}, s2{}, s3{}, s4{};
+using vm::multiply_add;
 
-    void add(d2 y) {
+template <int K, class V> struct Powers {
+    V s1{}, s2{}, s3{}, s4{};
+
+    void add(V y) {
         s1 += y;
-        if constexpr (K >= 2) {
-            const d2 y2 = y * y;
+        if constexpr (K == 2) s2 = multiply_add(y, y, s2);
+        if constexpr (K >= 3) {
+            const V y2 = y * y;
             s2 += y2;
-            if constexpr (K >= 3) s3 += y2 * y, s4 += y2 * y2;
+            s3 = multiply_add(y2, y, s3), s4 = multiply_add(y2, y2, s4);
         }
     }
-    void add(d2 y, d2 w) {
-        d2 term = w * y;
+    void add(V y, V w) {
+        V term = w * y;
         s1 += term;
-        if constexpr (K >= 2) s2 += (term *= y);
-        if constexpr (K >= 3) s3 += (term *= y), s4 += (term *= y);
+        if constexpr (K == 2) s2 = multiply_add(term, y, s2);
+        if constexpr (K >= 3) {
+            s2 += (term *= y);
+            s3 += (term *= y);
+            s4 = multiply_add(term, y, s4);
+        }
     }
 };
 
-// Two sets of sums for K <= 2, to hide the latency of the additions; more would not
+// Where the processor has wider vectors it has as many registers as two sets of four sums take.
+inline constexpr int most_in_two_sets = blocks > 1 ? 4 : 2;
+
+// Two sets of sums for K <= most_in_two_sets, to hide the latency of the additions; more would not
 // fit the registers.
 template <int K, bool weighted, class Source>
 inline void power_sums(const Source& x, const double* w, int n, d2 r, d2 (&sum)[4]) {
-    constexpr bool both = K <= 2;
-    static_assert(both || Source::half);
-    constexpr int width = both ? Source::width : Source::width / 2;
-    Powers<K> first, second;
-    const d2 ru = Source::shift_u(r), rv = Source::shift_v(r);
+    constexpr bool both_sets = K <= most_in_two_sets;
+    static_assert(both_sets || Source::half);
+    constexpr int half_width = Source::width / 2, width = both_sets ? Source::width : half_width;
+    Powers<K, doubles> first, second;
+    const doubles ru = Source::shift_u(r), rv = Source::shift_v(r);
+    const auto add_u = [&](int j) __attribute__((always_inline)) {
+        if constexpr (weighted) first.add(x.u(j) - ru, Source::weight_u(w, j));
+        else first.add(x.u(j) - ru);
+    };
     int j = 0;
     for (; j <= n - width; j += width) {
-        if constexpr (weighted) {
-            first.add(x.u(j) - ru, Source::weight_u(w, j));
-            if constexpr (both) second.add(x.v(j) - rv, Source::weight_v(w, j));
-        } else {
-            first.add(x.u(j) - ru);
-            if constexpr (both) second.add(x.v(j) - rv);
+        add_u(j);
+        if constexpr (both_sets) {
+            if constexpr (weighted) second.add(x.v(j) - rv, Source::weight_v(w, j));
+            else second.add(x.v(j) - rv);
         }
     }
-    Powers<K> rest;
+    if constexpr (blocks > 1 && Source::half)
+        if (j <= n - half_width) add_u(j), j += half_width;
+    Powers<K, d2> rest;
     for (; j < n; ++j) {
-        if constexpr (weighted) rest.add(x.one(j) - r, all(w[j]));
+        if constexpr (weighted) rest.add(x.one(j) - r, both(w[j]));
         else rest.add(x.one(j) - r);
     }
-    const auto plus = [](d2 a, d2 b) { return a + b; };
+    const auto plus = [](auto a, auto b) { return a + b; };
     sum[0] = Source::fold(first.s1, second.s1, plus) + rest.s1;
     sum[1] = Source::fold(first.s2, second.s2, plus) + rest.s2;
     sum[2] = Source::fold(first.s3, second.s3, plus) + rest.s3;
     sum[3] = Source::fold(first.s4, second.s4, plus) + rest.s4;
 }
 
-// Two variables in rows do not share sums; with four powers they go one by one.
+// Two variables in rows do not share sums; where one set fits the registers they go one by one.
 template <int K, bool weighted, class T, bool aligned>
 inline void power_sums(const RowPair<T, aligned>& x, const double* w, int n, d2 r,
-                       d2 (&sum)[4]) requires(K > 2) {
+                       d2 (&sum)[4]) requires(K > most_in_two_sets) {
     d2 second[4];
-    power_sums<K, weighted>(LoneRow<T, aligned>{x.x}, w, n, all(r[0]), sum);
-    power_sums<K, weighted>(LoneRow<T, aligned>{x.y}, w, n, all(r[1]), second);
+    power_sums<K, weighted>(LoneRow<T, aligned>{x.x}, w, n, both(r[0]), sum);
+    power_sums<K, weighted>(LoneRow<T, aligned>{x.y}, w, n, both(r[1]), second);
     for (int k = 0; k < 4; ++k) sum[k][1] = second[k][1];
 }
 

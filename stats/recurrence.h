@@ -49,7 +49,7 @@ template <bool higher>
 inline double fill_weighted(Coefficients& c, double W, const double* w, int n) {
     d2 before = {W, W + w[0]};
     for (int j = 0; j < n; j += 2) {
-        const d2 weight = vm::load(w + j), after = before + weight, r = 1.0 / after;
+        const d2 weight = vm::load_as<d2>(w + j), after = before + weight, r = 1.0 / after;
         put_coefficients<higher>(c, j, before, r, weight * r, before * r * weight);
         before = d2{after[1], after[1] + w[j + 2]};
     }
@@ -115,10 +115,10 @@ inline d2 recurrence(const LoneRow<T, aligned>& x, const Coefficients& c, const 
     d2 m2{};
     int j = 0;
     for (; j <= n - 2; j += 2) {
-        const d2 y = x.u(j) - r, wy = weighted ? y * vm::load(w + j) : y;
+        const d2 y = x.neighbours(j) - r, wy = weighted ? y * vm::load_as<d2>(w + j) : y;
         const d2 before = total + __builtin_shufflevector(d2{}, wy, 0, 2);
-        const d2 d = y - before * vm::load(c.inverse + j);
-        m2 += d * d * vm::load(c.c2 + j);
+        const d2 d = y - before * vm::load_as<d2>(c.inverse + j);
+        m2 += d * d * vm::load_as<d2>(c.c2 + j);
         total += wy + swapped(wy);
     }
     sums.m2 += m2 + swapped(m2);

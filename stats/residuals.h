@@ -86,7 +86,7 @@ template <class T, class Weight> class Residuals {
         Weight W;                     // of the group with them
     };
     // In these arrays each group has room for a tile, and for what sums of weights read beyond it.
-    static constexpr std::ptrdiff_t segment_room = short_tile + (weighted ? 4 : 0);
+    static constexpr std::ptrdiff_t segment_room = weighted ? weight_room(short_tile) : short_tile;
     struct Tile {
         std::ptrdiff_t first, end;
         int count = 0;     // members
@@ -368,7 +368,7 @@ private:
         s.half[0] += even + odd;
     }
 
-    void add_products(const d2* y, const d2* z, int n) {
+    void add_products(d2* y, d2* z, int n) {
         cross_products(y, z, sums_.pairs, n,
                        [&](std::ptrdiff_t a, std::ptrdiff_t b, const ProductBlock& sum) {
                            ProductBlock& Q = sums_.products[block_index(a, b)];

@@ -1,6 +1,5 @@
 // _vtsdSSRobustCovariance, _vtssSSRobustCovariance: S-estimate with the translated biweight (Rocke,
 // Ann. Stat. 24:1327, 1996).
-#include "distributions/log_poisson.h"
 #include "stats/bacon.h"
 #include "stats/biweight.h"
 #include "stats/computation.h"
@@ -13,7 +12,7 @@ namespace {
 // Calls f(j, two numbers) for the pairs of n, 0 beside the last of an odd number.
 template <class F> void for_each_two(const double* x, std::ptrdiff_t n, F f) {
     std::ptrdiff_t j = 0;
-    for (; j + 2 <= n; j += 2) f(j, vm::load(x + j));
+    for (; j + 2 <= n; j += 2) f(j, vm::load_as<d2>(x + j));
     if (j < n) f(j, d2{x[j], 0});
 }
 
@@ -32,7 +31,7 @@ double scale_of(const Biweight& rho, const double* square, std::ptrdiff_t n, dou
         const double excess = sum[0] + sum[1] - static_cast<double>(n) * rho.target();
         const double step = 2 * excess / (slope[0] + slope[1]);
         (excess > 0 ? low : high) = t;
-        double next = std::fabs(step) < 2 ? t * dist::exp_of(step) : 0;
+        double next = std::fabs(step) < 2 ? t * exponential(step) : 0;
         if (!(next > low && next < high))
             next = low == 0 ? high / 4 : high == HUGE_VAL ? low * 4 : (low + high) / 2;
         const bool done = std::fabs(next - t) <= t * 0x1p-48;

@@ -15,9 +15,9 @@
 
 namespace kef::stats {
 
+using vm::Block;
 using vm::f4;
 using vm::i4;
-using vm::Vector;
 
 // Up to so many numbers are sorted by insertion.
 inline constexpr std::ptrdiff_t few = 32;
@@ -38,19 +38,20 @@ template <class T> bool are_weights(const Range<T>& range) {
 
 template <class T> Range<T> range_of(const T* x, std::ptrdiff_t n) {
     constexpr std::ptrdiff_t lanes = 16 / sizeof(T);
-    Vector<T> low[2] = {vm::all(x[0]), vm::all(x[0])}, high[2] = {low[0], low[0]};
+    Block<T> low[2] = {vm::filled<Block<T>>(x[0]), vm::filled<Block<T>>(x[0])},
+             high[2] = {low[0], low[0]};
     auto ordinary = low[0] == low[0];
     std::ptrdiff_t j = 0;
     for (; j + 2 * lanes <= n; j += 2 * lanes)
         for (int k = 0; k < 2; ++k) {
-            const Vector<T> v = vm::load(x + j + k * lanes);
+            const Block<T> v = vm::load_as<Block<T>>(x + j + k * lanes);
             low[k] = vm::minimum(low[k], v);
             high[k] = vm::maximum(high[k], v);
             ordinary &= v == v;
         }
     low[0] = vm::minimum(low[0], low[1]);
     high[0] = vm::maximum(high[0], high[1]);
-    Range<T> range = {low[0][0], high[0][0], !vm::all_lanes((i4)ordinary)};
+    Range<T> range = {low[0][0], high[0][0], vm::bits((i4)ordinary) != 15};
     const auto take = [&](T least, T greatest) {
         range.least = least < range.least ? least : range.least;
         range.greatest = greatest > range.greatest ? greatest : range.greatest;
@@ -72,20 +73,20 @@ template <class T> class ByValue {
 public:
     // scale * width stays below `buckets` with all its roundings.
     ByValue(const Range<T>& range, int buckets)
-        : least_(vm::all(range.least)),
-          scale_(
-              vm::all(static_cast<T>(buckets * (1 - 0x1p-20)) / (range.greatest - range.least))) {}
+        : least_(vm::filled<Block<T>>(range.least)),
+          scale_(vm::filled<Block<T>>(static_cast<T>(buckets * (1 - 0x1p-20)) /
+                                      (range.greatest - range.least))) {}
     bool usable(const Range<T>& range) const {
         const T width = range.greatest - range.least;
         return width - width == 0 && scale_[0] - scale_[0] == 0 &&
                range.greatest - range.greatest == 0;
     }
-    i4 operator()(Vector<T> x) const { return truncated((x - least_) * scale_); }
+    i4 operator()(Block<T> x) const { return truncated((x - least_) * scale_); }
 
 private:
     static i4 truncated(vm::d2 x) { return (i4)_mm_cvttpd_epi32((__m128d)x); }
     static i4 truncated(f4 x) { return (i4)_mm_cvttps_epi32((__m128)x); }
-    Vector<T> least_, scale_;
+    Block<T> least_, scale_;
 };
 
 // The bit pattern as an integer of the same order.
@@ -95,20 +96,21 @@ inline i4 ordered(f4 x) { return (i4)x ^ (vm::sign_mask((i4)x) & INT32_MAX); }
 // (ordered(x) - ordered(least)) >> shift. The two zeros are neighbours, and a range that ends with
 // either of them is taken to hold both.
 template <class T> class ByPattern {
-    using Key = decltype(ordered(Vector<T>{}));
+    using Key = decltype(ordered(Block<T>{}));
     using Wrapping = std::conditional_t<sizeof(T) == 8, vm::u2, vm::u4>;
 
 public:
     ByPattern(const Range<T>& range, int buckets) {
-        least_ = ordered(vm::all(range.least == 0 ? T(-0.0) : range.least));
-        const Key greatest = ordered(vm::all(range.greatest == 0 ? T(0.0) : range.greatest));
+        least_ = ordered(vm::filled<Block<T>>(range.least == 0 ? T(-0.0) : range.least));
+        const Key greatest =
+            ordered(vm::filled<Block<T>>(range.greatest == 0 ? T(0.0) : range.greatest));
         using Word = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
         const Word width = static_cast<Word>(greatest[0]) - static_cast<Word>(least_[0]);
         int shift = 0;
         while (width >> shift >= static_cast<Word>(buckets)) ++shift;
         shift_ = _mm_cvtsi32_si128(shift);
     }
-    i4 operator()(Vector<T> x) const { return shifted((Wrapping)ordered(x) - (Wrapping)least_); }
+    i4 operator()(Block<T> x) const { return shifted((Wrapping)ordered(x) - (Wrapping)least_); }
 
 private:
     i4 shifted(vm::u2 key) const {
@@ -121,8 +123,8 @@ private:
 };
 
 // A source of numbers: a pointer to them, or what has [] and load_at().
-template <class T> inline Vector<T> load_at(const T* x, std::ptrdiff_t j) {
-    return vm::load(x + j);
+template <class T> inline Block<T> load_at(const T* x, std::ptrdiff_t j) {
+    return vm::load_as<Block<T>>(x + j);
 }
 
 // Calls f(j, bucket, parity) for all numbers, j = 0 .. n - 1; neighbours differ in parity.
@@ -139,7 +141,11 @@ inline void for_each_bucket(const Source& x, std::ptrdiff_t n, const Map& map, F
             f(j + 3, _mm_extract_epi16(b, 6), 1);
         }
     }
-    for (; j < n; ++j) f(j, _mm_extract_epi16((__m128i)map(vm::all(x[j])), 0), 0);
+    for (; j < n; ++j)
+        f(j,
+          _mm_extract_epi16(
+              (__m128i)map(vm::filled<Block<std::remove_cvref_t<decltype(x[j])>>>(x[j])), 0),
+          0);
 }
 
 // f(map): the map of a range to so many buckets. `by_pattern`: values are no good.

@@ -187,7 +187,9 @@ void merge_halved(const T* a, const T* b, std::ptrdiff_t k, bool odd, T* result)
 template <class T, class Reached> T bisect(T low, T high, Reached reached) {
     using Key = std::conditional_t<sizeof(T) == 8, std::int64_t, std::int32_t>;
     using Distance = std::make_unsigned_t<Key>;
-    const auto key = [](T x) { return static_cast<Key>(detail::ordered(vm::all(x))[0]); };
+    const auto key = [](T x) {
+        return static_cast<Key>(detail::ordered(vm::filled<vm::Block<T>>(x))[0]);
+    };
     const auto number = [](Key k) {
         return std::bit_cast<T>(k < 0 ? k ^ std::numeric_limits<Key>::max() : k);
     };

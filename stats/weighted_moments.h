@@ -35,7 +35,7 @@ public:
     void operator()(const Observations<T>& x, std::ptrdiff_t n, const double* weights,
                     const double* centre) {
         start(centre);
-        alignas(16) double w[short_tile + 4];
+        alignas(vm::vector_bytes) double w[weight_room(short_tile)];
         for_each_tile(0, n, short_tile, [&](std::ptrdiff_t first, int m) {
             const TileWeights t = read_weights(weights + first, m, w);
             if (t.sum != 0) add_observations(A_, x, first, m, t);

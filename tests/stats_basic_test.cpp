@@ -86,7 +86,7 @@ template <class T> struct Reference {
 
 template <class T> void check_against_reference(double bound) {
     for (int p : {1, 2, 3, 10})
-        for (int n : {2, 3, 10, 255, 257, 1000})
+        for (int n : {2, 3, 10, 12, 15, 21, 38, 255, 257, 1000})
             for (bool weighted : {false, true}) {
                 const auto data = normal_data<T>(p, n, 1.5);
                 const auto w = weighted ? weights_for<T>(n) : std::vector<T>();
@@ -574,9 +574,9 @@ template <class T> void expect_scale_of_weights_to_cancel(const std::vector<int>
             ASSERT_EQ(VTS_SS_STATUS_OK, first.block(0, 150, few, method));
             second.take_over(first);
             ASSERT_EQ(VTS_SS_STATUS_OK, second.block(150, n - 150, few, method));
-            for (int i = 0; i < p; ++i)
+            for (int i = 0; i < p; ++i)  // the deviations are of the order of i + 1
                 EXPECT_NEAR(whole.central_sum_3[i], std::ldexp(second.central_sum_3[i], -exponent),
-                            n * 100 * std::numeric_limits<T>::epsilon());
+                            n * 10 * std::pow(i + 1, 3) * std::numeric_limits<T>::epsilon());
         };
         for (int exponent : exponents) {
             expect_same_results([](int j) { return T(j % 7 + 1); }, exponent);
