@@ -10,13 +10,20 @@
 
 namespace KEF_VM {
 
+// The leading 16 bits of the larger of two magnitudes, with the others of either.
+inline ints larger_head(ints x, ints y) {
+    typedef std::int16_t Halves __attribute__((vector_size(sizeof(ints))));
+    const Halves a = (Halves)x, b = (Halves)y;
+    return (ints)(a > b ? a : b);
+}
+
 // A gate: the larger of the parts with these heads is not in [2^first, 2^end).
 template <class T, int first, int end> inline ints larger_outside(ints x, ints y) {
     constexpr auto head = [](int e) {
         return Format<T>::one_head + e * static_cast<std::int32_t>(Format<T>::normal_head);
     };
-    x = magnitude(x), y = magnitude(y);
-    return (head(end) - 1 - x) | (head(end) - 1 - y) | ((x - head(first)) & (y - head(first)));
+    const ints larger = larger_head(magnitude(x), magnitude(y));
+    return (larger - head(first)) | (head(end) - 1 - larger);
 }
 
 // A comparison as a mask of its own: of several at once GCC 12 makes element by element what SSE2
