@@ -82,6 +82,17 @@ def test_a_wheel_carries_the_library(tmp_path):
                            env=environment | {"PYTHONPATH": str(tmp_path / "installed")}, check=True, cwd=tmp_path,
                            capture_output=True, text=True).stdout
     assert shown.split() == ["1.0", str(tmp_path / "installed/kef/__init__.py"), "0.1.0"]
+    # An editable one refers to the tree.
+    (tmp_path / "editable").mkdir()
+    subprocess.run([sys.executable, "-c", "from setuptools import build_meta; build_meta.build_editable('../editable')"],
+                   cwd=tree, check=True, capture_output=True)
+    wheel, = (tmp_path / "editable").glob("kef-*.whl")
+    with zipfile.ZipFile(wheel) as archive:
+        archive.extractall(tmp_path / "editable")
+    program = f"import site; site.addsitedir({str(tmp_path / 'editable')!r}); import kef; print(kef.__file__)"
+    shown = subprocess.run([sys.executable, "-c", program], env=environment | {"PYTHONPATH": ""}, check=True, cwd=tmp_path,
+                           capture_output=True, text=True).stdout
+    assert shown.strip() == str(tree / "kef/__init__.py")
 
 
 PARALLEL = """
