@@ -152,6 +152,9 @@ struct DoublesPair {
     doubles low, high;
 };
 
+// What `to_integral` rounds to, as the processor has it.
+enum Rounding { to_nearest = 0, downwards = 1, upwards = 2, to_zero = 3, no_flags = 8 };
+
 // Vectors of one block, for what has not been written for all widths yet.
 using d2 = double __attribute__((vector_size(16)));
 using f4 = float __attribute__((vector_size(16)));

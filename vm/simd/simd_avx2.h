@@ -12,6 +12,15 @@ inline floats fused(floats a, floats b, floats c) {
     return (floats)_mm256_fmadd_ps((__m256)a, (__m256)b, (__m256)c);
 }
 
+// To an integral value in a direction of simd.h.
+inline constexpr bool has_to_integral = true;
+template <int mode> inline doubles to_integral(doubles x) {
+    return (doubles)_mm256_round_pd((__m256d)x, mode);
+}
+template <int mode> inline floats to_integral(floats x) {
+    return (floats)_mm256_round_ps((__m256)x, mode);
+}
+
 inline unsigned bits(ints verdict) { return _mm256_movemask_ps((__m256)verdict); }
 inline unsigned bits(longs verdict) { return _mm256_movemask_pd((__m256d)verdict); }
 

@@ -12,6 +12,15 @@ inline floats fused(floats a, floats b, floats c) {
     return (floats)_mm512_fmadd_ps((__m512)a, (__m512)b, (__m512)c);
 }
 
+// To an integral value in a direction of simd.h.
+inline constexpr bool has_to_integral = true;
+template <int mode> inline doubles to_integral(doubles x) {
+    return (doubles)_mm512_roundscale_pd((__m512d)x, mode);
+}
+template <int mode> inline floats to_integral(floats x) {
+    return (floats)_mm512_roundscale_ps((__m512)x, mode);
+}
+
 inline unsigned bits(ints verdict) { return _mm512_movepi32_mask((__m512i)verdict); }
 inline unsigned bits(longs verdict) { return _mm512_movepi64_mask((__m512i)verdict); }
 

@@ -4,6 +4,10 @@
 namespace KEF_VM {
 
 inline constexpr bool is_fused = false;
+// Nothing rounds to an integral value.
+inline constexpr bool has_to_integral = false;
+template <int mode> doubles to_integral(doubles x);
+template <int mode> floats to_integral(floats x);
 
 inline unsigned bits(ints verdict) { return _mm_movemask_ps((__m128)verdict); }
 inline unsigned bits(longs verdict) { return _mm_movemask_pd((__m128d)verdict); }
