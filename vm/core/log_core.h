@@ -16,10 +16,10 @@
 
 namespace kef::vm {
 
-struct LogEntry {
+struct alignas(16) LogEntry {
     double inverse;    // 1/c with 24 bits
-    double high, low;  // -ln(inverse); high is a multiple of 2^-43
     double rounded;    // high + low
+    double high, low;  // -ln(inverse); high is a multiple of 2^-43
 };
 extern const LogEntry log128_table[128];
 
@@ -77,19 +77,30 @@ inline doubles log_argument_rounded(const LogReduced& x, doubles inverse) {
 // k ln2 + ln c + ln(1 + r) for normalised r, as an unevaluated sum, |low| < 2^-8 |high|
 // or both 0.
 inline Parts log_sum(const LogReduced& x, Parts r) {
-    const doubles w = x.k * ln2_high + x.row.field(&LogEntry::high);  // exact
-    const doubles high = w + r.high;                                  // |w| >= |r| or w = 0
-    const doubles rest = multiply_add(x.k, ln2_low, x.row.field(&LogEntry::low));
+    const auto [c_high, c_low] = x.row.neighbours(&LogEntry::high, &LogEntry::low);
+    const doubles w = x.k * ln2_high + c_high;  // exact
+    const doubles high = w + r.high;            // |w| >= |r| or w = 0
+    const doubles rest = multiply_add(x.k, ln2_low, c_low);
     const doubles low = ((w - high) + r.high) + (r.low + rest);
     return {high, low + log_tail<HA>(r.high)};
 }
 
-// The same rounded, in fewer steps, from ln(1 + r).
+// The same rounded, in fewer steps, from ln c and ln(1 + r).
+inline doubles log_sum(const LogReduced& x, doubles c, doubles log1p) {
+    return multiply_add(x.k, ln2, c) + log1p;
+}
 inline doubles log_sum(const LogReduced& x, doubles log1p) {
-    return multiply_add(x.k, ln2, x.row.field(&LogEntry::rounded)) + log1p;
+    return log_sum(x, x.row.field(&LogEntry::rounded), log1p);
 }
 template <class Accuracy> inline doubles log_sum_of(const LogReduced& x, doubles r) {
     return log_sum(x, r + log_tail<Accuracy>(r));
+}
+
+// ln x from z/c - 1, which of_inverse(1/c) gives.
+template <class Accuracy> inline doubles log_rounded(const LogReduced& x, auto of_inverse) {
+    const auto [inverse, c] = x.row.neighbours(&LogEntry::inverse, &LogEntry::rounded);
+    const doubles r = of_inverse(inverse);
+    return log_sum(x, c, r + log_tail<Accuracy>(r));
 }
 
 // ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:
@@ -109,10 +120,11 @@ template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     } else {
         LogReduced reduced = log_reduce(x);
         reduced.k += shift;
-        const doubles inverse = reduced.row.field(&LogEntry::inverse);
-        if constexpr (std::is_same_v<Accuracy, LA>)
-            return log_sum_of<LA>(reduced, log_argument_rounded(reduced, inverse));
-        else return log_sum_of<EP>(reduced, multiply_subtract(reduced.z, inverse, 1.0));
+        return log_rounded<Accuracy>(reduced, [&](doubles inverse) {
+            if constexpr (std::is_same_v<Accuracy, LA>)
+                return log_argument_rounded(reduced, inverse);
+            else return multiply_subtract(reduced.z, inverse, 1.0);
+        });
     }
 }
 

@@ -3,9 +3,9 @@
 namespace kef::vm {
 
 constinit const LogEntry log128_table[128] = {
-#define KEF_LOG128(inverse, high, low, rounded)                                         \
-    {from_bits(UINT64_C(inverse)), from_bits(UINT64_C(high)), from_bits(UINT64_C(low)), \
-     from_bits(UINT64_C(rounded))},
+#define KEF_LOG128(inverse, high, low, rounded)                                             \
+    {from_bits(UINT64_C(inverse)), from_bits(UINT64_C(rounded)), from_bits(UINT64_C(high)), \
+     from_bits(UINT64_C(low))},
 #include "vm/tables/log128.inc"
 };
 
