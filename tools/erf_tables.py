@@ -6,6 +6,7 @@ W(c + d), W = erf for c < 1/2 and erfc from there on. It interpolates W at the C
 
 erf97.inc         step 1/16, degree 11, with low parts
 erf193_short.inc  step 1/32, degree 5; for c < 1/2 degree 3, for c = 0 odd
+erf769_slope.inc  step 1/128, erf c, erfc c and erf' c alone
 
 With --errors instead of a directory: the errors of each line, coefficients as rounded,
 relative to W.
@@ -14,10 +15,10 @@ import pathlib
 import struct
 import sys
 
-from mpmath import chop, cos, erf, erfc, log, lu_solve, matrix, mp, mpf, nstr, pi, polyval, sqrt
+from mpmath import chop, cos, erf, erfc, exp, log, lu_solve, matrix, mp, mpf, nstr, pi, polyval, sqrt
 
 mp.prec = 200
-STEP, SHORT_STEP = mpf(1) / 16, mpf(1) / 32
+STEP, SHORT_STEP, SLOPE_STEP = mpf(1) / 16, mpf(1) / 32, mpf(1) / 128
 
 
 def double(x):
@@ -82,6 +83,10 @@ def short_entry(c):
     return coefficients(c, SHORT_STEP, 3) + [mpf(0)] * 2
 
 
+def slope_entry(c):
+    return [erf(c), erfc(c), 2 / sqrt(pi) * exp(-c * c)]
+
+
 def show_errors(name, step, make):
     print(name)
     for c in centres(step):
@@ -110,6 +115,7 @@ def main():
     directory = pathlib.Path(sys.argv[1])
     write(directory, "erf97.inc", "KEF_ERF", STEP, entry)
     write(directory, "erf193_short.inc", "KEF_ERF", SHORT_STEP, short_entry)
+    write(directory, "erf769_slope.inc", "KEF_ERF", SLOPE_STEP, slope_entry)
 
 
 if __name__ == "__main__":

@@ -8,6 +8,11 @@
 //
 //   erfc u = exp(-u^2) / (u sqrt(pi)) (1 + s p(s)),  s = 1/u^2.
 //
+// Processors that multiply and add in one operation compute sooner than they load: there LA and EP
+// take c to 1/128 and no more from tables than W = erf or erfc, and its slope at c,
+//
+//   W(c + d) = W(c) + W'(c) s(d),  s(d) = integral of exp(-2 c t - t^2) from 0 to d.
+//
 // Table: tools/erf_tables.py; polynomials: tools/erf.sollya.
 #pragma once
 
@@ -29,8 +34,12 @@ struct alignas(128) ErfEntry {
 struct alignas(64) ErfShortEntry {
     double a[6];
 };
+struct ErfSlopeEntry {
+    double value, slope;
+};
 extern const ErfEntry erf_table[97];
 extern const ErfShortEntry erf_short_table[193];
+extern const ErfSlopeEntry erf_slope_table[769], erfc_slope_table[769];
 
 }  // namespace kef::vm
 
@@ -52,10 +61,10 @@ template <> struct ErfTable<EP> {
     static constexpr int erf = 4, erfc = 5;
 };
 
-// u reduced: d, the lanes of c < 1/2, and the entries.
+// u reduced: c and d, the lanes of c < 1/2, and the entries.
 template <class E> struct ErfReduced {
     using Entry = E;
-    doubles d;
+    doubles c, d;
     longs near;
     Rows<Entry> row;
     doubles a(int i) const { return row.field(&Entry::a, i); }
@@ -75,10 +84,12 @@ inline doubles settled(doubles x) {
 
 // 0 <= u < 6 + 1/64. d is exact.
 template <class Entry> inline ErfReduced<Entry> erf_reduce(doubles u, const Entry* table) {
-    // leaves 16 c or 32 c in the low bits of the sum
-    constexpr double shifter = std::is_same_v<Entry, ErfShortEntry> ? 0x1.8p47 : 0x1.8p48;
+    // leaves the number of the entry in the low bits of the sum
+    constexpr double shifter = std::is_same_v<Entry, ErfEntry>        ? 0x1.8p48
+                               : std::is_same_v<Entry, ErfShortEntry> ? 0x1.8p47
+                                                                      : 0x1.8p45;
     const doubles sum = u + shifter, c = sum - shifter;
-    return {u - c, c < 0.5, {table, row_numbers((longs)sum)}};
+    return {c, u - c, c < 0.5, {table, row_numbers((longs)sum)}};
 }
 
 // a2 + a3 d + ... + a_degree d^(degree - 2), in powers of d^2.
@@ -109,6 +120,58 @@ template <class Accuracy, int degree> inline auto erf_polynomial(const auto& x, 
     }
 }
 
+// The coefficients of the series s(d) = h0 d + h1 d^2/2 + h2 d^3/3 + ...: polynomials in c, all
+// even or all odd, of which these are those in c^2. By (k + 1) h_(k+1) = -2 (c h_k + h_(k-1)).
+template <int terms> consteval auto erf_series_coefficients() {
+    std::array<std::array<double, terms / 2 + 1>, terms> h{};
+    h[0][0] = 1;
+    if (terms > 1) h[1][0] = -2;
+    for (int k = 1; k + 1 < terms; ++k)
+        for (int i = 0; i <= (k + 1) / 2; ++i) {
+            // c h_k: for odd k the product of c and c is a power of c^2
+            const double times_c = k % 2 == 0 ? h[k][i] : i > 0 ? h[k][i - 1] : 0.0;
+            h[k + 1][i] = -2 * (times_c + h[k - 1][i]) / (k + 1);
+        }
+    for (int k = 0; k < terms; ++k)
+        for (double& a : h[k]) a /= k + 1;
+    return h;
+}
+
+// s(d) by so many terms.
+template <int terms> inline doubles erf_series(doubles c, doubles d) {
+    constexpr auto h = erf_series_coefficients<terms>();
+    const doubles c2 = c * c, d2 = d * d;
+    const auto coefficient = [&]<int k>(std::integral_constant<int, k>) {
+        doubles sum = all(h[k][k / 2]);
+#pragma GCC unroll 8
+        for (int i = k / 2 - 1; i >= 0; --i) sum = multiply_add(c2, sum, all(h[k][i]));
+        return sum;
+    };
+    // Those of d^first, d^(first + 2), ...
+    const auto half = [&]<int first>(std::integral_constant<int, first>) {
+        constexpr int last = first + (terms - 1 - first) / 2 * 2;
+        doubles sum = coefficient(std::integral_constant<int, last>());
+        [&]<int... i>(std::integer_sequence<int, i...>) {
+            ((sum = multiply_add(d2, sum,
+                                 coefficient(std::integral_constant<int, last - 2 - 2 * i>()))),
+             ...);
+        }
+        (std::make_integer_sequence<int, (last - first) / 2>());
+        return sum;
+    };
+    const doubles even = half(std::integral_constant<int, 0>());
+    const doubles odd = half(std::integral_constant<int, 1>());
+    return d * multiply_add(c * d, odd, even);
+}
+
+// W by the series, for u and a low part of it.
+template <int terms>
+inline doubles erf_by_slope(const ErfSlopeEntry* table, doubles u, auto... low) {
+    const auto x = erf_reduce(u, table);
+    const auto [value, slope] = x.row.pair(&ErfSlopeEntry::value);
+    return multiply_add(slope, erf_series<terms>(x.c, (x.d + ... + low)), value);
+}
+
 // B + W, or B - W in lanes where `minus` has the sign bit; |B| >= |W| or B = 0.
 inline doubles erf_sum(doubles base, longs minus, doubles w) { return base + flipped(w, minus); }
 inline Parts erf_sum(doubles base, longs minus, Parts w) {
@@ -130,6 +193,23 @@ template <class Accuracy> inline auto erfc_table_sum(longs sign, doubles u, auto
     const doubles one = (doubles)(~x.near & ((longs)all(-1.0) ^ sign));
     return erf_sum(1.0 + one, (x.near & INT64_MIN) ^ sign,
                    erf_polynomial<Accuracy, ErfTable<Accuracy>::erfc>(x, low...));
+}
+
+// The same for the double-precision slots. What the series leaves out: erf LA 2^-53.3, EP 2^-32.9;
+// erfc LA 2^-58.7, EP 2^-29.
+template <class Accuracy>
+inline constexpr bool erf_has_series = is_fused && !std::is_same_v<Accuracy, HA>;
+template <class Accuracy> inline auto erf_core(doubles u) {
+    constexpr int terms = std::is_same_v<Accuracy, LA> ? 6 : 3;
+    if constexpr (erf_has_series<Accuracy>) return erf_by_slope<terms>(erf_slope_table, u);
+    else return rounded(erf_table_sum<Accuracy>(u));
+}
+template <class Accuracy> inline auto erfc_core(longs sign, doubles u, auto... low) {
+    constexpr int terms = std::is_same_v<Accuracy, LA> ? 8 : 4;
+    if constexpr (erf_has_series<Accuracy>)
+        return erf_sum((doubles)(sign_mask(sign) & (longs)all(2.0)), sign,
+                       erf_by_slope<terms>(erfc_slope_table, u, low...));
+    else return erfc_table_sum<Accuracy>(sign, u, low...);
 }
 
 // u sqrt(pi) exp(u^2) erfc(u) = 1 + s p(s), s = 1/u^2, with a relative error of 2^-59.5.

@@ -47,9 +47,14 @@ template <class Accuracy> inline floats erfcx_single(floats u) {
     }
 }
 
-// exp(-f y^2) for 0 <= y <= 13, f = 1 or 1/2: the leading 12 bits of y have an exact square.
+// exp(-f y^2) for 0 <= y <= 13, f = 1 or 1/2: the square in two parts, by a fused operation or
+// since the leading 12 bits of y have an exact one.
 template <class Accuracy> inline floats exp_of_square(floats y, float f) {
     if constexpr (std::is_same_v<Accuracy, EP>) return exp_single<EP>(y * y * -f);
+    if constexpr (is_fused) {
+        const floats square = y * y;
+        return exp_single<HA>(square * -f, multiply_subtract(y, y, square) * -f);
+    }
     const floats y1 = (floats)((ints)y & -0x1000), y2 = y - y1;
     return exp_single<HA>(y1 * y1 * -f, y2 * (y + y1) * -f);
 }

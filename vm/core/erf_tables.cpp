@@ -26,4 +26,15 @@ constinit const ErfShortEntry erf_short_table[193] = {
 };
 // clang-format on
 
+constinit const ErfSlopeEntry erf_slope_table[769] = {
+#undef KEF_ERF
+#define KEF_ERF(erf, erfc, slope) {from_bits(UINT64_C(erf)), from_bits(UINT64_C(slope))},
+#include "vm/tables/erf769_slope.inc"
+};
+constinit const ErfSlopeEntry erfc_slope_table[769] = {
+#undef KEF_ERF
+#define KEF_ERF(erf, erfc, slope) {from_bits(UINT64_C(erfc)), -from_bits(UINT64_C(slope))},
+#include "vm/tables/erf769_slope.inc"
+};
+
 }  // namespace kef::vm

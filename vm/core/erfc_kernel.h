@@ -31,7 +31,7 @@ struct ErfcScale {
     static constexpr ErfcLimits of_double = {26.375, 28}, of_single = {9.1875, 10.25};
 
     template <class T, class Accuracy> static auto near(longs sign, doubles y) {
-        return erfc_table_sum<Accuracy>(sign, y);
+        return erfc_core<Accuracy>(sign, y);
     }
     template <int shift> static Parts tail(doubles y) { return erfc_tail<shift>(y, all(0.0)); }
     static doubles tail_short(doubles y) { return erfc_tail_short(y); }
@@ -58,10 +58,10 @@ struct CdfNormScale {
 
     template <class T, class Accuracy> static auto near(longs sign, doubles y) {
         if constexpr (std::is_same_v<Accuracy, EP>) {
-            return 0.5 * erfc_table_sum<EP>(sign, y * root_half);
+            return 0.5 * erfc_core<EP>(sign, y * root_half);
         } else {
             const Parts u = argument<T>(y);
-            const auto r = erfc_table_sum<Accuracy>(sign, u.high, u.low);
+            const auto r = erfc_core<Accuracy>(sign, u.high, u.low);
             if constexpr (std::is_same_v<Accuracy, LA>) return 0.5 * r;
             else return Parts{0.5 * r.high, 0.5 * r.low};
         }

@@ -62,7 +62,7 @@ template <class T, class Accuracy> struct Erf {
 
     static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) {
-            return with_sign(rounded(erf_table_sum<Accuracy>(minimum(absolute(x), all(6.0)))), x);
+            return with_sign(erf_core<Accuracy>(minimum(absolute(x), all(6.0))), x);
         } else if constexpr (in_double) {
             const floats u = minimum(absolute(x), all(6.0f));
             return with_sign(marked_in_double(u, erf_table_sum<LA>), x);
