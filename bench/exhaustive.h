@@ -4,6 +4,7 @@
 
 #include <bitset>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -95,6 +96,10 @@ public:
     }
 
 private:
+    using Doubles = double __attribute__((vector_size(32)));
+    using Bits = std::int64_t __attribute__((vector_size(32)));
+    using Floats = float __attribute__((vector_size(16)));
+
     // Errors of one kernel, those of doubtful elements excepted.
     struct Glance {
         double ulps[size], misrounded[size];  // 1 or 0
@@ -114,46 +119,60 @@ private:
         return result;
     }
 
-    // The ordinary cases of `judge` without a branch, so that the compiler makes vectors of
-    // it: finite numbers below the largest float, and right NaN and infinities. The others become
-    // doubtful.
-    [[gnu::target_clones("avx2", "default")]] void glance(const float* __restrict x,
-                                                          const double* __restrict screen,
-                                                          const float* __restrict got,
+    // The ordinary cases of `judge`, four at a time: finite numbers below the largest float, and
+    // right NaN and infinities. The others become doubtful.
+    [[gnu::target_clones("avx2", "default")]] void glance(const float* x, const double* screen,
+                                                          const float* got,
                                                           const Tally<float>& tally,
-                                                          Glance& __restrict result) {
-        constexpr double smallest = std::numeric_limits<float>::min();
-        constexpr double largest = std::numeric_limits<float>::max();
-        constexpr std::uint64_t exponent = UINT64_C(0x7FF) << 52;
+                                                          Glance& result) {
+        const auto all = [](double value) { return Doubles{value, value, value, value}; };
+        const auto widened = [](const float* p) {
+            Floats four;
+            std::memcpy(&four, p, sizeof four);
+            return __builtin_convertvector(four, Doubles);
+        };
+        const auto as_float = [](Doubles y) {
+            return __builtin_convertvector(__builtin_convertvector(y, Floats), Doubles);
+        };
         constexpr double small = std::numeric_limits<float>::epsilon() / 8;
-        const double least = std::max(smallest, reference_.least), margin = margin_;
+        const Doubles smallest = all(std::numeric_limits<float>::min());
+        const Doubles least = all(std::max(smallest[0], reference_.least));
         const double most_ulps =
-            rounding_only_ ? INFINITY : std::max(tally.ulps.error, 0.25) - margin * 0x1p24;
+            rounding_only_ ? INFINITY : std::max(tally.ulps.error, 0.25) - margin_ * 0x1p24;
         const double most_relative =
-            rounding_only_ ? INFINITY : std::max(tally.relative.error, small) - margin;
-        for (int i = 0; i < size; ++i) {
-            const double about = screen[i], r = got[i];
-            const double floor = x[i] < 0 ? least : smallest, magnitude = std::fabs(about);
-            const double extent = magnitude > floor ? magnitude : floor;
-            const double low = static_cast<float>(about - margin * extent);
-            const double high = static_cast<float>(about + margin * extent);
-            const double difference = std::fabs(r - about);
+            rounding_only_ ? INFINITY : std::max(tally.relative.error, small) - margin_;
+        for (int i = 0; i < size; i += 4) {
+            Doubles about;
+            std::memcpy(&about, screen + i, sizeof about);
+            const Doubles r = widened(got + i);
+            const Bits sign = (Bits)about & INT64_MIN;
+            const Doubles magnitude = (Doubles)((Bits)about ^ sign);
+            const Doubles floor = widened(x + i) < 0.0 ? least : smallest;
+            const Doubles extent = magnitude > floor ? magnitude : floor;
+            const Doubles low = as_float(about - margin_ * extent);
+            const Doubles high = as_float(about + margin_ * extent);
+            const Doubles difference = (Doubles)((Bits)(r - about) & INT64_MAX);
             // 2^(23 - e), e the exponent of `extent`.
-            const double per_ulp = std::bit_cast<double>(
-                (UINT64_C(2069) << 52) - (std::bit_cast<std::uint64_t>(extent) & exponent));
-            const double ulps = difference * per_ulp;
-            double clear = low == high ? 1.0 : 0.0;
-            clear = ulps <= most_ulps ? clear : 0.0;
-            clear = difference <= most_relative * extent ? clear : 0.0;
-            clear = extent < largest ? clear : 0.0;
-            if (rounding_only_) clear = r == low ? clear : 0.0;
+            const Doubles per_ulp =
+                (Doubles)((INT64_C(2069) << 52) - ((Bits)extent & (INT64_C(0x7FF) << 52)));
+            const Doubles ulps = difference * per_ulp;
+            Bits clear = (low == high) & (ulps <= most_ulps) &
+                         (difference <= most_relative * extent) &
+                         (extent < double{std::numeric_limits<float>::max()});
+            if (rounding_only_) clear &= r == low;
             // Exact for certain: NaN, and an infinity where the value is far beyond all floats.
-            double exact = about != about ? 1.0 : 0.0;
-            exact = r != r ? exact : 0.0;
-            exact = magnitude >= 0x1.01p128 && r == std::copysign(INFINITY, about) ? 1.0 : exact;
-            clear_[i] *= exact > clear ? exact : clear;
-            result.ulps[i] = clear > 0 ? ulps : 0.0;
-            result.misrounded[i] = exact > 0 || r == low ? 0.0 : 1.0;
+            const Doubles infinity = (Doubles)((Bits)all(INFINITY) | sign);
+            const Bits exact =
+                ((about != about) & (r != r)) | ((magnitude >= 0x1.01p128) & (r == infinity));
+            const auto put = [i](double* to, Bits mask, Doubles value) {
+                value = (Doubles)((Bits)value & mask);
+                std::memcpy(to + i, &value, sizeof value);
+            };
+            Doubles clear_before;
+            std::memcpy(&clear_before, clear_ + i, sizeof clear_before);
+            put(clear_, clear | exact, clear_before);
+            put(result.ulps, clear, ulps);
+            put(result.misrounded, ~exact & (r != low), all(1.0));
         }
     }
 
