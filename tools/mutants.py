@@ -2,6 +2,7 @@
 """Plants the faults of tests/mutants/FAMILY.txt, one at a time, and reports those that no test notices.
 
     tools/mutants.py [family...] [source file...]
+    tools/mutants.py --check    only whether every change has its place, once
 
 Works on a copy of the tree in build/mutants, built incrementally there. HACKING.md tells the format
 of the lists.
@@ -132,7 +133,21 @@ def verdict(mutant):
             path.write_text(original)
 
 
+def check():
+    """Reports the changes whose text does not stand exactly once in their file."""
+    misplaced = 0
+    for mutant in [m for path in sorted(LISTS.glob("*.txt")) for m in read_list(path)]:
+        try:
+            mutant.apply((ROOT / mutant.file).read_text())
+        except (OSError, ValueError) as error:
+            print(f"{mutant.place}: {error}")
+            misplaced += 1
+    return 1 if misplaced else 0
+
+
 def main(arguments):
+    if arguments == ["--check"]:
+        return check()
     files = [a for a in arguments if "/" in a]
     families = [a for a in arguments if "/" not in a]
     known = sorted(path.stem for path in LISTS.glob("*.txt"))
