@@ -35,27 +35,35 @@ const Kind kinds[] = {
      kef_df_kernel_dDFQuadraticSpline1D},
     {"linear", 2, DF_LINEAR, DF_TYPE_DEFAULT, DF_NO_CONDITIONS, kef_df_kernel_dDFLinearSpline1D}};
 
-// Splines through y over x, a row of values for each function.
+struct Task {
+    Task() = default;
+    Task(const Task&) = delete;
+    ~Task() { kef_df_kernel_DeleteTask(&handle); }
+    kef_df_task* handle = nullptr;
+};
+
+// Splines through y over x, a row of values for each function, of a file.
 class Curves {
 public:
-    Curves(const Kind& kind, const std::vector<double>& x, const std::vector<double>& y)
+    Curves(const std::string& file, const Kind& kind, const std::vector<double>& x,
+           const std::vector<double>& y)
         : functions(y.size() / x.size()),
           coefficients_((x.size() - 1) * functions * (std::size_t)kind.order) {
-        check(kef_df_kernel_dNewTask1D(&task_, (std::int64_t)x.size(), x.data(), DF_NON_UNIFORM,
-                                       (std::int64_t)functions, y.data(), DF_BY_ROWS, 1));
-        check(kef_df_kernel_dEditPPSpline1D(task_, kind.order, kind.type, kind.boundary, nullptr,
-                                            DF_NO_CONDITIONS, nullptr, coefficients_.data(),
-                                            DF_BY_ROWS));
-        check(kind.construct(task_, 0));
+        check(kef_df_kernel_dNewTask1D(&task_.handle, (std::int64_t)x.size(), x.data(),
+                                       DF_NON_UNIFORM, (std::int64_t)functions, y.data(),
+                                       DF_BY_ROWS, 1));
+        check(kef_df_kernel_dEditPPSpline1D(task_.handle, kind.order, kind.type, kind.boundary,
+                                            nullptr, DF_NO_CONDITIONS, nullptr,
+                                            coefficients_.data(), DF_BY_ROWS));
+        check(kind.construct(task_.handle, 0));
         if (!std::all_of(coefficients_.begin(), coefficients_.end(),
                          [](double c) { return std::isfinite(c); }))
             throw Failure(
-                "the numbers are so large, or x so close together, that the spline overflows");
+                file +
+                ": the numbers are so large, or x so close together, that the spline overflows");
         if (kind.boundary == DF_PERIODIC) period_ = x.back() - x.front();
         start_ = x.front();
     }
-    ~Curves() { kef_df_kernel_DeleteTask(&task_); }
-    Curves(const Curves&) = delete;
 
     // Element i * functions + f: function f at place i.
     std::vector<double> at(std::vector<double> places, int derivative) const {
@@ -65,7 +73,7 @@ public:
         std::vector<std::int64_t> asked((std::size_t)derivative + 1);
         asked.back() = 1;
         check(kef_df_kernel_dDFInterpolate1D(
-            task_, DF_SPLINE, (std::int64_t)places.size(), places.data(), DF_ANY_ORDER,
+            task_.handle, DF_SPLINE, (std::int64_t)places.size(), places.data(), DF_ANY_ORDER,
             (std::int64_t)asked.size(), asked.data(), result.data(), DF_BY_COLUMNS, nullptr));
         return result;
     }
@@ -88,12 +96,12 @@ private:
     }
     std::vector<double> plain_integral(double from, double to) const {
         std::vector<double> result(functions);
-        check(kef_df_kernel_dDFIntegrate1D(task_, 0, 1, &from, DF_ANY_ORDER, &to, DF_ANY_ORDER,
-                                           result.data(), DF_BY_ROWS));
+        check(kef_df_kernel_dDFIntegrate1D(task_.handle, 0, 1, &from, DF_ANY_ORDER, &to,
+                                           DF_ANY_ORDER, result.data(), DF_BY_ROWS));
         return result;
     }
 
-    kef_df_task* task_ = nullptr;
+    Task task_;
     std::vector<double> coefficients_;
     double start_ = 0, period_ = 0;  // 0: there is none
 };
@@ -168,7 +176,7 @@ int run(const Arguments& arguments) {
         }
     std::vector<double> y;
     for (const auto& row : ys) y.insert(y.end(), row.begin(), row.end());
-    const Curves curves(*kind, x, y);
+    const Curves curves(table->name(), *kind, x, y);
 
     Output output(arguments.text("-o"));
     std::string text;
