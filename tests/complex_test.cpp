@@ -137,7 +137,13 @@ template <class T> void expect_products(Product p, int slot, double bound, doubl
     std::mt19937_64 random(2);
     constexpr int n = 1001;
     const int widest = std::numeric_limits<T>::max_exponent;
-    for (const int width : {1, 20, widest / 4, widest / 2 - 2, widest - 1}) {
+    const T small = 64 * std::numeric_limits<T>::min();
+    const struct {
+        int width;
+        T of_a, of_b;
+    } sizes[] = {{1, 1, 1},          {20, 1, 1},         {widest / 4, 1, 1}, {widest / 2 - 2, 1, 1},
+                 {widest - 1, 1, 1}, {20, small, small}, {20, small, 1},     {20, 1, small}};
+    for (const auto& [width, of_a, of_b] : sizes) {
         std::vector<T> a = numbers<T>(random, 2 * n, width, false),
                        b = numbers<T>(random, 2 * n, width, false), r(2 * n);
         // Every third one cancels in one part, to a few or to all bits.
@@ -146,6 +152,8 @@ template <class T> void expect_products(Product p, int slot, double bound, doubl
             b[i] = k * a[i + 1] * (1 + std::ldexp(T(random() % 3), -12));
             b[i + 1] = p.conjugate ? -k * a[i] : k * a[i];
         }
+        for (T& x : a) x *= of_a;
+        for (T& x : b) x *= of_b;
         call<T>(letter<T>, p.function, slot, {n, a.data(), b.data(), nullptr, r.data(), nullptr});
         for (int i = 0; i < 2 * n; i += 2) {
             const quad x = a[i], y = a[i + 1], u = b[i], v = p.conjugate ? -b[i + 1] : b[i + 1];

@@ -48,9 +48,7 @@ private:
         Parts root{};
         if constexpr (Base::accurate) root = root_of_squares(maximum(a, all(0x1p-100)), b);
         else root.high = square_root(a * a + b * b);
-        const doubles normal = maximum(rounded(root), all(0x1p52));
-        return select(normal > 0x1p52, normal * 0x1p-537 * 0x1p-537,
-                      subnormal_of(root.high, root.low));
+        return times_2_minus_1074(root);
     }
 };
 

@@ -38,15 +38,9 @@ private:
         const longs special =
             ~same | mask(minimum(absolute(y), absolute(x)) < Format<T>::smallest_normal);
         const longs small = special & mask(size < 0x1p-900);
-        if (any_lane(small)) {
-            // times 2^1074
-            const auto enlarged = [&](doubles z) {
-                const longs tiny = (longs)(absolute(z) < Format<T>::smallest_normal);
-                const doubles normal = where(small & ~tiny, z) * 0x1p537 * 0x1p537;
-                return select(small, select(tiny, integer_of(z), normal), z);
-            };
-            y = enlarged(y), x = enlarged(x);
-        }
+        if (any_lane(small))
+            y = select(small, times_2_1074(where(small, y)), y),
+            x = select(small, times_2_1074(where(small, x)), x);
         if (all_lanes(special)) return Atan2Formula<T, HA>::far(y, x);
         const doubles r = Base::far(y, x);
         return any_lane(special) ? select(special, Atan2Formula<T, HA>::far(y, x), r) : r;

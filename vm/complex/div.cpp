@@ -35,26 +35,15 @@ template <class T, class Accuracy> struct ComplexDiv {
         return larger_outside<T, -most, most>(a, b) | larger_outside<T, -most / 2, most / 2>(c, d);
     }
     static constexpr bool far_everywhere = in_double;
-    // Zeros; an infinite number beside one that is not finite.
-    static ints beyond(ints, ints, ints c, ints d) {
-        if constexpr (is_double) return ints{};
-        else return both_zero(c, d);
-    }
-    static V undefined(V a, V b, V c, V d) {
-        BitsOf<V> verdict{};
-        if constexpr (is_double) verdict = both_zero(a, b) | both_zero(c, d);
-        const auto finite_a = both_finite(a, b), finite_b = both_finite(c, d);
-        if (!all_lanes(finite_a & finite_b))
-            verdict |= (one_infinite(a, b) & ~finite_b) | (one_infinite(c, d) & ~finite_a);
-        return (V)verdict;
-    }
+    static ints beyond(ints, ints, ints, ints) { return ints{}; }
     // Overflow.
     static ints refuse(ints re, ints im) requires(!is_double) {
         return not_finite<T>(re) | not_finite<T>(im);
     }
-    static ints refuse(ints re, ints im, ints special) { return reported(re, im, special); }
-    static ints reported(ints re, ints im, ints special) {
-        return (is_infinity<T>(re) | is_infinity<T>(im)) & ~special;
+    // The bit behind the sign: infinite without an error.
+    static ints refuse(ints re, ints im, ints marks) { return marks | reported(re, im, marks); }
+    static ints reported(ints re, ints im, ints marks) {
+        return (is_infinity<T>(re) | is_infinity<T>(im)) & ~(marks | marks << 1);
     }
     static int status(T, T) { return VTM_STATUS_OVERFLOW; }
 
@@ -71,14 +60,37 @@ template <class T, class Accuracy> struct ComplexDiv {
         }
     }
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
-        const auto infinite = one_infinite(a, b) | one_infinite(c, d);
-        if (all_lanes(infinite)) return {infinite_quotient(a, b, c, d), (V)infinite};
-        const Two<V> r = with_nan(finite_quotient(a, b, c, d), a, b, c, d);
-        if (!any_lane(infinite)) return {r, (V)infinite};
-        return {select(infinite, infinite_quotient(a, b, c, d), r), (V)infinite};
+        const auto finite_a = both_finite(a, b), finite_b = both_finite(c, d);
+        BitsOf<V> edge;  // zeros; an infinite number beside one that is not finite
+        if constexpr (is_double) edge = both_zero(a, b) | both_zero(c, d);
+        else edge = both_zero((ints)c, (ints)d);
+        if (all_lanes(finite_a & finite_b)) return {finite_quotient(a, b, c, d), (V)edge};
+        const auto above = one_infinite(a, b), below = one_infinite(c, d), infinite = above | below;
+        edge |= (above & ~finite_b) | (below & ~finite_a);
+        Two<V> r;
+        if (!all_lanes(infinite)) r = with_nan(finite_quotient(a, b, c, d), a, b, c, d);
+        if (any_lane(infinite)) r = select(infinite, infinite_quotient(a, b, c, d), r);
+        return {r, report_marks((V)edge, infinite)};
     }
     static Two<V> finite_quotient(V a, V b, V c, V d) {
         if constexpr (is_double) {
+            if constexpr (!accurate) {  // small numbers together
+                const doubles size = maximum(absolute(a), absolute(b)),
+                              other = maximum(absolute(c), absolute(d));
+                const auto all_within = [](doubles x, double from, double to) {
+                    return all_lanes(mask(x >= from) & mask(x < to));
+                };
+                if (all_within(size, 0, 0x1p-900)) {
+                    const doubles x = times_2_1074(a), y = times_2_1074(b);
+                    if (all_within(other, 0, 0x1p-900))
+                        return fast(x, y, times_2_1074(c), times_2_1074(d));
+                    if (all_within(other, 0x1p-200, 0x1p200)) {
+                        const Two<doubles> q = fast(x, y, c, d);
+                        return {times_2_minus_1074({q.first, doubles{}}),
+                                times_2_minus_1074({q.second, doubles{}})};
+                    }
+                }
+            }
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
             const PowersBack back(x.exponent, -y.exponent);
             if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);

@@ -56,18 +56,30 @@ inline longs larger_exponent(doubles x, doubles y) {
     return (longs)maximum(absolute(x), absolute(y)) & INT64_C(0x7FF0000000000000);
 }
 
-// x 2^1074 of subnormal numbers x, which is an integer, and back: (high + low) 2^-1074, rounded
-// once. By bits, since products that meet such numbers wait for them; where the mode word says that
-// they are zeros they are.
+// x 2^1074 of subnormal numbers x, which is an integer, of any x, and back: (high + low) 2^-1074,
+// rounded once. By bits, since products that meet such numbers wait for them; where the mode word
+// says that they are zeros they are.
 inline doubles integer_of(doubles x) {
     const doubles size = (doubles)((longs)absolute(x) | INT64_C(0x4330000000000000)) - 0x1p52;
     return with_sign(where(~is_zero(x), size), x);
+}
+inline doubles times_2_1074(doubles x) {
+    const longs tiny = mask(absolute(x) < Format<double>::smallest_normal);
+    return select(tiny, integer_of(x), where(~tiny, x) * 0x1p537 * 0x1p537);
 }
 inline doubles subnormal_of(doubles high, doubles low) {
     const doubles size = absolute(high), sum = size + 0x1p52;
     const doubles rest = (size - (sum - 0x1p52)) + flipped(low, sign_bit(high));
     const doubles r = (doubles)((longs)(sum + rest) - INT64_C(0x4330000000000000));
     return with_sign(where(~is_zero(r), r), high);
+}
+
+// x 2^-1074, rounded once.
+inline doubles times_2_minus_1074(Parts x) {
+    const doubles normal = maximum(absolute(rounded(x)), all(0x1p52));
+    const doubles r = select(normal > 0x1p52, normal * 0x1p-537 * 0x1p-537,
+                             absolute(subnormal_of(x.high, x.low)));
+    return with_sign(r, x.high);
 }
 
 // Two parts times 2^-e, e in the exponent field: the larger one, of any size, comes to [1, 2). What
