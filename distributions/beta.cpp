@@ -6,9 +6,7 @@ namespace kef::dist {
 
 namespace {
 
-using vm::all;
 using vm::d2;
-using vm::load;
 using vm::store;
 
 // x = ln(u / (1 - u)); the bound is beyond any uniform below 1.
@@ -62,11 +60,11 @@ template <class T> struct BothLarge {
 
         Undecided undecided;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 e = load(growth + i), l = load(logit + i), w = A * e;
+            const d2 e = two(growth + i), l = two(logit + i), w = A * e;
             const d2 quick = l - ln4 + a * (beta * l - (e - 1));
-            undecided.add(i, less(quick, 5 * load(z + i) - 2.6094379124341003));
+            undecided.add(i, less(quick, 5 * two(z + i) - 2.6094379124341003));
             store(growth + i, e - 1);
-            store(x + i, (swapped ? all(B) : w) / (B + w));
+            store(x + i, (swapped ? both(B) : w) / (B + w));
         }
         undecided.gather(growth, growth);
         undecided.gather(logit, logit);
@@ -111,11 +109,11 @@ template <class T> struct OneLarge {
         double* const z = u.second;
         std::int32_t kept = 0;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 first = load(u.first + i), second = load(u.second + i), y = first * second,
+            const d2 first = two(u.first + i), second = two(u.second + i), y = first * second,
                      product = first * y;
-            const Lanes low = less(first, all(0.5)),
-                        keep = (low & less(0.25 * second + product - y, all(kappa1))) |
-                               but_not(less(product, all(kappa2)), low);
+            const Lanes low = less(first, both(0.5)),
+                        keep = (low & less(0.25 * second + product - y, both(kappa1))) |
+                               but_not(less(product, both(kappa2)), low);
             u.first[kept] = first[0];
             z[kept] = product[0];
             kept += keep.mask() & 1;
@@ -130,17 +128,17 @@ template <class T> struct OneLarge {
         double* const logit = u.first;
         logits(even, logit);
         Candidates decay, rise;  // e^-|v|, B (e^-v - 1)
-        for (std::int32_t i = 0; i < even; i += 2) store(decay + i, -vm::absolute(load(logit + i)));
+        for (std::int32_t i = 0; i < even; i += 2) store(decay + i, -vm::absolute(two(logit + i)));
         exp_of_negative(even, decay, decay, beta);
         Undecided undecided;
         for (std::int32_t i = 0; i < even; i += 2) {
-            const d2 e = load(decay + i), l = load(logit + i);
+            const d2 e = two(decay + i), l = two(logit + i);
             const Lanes low = less(l, d2{});
             // a and b e^-v, or a e^v and b
-            const d2 wa = low.choose(A * e, all(A)), wb = low.choose(all(B), B * e);
+            const d2 wa = low.choose(A * e, both(A)), wb = low.choose(both(B), B * e);
             store(x + i, (swapped ? wb : wa) / (wa + wb));
             store(rise + i, B * (low.choose(1 / at_least(0x1p-1022, e), e) - 1));
-            undecided.add(i, low | less(all(0.25), load(z + i)));
+            undecided.add(i, low | less(both(0.25), two(z + i)));
         }
         if (kept != even) x[kept] = Undecided::rejected;
         undecided.gather(rise, rise);
@@ -172,8 +170,8 @@ template <class T> struct BothSmall {
         ln(2 * n, u.first);
         Candidates larger, ratio;  // of e^x and e^y: the larger one; the smaller to it
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 log_x = inverse_p * at_least(log_least, load(u.first + i)),
-                     log_y = inverse_q * at_least(log_least, load(u.second + i));
+            const d2 log_x = inverse_p * at_least(log_least, two(u.first + i)),
+                     log_y = inverse_q * at_least(log_least, two(u.second + i));
             store(u.first + i, log_x - log_y);
             store(larger + i, vm::maximum(log_x, log_y));
             store(ratio + i, -vm::absolute(log_x - log_y));
@@ -181,10 +179,10 @@ template <class T> struct BothSmall {
         exp_of_negative(n, larger, larger, 1);
         exp_of_negative(n, ratio, ratio, 1);
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 e = load(ratio + i), total = 1 + e;
-            const d2 number = less(load(u.first + i), d2{}).choose(e, all(1.0)) / total;
-            store(x + i, less_equal(load(larger + i) * total, all(1.0))
-                             .choose(number, all(Undecided::rejected)));
+            const d2 e = two(ratio + i), total = 1 + e;
+            const d2 number = less(two(u.first + i), d2{}).choose(e, both(1.0)) / total;
+            store(x + i, less_equal(two(larger + i) * total, both(1.0))
+                             .choose(number, both(Undecided::rejected)));
         }
         return status;
     }

@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "kef_dist.h"
 #include "kef_vm.h"
 #include "rng/registry.h"
 #include "vm/control/mode_scope.h"
-#include "vm/simd/simd.h"
+#include "vm/simd/blocks.h"
 
 namespace kef::dist {
 
@@ -84,7 +85,7 @@ inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t
 // vectors as well as numbers and gives both the same bits.
 template <class T, class Formula, class... X>
 [[gnu::always_inline]] inline void transform(std::int32_t n, T* r, Formula formula, const X*... x) {
-    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    constexpr std::int32_t lanes = vm::lanes<T>;
     std::int32_t i = 0;
 #pragma GCC unroll 4
     for (; i < (n & -lanes); i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
@@ -94,32 +95,39 @@ template <class T, class Formula, class... X>
 // The larger of a and x, in each lane; the smaller. a where x is NaN.
 template <class T, class V> V at_least(T a, V x) {
     if constexpr (std::is_same_v<T, V>) return x > a ? x : a;
-    else return vm::maximum(x, vm::all(a));
+    else return vm::maximum(x, vm::filled<V>(a));
 }
 template <class T, class V> V at_most(T a, V x) {
     if constexpr (std::is_same_v<T, V>) return x < a ? x : a;
-    else return vm::minimum(x, vm::all(a));
+    else return vm::minimum(x, vm::filled<V>(a));
 }
 
 // Below e^-t, t >= 0, by less than t^4/24.
 template <class V> V below_exp(V t) { return 1 - t * (1 - t * (0.5 - t * (1 / 6.0))); }
 
-inline vm::d2 evens(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 0, 2); }
-inline vm::f4 evens(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 0, 2, 4, 6); }
-inline vm::d2 odds(vm::d2 x, vm::d2 y) { return __builtin_shufflevector(x, y, 1, 3); }
-inline vm::f4 odds(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 1, 3, 5, 7); }
+// Every other element of x and y, one behind the other, from the first one or the second one on.
+template <int first = 0, class V> V evens(V x, V y) {
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+        return __builtin_shufflevector(x, y, (2 * i + first)...);
+    }
+    (std::make_integer_sequence<int, sizeof(V) / sizeof(x[0])>());
+}
+template <class V> V odds(V x, V y) { return evens<1>(x, y); }
 // Elements of x and y in turn: the first vector of them, the second.
-inline vm::d2 mixed_low(vm::d2 x, vm::d2 y) { return evens(x, y); }
-inline vm::f4 mixed_low(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 0, 4, 1, 5); }
-inline vm::d2 mixed_high(vm::d2 x, vm::d2 y) { return odds(x, y); }
-inline vm::f4 mixed_high(vm::f4 x, vm::f4 y) { return __builtin_shufflevector(x, y, 2, 6, 3, 7); }
+template <int first, class V> V mixed(V x, V y) {
+    constexpr int lanes = sizeof(V) / sizeof(x[0]);
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+        return __builtin_shufflevector(x, y, (first + i / 2 + i % 2 * lanes)...);
+    }
+    (std::make_integer_sequence<int, lanes>());
+}
 
 // Of n pairs the first members to `first`, which may be where the pairs stand, and formula(second
 // member) to r.
 template <class T, class Formula>
 [[gnu::always_inline]] inline void split_pairs(std::int32_t n, const T* pairs, T* first, T* r,
                                                Formula formula) {
-    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    constexpr std::int32_t lanes = vm::lanes<T>;
     std::int32_t i = 0;
     for (; i < (n & -lanes); i += lanes) {
         const auto x = vm::load(pairs + 2 * i), y = vm::load(pairs + 2 * i + lanes);
@@ -137,13 +145,13 @@ template <class T, class Formula>
 template <class T, class Formula>
 void join_pairs(std::int32_t n, T* pairs, const T* x, const T* first, const T* second,
                 Formula formula) {
-    constexpr std::int32_t lanes = sizeof(vm::Vector<T>) / sizeof(T);
+    constexpr std::int32_t lanes = vm::lanes<T>;
     std::int32_t i = 0;
     for (; i < (n & -lanes); i += lanes) {
         const auto v = vm::load(x + i);
         const auto a = formula(v, vm::load(first + i)), b = formula(v, vm::load(second + i));
-        vm::store(pairs + 2 * i, mixed_low(a, b));
-        vm::store(pairs + 2 * i + lanes, mixed_high(a, b));
+        vm::store(pairs + 2 * i, mixed<0>(a, b));
+        vm::store(pairs + 2 * i + lanes, mixed<lanes / 2>(a, b));
     }
     for (; i < n; ++i) {
         pairs[2 * i] = formula(x[i], first[i]);

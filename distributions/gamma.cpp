@@ -7,9 +7,7 @@ namespace kef::dist {
 
 namespace {
 
-using vm::all;
 using vm::d2;
-using vm::load;
 using vm::store;
 
 // n <= most_candidates normal numbers: by the fastest method without memory, in single precision by
@@ -24,7 +22,7 @@ std::int32_t normals(kef_stream* stream, std::int32_t n, double* z, float) {
     const std::int32_t status = normal(VTS_METHOD_GAUSSIAN_BOX_MULLER, stream, n, r, 0, 1);
     if (status < 0) return status;
     constexpr auto seven = std::bit_cast<std::int32_t>(7.0f);
-    if (convert(n, r, z, [](vm::i4 x) { return vm::magnitude(x) > seven; }))
+    if (convert(n, r, z, [](vm::ints x) { return vm::magnitude(x) > seven; }))
         std::replace_if(
             z, z + n, [](double x) { return !(__builtin_fabs(x) < 7); }, -1e30);
     return status;
@@ -55,10 +53,10 @@ template <class T> struct LargeShape {
 
         Undecided undecided;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 normal = load(z + i), root = 1 + c * normal, square = normal * normal;
+            const d2 normal = two(z + i), root = 1 + c * normal, square = normal * normal;
             const Lanes valid = less(d2{}, root);
-            const Lanes sure = less(load(u + i), 1 - s * (square * square));
-            store(x + i, valid.choose(d * (root * root * root), all(Undecided::rejected)));
+            const Lanes sure = less(two(u + i), 1 - s * (square * square));
+            store(x + i, valid.choose(d * (root * root * root), both(Undecided::rejected)));
             undecided.add(i, but_not(valid, sure));
         }
 
@@ -81,7 +79,7 @@ template <class T> struct LargeShape {
 
 // Quick tests for u <= e^-t, t >= 0, by Taylor polynomials on either side.
 Lanes surely_below(d2 u, d2 t) { return less_equal(u, below_exp(t)); }
-Lanes surely_above(d2 u, d2 t) { return less(all(1.0), u * (1 + t * (1 + 0.5 * t))); }
+Lanes surely_above(d2 u, d2 t) { return less(both(1.0), u * (1 + t * (1 + 0.5 * t))); }
 
 // 0.6 <= alpha < 1: I. Vaduva, Math. Operationsforsch. Statist. Ser. Statist. 8 (1977) 545-576.
 // With e exponential, w = e^(1/alpha) is accepted where ln u <= e - w - d,
@@ -105,7 +103,7 @@ template <class T> struct MediumShape {
         double* const e = u.first;
         ln(n, e);
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 v = -at_least(log_least, load(e + i));
+            const d2 v = -at_least(log_least, two(e + i));
             store(e + i, v);
             store(x + i, v);
         }
@@ -117,10 +115,10 @@ template <class T> struct MediumShape {
 
         Undecided undecided;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 w = load(x + i), t = w + d - load(e + i), v = load(u.second + i);
+            const d2 w = two(x + i), t = w + d - two(e + i), v = two(u.second + i);
             const Lanes above = surely_above(v, t);
             store(e + i, t);
-            store(x + i, above.choose(all(Undecided::rejected), w));
+            store(x + i, above.choose(both(Undecided::rejected), w));
             undecided.add(i, neither(surely_below(v, t), above));
         }
         undecided.gather(e, e);
@@ -154,9 +152,9 @@ template <class T> struct SmallShape {
         if (status < 0) return status;
         Candidates logarithms;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const d2 p = b * at_least(0x1p-64, load(u.first + i));
+            const d2 p = b * at_least(0x1p-64, two(u.first + i));
             store(u.first + i, p);
-            store(logarithms + i, less_equal(p, all(1.0)).choose(p, (b - p) * inverse));
+            store(logarithms + i, less_equal(p, both(1.0)).choose(p, (b - p) * inverse));
         }
         ln(n, logarithms);
         exp_of_negative(n, logarithms, x, inverse);
@@ -164,11 +162,11 @@ template <class T> struct SmallShape {
         Undecided undecided;
         const double slope = 1 - alpha;
         for (std::int32_t i = 0; i < n; i += 2) {
-            const Lanes low = less_equal(load(u.first + i), all(1.0));
-            const d2 w = low.choose(load(x + i), -load(logarithms + i)), v = load(u.second + i);
+            const Lanes low = less_equal(two(u.first + i), both(1.0));
+            const d2 w = low.choose(two(x + i), -two(logarithms + i)), v = two(u.second + i);
             const Lanes above = low & surely_above(v, w);
             const d2 t = low.choose(w, slope * (w - 1));
-            store(x + i, above.choose(all(Undecided::rejected), w));
+            store(x + i, above.choose(both(Undecided::rejected), w));
             undecided.add(i, neither(surely_below(v, t), above));
         }
         undecided.gather(u.first, u.first);

@@ -9,13 +9,16 @@
 
 #include "vm/core/exp_core.h"
 #include "vm/core/log_core.h"
+#include "vm/simd/blocks.h"
 
 namespace kef::dist {
 
 using vm::all;
+using vm::both;
 using vm::d2;
 using vm::l2;
 
+inline d2 logs_of(d2 x) { return vm::block<0>(vm::log_core<vm::LA>(vm::in_all_blocks(x))); }
 inline double log_of(double x) { return vm::log_core<vm::LA>(all(x))[0]; }
 inline double exp_of(double x) { return x < -700 ? 0 : vm::exp_core<vm::LA>(all(x))[0]; }
 
@@ -45,12 +48,12 @@ inline d2 deviance(d2 x, d2 m) {
     const d2 near = v * (difference + 2.0 * x * w * series);
     const l2 is_near = w < 0.01;
     if (_mm_movemask_pd((__m128d)is_near) == 3) return near;
-    const d2 far = x * vm::log_core<vm::LA>(x / m) - difference;
+    const d2 far = x * logs_of(x / m) - difference;
     return (d2)((is_near & (l2)near) | (~is_near & (l2)far));
 }
 
 inline d2 log_poisson_large(d2 x, d2 m) {
-    const d2 log_x = vm::log_core<vm::LA>(x);
+    const d2 log_x = logs_of(x);
     return -deviance(x, m) - stirling_error(x) - (half_log_2pi + 0.5 * log_x);
 }
 
@@ -58,8 +61,8 @@ inline d2 log_poisson_large(d2 x, d2 m) {
 inline void log_gamma_small(double x, double& result) {
     double y = x, product = 1;
     while (y < stirling_from) product *= y += 1;
-    const d2 logs = vm::log_core<vm::LA>(d2{y, product});
-    result = (y + 0.5) * logs[0] - y + half_log_2pi + stirling_error(all(y))[0] - logs[1];
+    const d2 logs = logs_of(d2{y, product});
+    result = (y + 0.5) * logs[0] - y + half_log_2pi + stirling_error(both(y))[0] - logs[1];
 }
 
 [[gnu::noinline]] inline void log_poisson_small(double x, double m, double& result) {
@@ -78,7 +81,7 @@ inline d2 log_poisson(d2 x, d2 m) {
     for (int i = 0; i < 2; ++i) {
         double one;
         if (x[i] < detail::stirling_from) detail::log_poisson_small(x[i], m[i], one);
-        else one = detail::log_poisson_large(all(x[i]), all(m[i]))[0];
+        else one = detail::log_poisson_large(both(x[i]), both(m[i]))[0];
         result[i] = one;
     }
     return result;

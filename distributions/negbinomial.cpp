@@ -18,7 +18,7 @@ struct NegbinomialLaw {
     double log_weight(double k) const {
         const double sum = a + k;
         const d2 logs = log_poisson(d2{a, k}, d2{sum * p, sum * q});
-        return (logs[0] + logs[1]) - (log_poisson(all(sum), all(sum))[0] + log_of(sum));
+        return (logs[0] + logs[1]) - (log_poisson(both(sum), both(sum))[0] + log_of(sum));
     }
 };
 

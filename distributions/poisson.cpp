@@ -13,7 +13,7 @@ struct PoissonLaw {
     explicit PoissonLaw(double lambda)
         : mode(whole(lambda)), deviation(__builtin_sqrt(lambda)), lambda(lambda) {}
     Ratio ratio(double k) const { return {lambda, k + 1}; }
-    double log_weight(double k) const { return log_poisson(all(k), all(lambda))[0]; }
+    double log_weight(double k) const { return log_poisson(both(k), both(lambda))[0]; }
 };
 
 // Uniforms alone: the table or the strips.

@@ -30,7 +30,7 @@ public:
     double operator()(Uniforms& uniforms, float normal, float u, float finer) const {
         double T;
         if (normal > -tail_from && normal < tail_from) [[likely]]
-            T = refined(vm::all(normal), vm::all(finer))[0];
+            T = refined(vm::filled<f4>(normal), vm::filled<f4>(finer))[0];
         else T = tail(uniforms, normal);
         const Candidate<double> c = candidate<double>(T, u);
         if (c.at_once) [[likely]]
@@ -104,7 +104,7 @@ private:
         return T < 0 ? -tail_from : tail_from;
     }
 
-    double log_p(double K) const { return log_poisson(all(K), all(mu_))[0]; }
+    double log_p(double K) const { return log_poisson(both(K), both(mu_))[0]; }
 
     // Where f exceeds p: K stays with the probability p/f.
     [[gnu::noinline]] bool quotient(double K, double U) const {

@@ -19,12 +19,13 @@ constexpr auto inverse = [] {
 
 // e^-mean of the means below 10, and a number for the others.
 void probabilities_of_0(std::int32_t m, const double* mean, double* r) {
-    const auto pair = [](d2 x) {
-        return vm::exp_core<vm::LA>(-vm::minimum(vm::maximum(x, d2{}), all(10.0)));
+    const auto of = [](vm::doubles x) {
+        return vm::exp_core<vm::LA>(-vm::minimum(vm::maximum(x, vm::doubles{}), all(10.0)));
     };
     std::int32_t i = 0;
-    for (; i + 2 <= m; i += 2) vm::store(r + i, pair(vm::load(mean + i)));
-    if (i < m) r[i] = pair(all(mean[i]))[0];
+    for (; i + vm::lanes<double> <= m; i += vm::lanes<double>)
+        vm::store(r + i, of(vm::load(mean + i)));
+    for (; i < m; ++i) r[i] = of(all(mean[i]))[0];
 }
 
 // Inversion from 0 upwards by one uniform, mean < 10, p = e^-mean. A step inside the uniform's cell

@@ -17,7 +17,7 @@ struct Lanes {
     friend Lanes operator|(Lanes x, Lanes y) { return {_mm_or_pd(x.bits, y.bits)}; }
     friend Lanes but_not(Lanes x, Lanes y) { return {_mm_andnot_pd(y.bits, x.bits)}; }
     friend Lanes neither(Lanes x, Lanes y) {
-        return {_mm_andnot_pd((x | y).bits, (__m128d)vm::all(std::int64_t{-1}))};
+        return {_mm_andnot_pd((x | y).bits, (__m128d)vm::filled<vm::l2>(-1))};
     }
     vm::d2 choose(vm::d2 x, vm::d2 y) const { return vm::select((vm::l2)bits, x, y); }
     int mask() const { return _mm_movemask_pd(bits); }
@@ -25,20 +25,25 @@ struct Lanes {
 inline Lanes less(vm::d2 x, vm::d2 y) { return {_mm_cmplt_pd((__m128d)x, (__m128d)y)}; }
 inline Lanes less_equal(vm::d2 x, vm::d2 y) { return {_mm_cmple_pd((__m128d)x, (__m128d)y)}; }
 
+using vm::both;
+// Two neighbours in memory.
+inline vm::d2 two(const double* x) { return vm::load_as<vm::d2>(x); }
+
 inline constexpr std::int32_t most_candidates = 512;  // of one round; rounds are even
 using Candidates [[gnu::aligned(16)]] = double[most_candidates];
 
 // x of one element type to the other. From single precision: whether `odd` holds for the bits of
 // any.
 template <class Odd> bool convert(std::int32_t n, const float* x, double* r, Odd odd) {
-    vm::i4 any = {};
+    constexpr std::int32_t lanes = vm::lanes<float>;
+    vm::ints any = {};
     std::int32_t i = 0;
-    for (; i < (n & -4); i += 4) {
-        const vm::f4 four = vm::load(x + i);
-        const vm::DoublesPair wide = vm::widen(four);
-        any |= odd(vm::heads(four));
+    for (; i < (n & -lanes); i += lanes) {
+        const vm::floats some = vm::load(x + i);
+        const vm::DoublesPair wide = vm::widen(some);
+        any |= odd(vm::heads(some));
         vm::store(r + i, wide.low);
-        vm::store(r + i + 2, wide.high);
+        vm::store(r + i + lanes / 2, wide.high);
     }
     for (; i < n; ++i) {
         any |= odd(vm::heads(vm::all(x[i])));
@@ -47,8 +52,10 @@ template <class Odd> bool convert(std::int32_t n, const float* x, double* r, Odd
     return vm::any_lane(any);
 }
 inline void convert(std::int32_t n, const double* x, float* r) {
+    constexpr std::int32_t lanes = vm::lanes<float>;
     std::int32_t i = 0;
-    for (; i < (n & -4); i += 4) vm::store(r + i, vm::narrow(vm::load(x + i), vm::load(x + i + 2)));
+    for (; i < (n & -lanes); i += lanes)
+        vm::store(r + i, vm::narrow(vm::load(x + i), vm::load(x + i + lanes / 2)));
     for (; i < n; ++i) r[i] = static_cast<float>(x[i]);
 }
 inline void convert(std::int32_t n, const double* x, double* r) { std::copy_n(x, n, r); }
@@ -75,7 +82,7 @@ inline std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u, floa
     const std::int32_t status = draw(stream, n, r, 0.0f, 1.0f);
     if (status < 0) return status;
     constexpr auto one = std::bit_cast<std::uint32_t>(1.0f);
-    const bool any = convert(n, r, u, [](vm::i4 x) { return vm::not_between(x, 1, one); });
+    const bool any = convert(n, r, u, [](vm::ints x) { return vm::not_between(x, 1, one); });
     return any ? inside(stream, n, u) : status;
 }
 template <class T> std::int32_t uniforms(kef_stream* stream, std::int32_t n, double* u) {
@@ -145,7 +152,7 @@ private:
 inline std::int32_t keep_accepted(std::int32_t n, double* x) {
     std::int32_t kept = 0;
     for (std::int32_t i = 0; i < n; i += 2) {
-        const vm::d2 v = vm::load(x + i);
+        const vm::d2 v = two(x + i);
         const int negative = _mm_movemask_pd((__m128d)v);
         x[kept] = v[0];
         kept += ~negative & 1;

@@ -10,17 +10,18 @@
 #include <cstring>
 #include <utility>
 
-#include "vm/simd/simd.h"
+#include "vm/simd/blocks.h"
 
 namespace kef::dist::triangular {
 
-template <class T> inline constexpr int lanes = sizeof(vm::Vector<T>) / sizeof(T);
+using vm::lanes;
+using vm::multiply_add;
 
 // --- small: the matrix in one array, the result of a vector in registers
 // --------------------------
 
 inline constexpr int small = 10;
-inline constexpr int small_stride = 12;  // rows of a column, whole vectors
+inline constexpr int small_stride = vm::blocks == 1 ? 12 : 16;  // rows of a column, whole vectors
 
 template <class T, int d> void multiply_small(std::ptrdiff_t n, T* r, const T* columns) {
     using V = vm::Vector<T>;
@@ -32,7 +33,7 @@ template <class T, int d> void multiply_small(std::ptrdiff_t n, T* r, const T* c
             const V z = vm::all(r[j]);
 #pragma GCC unroll 5
             for (int g = j / lanes<T>; g < groups; ++g)
-                y[g] += vm::load(columns + j * small_stride + g * lanes<T>) * z;
+                y[g] = multiply_add(vm::load(columns + j * small_stride + g * lanes<T>), z, y[g]);
         }
 #pragma GCC unroll 5
         for (int g = 0; g < groups - 1; ++g) vm::store(r + g * lanes<T>, y[g]);
@@ -83,8 +84,8 @@ void multiply_strip(const T* packed, std::int32_t columns, const T* z, T* r,
         const V t = vm::load(packed), u = vm::load(packed + lanes<T>);
         for (int v = 0; v < vectors; ++v) {
             const V factor = vm::all(z[v * distance + j]);
-            low[v] += t * factor;
-            high[v] += u * factor;
+            low[v] = multiply_add(t, factor, low[v]);
+            high[v] = multiply_add(u, factor, high[v]);
         }
     }
     for (int v = 0; v < vectors; ++v) {

@@ -60,8 +60,8 @@ std::int32_t _vtsiRngUniform(std::int32_t, kef_stream* stream, std::int32_t n, s
         std::int32_t i = 0;
         for (; m - i >= 2; i += 2)
             _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i),
-                             floors(kef::vm::load(scratch + i)));
-        if (i < m) out[i] = _mm_cvtsi128_si32(floors(kef::vm::all(scratch[i])));
+                             floors(kef::vm::load_as<kef::vm::d2>(scratch + i)));
+        if (i < m) out[i] = _mm_cvtsi128_si32(floors(kef::vm::both(scratch[i])));
         return status;
     });
 }

@@ -25,9 +25,9 @@ public:
         auto* const u = reinterpret_cast<float*>(r);
         if (!fill(n, u)) return false;
         std::int32_t i = 0;
-        for (; i < (n & -4); i += 4)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(r + i),
-                             _mm_cvttps_epi32((__m128)in_cells(vm::load(u + i))));
+        constexpr std::int32_t lanes = vm::lanes<float>;
+        for (; i < (n & -lanes); i += lanes)
+            vm::store(u + i, (vm::floats)vm::truncated_to_ints(in_cells(vm::load(u + i))));
         for (; i < n; ++i) {
             float last;
             std::memcpy(&last, r + i, sizeof last);
@@ -81,7 +81,7 @@ inline double whole(double x) {
 }
 inline vm::d2 whole(vm::d2 x) {
     const vm::d2 near = (x + 0x1p52) - 0x1p52;
-    return near - (vm::d2)((vm::l2)(near > x) & (vm::l2)vm::all(1.0));
+    return near - (vm::d2)((vm::l2)(near > x) & (vm::l2)vm::both(1.0));
 }
 
 // A count as it is stored: not above what 32 bits hold.

@@ -29,22 +29,36 @@ constexpr int weight_room(int n) {
 
 // The weights of n observations in double precision, put to w, padded with zeros.
 template <class T> TileWeights read_weights(const T* weights, int n, double* w) {
-    doubles sum{}, squares{};
+    constexpr int lanes = vm::lanes<double>;
+    doubles sums{}, square_sums{};
     vm::longs unusual{};
     int j = 0;
-    for (; j < n; ++j) w[j] = weights[j];
-    for (; j < weight_room(n); ++j) w[j] = 0;
-    for (j = 0; j < n; j += vm::lanes<double>) {
-        const doubles some = vm::load(w + j);
-        sum += some;
-        squares += some * some;
+    for (; j <= n - lanes; j += lanes) {
+        const doubles some = several<false>(weights + j);
+        vm::store(w + j, some);
+        sums += some;
+        square_sums += some * some;
         unusual |= ~(vm::longs)(some >= 0.0);
     }
-    const auto total = [](doubles x) {
-        const d2 both = vm::over_blocks(x, [](d2 a, d2 b) { return a + b; });
-        return both[0] + both[1];
+    const auto of_first_lane = [](doubles x, double& rest) {
+        const d2 total = vm::over_blocks(x, [](d2 a, d2 b) { return a + b; });
+        rest = total[1];
+        return total[0];
     };
-    return {w, total(sum), {w, n, total(squares)}, !vm::any_lane(unusual)};
+    double others, other_squares, sum = of_first_lane(sums, others),
+                                  squares = of_first_lane(square_sums, other_squares);
+    bool positive = !vm::any_lane(unusual);
+    for (; j < n; ++j) {
+        const double one = weights[j];
+        w[j] = one;
+        sum += one;
+        squares += one * one;
+        positive &= one >= 0;
+    }
+    std::fill(w + n, w + weight_room(n), 0.0);
+    sum += others;
+    squares += other_squares;
+    return {w, sum, {w, n, squares}, positive};
 }
 
 namespace detail {

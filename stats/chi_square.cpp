@@ -8,6 +8,7 @@ namespace kef::stats {
 
 using dist::exp_of;
 using dist::log_of;
+using vm::both;
 
 double exponential(double x) { return exp_of(x); }
 
@@ -15,7 +16,7 @@ double gamma_weight(double a, double x) {
     using namespace dist::detail;
     constexpr double two_pi = 0x1.921fb54442d18p2;
     if (a >= stirling_from) {
-        const double exponent = (-deviance(vm::all(a), vm::all(x)) - stirling_error(vm::all(a)))[0];
+        const double exponent = (-deviance(both(a), both(x)) - stirling_error(both(a)))[0];
         return exp_of(exponent) / std::sqrt(two_pi * a);
     }
     double log_gamma;

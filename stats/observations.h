@@ -12,6 +12,7 @@ namespace kef::stats {
 
 using vm::all;
 using vm::blocks;
+using vm::both;
 using vm::d2;
 using vm::doubles;
 using vm::l2;
@@ -36,8 +37,7 @@ inline void for_each_tile(std::ptrdiff_t first, std::ptrdiff_t end, int size, F 
         f(first, static_cast<int>(end - first < size ? end - first : size));
 }
 
-// The same number in both lanes, also from memory; the lanes exchanged, in every block.
-inline d2 both(double x) { return vm::filled<d2>(x); }
+// The same number in both lanes, from memory; the lanes exchanged, in every block.
 inline d2 duplicate(const double* x) { return (d2)_mm_loaddup_pd(x); }
 template <class V> inline V swapped(V x) { return vm::in_blocks<1, 0>(x, x); }
 // Each of the numbers from x on in both lanes of a block.

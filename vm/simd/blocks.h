@@ -17,6 +17,9 @@ template <class V> inline V load_as(const Element<V>* p) {
     return *reinterpret_cast<const Anywhere*>(p);
 }
 
+// The same number in both lanes.
+inline d2 both(double x) { return filled<d2>(x); }
+
 // As many floats as fill a vector when they are doubles.
 inline doubles load_widened(const float* p) {
 #if KEF_VECTOR_BYTES == 64
