@@ -4,8 +4,9 @@
 //   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
 //   bench [function...] --costs          values for the cost tables
 //   bench [function...] --special        special and extreme arguments against ordinary ones
-//   bench [function...] --beside FILE    n = 10 and 1000 beside the member of the library in a file
-//   bench --powers                       Pow and Powx by exponent and by the sign of the base
+//   bench [function...] --mixed          real arguments of both signs, or of many sizes, side by
+//   side bench [function...] --beside FILE    n = 10 and 1000 beside the member of the library in a
+//   file bench --powers                       Pow and Powx by exponent and by the sign of the base
 //   bench --processor                    the processor, in a line
 //
 // --real and --complex leave out the others. A cell is the least of many repetitions; the
@@ -136,7 +137,7 @@ private:
 
 struct Options {
     Selection selection;
-    bool markdown = false, costs = false, special = false, powers = false;
+    bool markdown = false, costs = false, special = false, mixed = false, powers = false;
     std::optional<OtherMember> beside;
 };
 
@@ -149,6 +150,7 @@ public:
           complex_specials_({"function", "slot", "ordinary", "1 NaN in 4", "1 infinity in 4",
                              "1 zero in 4", "NaN", "infinity", "subnormal", "huge", "x < 0, y = 0",
                              "unit circle", "x = 2^e", "y = 2^e", "Re b = 2^e", "Im b = 2^e"}),
+          mixed_({"function", "slot", "ordinary", "both signs", "small and ordinary"}),
           powers_({"function", "slot", "exponent", "a > 0", "a < 0", "both"}) {}
 
     void row(const kef_test::Row& row) {
@@ -167,6 +169,7 @@ public:
     int finish() const {
         if (options_.costs) costs_.print(options_.selection.rows(), options_.markdown);
         else if (options_.special) print_specials();
+        else if (options_.mixed) mixed_.print(options_.markdown);
         else if (options_.powers) powers_.print(options_.markdown);
         else if (options_.beside) finish_beside();
         else geometric_.print("");
@@ -183,6 +186,7 @@ private:
     void measure(const kef_test::Row& row, const reference::Reference& reference) {
         if (options_.costs) costs<T>(row, reference);
         else if (options_.special) special<T>(row, reference);
+        else if (options_.mixed) mixed<T>(row, reference);
         else if (options_.powers) powers<T>(row);
         else if (options_.beside) beside<T>(row, reference);
         else compare<T>(row, reference);
@@ -347,6 +351,50 @@ private:
         }
     }
 
+    // Real arguments of several formulas side by side: of one and a half times the ordinary size
+    // with either sign; and, every second one, times some power of 1/2, down to the smallest normal
+    // number.
+    template <class T> void mixed(const kef_test::Row& row, const reference::Reference& reference) {
+        if (row.argument_parts == 2) return;
+        const std::vector<Kernel<T>> all = kernels<T>(row);
+        const Batch<T> plain = ordinary<T>(row, reference, sizes[main_size]);
+        std::vector<Batch<T>> batches(3, plain);
+        reference::Random random(row.name());
+        const auto any_size = [&](T x) {
+            const int places = std::ilogb(x) - std::numeric_limits<T>::min_exponent;
+            const bool smaller = random.bits() % 2 == 0 && x != 0 && places > 1;
+            return smaller ? std::ldexp(x, -static_cast<int>(random.bits() % (places / 2))) : x;
+        };
+        for (int i = 0; i < plain.size(); ++i) {
+            const T longer = T(1.5) * std::fabs(plain.a[i]);
+            batches[1].a[i] = random.bits() % 2 ? longer : -longer;
+            batches[2].a[i] = any_size(plain.a[i]);
+            batches[2].b[i] = any_size(plain.b[i]);
+        }
+        std::vector<std::vector<double>> time;
+        for (Batch<T>& batch : batches) time.push_back(cycles(all, batch));
+        for (std::size_t k = 0; k < all.size(); ++k) {
+            Table::Row cells = {row.name(), all[k].name, format("%.2f", time[0][k])};
+            for (std::size_t b = 1; b < batches.size(); ++b)
+                cells.push_back(is_ordinary(all[k], row, batches[b])
+                                    ? format("%.1f", time[b][k] / time[0][k])
+                                    : "");
+            mixed_.add(cells);
+        }
+    }
+
+    // Whether a call raises no error and gives no subnormal result.
+    template <class T>
+    static bool is_ordinary(const Kernel<T>& kernel, const kef_test::Row& row, Batch<T>& batch) {
+        kef_vtm_kernel_ClearErrStatus();
+        kernel.run(batch);
+        bool ordinary = kef_vtm_kernel_GetErrStatus() == VTM_STATUS_OK;
+        for (int j = 0; j < row.results; ++j)
+            for (const T r : batch.result[j])
+                ordinary &= r == 0 || std::fabs(r) >= std::numeric_limits<T>::min();
+        return ordinary;
+    }
+
     // The most that one component costs as a power of two from the smallest normal number to 1, of
     // either sign, in multiples of the ordinary cost, and where; among those without errors and
     // subnormal results.
@@ -363,13 +411,7 @@ private:
         for (T size = smallest; size <= 1; size *= 2)
             for (const T power : {size, -size}) {
                 fill(batch, power);
-                kef_vtm_kernel_ClearErrStatus();
-                kernel.run(batch);
-                bool ordinary = kef_vtm_kernel_GetErrStatus() == VTM_STATUS_OK;
-                for (int j = 0; j < row.results; ++j)
-                    for (const T r : batch.result[j])
-                        ordinary &= r == 0 || std::fabs(r) >= smallest;
-                if (!ordinary) continue;
+                if (!is_ordinary(kernel, row, batch)) continue;
                 double least = INFINITY;
                 for (int round = 0; round < 4; ++round) {
                     const double start = now(false);
@@ -438,7 +480,7 @@ private:
     const Options& options_;
     bool head_ = true, failed_ = false;
     Geometric geometric_{sizes[main_size]}, beside_short_{10}, beside_{1000};
-    Table specials_, complex_specials_, powers_;
+    Table specials_, complex_specials_, mixed_, powers_;
     Costs costs_;
 };
 
@@ -449,6 +491,7 @@ int main(int argc, char** argv) {
         if (word == "--markdown") options.markdown = true;
         else if (word == "--costs") options.costs = true;
         else if (word == "--special") options.special = true;
+        else if (word == "--mixed") options.mixed = true;
         else if (word == "--powers") options.powers = true;
         else if (word == "--beside" && i + 1 < argc) options.beside.emplace(argv[++i]);
         else if (word == "--processor") return std::puts(processor().c_str()), 0;

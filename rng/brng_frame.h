@@ -4,12 +4,11 @@
 //   seed(State&, n, words, sub)                status; n > 0, one word 1 where the caller has none
 //   words(State&, r, n, sub)                   status; n > 0 raw words, the state advances
 //   template <class Real> class Map            Map(sub, a, b), then map(words, n, r), which
-//   computes
-//                                              in Map::Arithmetic
+//                                              computes in Map::Arithmetic
 // and, where the mathematics allows it,
 //   leapfrog(stream, State&, k, count), skip(stream, State&, k)   status
-//   drawn(const State&)                        up to that many numbers are drawn faster than
-//   skipped
+//   drawn                              up to that many numbers are drawn faster than skipped
+//   few, step_over(State&, k, sub)     up to `few` are passed by this, faster than drawn
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
@@ -45,8 +44,13 @@ std::int32_t draw_away(typename G::State& state, std::uint64_t k, std::int32_t s
 
 template <class G>
 std::int32_t skip(kef_stream* stream, typename G::State& state, std::uint64_t k) {
-    if constexpr (requires { G::drawn(state); })
-        if (k <= G::drawn(state)) return draw_away<G>(state, k, sub_generator(stream));
+    if constexpr (requires { G::few; })
+        if (k <= G::few) {
+            G::step_over(state, static_cast<std::int32_t>(k), sub_generator(stream));
+            return VTS_STATUS_OK;
+        }
+    if constexpr (requires { G::drawn; })
+        if (k <= G::drawn) return draw_away<G>(state, k, sub_generator(stream));
     return G::skip(stream, state, k);
 }
 

@@ -87,17 +87,24 @@ template <std::int32_t capacity> struct DigitalNet {
         return VTS_STATUS_OK;
     }
 
-    // Finding a point anew costs up to 32 sums of its width; of one coordinate, as much as a draw.
-    static std::uint64_t drawn(const State& s) { return 5 * (std::uint64_t{s.dimension} - 1); }
+    // Few points are made one after the other: finding one anew costs up to 32 sums of its width.
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
-        if (s.leap != 0) {
-            s.index += static_cast<std::uint32_t>(k);
-        } else {
-            // component < dimension < 2^32: the sum may wrap at 2^64, its parts may not.
+        std::uint64_t points = k;
+        if (s.leap == 0 && k >> 31 == 0) {
+            const std::uint32_t rest = static_cast<std::uint32_t>(k) + s.component;
+            points = rest / s.dimension;
+            s.component = rest % s.dimension;
+        } else if (s.leap == 0) {
+            // component < dimension < 2^31: the sum may wrap at 2^64, its parts may not.
             const std::uint64_t rest = k % s.dimension + s.component;
-            s.index += static_cast<std::uint32_t>(k / s.dimension + rest / s.dimension);
+            points = k / s.dimension + rest / s.dimension;
             s.component = static_cast<std::uint32_t>(rest % s.dimension);
         }
+        if (points <= 8) {
+            for (; points > 0; --points) next_point(s);
+            return VTS_STATUS_OK;
+        }
+        s.index += static_cast<std::uint32_t>(points);
         locate(s);
         return VTS_STATUS_OK;
     }

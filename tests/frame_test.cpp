@@ -166,6 +166,53 @@ TEST(Frame, InPlaceEqualsOutOfPlace) {
     });
 }
 
+// Arguments of several formulas and of the edge in long arrays: every element as by itself, the
+// reports one a time from the first element to the last.
+TEST(Frame, MixturesAreComputedAsSingleElements) {
+    static std::vector<std::pair<std::int32_t, std::int32_t>> reports;  // index, code
+    const auto note = [](kef_vtm_error_record* record) {
+        reports.emplace_back(record->index, record->code);
+        return 1;
+    };
+    // One in four of a run is of another kind; from the middle on, of any.
+    std::vector<double> mixture;
+    const std::vector<double> plain = {0.5, -2.75, 25.5, -25.25, 1e-20, 3e4},
+                              rare = {-3.0, 0.0, NAN};
+    std::uint32_t random = 1;
+    const auto draw = [&](std::size_t n) {
+        random = random * 1664525 + 1013904223;
+        return (random >> 8) % n;
+    };
+    while (mixture.size() < 1200) {
+        const double main = plain[draw(plain.size())];
+        for (std::size_t i = draw(90); i-- > 0;) {
+            const bool any = mixture.size() > 600 || draw(4) == 0;
+            mixture.push_back(any ? plain[draw(plain.size())] : main);
+            if (draw(50) == 0) mixture.back() = rare[draw(rare.size())];
+        }
+    }
+    for_every_kernel([&](const Row& row, int slot) {
+        if (row.argument_parts == 2 || row.result_parts == 2) return;
+        kef_vtm_kernel_SetErrorCallBack(note);
+        const int n = static_cast<int>(mixture.size());
+        Data single(row, n, mixture), whole(single);
+        std::vector<std::pair<std::int32_t, std::int32_t>> expected;
+        for (int i = 0; i < n; ++i) {
+            reports.clear();
+            single.compute(slot, i, 1);
+            for (const auto& [index, code] : reports) expected.emplace_back(i, code);
+        }
+        reports.clear();
+        const bool in_place = row.results == 1;
+        Bytes& r1 = in_place ? whole.a : whole.r1;
+        row.invoke(row.slots[slot], {n, whole.a.data(), whole.b.data(), whole.scalars.data(),
+                                     r1.data(), whole.r2.data()});
+        EXPECT_EQ(r1, single.r1);
+        EXPECT_EQ(reports, expected);
+        kef_vtm_kernel_ClearErrorCallBack();
+    });
+}
+
 TEST(Frame, CountsOfZeroAndBelowDoNothing) {
     for_every_kernel([&](const Row& row, int slot) {
         for (std::int32_t n : {0, -1, -1000, INT32_MIN})

@@ -31,6 +31,10 @@ struct Mcg31m1 {
         return VTS_STATUS_OK;
     }
 
+    static constexpr std::uint64_t few = 4;
+    static void step_over(State& s, std::int32_t k, std::int32_t) {
+        for (; k > 0; --k) s.x = multiply31(s.x, s.a);
+    }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
         s.x = multiply31(s.x, __vtsiPowMod2P31M1(s.a, k));
         return VTS_STATUS_OK;

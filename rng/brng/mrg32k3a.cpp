@@ -17,7 +17,10 @@ using vm::ulongs;
 
 constexpr std::uint32_t m[2] = {4294967087, 4294944443};
 constexpr std::uint32_t complement[2] = {209, 22853};  // 2^32 - m
-constexpr std::uint32_t row[2][3] = {{0, 1403580, m[0] - 810728}, {527612, 0, m[1] - 1370589}};
+// x[n] = factor[0] x[n-2] or x[n-1] - factor[1] x[n-3].
+constexpr std::uint32_t factor[2][2] = {{1403580, 810728}, {527612, 1370589}};
+constexpr std::uint32_t row[2][3] = {{0, factor[0][0], m[0] - factor[0][1]},
+                                     {factor[1][0], 0, m[1] - factor[1][1]}};
 constexpr double unit = 0x1.000000d10000bp-32;  // 0x3DF000000D10000B
 constexpr std::int32_t lanes = vm::lanes<std::uint64_t>, pass = 8 * lanes;
 
@@ -64,7 +67,24 @@ struct Mrg32k3a {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 1000; }
+    static constexpr std::uint64_t few = 6, drawn = 1000;
+    static void step_over(State& s, std::int32_t k, std::int32_t) {
+        for (; k > 0; --k)
+            for (int c = 0; c < 2; ++c) {
+                std::uint32_t* x = s.x[c];
+                // Factors below 2^21: with a multiple of m for the difference the sum is below
+                // 2^54.
+                const std::uint64_t sum = std::uint64_t{factor[c][0]} * x[1 - c] +
+                                          std::uint64_t{factor[c][1]} * (m[c] - x[2]);
+                const auto fold = [&](std::uint64_t p) {
+                    return (p >> 32) * complement[c] + static_cast<std::uint32_t>(p);
+                };
+                const std::uint64_t next = fold(fold(sum));  // below 2^32 + 2^20 < 2 m
+                x[2] = x[1];
+                x[1] = x[0];
+                x[0] = static_cast<std::uint32_t>(next >= m[c] ? next - m[c] : next);
+            }
+    }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
         for (int c = 0; c < 2; ++c)
             __vtsiVect3PowMod(s.x[c], row[c], m[c], static_cast<std::uint32_t>(k),

@@ -51,7 +51,17 @@ struct WichmannHill {
         return VTS_STATUS_OK;
     }
 
-    static std::uint64_t drawn(const State&) { return 8; }
+    static constexpr std::uint64_t few = 8;
+    static void step_over(State& s, std::int32_t k, std::int32_t sub) {
+        for (int c = 0; c < 2; ++c) {
+            const std::uint32_t *a = s.a + 2 * c, *m = parameters[sub].m + 2 * c;
+            std::uint32_t* x = s.x + 2 * c;
+            const Component one = Component::of(a, m);
+            __m128d r = _mm_set_pd(x[1], x[0]);
+            for (std::int32_t i = 0; i < k; ++i) r = one.step(r);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(x), _mm_cvttpd_epi32(r));
+        }
+    }
     static std::int32_t skip(kef_stream* stream, State& s, std::uint64_t k) {
         const std::uint32_t* m = moduli(stream);
         for (int j = 0; j < 4; ++j) move(s.x[j], s.a[j], k, m[j]);
@@ -69,6 +79,10 @@ struct WichmannHill {
     // leaves a remainder in (-m, m).
     struct Component {
         __m128d a, m, inverse;
+        static Component of(const std::uint32_t* a, const std::uint32_t* m) {
+            return {_mm_set_pd(a[1], a[0]), _mm_set_pd(m[1], m[0]),
+                    _mm_set_pd(1.0 / m[1], 1.0 / m[0])};
+        }
         __m128d step(__m128d x) const {
             const __m128d round = _mm_set1_pd(0x1.8p52), p = _mm_mul_pd(a, x);
             const __m128d q = _mm_sub_pd(_mm_add_pd(_mm_mul_pd(p, inverse), round), round);
@@ -85,10 +99,8 @@ struct WichmannHill {
         for (int c = 0; c < 2; ++c) {
             const std::uint32_t *a = s.a + 2 * c, *m = parameters[sub].m + 2 * c;
             const auto square = [&](int i) { return __vtsiPowMod(a[i], 2, m[i]); };
-            const __m128d modulus = _mm_set_pd(m[1], m[0]);
-            const __m128d inverse = _mm_set_pd(1.0 / m[1], 1.0 / m[0]);
-            one[c] = {_mm_set_pd(a[1], a[0]), modulus, inverse};
-            two[c] = {_mm_set_pd(square(1), square(0)), modulus, inverse};
+            one[c] = Component::of(a, m);
+            two[c] = {_mm_set_pd(square(1), square(0)), one[c].m, one[c].inverse};
             x[c] = one[c].step(_mm_set_pd(s.x[2 * c + 1], s.x[2 * c]));
             y[c] = one[c].step(x[c]);
         }

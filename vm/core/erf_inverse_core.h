@@ -169,13 +169,16 @@ template <class Function, class T, class Accuracy> struct ErfInverseKernel {
         if constexpr (in_floats)
             return in_single(v,
                              [](const auto& a) { return erf_inverse_single<Accuracy>(a.x, a.q); });
-        else return in_doubles(v, near<Accuracy>);
+        else return in_doubles(v, [](const auto& a) { return near<Accuracy>(a); });
+    }
+    static std::array<ints, 1> kinds(ints h) requires(!std::is_same_v<Accuracy, EP> || !single) {
+        return {Function::outside(h)};
     }
     static auto far(V v) {
         if constexpr (in_floats)
             return in_single(v,
                              [](const auto& a) { return erf_inverse_single_tail<Accuracy>(a.q); });
-        else return in_doubles(v, tail<Accuracy>);
+        else return in_doubles(v, [](const auto& a) { return tail<Accuracy>(a); });
     }
 
     // One argument of single precision, rounded once.

@@ -4,8 +4,10 @@
 //
 //   near<Accuracy>(x), near_single(x)   for 0 < x <= 20
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
-//   mirrored(x)                         for -20 <= x < 0; single EP in floats
-//   wide(x)                             for |x| > 20, in double
+//   mirrored(x)                         for -20 <= x < 0
+//   wide(x)                             for |x| > 20
+//                                       both in double, single EP in floats
+//   unsure(h)                           single HA: results of these whose accuracy does not do
 #pragma once
 
 #include "vm/core/gamma_core.h"
@@ -34,9 +36,18 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
         return not_between(h, GammaRange<T>::first, GammaRange<T>::near);
     }
 
+    static std::array<ints, 3> kinds(ints h) {
+        const ints wide = static_cast<std::int32_t>(GammaRange<T>::near - 1) - magnitude(h);
+        return {~outside(h), wide & h, h};
+    }
+
+    // Single HA: what may lie on either side of a midpoint, with a relative error of 2^-39, is for
+    // the edge.
     static auto rounded(DoublesPair wide) {
-        if constexpr (is_rounded) return with_midpoints(wide);
-        else return narrow(wide);
+        const floats r = narrow(wide);
+        if constexpr (is_rounded)
+            return Marked{r, (floats)(midpoints<15>(wide) | Function::unsure(heads(r)))};
+        else return r;
     }
 
     static auto fast(V x) {
@@ -55,11 +66,15 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
         constexpr T limit = T(gamma_last), tiny_bound = in_single ? T(0x1p-24) : T(0x1p-61);
         const V y = absolute(x);
         const auto tiny = y<tiny_bound, wide = y> limit;
-        const auto of_wide = [&] { return in_double(select(wide, x, all(T(30))), Function::wide); };
+        const auto of_wide = [&] {
+            const V z = select(wide, x, all(T(30)));
+            if constexpr (!single || in_single) return Function::wide(z);
+            else return rounded(Function::wide(z));
+        };
         const auto of_others = [&] {
             const V z = select(tiny | wide, all(T(-0.5)), x);
-            if constexpr (in_single) return Function::mirrored(z);
-            else return in_double(z, [](doubles v) { return Function::mirrored(v); });
+            if constexpr (!single || in_single) return Function::mirrored(z);
+            else return rounded(on_both(widen(z), [](doubles v) { return Function::mirrored(v); }));
         };
         return either(
             tiny, [&] { return reflected(fast(y), x); },
@@ -68,15 +83,6 @@ template <class Function, class T, class Accuracy> struct GammaKernel {
 
 private:
     static constexpr bool in_single = single && std::is_same_v<Accuracy, EP>;
-
-    // A formula in double precision.
-    static auto in_double(V x, auto formula) {
-        if constexpr (single) {
-            return rounded(on_both(widen(x), formula));
-        } else {
-            return formula(x);
-        }
-    }
 
     static V reflected(V r, V x) { return Function::reflected(r, x); }
     static Marked reflected(Marked r, V x) { return {reflected(r.result, x), r.marks}; }

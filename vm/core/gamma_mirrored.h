@@ -35,7 +35,7 @@ inline SinePi sine_pi(doubles y) {
     return {flipped(sine, negative), sign};
 }
 
-// sin(pi y)/pi for 0 <= y < 2^52, 2^22 with its sign: y = n + f, u = f^2, +-(f + f u q(u)).
+// sin(pi y)/pi for 0 <= y < 2^52, 2^23 with its sign: y = n + f, u = f^2, +-(f + f u q(u)).
 // Relative error of the polynomials 2^-59.4 (LA), 2^-33.1 (EP) and 2^-25.1 (single precision).
 template <class Accuracy> inline doubles sine_pi_short(doubles y) {
     constexpr double shifter = 0x1p52;
@@ -56,7 +56,7 @@ template <class Accuracy> inline doubles sine_pi_short(doubles y) {
     return flipped(multiply_add(f * u, q, f), (longs)sum << 63);
 }
 inline floats sine_pi_short(floats y) {
-    constexpr float shifter = 0x1.8p23f;
+    constexpr float shifter = 0x1p23f;
     const floats sum = y + shifter, f = y - (sum - shifter), u = f * f;
     constexpr auto c = coefficients(0xBFD28D32u, 0x3F4FCDC5u, 0xBE4325BFu, 0x3CCCCCBBu);
     return flipped(multiply_add(f * u, polynomial_by_pairs(u, u * u, c), f), (ints)sum << 31);
@@ -100,14 +100,16 @@ inline Parts lgamma_mirrored_parts(doubles x) {
     return lgamma_reflected(y, {less.high, less.low + (ln_pi.low - parts.low)},
                             select((longs)(reduced.c >= 1.0), y, all(1.0)));
 }
+// In one part, absolute error below 2^-49 + 2^-51 |result| (LA), 2^-29 + 2^-27 |result| (EP). Table
+// and sine may be of another accuracy than the logarithm.
+template <class Accuracy, class Log = Accuracy> inline doubles lgamma_mirrored_plain(doubles x) {
+    const doubles y = absolute(x), value = gamma_value<Accuracy>(gamma_reduce(gamma_table, y));
+    const doubles inverse = absolute(sine_pi_short<Accuracy>(y) * value);
+    return where(inverse == 0, all(Format<double>::infinity)) - log_core<Log>(inverse);
+}
 template <class Accuracy> inline doubles lgamma_mirrored(doubles x) {
-    if constexpr (std::is_same_v<Accuracy, EP>) {
-        const doubles y = absolute(x), value = gamma_value<LA>(gamma_reduce(gamma_table, y));
-        const doubles inverse = absolute(sine_pi_short<LA>(y) * value);
-        return where(inverse == 0, all(Format<double>::infinity)) - log_core<EP>(inverse);
-    } else {
-        return rounded(lgamma_mirrored_parts(x));
-    }
+    if constexpr (std::is_same_v<Accuracy, EP>) return lgamma_mirrored_plain<LA, EP>(x);
+    else return rounded(lgamma_mirrored_parts(x));
 }
 
 // EP for -20 <= x < 0, as above; ln|Gamma(x)|: absolute 2^-20 and relative 2^-11.

@@ -6,6 +6,7 @@ namespace kef::vm {
 
 template <class T, class Accuracy> struct Atan2 : Atan2Formula<T, Accuracy> {
     KEF_REPORT_NAME(Atan2);
+    static std::array<ints, 1> kinds(ints a, ints b) { return {Atan2::outside(a, b)}; }
 };
 
 KEF_MAP2(s, Atan2, LA)

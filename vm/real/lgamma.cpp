@@ -6,8 +6,8 @@
 //   x >= 2.5599833278516387e305     +infinity, overflow (4.085003425410169e36)
 //
 // Relative accuracy for x > 0; absolute accuracy next to the zeros at x < 0. Single HA
-// is the double formula of LA, for x < 0 of HA, rounded once; LA and EP compute in
-// single precision for 0 < x <= 20.
+// is a formula in double, rounded once; LA computes in single precision for 0 < x <= 20, EP
+// everywhere.
 #include "vm/core/gamma_kernel.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -52,6 +52,7 @@ Parts lgamma_one(double x) {
 
 template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<LGamma, T, Accuracy>;
+    using V = Vector<T>;
     using Range = LGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(LGamma);
@@ -65,11 +66,19 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     template <class A> static doubles near(doubles x) { return lgamma_near<A>(x); }
     static floats near_single(floats x) { return lgamma_single<Accuracy>(x); }
     using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
-    using InDouble = std::conditional_t<Kernel::single, Inner, Accuracy>;
-    static doubles wide(doubles x) { return lgamma_stirling<InDouble>(x); }
-    static doubles mirrored(doubles x) { return lgamma_mirrored<InDouble>(x); }
+    static auto wide(V x) {
+        if constexpr (!Kernel::single) return lgamma_stirling<Accuracy>(x);
+        else if constexpr (std::is_same_v<Accuracy, EP>) return lgamma_stirling(x);
+        else return on_both(widen(x), [](doubles v) { return lgamma_stirling_plain<Inner>(v); });
+    }
+    static doubles mirrored(doubles x) {
+        if constexpr (Kernel::single) return lgamma_mirrored_plain<Inner>(x);
+        else return lgamma_mirrored<Accuracy>(x);
+    }
     static floats mirrored(floats x) { return lgamma_mirrored(x); }
-    template <class V> static V reflected(V r, V) { return r; }
+    // Next to the zeros at x < 0.
+    static ints unsure(ints r) { return magnitude(r) - head(0x1p-9f); }
+    static V reflected(V r, V) { return r; }
 
     // Poles.
     static ints refuse(ints r) { return not_finite<T>(r); }

@@ -9,8 +9,8 @@
 //   exact result below the smallest normal number: rounded, underflow; +-0, with the
 //                                      result's sign, for x < -184 (-42)
 //
-// Single HA is the double formula of LA, rounded once; LA and EP compute in single
-// precision up to 20.
+// Single HA is a formula in double, rounded once; LA computes in single precision for 0 < x <= 20,
+// EP everywhere.
 #include "vm/core/gamma_kernel.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -58,6 +58,7 @@ bool tgamma_one(double x, DoubleDouble<double>& r) {
 
 template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<TGamma, T, Accuracy>;
+    using V = Vector<T>;
     using Range = TGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(TGamma);
@@ -67,21 +68,26 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     template <class A> static doubles near(doubles x) { return tgamma_near<A>(x); }
     static floats near_single(floats x) { return tgamma_single<Accuracy>(x); }
     template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
-    static doubles wide(doubles x) {
-        constexpr bool ep = std::is_same_v<Accuracy, EP>;
-        if constexpr (Kernel::single ? Kernel::is_rounded : !ep) return tgamma_stirling(x);
-        else return tgamma_stirling_rounded<std::conditional_t<Kernel::single && ep, EP, LA>>(x);
+    static constexpr bool ep = std::is_same_v<Accuracy, EP>;
+    static auto wide(V x) {
+        if constexpr (Kernel::single && ep) return tgamma_stirling(x);
+        else if constexpr (Kernel::single) return tgamma_stirling_of_float<Accuracy>(x);
+        else if constexpr (ep) return tgamma_stirling_rounded(x);
+        else if constexpr (std::is_same_v<Accuracy, LA>) return tgamma_stirling_short(x);
+        else return tgamma_stirling(x);
     }
-    static doubles mirrored(
-        doubles x) {  // single HA as in double, single LA by the shorter formula
-        using Inner = std::conditional_t<Kernel::is_rounded, HA, EP>;
+    static doubles mirrored(doubles x) {  // single LA by the shorter formula
+        using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
         return tgamma_mirrored<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
     }
     static floats mirrored(floats x) { return tgamma_mirrored(x); }
+    static ints unsure(ints) { return ints{}; }
 
-    // Poles, overflow and subnormal results.
+    // Poles, overflow and subnormal results; of single EP those too that may be either.
     static ints refuse(ints r) {
-        return not_between(magnitude(r), Format<T>::normal_head, Format<T>::infinity_head);
+        constexpr std::uint32_t margin = Kernel::single && ep ? 0x1000 : 0;
+        return not_between(magnitude(r), Format<T>::normal_head + margin,
+                           Format<T>::infinity_head - margin);
     }
     static ints refuse(ints r, ints midpoint) { return refuse(r) | midpoint; }
 

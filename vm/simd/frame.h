@@ -19,6 +19,10 @@
 //                          themselves; sign bits
 //   K::far_everywhere      optional, a bool: far gives those that `outside` lets pass too, and
 //                          the same bits as fast
+//   k.kinds(h...)          optional, beside far: an array of verdicts. An element is of the first
+//   kind
+//                          whose verdict its lane has, or of none; elements of one kind are
+//                          computed next to each other
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
 //   k.scalar()             the second argument of a kernel that has a vector and a scalar, as an
@@ -45,6 +49,7 @@
 
 #include "vm/control/control.h"
 #include "vm/simd/pairs.h"
+#include "vm/simd/places.h"
 #include "vm/simd/simd.h"
 #include "vm/surface/shapes.h"
 
@@ -79,6 +84,13 @@ template <class V> std::array<V, 3> as_array(MarkedBy<V, Two<V>> x) {
     return {x.result.first, x.result.second, x.marks};
 }
 
+template <class T> inline Vector<T> vector_of(auto element) {
+    return [&]<int... lane>(std::integer_sequence<int, lane...>) {
+        return Vector<T>{element(lane)...};
+    }
+    (std::make_integer_sequence<int, lanes<T>>());
+}
+
 // A group of elements of one array, in as many vectors as they need; or fewer, padded with the
 // last one. Verdicts about a group have the order of its heads.
 template <class T> struct Group;
@@ -89,6 +101,10 @@ template <> struct Group<double> {
     static Group padded(const double* p, int count) {
         return {count < half ? load_some(p, count) : load(p),
                 count > half ? load_some(p + half, count - half) : all(p[count - 1])};
+    }
+    static Group made_of(auto element) {
+        return {vector_of<double>(element),
+                vector_of<double>([&](int lane) { return element(half + lane); })};
     }
     static Group all_of(double x) { return {all(x), all(x)}; }
     void store_at(double* p) const { store(p, low), store(p + half, high); }
@@ -110,6 +126,7 @@ template <> struct Group<float> {
     floats whole;
     static Group at(const float* p) { return {load(p)}; }
     static Group padded(const float* p, int count) { return {load_some(p, count)}; }
+    static Group made_of(auto element) { return {vector_of<float>(element)}; }
     static Group all_of(float x) { return {all(x)}; }
     void store_at(float* p) const { store(p, whole); }
     void store_some_at(float* p, int count) const { store_some(p, count, whole); }
@@ -325,6 +342,28 @@ template <class K> inline constexpr bool far_is_everywhere = requires {
     requires K::far_everywhere;
 };
 
+// The verdicts of the kinds on a group, where the kernel of I arguments has kinds.
+template <class K, std::size_t I>
+inline constexpr bool has_kinds = []<std::size_t... N>(std::index_sequence<N...>) {
+    return requires(const K& k, ints h) { k.kinds((static_cast<void>(N), h)...); };
+}
+(std::make_index_sequence<I>());
+template <class K, class T, std::size_t I>
+inline auto kinds(const K& k, const std::array<Group<T>, I>& x) {
+    return [&]<std::size_t... N>(std::index_sequence<N...>) { return k.kinds(x[N].head()...); }
+    (std::make_index_sequence<I>());
+}
+
+template <class K, class T, std::size_t I>
+inline bool is_mixed(const K& k, const std::array<Group<T>, I>& x) {
+    for (const ints verdict : kinds(k, x)) {
+        const unsigned lanes = Group<T>::set_in(verdict);
+        if (lanes == (1u << group) - 1) return false;
+        if (lanes != 0) return true;
+    }
+    return false;
+}
+
 // The lanes that the second formula must not see.
 template <class K, class T, std::size_t I>
 inline ints beyond(const K& k, const std::array<Group<T>, I>& x) {
@@ -448,6 +487,17 @@ template <class K, class In, class Out>
     return i;
 }
 
+// Element i, by its edge.
+template <class K, class In, class Out>
+inline void by_edge(const K& k, int i, const std::array<typename In::T, In::components>& a,
+                    auto& guard, const In& in, const Out& out) {
+    std::array<typename In::T, Out::components> r;
+    const int status = edge(k, a, r, std::make_index_sequence<In::components>());
+    for (std::size_t j = 0; j < r.size(); ++j) out.component(j, i) = r[j];
+    if (status != VTM_STATUS_OK) [[unlikely]]
+        report(k, status, i, a, guard, in, out);
+}
+
 // A group of `count` elements that a gate holds back: by the formulas as far as they go; what is
 // left comes to the edge, one by one, with its special results and reports.
 template <class K, class In, class Out, class Guard>
@@ -478,19 +528,93 @@ template <class K, class In, class Out, class Guard>
          rest &= rest - 1) {
         const int m = std::countr_zero(rest);
         std::array<T, I> a;
-        std::array<T, O> r;
         for (std::size_t j = 0; j < I; ++j) a[j] = arguments[j][m];
         if constexpr (reports<K, Out>)
             if (reported >> m & 1) {
+                std::array<T, O> r;
                 for (std::size_t j = 0; j < O; ++j) r[j] = results[j][m];
                 report(k, status_of(k, r), i + m, a, guard, in, out);
                 continue;
             }
-        const int status = edge(k, a, r, std::make_index_sequence<I>());
-        for (std::size_t j = 0; j < O; ++j) out.component(j, i + m) = r[j];
-        if (status != VTM_STATUS_OK) [[unlikely]]
-            report(k, status, i + m, a, guard, in, out);
+        by_edge(k, i + m, a, guard, in, out);
     }
+}
+
+// From i on, at most 16 groups, the first one of several kinds that two such ones follow; the index
+// behind them where there is none. Fewer than three are computed as they stand.
+template <class K, class In> [[gnu::noinline]] int mixed_from(K k, int i, int n, const In& in) {
+    const int most = i + 16 * group, end = most < n ? most : n;
+    int mixed = 0;
+    for (; i <= end - group; i += group) {
+        mixed = is_mixed(k, in.group_at(i)) ? mixed + 1 : 0;
+        if (mixed == 3) return i - 2 * group;
+    }
+    return i;
+}
+
+// A block of groups of several kinds: the elements of each kind by themselves, so that few of them
+// go through more than one formula; then what needs the edge. The index behind the block, which
+// ends where groups of one kind come to be in the majority.
+template <class K, class In, class Out, class Guard>
+[[gnu::noinline, gnu::flatten]] int block_by_kinds(K k, int first, int n, Guard& guard,
+                                                   const In& in, const Out& out) {
+    using T = typename In::T;
+    constexpr std::size_t I = In::components, O = Out::components;
+    static_assert(!In::complex && !Out::complex && !reports<K, Out>);
+    constexpr int most = group > 8 ? 256 : 128;
+    constexpr int lists = std::tuple_size_v<decltype(kinds(k, in.group_at(0)))> + 1;
+    PlaceList<most + group> list[lists];  // places in the block, and padding
+    int count[lists] = {};
+    int size = 0;
+    for (int majority = 0; size < most && first + size <= n - group && majority <= 2;
+         size += group) {
+        const auto x = in.group_at(first + size);
+        const auto verdicts = kinds(k, x);
+        unsigned others = (1u << group) - 1;
+        majority += is_mixed(k, x) ? -1 : 1;
+#pragma GCC unroll 8
+        for (int kind = 0; kind < lists; ++kind) {
+            unsigned chosen = others;
+            if (kind < lists - 1) chosen &= Group<T>::set_in(verdicts[kind]);
+            others &= ~chosen;
+            add_places(list[kind], count[kind], chosen, size);
+        }
+    }
+
+    bool left[most] = {}, any_left = false;
+    for (int kind = 0; kind < lists; ++kind) {
+        for (int m = 0; m < count[kind]; m += group) {
+            std::uint8_t* place = list[kind].at + m;
+            if (count[kind] - m < group)
+                for (int lane = count[kind] - m; lane < group; ++lane) place[lane] = place[0];
+            const auto component = [&](std::size_t j, int lane) {
+                return in.p[j][first + place[lane]];
+            };
+            typename In::Groups x;
+            for (std::size_t j = 0; j < I; ++j)
+                x[j] = Group<T>::made_of([&](int lane) { return component(j, lane); });
+            typename Out::Groups y{};
+            const ints done = by_formulas(k, shares(k, x), x, component, y);
+            T results[O][group];
+            for (std::size_t j = 0; j < O; ++j) y[j].store_at(results[j]);
+            const bool all_done = all_lanes(done);
+            const unsigned lanes = Group<T>::set_in(done);
+#pragma GCC unroll 16
+            for (int lane = 0; lane < group; ++lane)
+                if (all_done || lanes >> lane & 1)
+                    for (std::size_t j = 0; j < O; ++j)
+                        out.p[j][first + place[lane]] = results[j][lane];
+                else left[place[lane]] = any_left = true;
+        }
+    }
+    if (any_left)
+        for (int m = 0; m < size; ++m) {
+            if (!left[m]) continue;
+            std::array<T, I> a;
+            for (std::size_t j = 0; j < I; ++j) a[j] = in.p[j][first + m];
+            by_edge(k, first + m, a, guard, in, out);
+        }
+    return first + size;
 }
 
 // All groups from one on that the gates hold back, where there is a second formula: by it and the
@@ -499,10 +623,18 @@ template <class K, class In, class Out, class Guard>
 template <class K, class In, class Out, class Guard>
 [[gnu::noinline, gnu::flatten]] int resume(K k, int i, int n, Guard& guard, const In& in,
                                            const Out& out) {
+    [[maybe_unused]] int mixed = i;  // up to there no groups are for block_by_kinds
     while (i <= n - group) {
         int behind;
-        if constexpr (reports<K, Out>) behind = far_groups(k, i, n, in, out, guard);
-        else behind = far_groups(k, i, n, in, out);
+        if constexpr (has_kinds<K, In::components>) {
+            if (i >= mixed) mixed = mixed_from(k, i, n, in);
+            if (i == mixed) behind = block_by_kinds(k, i, n, guard, in, out);
+            else behind = far_groups(k, i, mixed, in, out);
+        } else if constexpr (reports<K, Out>) {
+            behind = far_groups(k, i, n, in, out, guard);
+        } else {
+            behind = far_groups(k, i, n, in, out);
+        }
         if (behind == i) held_back(k, i, group, guard, in, out), i += group;
         else i = behind;
         while (i <= n - group && try_group<Out::components>(k, in.group_at(i), out.storing(i)))
