@@ -290,8 +290,15 @@ int main(int argc, char** argv) {
     for (; i < argc && std::string(argv[i]).find('/') != std::string::npos; ++i)
         libraries.emplace_back(argv[i]);
     const std::string family = i < argc ? argv[i++] : "", text = i < argc ? argv[i] : "";
-    std::printf("%-40s %5s %8s\n", "ticks a value", "n",
-                libraries.empty() ? "" : libraries[0].symbol<decltype(kef_member)>("kef_member")());
+    if (libraries.empty()) {
+        std::fputs("families_bench FILE... [statistics | fitting | distributions [TEXT]]\n",
+                   stderr);
+        return 2;
+    }
+    std::printf("%-40s %5s", "ticks a value, times as fast", "n");
+    for (const Library& library : libraries)
+        std::printf(" %s", library.symbol<decltype(kef_member)>("kef_member")());
+    std::printf("\n");
     for (const auto& f : families)
         if (family.empty() || family == f.name)
             for (const Family of : f.of) print(libraries, of, text);
