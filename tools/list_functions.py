@@ -132,13 +132,18 @@ def document():
     return "\n".join(lines) + "\n"
 
 
-def speeds():
-    """By function with type, and kernel: cycles at n = 1000, and the peer with its cycles; and the line on
+# The libraries of README.md, and where their speeds stand: document, words of the command.
+LIBRARIES = {"i386": ("docs/performance.md", ""), "x86-64-v3": ("docs/members.md", " --member v3")}
+
+
+def speeds(library):
+    """By function with type, and kernel: cycles at n = 1000, and the peer with its cycles; and the words on
     all of them."""
-    text = (ROOT / "docs/performance.md").read_text()
+    document, words = LIBRARIES[library]
+    text = (ROOT / document).read_text()
     found, means = {}, []
     for kind in "real", "complex":
-        part = text.split(f"<!-- ./run bench --{kind} --markdown -->")[1].split("<!-- end -->")[0]
+        part = text.split(f"<!-- ./run bench --{kind}{words} --markdown -->")[1].split("<!-- end -->")[0]
         for line in part.splitlines():
             if m := re.match(r"\| ([sdcz][A-Z]\w*) \| ((?:HA|LA|EP)[ HLAEP]*) \|", line):
                 cells = columns(line)
@@ -146,8 +151,7 @@ def speeds():
                     found[m[1], slot] = cells[5].split()[0], cells[7].split(";")[0]
         mean, kernels = re.search(r"n = 1000, all: ([\d.]+) \((\d+) kernels\)", part).groups()
         means.append(f"{float(mean):.2f} over {kernels} kernels of {kind} functions")
-    return found, ("The geometric mean of the ratio to the fastest peer of a slot's class is "
-                   + " and ".join(means) + ".")
+    return found, f"{' and '.join(means)} ({library})"
 
 
 IN_README = "dExp dLn dSin dPow dAtan dErf dTGamma sExp sLn zExp zLn zSin zPow".split()
@@ -156,13 +160,17 @@ TYPES = {"s": "single", "d": "double", "c": "complex single", "z": "complex doub
 
 def readme():
     """README.md with its table made again."""
-    errors, (speed, mean) = measured(), speeds()
-    lines = ["| function | HA / LA / EP | fastest peer of HA's class | worst error of HA |", "|---|---|---|---|"]
+    errors, measurements = measured(), {library: speeds(library) for library in LIBRARIES}
+    head = [f"{library}: HA / LA / EP | fastest peer of HA's class" for library in LIBRARIES]
+    lines = ["| " + " | ".join(["function", *head, "worst error of HA"]) + " |", "|---" * (2 * len(head) + 2) + "|"]
     for name in IN_README:
-        cycles = " / ".join(speed[name, slot][0] for slot in SLOTS)
-        lines.append(f"| {TYPES[name[0]]} {name[1:]} | {cycles} "
-                     f"| {speed[name, 'HA'][1]} | {errors[name, 'HA'].replace('rounded', 'correctly rounded')} |")
-    table = "\n".join(lines) + f"\n\n{mean}"
+        cells = [f"{TYPES[name[0]]} {name[1:]}"]
+        for speed, _ in measurements.values():
+            cells += [" / ".join(speed[name, slot][0] for slot in SLOTS), speed[name, "HA"][1]]
+        cells.append(errors[name, "HA"].replace("rounded", "correctly rounded"))
+        lines.append("| " + " | ".join(cells) + " |")
+    means = ", ".join(words for _, words in measurements.values())
+    table = "\n".join(lines) + f"\n\nThe geometric mean of the ratio to the fastest peer of a slot's class is {means}."
     return re.sub(r"(<!-- tools/list_functions.py -->\n\n).*?(\n\n<!-- end -->)", lambda m: m[1] + table + m[2],
                   (ROOT / "README.md").read_text(), flags=re.S)
 
