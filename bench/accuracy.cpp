@@ -136,7 +136,8 @@ private:
         const bool every_one = row.type == 's' && row.arguments == 1 && row.scalars == 0;
         if (every_one && (options_.exhaustive || options_.search)) exhaust(table, row, reference);
         else if (options_.search) search<T>(table, row, reference);
-        else if (options_.rounding && row.argument_parts == 2) places<T>(table, row, reference);
+        else if (options_.rounding && (row.argument_parts == 2 || row.result_parts == 2))
+            places<T>(table, row, reference);
         else if (!options_.exhaustive) sample<T>(table, row, reference);
     }
 
@@ -183,10 +184,9 @@ private:
             }
             report<T>(table, row, reference, words, all, tallies);
         };
-        if (argument_components(row) == 2) {
-            take(Axis<T>(row, options_.count, 0), "real axis");
-            take(Axis<T>(row, options_.count, 1), "imaginary axis");
-        }
+        const bool plane = argument_components(row) == 2;
+        if (argument_components(row) <= 2) take(Axis<T>(row, options_.count, 0), "real axis");
+        if (plane) take(Axis<T>(row, options_.count, 1), "imaginary axis");
         take(Grid<T>(row, options_.count), "grid");
         print(table);
         check_screen(row, reference, meter.screen_error());
