@@ -19,10 +19,9 @@
 //                          themselves; sign bits
 //   K::far_everywhere      optional, a bool: far gives those that `outside` lets pass too, and
 //                          the same bits as fast
-//   k.kinds(h...)          optional, beside far: an array of verdicts. An element is of the first
-//   kind
-//                          whose verdict its lane has, or of none; elements of one kind are
-//                          computed next to each other
+//   k.kinds(h...)          optional, beside far: an array of verdicts. An element is of the
+//                          first kind whose verdict its lane has, or of none; elements of one
+//                          kind are computed next to each other
 //   k.edge(x..., r...)     one element that the gates hold back; the special cases in
 //                          their order. Gives the status, VTM_STATUS_OK or an error
 //   k.scalar()             the second argument of a kernel that has a vector and a scalar, as an
