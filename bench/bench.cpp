@@ -4,9 +4,9 @@
 //   bench [function...] [--markdown]     n = 10, 100, 1000, 1000000, ordinary arguments
 //   bench [function...] --costs          values for the cost tables
 //   bench [function...] --special        special and extreme arguments against ordinary ones
-//   bench [function...] --mixed          real arguments of both signs, or of many sizes, side by
-//   side bench [function...] --beside FILE    n = 10 and 1000 beside the member of the library in a
-//   file bench --powers                       Pow and Powx by exponent and by the sign of the base
+//   bench [function...] --mixed          real arguments of both signs, or of many sizes, mixed
+//   bench [function...] --beside FILE    n = 10 and 1000 beside the library's member in a file
+//   bench --powers                       Pow and Powx by exponent and by the sign of the base
 //   bench --processor                    the processor, in a line
 //
 // --real and --complex leave out the others. A cell is the least of many repetitions; the

@@ -2,9 +2,9 @@
 // ticks a value (of a variable, at a site, of a law) of the first one, and how many times as fast
 // the others are. All are called in one process by turns, on the same arguments.
 //
-//   families_bench FILE... [statistics | fitting | distributions] [TEXT]   the members' files;
-//   calls
-//                                                                  whose names hold the text
+//   families_bench FILE... [statistics | fitting | distributions [TEXT]]
+//
+// FILE, with a slash in it: a member. TEXT: calls whose names hold it, alone.
 #include <dlfcn.h>
 
 #include <algorithm>

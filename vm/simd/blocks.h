@@ -20,18 +20,6 @@ template <class V> inline V load_as(const Element<V>* p) {
 // The same number in both lanes.
 inline d2 both(double x) { return filled<d2>(x); }
 
-// As many floats as fill a vector when they are doubles.
-inline doubles load_widened(const float* p) {
-#if KEF_VECTOR_BYTES == 64
-    return (doubles)_mm512_cvtps_pd(_mm256_loadu_ps(p));
-#elif KEF_VECTOR_BYTES == 32
-    return (doubles)_mm256_cvtps_pd(_mm_loadu_ps(p));
-#else
-    const auto* two = reinterpret_cast<const __m128i*>(p);
-    return (doubles)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(two)));
-#endif
-}
-
 // x in every block, and block i of x.
 inline doubles in_all_blocks(d2 x) {
     return of_blocks([&](int) { return (__m128d)x; });

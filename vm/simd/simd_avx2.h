@@ -47,6 +47,8 @@ inline floats select(ints mask, floats x, floats y) {
     return (floats)_mm256_blendv_ps((__m256)y, (__m256)x, (__m256)mask);
 }
 
+// As many floats as fill a vector when they are doubles.
+inline doubles load_widened(const float* p) { return (doubles)_mm256_cvtps_pd(_mm_loadu_ps(p)); }
 inline DoublesPair widen(floats x) {
     return {(doubles)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)x)),
             (doubles)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)x, 1))};

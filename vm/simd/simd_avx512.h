@@ -48,6 +48,8 @@ inline floats select(ints mask, floats x, floats y) {
     return (floats)_mm512_mask_blend_ps(_mm512_movepi32_mask((__m512i)mask), (__m512)y, (__m512)x);
 }
 
+// As many floats as fill a vector when they are doubles.
+inline doubles load_widened(const float* p) { return (doubles)_mm512_cvtps_pd(_mm256_loadu_ps(p)); }
 inline DoublesPair widen(floats x) {
     return {(doubles)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)x)),
             (doubles)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)x, 1))};

@@ -44,6 +44,11 @@ inline floats select(ints mask, floats x, floats y) {
 
 // Conversions: floats as two vectors of doubles and back (rounded to nearest); integers of 32 bits
 // from floats by truncation, to floats, and to doubles from those in the odd places.
+// As many floats as fill a vector when they are doubles.
+inline doubles load_widened(const float* p) {
+    const auto* two = reinterpret_cast<const __m128i*>(p);
+    return (doubles)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(two)));
+}
 inline DoublesPair widen(floats x) {
     return {(doubles)_mm_cvtps_pd((__m128)x),
             (doubles)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x))};
