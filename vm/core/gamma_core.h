@@ -14,13 +14,12 @@
 // Abramowitz and Stegun 6.1.17, 6.1.40. Constants: tools/gamma_tables.py.
 #pragma once
 
-#include "vm/core/gamma_mirrored.h"
+#include "vm/core/gamma_single.h"
 #include "vm/core/pow_core.h"
 
 namespace KEF_VM {
 
 // Of the series for x > 0 and, less ln pi, for x < 0.
-inline constexpr double half_ln_2pi_rounded = 0x1.d67f1c864beb5p-1;
 inline constexpr Parts half_ln_2pi = in_parts(half_ln_2pi_rounded, -0x1.65b5a1b7ff5dfp-55);
 inline constexpr Parts half_ln_half_pi = in_parts(0x1.ce6bb25aa1316p-3, -0x1.dcd49c8e5aff6p-58);
 
@@ -95,42 +94,20 @@ inline doubles tgamma_stirling_rounded(doubles x) {
     return tgamma_from_positive<EP>(x, y, exp_core<LA>(lgamma_stirling_rounded<LA>(y)));
 }
 
-// Single precision in double, |x| < 44: relative error 2^-40 (HA), 2^-32 (LA).
-template <class Accuracy> inline DoublesPair tgamma_stirling_of_float(floats x) {
+// Single HA in double, |x| < 44: relative error 2^-40.
+inline DoublesPair tgamma_stirling_of_float(floats x) {
     const auto formula = [](doubles x, const LogReduced& reduced) {
         // s(y) to 2^-41
         constexpr auto s = coefficients(0x3FB5555555555555, 0xBF66C16C16C12B8B, 0x3F4A01A00D638F63);
         const doubles y = absolute(x), u = 1.0 / y;
         const doubles e =
             ((y - 0.5) * log_of_float(reduced) - y) + (half_ln_2pi.high + u * polynomial(u * u, s));
-        using Sine = std::conditional_t<std::is_same_v<Accuracy, HA>, LA, EP>;
-        return tgamma_from_positive<Sine>(x, y, exp_for_float(e));
+        return tgamma_from_positive<LA>(x, y, exp_for_float(e));
     };
     const LogSingleReduced s = log_single_reduce(absolute(x));
     const LogInDouble logs = log_in_double(widen(s.z), s.exponent, s.interval);
     const DoublesPair wide = widen(x);
     return {formula(wide.low, logs.low), formula(wide.high, logs.high)};
-}
-
-// Single EP: ln Gamma(y), y > 20, relative error 2^-21; Gamma(x), |x| < 44, 2^-14, by the square of
-// a root, which is of ordinary size everywhere.
-inline floats lgamma_stirling_single(floats y) {
-    constexpr float constant = static_cast<float>(half_ln_2pi_rounded - 0.5);
-    return (y - 0.5f) * (log_single<LA>(y) - 1.0f) + (constant + static_cast<float>(1.0 / 12) / y);
-}
-inline floats tgamma_stirling(floats x) {
-    const floats y = absolute(x);
-    const floats root = exp_single<LA>(flipped(0.5f * lgamma_stirling_single(y), sign_bit(x)));
-    if (!any_lane((ints)x)) return root * root;
-    return root * select(sign_mask((ints)x), -root / (sine_pi_short(y) * y), root);
-}
-inline floats lgamma_stirling(floats x) {
-    const floats y = absolute(x), positive = lgamma_stirling_single(y);
-    if (!any_lane((ints)x)) return positive;
-    const floats sine = y * absolute(sine_pi_short(y));
-    const floats negative =
-        where(sine == 0, all(Format<float>::infinity)) - (positive + log_single<EPTerm>(sine));
-    return select(sign_mask((ints)x), negative, positive);
 }
 
 // ln|Gamma(x)| for x > 20 and -2^52 < x < -20; not a number where it overflows.

@@ -1,12 +1,12 @@
 // What the kernels of TGamma and LGamma share: the gate and the formula of each slot for
-// 0 < x <= 20, the choice of those beyond, and the way from double to single HA.
-// Function<T, Accuracy> gives
+// 0 < x <= 20, and, of double and of single HA, the choice of those beyond and the way from double
+// to single. Function<T, Accuracy> gives
 //
 //   near<Accuracy>(x), near_single(x)   for 0 < x <= 20
+//   far(x)                              single LA and EP: for all the others, and these
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
-//   mirrored(x)                         for -20 <= x < 0
-//   wide(x)                             for |x| > 20
-//                                       both in double, single EP in floats
+//   mirrored(x)                         for -20 <= x < 0, in double
+//   wide(x)                             for |x| > 20, in double
 //   unsure(h)                           single HA: results of these whose accuracy does not do
 #pragma once
 
@@ -27,67 +27,13 @@ template <> struct GammaRange<float> {
     static constexpr std::uint32_t near = 0x41A00001;
 };
 
-template <class Function, class T, class Accuracy> struct GammaKernel {
-    using V = Vector<T>;
-    static constexpr bool single = std::is_same_v<T, float>;
-    static constexpr bool is_rounded = single && std::is_same_v<Accuracy, HA>;
-
+template <class T> struct GammaBase {
     static ints outside(ints h) {
         return not_between(h, GammaRange<T>::first, GammaRange<T>::near);
     }
 
-    static std::array<ints, 3> kinds(ints h) {
-        const ints wide = static_cast<std::int32_t>(GammaRange<T>::near - 1) - magnitude(h);
-        return {~outside(h), wide & h, h};
-    }
-
-    // Single HA: what may lie on either side of a midpoint, with a relative error of 2^-39, is for
-    // the edge.
-    static auto rounded(DoublesPair wide) {
-        const floats r = narrow(wide);
-        if constexpr (is_rounded)
-            return Marked{r, (floats)(midpoints<15>(wide) | Function::unsure(heads(r)))};
-        else return r;
-    }
-
-    static auto fast(V x) {
-        if constexpr (!single) {
-            return Function::template near<Accuracy>(x);
-        } else if constexpr (is_rounded) {
-            return marked_in_double(x, [](doubles v) { return Function::template near<LA>(v); });
-        } else {
-            return Function::near_single(x);
-        }
-    }
-
-    // Beside |x| < tiny, where |Gamma(x)| = Gamma(|x|) to the formula's accuracy: there products of
-    // sin(pi x) would be subnormal.
-    static auto far(V x) {
-        constexpr T limit = T(gamma_last), tiny_bound = in_single ? T(0x1p-24) : T(0x1p-61);
-        const V y = absolute(x);
-        const auto tiny = y<tiny_bound, wide = y> limit;
-        const auto of_wide = [&] {
-            const V z = select(wide, x, all(T(30)));
-            if constexpr (!single || in_single) return Function::wide(z);
-            else return rounded(Function::wide(z));
-        };
-        const auto of_others = [&] {
-            const V z = select(tiny | wide, all(T(-0.5)), x);
-            if constexpr (!single || in_single) return Function::mirrored(z);
-            else return rounded(on_both(widen(z), [](doubles v) { return Function::mirrored(v); }));
-        };
-        return either(
-            tiny, [&] { return reflected(fast(y), x); },
-            [&] { return either(wide, of_wide, of_others); });
-    }
-
-private:
-    static constexpr bool in_single = single && std::is_same_v<Accuracy, EP>;
-
-    static V reflected(V r, V x) { return Function::reflected(r, x); }
-    static Marked reflected(Marked r, V x) { return {reflected(r.result, x), r.marks}; }
-
-    static V chosen(auto mask, V r, V s) { return select(mask, r, s); }
+protected:
+    static auto chosen(auto mask, auto r, auto s) { return select(mask, r, s); }
     static Marked chosen(auto mask, Marked r, Marked s) {
         return {chosen(mask, r.result, s.result), chosen(mask, r.marks, s.marks)};
     }
@@ -97,6 +43,62 @@ private:
         if (!any_lane(mask)) return g();
         return chosen(mask, f(), g());
     }
+};
+
+// Single LA and EP.
+template <class Function, class T, class Accuracy> struct GammaKernel : GammaBase<T> {
+    static constexpr bool far_everywhere = true;
+    static floats fast(floats x) { return Function::near_single(x); }
+};
+
+// Double, and single HA.
+template <class Function, class T, class Accuracy>
+requires(std::is_same_v<T, double> ||
+         std::is_same_v<Accuracy, HA>) struct GammaKernel<Function, T, Accuracy> : GammaBase<T> {
+    using V = Vector<T>;
+    static constexpr bool is_rounded = std::is_same_v<T, float>;
+
+    static std::array<ints, 3> kinds(ints h) {
+        const ints wide = static_cast<std::int32_t>(GammaRange<T>::near - 1) - magnitude(h);
+        return {~GammaKernel::outside(h), wide & h, h};
+    }
+
+    // Single HA: what may lie on either side of a midpoint, with a relative error of 2^-39, is for
+    // the edge.
+    static auto rounded(DoublesPair wide) {
+        const floats r = narrow(wide);
+        return Marked{r, (floats)(midpoints<15>(wide) | Function::unsure(heads(r)))};
+    }
+
+    static auto fast(V x) {
+        if constexpr (!is_rounded) return Function::template near<Accuracy>(x);
+        else return marked_in_double(x, [](doubles v) { return Function::template near<LA>(v); });
+    }
+
+    // Beside |x| < tiny, where |Gamma(x)| = Gamma(|x|) to the formula's accuracy: there products of
+    // sin(pi x) would be subnormal.
+    static auto far(V x) {
+        constexpr T limit = T(gamma_last), tiny_bound = T(0x1p-61);
+        const V y = absolute(x);
+        const auto tiny = y<tiny_bound, wide = y> limit;
+        const auto of_wide = [&] {
+            const V z = select(wide, x, all(T(30)));
+            if constexpr (!is_rounded) return Function::wide(z);
+            else return rounded(Function::wide(z));
+        };
+        const auto of_others = [&] {
+            const V z = select(tiny | wide, all(T(-0.5)), x);
+            if constexpr (!is_rounded) return Function::mirrored(z);
+            else return rounded(on_both(widen(z), [](doubles v) { return Function::mirrored(v); }));
+        };
+        return GammaKernel::either(
+            tiny, [&] { return reflected(fast(y), x); },
+            [&] { return GammaKernel::either(wide, of_wide, of_others); });
+    }
+
+private:
+    static V reflected(V r, V x) { return Function::reflected(r, x); }
+    static Marked reflected(Marked r, V x) { return {reflected(r.result, x), r.marks}; }
 };
 
 }  // namespace KEF_VM

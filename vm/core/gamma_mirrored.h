@@ -15,6 +15,7 @@ namespace KEF_VM {
 // Constants in two parts.
 inline constexpr Parts in_parts(double high, double low) { return {all(high), all(low)}; }
 inline constexpr Parts parts_of_pi = in_parts(pi, pi_low);
+inline constexpr double half_ln_2pi_rounded = 0x1.d67f1c864beb5p-1;
 inline constexpr Parts ln_pi = in_parts(0x1.250d048e7a1bdp+0, 0x1.7abf2ad8d5088p-57);
 
 // sin(pi y) for 0 <= y < 2^52, normalised, and its sign apart; relative error 2^-57.
@@ -35,8 +36,11 @@ inline SinePi sine_pi(doubles y) {
     return {flipped(sine, negative), sign};
 }
 
-// sin(pi y)/pi for 0 <= y < 2^52, 2^23 with its sign: y = n + f, u = f^2, +-(f + f u q(u)).
-// Relative error of the polynomials 2^-59.4 (LA), 2^-33.1 (EP) and 2^-25.1 (single precision).
+// sin(pi y)/pi for 0 <= y < 2^52 with its sign: y = n + f, u = f^2, +-(f + f u q(u)). Relative
+// error of the polynomials 2^-59.4 (LA) and 2^-33.1 (EP).
+inline constexpr auto sine_pi_33_bits =
+    coefficients(0xBFFA51A66240238A, 0x3FE9F9CB22A548D1, 0xBFC86A7F7F317689, 0x3F9AC1505939280B,
+                 0xBF627935A1917E8C);
 template <class Accuracy> inline doubles sine_pi_short(doubles y) {
     constexpr double shifter = 0x1p52;
     const doubles sum = y + shifter, f = y - (sum - shifter), u = f * f, square = u * u;
@@ -45,21 +49,13 @@ template <class Accuracy> inline doubles sine_pi_short(doubles y) {
             return coefficients(0xBFFA51A6625307D3, 0x3FE9F9CB402BC45D, 0xBFC86A8E4720C749,
                                 0x3F9AC6805CDF308A, 0xBF633816A0620AC5, 0x3F23746C57917CA7,
                                 0xBEDD3F28CD7ED530, 0x3E9080D6F89E0A7B);
-        else
-            return coefficients(0xBFFA51A66240238A, 0x3FE9F9CB22A548D1, 0xBFC86A7F7F317689,
-                                0x3F9AC1505939280B, 0xBF627935A1917E8C);
+        else return sine_pi_33_bits;
     }();
     doubles q;
     if constexpr (std::is_same_v<Accuracy, LA>)
         q = polynomial_by_fours(u, c, square, square * square);
     else q = polynomial_by_pairs(u, square, c);
     return flipped(multiply_add(f * u, q, f), (longs)sum << 63);
-}
-inline floats sine_pi_short(floats y) {
-    constexpr float shifter = 0x1p23f;
-    const floats sum = y + shifter, f = y - (sum - shifter), u = f * f;
-    constexpr auto c = coefficients(0xBFD28D32u, 0x3F4FCDC5u, 0xBE4325BFu, 0x3CCCCCBBu);
-    return flipped(multiply_add(f * u, polynomial_by_pairs(u, u * u, c), f), (ints)sum << 31);
 }
 
 // For -20 <= x < 0. HA: 2^-57; LA: relative error below 2^-50.5; EP: 2^-29.
@@ -110,20 +106,6 @@ template <class Accuracy, class Log = Accuracy> inline doubles lgamma_mirrored_p
 template <class Accuracy> inline doubles lgamma_mirrored(doubles x) {
     if constexpr (std::is_same_v<Accuracy, EP>) return lgamma_mirrored_plain<LA, EP>(x);
     else return rounded(lgamma_mirrored_parts(x));
-}
-
-// EP for -20 <= x < 0, as above; ln|Gamma(x)|: absolute 2^-20 and relative 2^-11.
-inline floats tgamma_mirrored(floats x) {
-    const floats y = absolute(x);
-    floats c;
-    return -1.0f / (sine_pi_short(y) * gamma_value<EP>(gamma_table_single, y, c));
-}
-inline floats lgamma_mirrored(floats x) {
-    const floats y = absolute(x);
-    floats c;
-    const floats value = gamma_value<LA>(gamma_table_single, y, c);
-    const floats inverse = absolute(sine_pi_short(y) * value);
-    return where(inverse == 0, all(Format<float>::infinity)) - log_single<EPTerm>(inverse);
 }
 
 }  // namespace KEF_VM

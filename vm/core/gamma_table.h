@@ -19,24 +19,19 @@ namespace kef::vm {
 inline constexpr int gamma_rows = 161;
 inline constexpr double gamma_last = 20, gamma_table_last = 20.0625;
 
-// Relative error below 2^-58.8 for Gamma, 2^-57.9 for ln Gamma.
+// Relative error below 2^-58.8 for Gamma, 2^-57.9 for ln Gamma; up to a[7] 2^-30.1.
 struct alignas(64) GammaRow {
     double a[13];   // of t^0 to t^12
     double low[2];  // what is left of a[0] and a[1]
 };
-// a[0] to a[7] alone: 2^-30.1; to a[3]: 2^-13.0.
-struct alignas(16) GammaRowSingle {
-    float a[8];
-};
 extern const GammaRow gamma_table[gamma_rows], lgamma_table[gamma_rows];
-extern const GammaRowSingle gamma_table_single[gamma_rows], lgamma_table_single[gamma_rows];
 
 }  // namespace kef::vm
 
 namespace KEF_VM {
 
-// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 20 1/16 or as 2^-100
-// (single precision: 2^-40), which drowns beside a(0) and leaves no subnormal products.
+// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 20 1/16 or as 2^-100,
+// which drowns beside a(0) and leaves no subnormal products.
 struct GammaReduced {
     doubles c, t;
     Rows<GammaRow> row;
@@ -110,31 +105,6 @@ template <class Accuracy> inline doubles lgamma_near(doubles x) {
         const GammaReduced reduced = gamma_reduce(lgamma_table, x);
         return gamma_value<Accuracy>(reduced) - log_core<Accuracy>(lgamma_factor(x, reduced.c));
     }
-}
-
-// Single precision: the polynomials up to t^6 (LA) and t^3 (EP).
-template <class Accuracy>
-inline floats gamma_value(const GammaRowSingle* table, floats x, floats& c) {
-    constexpr float shifter = 0x1.8p20f;  // leaves multiples of 1/8
-    x = minimum(maximum(x, all(0x1p-40f)), all(static_cast<float>(gamma_table_last)));
-    const floats sum = x + shifter;
-    c = sum - shifter;
-    const floats t = x - c;
-    const Rows<GammaRowSingle, float> row(table, row_numbers((ints)sum));
-    const auto a = row.quad(&GammaRowSingle::a, 0);
-    if constexpr (std::is_same_v<Accuracy, EP>) return polynomial(t, a);
-    const auto b = row.quad(&GammaRowSingle::a, 4);
-    return polynomial(t, std::array{a[0], a[1], a[2], a[3], b[0], b[1], b[2]});
-}
-template <class Accuracy> inline floats tgamma_single(floats x) {
-    floats c;
-    return gamma_value<Accuracy>(gamma_table_single, x, c) / x;
-}
-template <class Accuracy> inline floats lgamma_single(floats x) {
-    using Log = std::conditional_t<std::is_same_v<Accuracy, LA>, LA, EPTerm>;
-    floats c;
-    const floats value = gamma_value<Accuracy>(lgamma_table_single, x, c);
-    return value - log_single<Log>(lgamma_factor(x, c));
 }
 
 }  // namespace KEF_VM

@@ -1,4 +1,4 @@
-#include "vm/core/gamma_table.h"
+#include "vm/core/gamma_single.h"
 
 namespace kef::vm {
 
@@ -19,21 +19,24 @@ constinit const GammaRow lgamma_table[gamma_rows] = {
 
 namespace {
 
-constexpr GammaRowSingle in_single(auto... a) { return {{static_cast<float>(a)...}}; }
+constexpr GammaRowSingle in_single(double a0, auto... a) {
+    const float high = static_cast<float>(a0);
+    return {{high, static_cast<float>(a)...}, static_cast<float>(a0 - high)};
+}
 
 }  // namespace
 
 #undef KEF_GAMMA
-#define KEF_GAMMA(a0, a1, a2, a3, a4, a5, a6, a7, ...)                                   \
+#define KEF_GAMMA(a0, a1, a2, a3, a4, a5, a6, ...)                                       \
     in_single(from_bits(UINT64_C(a0)), from_bits(UINT64_C(a1)), from_bits(UINT64_C(a2)), \
               from_bits(UINT64_C(a3)), from_bits(UINT64_C(a4)), from_bits(UINT64_C(a5)), \
-              from_bits(UINT64_C(a6)), from_bits(UINT64_C(a7))),
+              from_bits(UINT64_C(a6))),
 
-constinit const GammaRowSingle gamma_table_single[gamma_rows] = {
+constinit const GammaRowSingle gamma_table_single[2 * gamma_rows_single] = {
 #include "vm/tables/gamma161.inc"
-};
-constinit const GammaRowSingle lgamma_table_single[gamma_rows] = {
+#include "vm/tables/gamma353.inc"
 #include "vm/tables/lgamma161.inc"
+#include "vm/tables/lgamma353.inc"
 };
 
 }  // namespace kef::vm

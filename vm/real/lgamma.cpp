@@ -6,8 +6,8 @@
 //   x >= 2.5599833278516387e305     +infinity, overflow (4.085003425410169e36)
 //
 // Relative accuracy for x > 0; absolute accuracy next to the zeros at x < 0. Single HA
-// is a formula in double, rounded once; LA computes in single precision for 0 < x <= 20, EP
-// everywhere.
+// is a formula in double, rounded once; LA computes in single precision for |x| <= 44, but for the
+// leading terms of x < 0; EP everywhere.
 #include "vm/core/gamma_kernel.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -53,6 +53,9 @@ Parts lgamma_one(double x) {
 template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<LGamma, T, Accuracy>;
     using V = Vector<T>;
+    static constexpr bool single = std::is_same_v<T, float>;
+    static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
+    static constexpr bool single_ep = single && std::is_same_v<Accuracy, EP>;
     using Range = LGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(LGamma);
@@ -64,18 +67,32 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     }
 
     template <class A> static doubles near(doubles x) { return lgamma_near<A>(x); }
-    static floats near_single(floats x) { return lgamma_single<Accuracy>(x); }
-    using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
+    static floats near_single(floats x) { return lgamma_near_single<Accuracy>(x); }
+    static auto kinds(ints h) requires(!single_ep) {
+        if constexpr (!in_single) return Kernel::kinds(h);
+        else return std::array{~not_between(magnitude(h), first, head(gamma_last_single) + 1)};
+    }
+    static auto far(V x) {
+        if constexpr (!in_single) {
+            return Kernel::far(x);
+        } else if constexpr (single_ep) {
+            return lgamma_of_both_signs<EP>(x);
+        } else {
+            const ints is_wide = absolute(x) > gamma_last_single;
+            return Kernel::either(
+                is_wide, [&] { return narrow(wide(select(is_wide, x, all(64.0f)))); },
+                [&] { return lgamma_of_both_signs<LA>(select(is_wide, all(0.5f), x)); });
+        }
+    }
     static auto wide(V x) {
-        if constexpr (!Kernel::single) return lgamma_stirling<Accuracy>(x);
-        else if constexpr (std::is_same_v<Accuracy, EP>) return lgamma_stirling(x);
+        using Inner = std::conditional_t<in_single, EP, LA>;
+        if constexpr (!single) return lgamma_stirling<Accuracy>(x);
         else return on_both(widen(x), [](doubles v) { return lgamma_stirling_plain<Inner>(v); });
     }
     static doubles mirrored(doubles x) {
-        if constexpr (Kernel::single) return lgamma_mirrored_plain<Inner>(x);
+        if constexpr (single) return lgamma_mirrored_plain<LA>(x);
         else return lgamma_mirrored<Accuracy>(x);
     }
-    static floats mirrored(floats x) { return lgamma_mirrored(x); }
     // Next to the zeros at x < 0.
     static ints unsure(ints r) { return magnitude(r) - head(0x1p-9f); }
     static V reflected(V r, V) { return r; }
@@ -91,7 +108,7 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
             return r = Format<T>::infinity, VTM_STATUS_SING;
         if (x >= Range::infinite_above) return r = Format<T>::infinity, VTM_STATUS_OVERFLOW;
         const Parts parts = lgamma_one(x);
-        if constexpr (Kernel::single) r = rounded_once(parts);
+        if constexpr (single) r = rounded_once(parts);
         else r = rounded(parts)[0];
         return VTM_STATUS_OK;
     }

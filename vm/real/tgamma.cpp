@@ -9,8 +9,7 @@
 //   exact result below the smallest normal number: rounded, underflow; +-0, with the
 //                                      result's sign, for x < -184 (-42)
 //
-// Single HA is a formula in double, rounded once; LA computes in single precision for 0 < x <= 20,
-// EP everywhere.
+// Single HA is a formula in double, rounded once; LA and EP compute in single precision.
 #include "vm/core/gamma_kernel.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -59,6 +58,8 @@ bool tgamma_one(double x, DoubleDouble<double>& r) {
 template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accuracy>, T, Accuracy> {
     using Kernel = GammaKernel<TGamma, T, Accuracy>;
     using V = Vector<T>;
+    static constexpr bool single = std::is_same_v<T, float>;
+    static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
     using Range = TGammaRange<T>;
     static constexpr std::uint32_t first = GammaRange<T>::first;
     KEF_REPORT_NAME(TGamma);
@@ -66,26 +67,26 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     static ints beyond(ints h) { return not_between(magnitude(h), first, Range::last); }
 
     template <class A> static doubles near(doubles x) { return tgamma_near<A>(x); }
-    static floats near_single(floats x) { return tgamma_single<Accuracy>(x); }
+    static floats near_single(floats x) { return tgamma_near_single<Accuracy>(x); }
+    static auto far(V x) {
+        if constexpr (in_single) return tgamma_of_both_signs<Accuracy>(x);
+        else return Kernel::far(x);
+    }
     template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
-    static constexpr bool ep = std::is_same_v<Accuracy, EP>;
     static auto wide(V x) {
-        if constexpr (Kernel::single && ep) return tgamma_stirling(x);
-        else if constexpr (Kernel::single) return tgamma_stirling_of_float<Accuracy>(x);
-        else if constexpr (ep) return tgamma_stirling_rounded(x);
+        if constexpr (single) return tgamma_stirling_of_float(x);
+        else if constexpr (std::is_same_v<Accuracy, EP>) return tgamma_stirling_rounded(x);
         else if constexpr (std::is_same_v<Accuracy, LA>) return tgamma_stirling_short(x);
         else return tgamma_stirling(x);
     }
-    static doubles mirrored(doubles x) {  // single LA by the shorter formula
-        using Inner = std::conditional_t<Kernel::is_rounded, LA, EP>;
-        return tgamma_mirrored<std::conditional_t<Kernel::single, Inner, Accuracy>>(x);
+    static doubles mirrored(doubles x) {
+        return tgamma_mirrored<std::conditional_t<single, LA, Accuracy>>(x);
     }
-    static floats mirrored(floats x) { return tgamma_mirrored(x); }
     static ints unsure(ints) { return ints{}; }
 
-    // Poles, overflow and subnormal results; of single EP those too that may be either.
+    // Poles, overflow and subnormal results; of single LA and EP those too that may be either.
     static ints refuse(ints r) {
-        constexpr std::uint32_t margin = Kernel::single && ep ? 0x1000 : 0;
+        constexpr std::uint32_t margin = in_single ? 0x1000 : 0;
         return not_between(magnitude(r), Format<T>::normal_head + margin,
                            Format<T>::infinity_head - margin);
     }
@@ -107,7 +108,7 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
             DoubleDouble<double> sum;
             subnormal = tgamma_one(x, sum);
             constexpr T smallest = Format<T>::smallest_normal;
-            if constexpr (Kernel::single) {
+            if constexpr (single) {
                 subnormal = sum.high < smallest && -sum.high < smallest;
                 r = narrow(sum.high, sum.low);
             } else {
