@@ -138,35 +138,38 @@ TEST(CxxVm, GathersAndScatters) {
     kef::pack_index(x, std::vector<std::int32_t>{}, span<float>{});
 }
 
-// In every place of a vector of the passes and of what is left over.
-template <class I> void passes_look_at_every_element() {
+// In every place of a vector of the passes and of what stands before and behind them.
+template <class I> void passes_look_at_every_element(std::size_t start) {
     using Unsigned = std::make_unsigned_t<I>;
     using limits = std::numeric_limits<I>;
+    using namespace kef::detail;
     for (std::size_t n = 1; n <= 150; n += n < 70 ? 1 : 13) {
-        std::vector<I> index(n, 8), mask(n, 0);
+        std::vector<I> indices(start + n + 16, -1), marks(start + n + 16, 1);
+        I *const index = indices.data() + start, *const mask = marks.data() + start;
+        std::fill_n(index, n, 8), std::fill_n(mask, n, 0);
         for (std::size_t i = 0; i < n; ++i) {
             for (const I wrong : {I(-1), I(9), limits::min(), limits::max()}) {
                 index[i] = wrong;
-                EXPECT_FALSE(kef::detail::indices_within(index.data(), n, Unsigned(8)));
-                if (kef::detail::has_avx2())
-                    EXPECT_FALSE(kef::detail::indices_within_avx2(index.data(), n, Unsigned(8)));
+                EXPECT_FALSE(indices_within(index, n, Unsigned(8)));
+                if (in_lanes(n)) EXPECT_FALSE(indices_within_avx2(index, n, Unsigned(8)));
             }
             index[i] = I(i % 9);
             mask[i] = i % 2 ? limits::min() : I(1);
-            EXPECT_EQ(kef::detail::marks_generic(mask.data(), n), i + 1);
-            if (kef::detail::has_avx2()) EXPECT_EQ(kef::detail::marks_avx2(mask.data(), n), i + 1);
+            EXPECT_EQ(marks_of(mask, n), i + 1);
+            if (in_lanes(n)) EXPECT_EQ(marks_avx2(mask, n), i + 1);
         }
-        EXPECT_TRUE(kef::detail::indices_within(index.data(), n, Unsigned(8)));
-        if (kef::detail::has_avx2())
-            EXPECT_TRUE(kef::detail::indices_within_avx2(index.data(), n, Unsigned(8)));
+        EXPECT_TRUE(indices_within(index, n, Unsigned(8)));
+        if (in_lanes(n)) EXPECT_TRUE(indices_within_avx2(index, n, Unsigned(8)));
     }
 }
 TEST(CxxVm, IndicesAndMarksAreLookedAtOneByOne) {
-    passes_look_at_every_element<std::int32_t>();
-    passes_look_at_every_element<std::int64_t>();
+    for (const std::size_t start : {0, 1, 3, 4, 7}) {
+        passes_look_at_every_element<std::int32_t>(start);
+        passes_look_at_every_element<std::int64_t>(start);
+    }
     // No index is within a range of no elements.
-    const std::vector<std::int32_t> zero(1);
-    std::vector<float> y(1);
+    const std::vector<std::int32_t> zero(16);
+    std::vector<float> y(16);
     EXPECT_EQ(refused([&] { kef::pack_index(span<const float>{}, zero, y); }),
               "kef::pack_index: index");
 }

@@ -296,11 +296,17 @@ inline void require_memory(const char* function, const Place& place) {
     if (place.null()) [[unlikely]]
         vm_memory(function).refuse(place.name, "is null");
 }
+[[noreturn, gnu::cold, gnu::noinline]] inline void refuse_size(const char* function,
+                                                               std::size_t size, const char* name,
+                                                               std::size_t other_size,
+                                                               const char* other) {
+    vm_size(function).refuse(name, "has " + std::to_string(size) + " elements, " + other + " " +
+                                       std::to_string(other_size));
+}
 inline void require_size(const char* function, std::size_t size, const char* name,
                          std::size_t other_size, const char* other) {
     if (size != other_size) [[unlikely]]
-        vm_size(function).refuse(name, "has " + std::to_string(size) + " elements, " + other + " " +
-                                           std::to_string(other_size));
+        refuse_size(function, size, name, other_size, other);
 }
 inline void require_disjoint(const char* function, const Place& result, const Place& argument) {
     if (result.meets(argument)) [[unlikely]]
@@ -468,17 +474,27 @@ concept integers = vector_of<R, std::int32_t> || vector_of<R, std::int64_t>;
 /// The widths of counts and indices that a slot of them is told.
 inline constexpr std::int32_t narrow = 1, wide = 0;
 
-/// Checks x, y and what stands beside them; results do not overlap what is read.
-template <class X, class Y> void check_move(const char* function, X&& x, Y&& y) {
-    const Place argument = place(x, "x"), result = place(y, "y");
-    require_memory(function, argument);
-    require_memory(function, result);
-    require_disjoint(function, result, argument);
+/// Refuses what is wrong with x, y and the places beside them; results do not overlap what is read.
+template <class X, class Y, class P>
+[[gnu::cold, gnu::noinline]] void refuse_move(const char* function, const X& x, const Y& y,
+                                              const P& places, const char* name) {
+    const Place result = place(y, "y"), read[] = {place(x, "x"), place(places, name)};
+    for (const Place& place : {read[0], result, read[1]}) require_memory(function, place);
+    for (const Place& place : read) require_disjoint(function, result, place);
 }
-template <class Y, class I>
-void check_places(const char* function, Y&& y, I&& places, const char* name) {
-    require_memory(function, place(places, name));
-    require_disjoint(function, place(y, "y"), place(places, name));
+/// The same where one test, of places that are not empty, does not tell that nothing is wrong.
+template <class X, class Y, class P>
+void check_move(const char* function, const X& x, const Y& y, const P& places, const char* name) {
+    const Place result = place(y, "y");
+    const auto apart = [&](const Place& read) {
+        return (read.start != nullptr) & (read.size != 0) &
+               (reinterpret_cast<std::uintptr_t>(result.start) -
+                    reinterpret_cast<std::uintptr_t>(read.start) + result.bytes() - 1 >=
+                result.bytes() + read.bytes() - 1);
+    };
+    if (!((result.start != nullptr) & (result.size != 0) & apart(place(x, "x")) &
+          apart(place(places, name)))) [[unlikely]]
+        refuse_move(function, x, y, places, name);
 }
 /// n places of `stride` elements fit into a range.
 inline void require_stride(const char* function, std::size_t stride, std::size_t n,
@@ -489,19 +505,13 @@ inline void require_stride(const char* function, std::size_t stride, std::size_t
                                            std::to_string(n) + " with stride " +
                                            std::to_string(stride));
 }
-/// Passes over all indices and marks, which stand beside a load and a store an element and are
-/// vectorised for that, on ELF by AVX2 where the processor has it. Loops whose sums are unsigned.
+/// Passes over all indices and marks, which stand beside a load and a store an element: loops that
+/// the compiler vectorises, their sums unsigned; on ELF by vectors of 32 bytes where the processor
+/// has AVX2.
 #if defined(__GNUC__) && !defined(__clang__)
 #define KEF_VECTORISED gnu::optimize("O3", "unroll-loops")
 #else
 #define KEF_VECTORISED gnu::noinline
-#endif
-#if defined(__ELF__)
-#define KEF_AVX2 KEF_VECTORISED, gnu::target("avx2")
-inline bool has_avx2() { return __builtin_cpu_supports("avx2"); }
-#else
-#define KEF_AVX2 KEF_VECTORISED
-inline bool has_avx2() { return false; }
 #endif
 
 /// No index is negative or above the last. SSE2 has no largest of integers; there the sign tells:
@@ -512,33 +522,88 @@ template <class Index, class Unsigned = std::make_unsigned_t<Index>>
     for (std::size_t i = 0; i < n; ++i) signs |= Unsigned(at[i]) | (last - Unsigned(at[i]));
     return Index(signs) >= 0;
 }
-template <class Index, class Unsigned = std::make_unsigned_t<Index>>
-[[KEF_AVX2]] bool indices_within_avx2(const Index* at, std::size_t n, Unsigned last) {
-    const std::size_t half = n / 2 + n % 2;  // two chains; the middle may be in both
-    const Index* const behind = at + (n - half);
-    Unsigned a = 0, b = 0;
-    for (std::size_t i = 0; i < half; ++i) {  // calls no function, which would stop the compiler
-        a = Unsigned(at[i]) > a ? Unsigned(at[i]) : a;
-        b = Unsigned(behind[i]) > b ? Unsigned(behind[i]) : b;
-    }
-    return a <= last && b <= last;
-}
 /// How many marks are not zero; at most 2^30 of 32 bits.
-template <class Mark>
-[[gnu::always_inline]] inline std::size_t marks_of(const Mark* mask, std::size_t n) {
+template <class Mark> [[KEF_VECTORISED]] std::size_t marks_of(const Mark* mask, std::size_t n) {
     std::make_unsigned_t<Mark> count = 0;
     for (std::size_t i = 0; i < n; ++i) count += mask[i] != 0;
     return std::size_t(count);
 }
-template <class Mark>
-[[KEF_VECTORISED]] std::size_t marks_generic(const Mark* mask, std::size_t n) {
-    return marks_of(mask, n);
-}
-template <class Mark> [[KEF_AVX2]] std::size_t marks_avx2(const Mark* mask, std::size_t n) {
-    return marks_of(mask, n);
-}
 #undef KEF_VECTORISED
-#undef KEF_AVX2
+
+#if defined(__ELF__)
+/// Whether n elements are passed over by vectors of 32 bytes.
+inline bool in_lanes(std::size_t n) { return n >= 16 && __builtin_cpu_supports("avx2"); }
+template <class T> struct Lanes {
+    typedef T type __attribute__((vector_size(32)));
+    typedef T in_memory __attribute__((vector_size(32), may_alias, aligned(4)));
+    static constexpr std::size_t count = sizeof(type) / sizeof(T);
+};
+/// n >= 8 elements as aligned vectors, and what stands before and behind them: the passes wait for
+/// loads, and one that crosses lines of the cache counts twice.
+template <class T> struct InLanes {
+    using V = typename Lanes<T>::in_memory;
+    std::size_t before, behind;           // elements, fewer than a vector
+    const V *begin, *end, *first, *last;  // the outer vectors take in what stands outside
+
+    InLanes(const T* p, std::size_t n)
+        : before((0 - reinterpret_cast<std::uintptr_t>(p)) % sizeof(V) / sizeof(T)),
+          behind((n - before) % Lanes<T>::count),
+          begin(reinterpret_cast<const V*>(p + before)),
+          end(reinterpret_cast<const V*>(p + n - behind)),
+          first(reinterpret_cast<const V*>(p)),
+          last(reinterpret_cast<const V*>(p + n - Lanes<T>::count)) {}
+};
+template <class Index, class Unsigned = std::make_unsigned_t<Index>>
+[[gnu::target("avx2"), gnu::noinline]] bool indices_within_avx2(const Index* at, std::size_t n,
+                                                                Unsigned last) {
+    using V = typename Lanes<Unsigned>::type;
+    const InLanes<Unsigned> all(reinterpret_cast<const Unsigned*>(at), n);
+    const auto* v = all.begin;
+    const auto* const end = all.end;
+    typename Lanes<Index>::type beyond;
+    if constexpr (sizeof(Index) == 4) {
+        V a = *all.first, b = *all.last, c{}, d{};  // the largest
+        for (; end - v >= 8; v += 8) {
+            a = v[0] > a ? v[0] : a, b = v[1] > b ? v[1] : b;
+            c = v[2] > c ? v[2] : c, d = v[3] > d ? v[3] : d;
+            a = v[4] > a ? v[4] : a, b = v[5] > b ? v[5] : b;
+            c = v[6] > c ? v[6] : c, d = v[7] > d ? v[7] : d;
+        }
+        for (; v < end; ++v) a = *v > a ? *v : a;
+        beyond = (a > last) | (b > last) | (c > last) | (d > last);
+    } else {  // AVX2 has no largest of 64 bits
+        V signs = *all.first | (last - *all.first) | *all.last | (last - *all.last);
+        for (; v < end; ++v) signs |= *v | (last - *v);
+        beyond = reinterpret_cast<typename Lanes<Index>::type>(signs) < 0;
+    }
+    const auto any = reinterpret_cast<typename Lanes<std::uint64_t>::type>(beyond);
+    return (any[0] | any[1] | any[2] | any[3]) == 0;
+}
+template <class Mark>
+[[gnu::target("avx2"), gnu::noinline]] std::size_t marks_avx2(const Mark* mask, std::size_t n) {
+    using V = typename Lanes<Mark>::type;
+    const InLanes<Mark> all(mask, n);
+    const auto* v = all.begin;
+    const auto* const end = all.end;
+    V lane;
+    for (std::size_t k = 0; k < Lanes<Mark>::count; ++k) lane[k] = Mark(k);
+    // How many are zero, negative.
+    V a = (*all.first == 0) & (lane < Mark(all.before)), c{},
+      b = (*all.last == 0) & (lane >= Mark(Lanes<Mark>::count - all.behind)), d{};
+    for (; end - v >= 8; v += 8) {
+        a += v[0] == 0, b += v[1] == 0, c += v[2] == 0, d += v[3] == 0;
+        a += v[4] == 0, b += v[5] == 0, c += v[6] == 0, d += v[7] == 0;
+    }
+    for (; v < end; ++v) a += *v == 0;
+    a = (a + b) + (c + d);
+    for (std::size_t k = 0; k < Lanes<Mark>::count; ++k) n += std::size_t(a[k]);
+    return n;
+}
+#else
+inline constexpr bool in_lanes(std::size_t) { return false; }
+template <class T, class U> bool indices_within_avx2(const T*, std::size_t, U) { return false; }
+template <class T> std::size_t marks_avx2(const T*, std::size_t) { return 0; }
+#endif
 
 template <class I>
 void require_indices(const char* function, I&& index, std::size_t size, const char* name) {
@@ -548,8 +613,8 @@ void require_indices(const char* function, I&& index, std::size_t size, const ch
     constexpr std::size_t most = std::size_t(std::numeric_limits<Index>::max());
     const Index last = size <= most ? Index(size) - 1 : std::numeric_limits<Index>::max();
     const auto bound = std::make_unsigned_t<Index>(last);
-    if (n == 0 || (size != 0 && (has_avx2() ? indices_within_avx2(at, n, bound)
-                                            : indices_within(at, n, bound)))) [[likely]]
+    if (n == 0 || (size != 0 && (in_lanes(n) ? indices_within_avx2(at, n, bound)
+                                             : indices_within(at, n, bound)))) [[likely]]
         return;
     for (std::size_t i = 0; i < n; ++i)
         if (at[i] < 0 || at[i] > last)
@@ -562,7 +627,7 @@ template <class M>
 std::size_t count_marks(const char* function, M&& mask, std::size_t size, const char* name) {
     const auto* const marks = std::ranges::data(mask);
     const std::size_t n = size_of(mask);
-    const std::size_t count = has_avx2() ? marks_avx2(marks, n) : marks_generic(marks, n);
+    const std::size_t count = in_lanes(n) ? marks_avx2(marks, n) : marks_of(marks, n);
     if (count > size) [[unlikely]]
         vm_size(function).refuse(
             name, "has " + std::to_string(size) + " elements, mask names " + std::to_string(count));
@@ -588,7 +653,7 @@ template <class F> struct PackStride {
     requires defined_for<F, element_of<X>>
     void operator()(X&& x, std::size_t stride, Y&& y) const {
         require_stride(F::name, stride, size_of(y), size_of(x), "x");
-        check_move(F::name, x, y);
+        check_move(F::name, x, y, x, "x");
         move(F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(y), begin_of(x),
              std::int64_t(stride), begin_of(y), wide);
     }
@@ -600,8 +665,7 @@ template <class F> struct PackIndex {
     requires defined_for<F, element_of<X>>
     void operator()(X&& x, I&& index, Y&& y) const {
         require_size(F::name, size_of(y), "y", size_of(index), "index");
-        check_move(F::name, x, y);
-        check_places(F::name, y, index, "index");
+        check_move(F::name, x, y, index, "index");
         require_indices(F::name, index, size_of(x), "x");
         move_by<I>(F::name, F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(y), begin_of(x),
                    std::ranges::data(index), begin_of(y));
@@ -613,8 +677,7 @@ template <class F> struct PackMask {
     template <vector X, integers M, output_of<element_of<X>> Y>
     requires defined_for<F, element_of<X>> std::size_t operator()(X&& x, M&& mask, Y&& y) const {
         require_size(F::name, size_of(mask), "mask", size_of(x), "x");
-        check_move(F::name, x, y);
-        check_places(F::name, y, mask, "mask");
+        check_move(F::name, x, y, mask, "mask");
         const std::size_t count = count_marks(F::name, mask, size_of(y), "y");
         move_by<M>(F::name, F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(x), begin_of(x),
                    std::ranges::data(mask), begin_of(y));
@@ -628,7 +691,7 @@ template <class F> struct UnpackStride {
     requires defined_for<F, element_of<X>>
     void operator()(X&& x, Y&& y, std::size_t stride) const {
         require_stride(F::name, stride, size_of(x), size_of(y), "y");
-        check_move(F::name, x, y);
+        check_move(F::name, x, y, x, "x");
         move(F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(x), begin_of(x), begin_of(y),
              std::int64_t(stride), wide);
     }
@@ -640,8 +703,7 @@ template <class F> struct UnpackIndex {
     requires defined_for<F, element_of<X>>
     void operator()(X&& x, Y&& y, I&& index) const {
         require_size(F::name, size_of(index), "index", size_of(x), "x");
-        check_move(F::name, x, y);
-        check_places(F::name, y, index, "index");
+        check_move(F::name, x, y, index, "index");
         require_indices(F::name, index, size_of(y), "y");
         move_by<I>(F::name, F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(x), begin_of(x),
                    begin_of(y), std::ranges::data(index));
@@ -653,8 +715,7 @@ template <class F> struct UnpackMask {
     template <vector X, output_of<element_of<X>> Y, integers M>
     requires defined_for<F, element_of<X>> std::size_t operator()(X&& x, Y&& y, M&& mask) const {
         require_size(F::name, size_of(mask), "mask", size_of(y), "y");
-        check_move(F::name, x, y);
-        check_places(F::name, y, mask, "mask");
+        check_move(F::name, x, y, mask, "mask");
         const std::size_t count = count_marks(F::name, mask, size_of(x), "x");
         move_by<M>(F::name, F::table(std::ranges::data(x))[VTM_SLOT_HA], size_of(y), begin_of(x),
                    begin_of(y), std::ranges::data(mask));
