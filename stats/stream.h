@@ -233,7 +233,8 @@ public:
     // and then what the sketches hold is as it was. A state that has not started is begun.
     static bool make_room(Task& task, std::ptrdiff_t k, std::ptrdiff_t p, std::uint64_t count) {
         const auto run = static_cast<std::uint64_t>(condensed * k);
-        const std::uint64_t most = std::min(count, run);
+        // A stream whose first observation was NaN counts none.
+        const std::uint64_t most = std::clamp<std::uint64_t>(count, 1, run);
         std::uint64_t chunks = (most + raw_chunk - 1) / raw_chunk;
         int levels = 0;
         while (count / run >> levels != 0) ++levels;

@@ -203,6 +203,14 @@ TEST(CxxStatisticsStreams, QuantilesOfBlocksAndMerges) {
     loaded.add(Sample(x, 2));
     EXPECT_EQ(loaded.count(), 1500u);
     EXPECT_EQ(kef::StreamQuantiles<>::from_image(kef::StreamQuantiles<>(2).image()).count(), 0u);
+    // NaN before anything else: nothing is counted then.
+    kef::StreamQuantiles<> nan(1, 0.01), after(1, 0.01);
+    nan.add(Sample(Vector{std::nan(""), 1, 2}, 1));
+    after.merge(kef::StreamQuantiles<>::from_image(nan.image()));
+    for (const auto* q : {&nan, &after}) {
+        EXPECT_TRUE(std::isnan(q->quantiles(orders)(0, 1)));
+        EXPECT_EQ(q->count(), 3u);
+    }
     const auto load = [](std::span<const std::byte> bytes) {
         return refused([&] { kef::StreamQuantiles<>::from_image(bytes); });
     };
