@@ -98,14 +98,11 @@ public:
         if (head_.find('\0') != head_.npos)
             throw Failure(name() +
                           ": null bytes: no text (an archive, numbers, or text in UTF-16)");
-        if (head_.starts_with("\xEF\xBB\xBF")) head_.erase(0, 3);
-        while (head_.starts_with('#')) {  // comments before the first record
-            const auto end = head_.find('\n');
-            if (end == head_.npos)
-                throw Failure(name() + ": a comment of more than 256 KiB, or nothing else");
-            head_.erase(0, end + 1);
-            ++line;
-        }
+        const Start start = start_of(head_);
+        line += start.lines;
+        head_.erase(0, start.bytes);
+        if (head_.starts_with('#'))
+            throw Failure(name() + ": a comment of more than 256 KiB, or nothing else");
         Preview preview(name(), delimiter);
         preview.line = line;
         preview.parse(head_);

@@ -7,10 +7,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "command.h"
+
 namespace command {
 
 Progress::Progress(std::string what, double total)
-    : what_(std::move(what)),
+    : what_(printable(std::move(what))),
       total_(total),
       shown_(isatty(STDERR_FILENO)),
       start_(clock::now()),

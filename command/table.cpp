@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "numbers.h"
 #include "output.h"
@@ -44,7 +45,32 @@ std::size_t Input::read_at(void* to, std::size_t size, std::uint64_t place) {
     return read(to, size);
 }
 
+Start start_of(std::string_view text) {
+    Start start{text.starts_with("\xEF\xBB\xBF") ? 3u : 0u, 0};
+    while (start.bytes < text.size() &&
+           std::string_view("#\r\n").find(text[start.bytes]) != text.npos) {
+        const auto end = text.find_first_of("\r\n", start.bytes);
+        if (end == text.npos) break;
+        start.bytes = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
+        ++start.lines;
+    }
+    return start;
+}
+
 namespace {
+
+// The first record without what stands in quotes.
+std::string plain_part(std::string_view head) {
+    head.remove_prefix(start_of(head).bytes);
+    std::string part;
+    bool in_quotes = false;
+    for (const char c : head) {
+        if (c == '"') in_quotes = !in_quotes;
+        else if (!in_quotes && (c == '\n' || c == '\r')) break;
+        else if (!in_quotes) part += c;
+    }
+    return part;
+}
 
 char delimiter_of(const std::string& path, const std::string& head, const Arguments& arguments) {
     if (arguments.has("--delimiter")) {
@@ -55,12 +81,11 @@ char delimiter_of(const std::string& path, const std::string& head, const Argume
         return given[0];
     }
     if (path.ends_with(".tsv")) return '\t';
+    const std::string line = plain_part(head);
     if (path.ends_with(".csv")) {
         // Where a comma is the decimal sign, a semicolon parts the fields.
-        const std::string line = head.substr(0, head.find('\n'));
         return line.find(',') == line.npos && line.find(';') != line.npos ? ';' : ',';
     }
-    const std::string line = head.substr(0, head.find('\n'));
     char best = ',';
     for (const char c : {'\t', ';'})
         if (std::count(line.begin(), line.end(), c) > std::count(line.begin(), line.end(), best))

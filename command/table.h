@@ -92,6 +92,13 @@ std::vector<std::size_t> choose_columns(const Table&, const Arguments&,
 // What is read before the kind of a file is known: all of it where there is less.
 constexpr std::size_t head_size = 1 << 18;
 
+// What stands before the first record of a text: a byte order mark, empty lines, comments.
+struct Start {
+    std::size_t bytes;
+    std::uint64_t lines;
+};
+Start start_of(std::string_view text);
+
 // The two kinds.
 std::unique_ptr<Table> open_array(std::unique_ptr<Input>, std::string head);
 std::unique_ptr<Table> open_csv(std::unique_ptr<Input>, std::string head, char delimiter,

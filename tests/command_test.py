@@ -95,7 +95,8 @@ class Stats(InDirectory):
         same = [("a.csv", "x,y\r\n1,2\r\n\r\n3,4\r\n", []), ("b.csv", "\ufeffx,y\n\"1\",2\n3,\"4\"", []),
                 ("c.tsv", "x\ty\n 1\t2\n3\t4\n", []), ("d", "x;y\n1;+2\n3e0;4\n", []), ("e.csv", "# a, b\nx,y\n1,2\n3,4\n", []),
                 ("f", "x|y\n1|2\n3|4\n", ["--delimiter", "|"]), ("g.csv", "x,\"y\"\n1,2\n3,4\n,NA\n", []),
-                ("h.csv", "x,y\r1,2\r3,4\r", [])]
+                ("h.csv", "x,y\r1,2\r3,4\r", []), ("i.csv", "\n# a, b\n\n# c\nx;y\n1;2\n3;4\n", []),
+                ("j", "\ufeff# a\tb;c\rx,y\r1,2\r3,4\r", [])]
         for name, text, words in same:
             rows = stats(*words, self.file(name, text))
             self.assertEqual([(r["column"], r["count"], r["sum"]) for r in rows], [("x", "2", "4"), ("y", "2", "6")], name)
@@ -108,11 +109,13 @@ class Stats(InDirectory):
         self.assertEqual([r["column"] for r in stats("--header", "yes", "-", stdin="1,2\n3,4\n")], ["1", "2"])
         quoted = stats("-", stdin='"a, ""b""\nc",y\n1,2\n')
         self.assertEqual(quoted[0]["column"], 'a, "b"\nc')
+        self.assertEqual(stats("-", stdin='"a;b;\nc",y\n1,2\n')[0]["column"], "a;b;\nc")
 
     def test_refused_with_file_line_and_column(self):
         for text, words in [
                 ("x,y\n1,2\n3\n", ["standard input:3: 1 field where the first row has 2"]),
                 ("x,y\n1,2\n3,4,5\n", [":3: 3 fields"]),
+                ("# a\n\n# b\r\nx,y\n1,2\na,3\n", [":6: column 1 (x): not a number"]),
                 ("x,y\n\n1,2\n3,1e999\n", [":4: column 2 (y): too large for a double: 1e999"]),
                 ("x,y\n\"1\",2\n\"a\n\n\",4\n5,6\n7,z\n", [":3: column 1 (x): not a number"]),
                 ("x,y\n1,2\n1,\"2\n\"\n3,4\n5,6z\n", [":3: column 2"]),
