@@ -5,7 +5,7 @@ import ctypes
 import numpy as np
 
 from ._errors import Handler
-from ._library import address, integer, library
+from ._library import address, integer, library, refuse_masked, unmasked
 from ._tables import FUNCTIONS
 from ._ufunc import DTYPES, LOOP_SHAPES, SUFFIXES, entry, make_ufunc, operands
 from ._words import NUMPY_NAMES, docstring
@@ -91,6 +91,8 @@ def _stored(result, out, shape, chosen):
 def with_errors(function, values, scalars, out, where, accuracy, errors):
     """A call that sees every element error, over contiguous copies of what `where` selects. scalars:
     names and values of the numbers that a function takes besides arrays."""
+    for value, name in zip(values, "xy"):
+        refuse_masked(value, name)
     numbers = [number for _, number in scalars]
     letter = letter_for(function, [*values, *numbers])
     arguments, results = operands(FUNCTIONS[function][letter], letter)
@@ -201,6 +203,8 @@ def _places(array, step, index, mask, name):
             raise IndexError(f"index: a place outside 0 .. {n - 1} of {name}")
         return "V", index.size, index
     mask = np.asarray(mask)
+    if mask.dtype.kind not in "biufc":
+        raise TypeError(f"mask: dtype {mask.dtype} is not one of numbers")
     if mask.size != n:
         raise ValueError(f"mask: it has {mask.size} elements, {name} has {n}")
     mask = np.ascontiguousarray(mask.ravel() != 0, np.int64)
@@ -215,7 +219,7 @@ def _move(function, letter, n, *arguments):
 
 
 def _movable(array, name):
-    array = np.ascontiguousarray(promoted(np.asarray(array), name)).ravel()
+    array = np.ascontiguousarray(promoted(unmasked(array, name), name)).ravel()
     return array.astype(array.dtype.newbyteorder("="), copy=False)
 
 
@@ -233,7 +237,9 @@ def unpack(values, out, *, step=None, index=None, mask=None):
     if not out.flags.writeable:
         raise ValueError("out: the array is read-only")
     kind, n, places = _places(out, step, index, mask, "out")
-    values = np.ascontiguousarray(promoted(values, "values"))
+    if kind == "V" and np.may_share_memory(places, out):  # who writes over indices reads others
+        places = places.copy()
+    values = np.ascontiguousarray(promoted(unmasked(values, "values"), "values"))
     if not np.can_cast(values.dtype, out.dtype, "same_kind"):
         raise TypeError(f"values: {values.dtype} does not go into {out.dtype}")
     values = values.astype(out.dtype).ravel()

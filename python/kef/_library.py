@@ -7,6 +7,8 @@ import pathlib
 import sys
 import weakref
 
+import numpy as np
+
 NAMES = {"win32": ("kef.dll",)}.get(sys.platform, ("libkef.so.0.1", "libkef.so"))
 
 
@@ -64,6 +66,18 @@ def integer(value, name):
         return operator.index(value)
     except TypeError:
         raise TypeError(f"{name}: {value!r} is not an integer") from None
+
+
+def refuse_masked(value, name):
+    """The library does not see masks."""
+    if np.ma.is_masked(value):
+        raise ValueError(f"{name}: elements are masked; fill or compress the array")
+
+
+def unmasked(value, name):
+    """An argument as an array."""
+    refuse_masked(value, name)
+    return np.asarray(value)
 
 
 def address(array):

@@ -11,11 +11,12 @@ array([ 0.015625, 10.648   ])
 """
 
 import ctypes
+import math
 import operator
 
 import numpy as np
 
-from ._library import address, freed_with, integer, prototype, status_text
+from ._library import address, freed_with, integer, prototype, status_text, unmasked
 from ._tables import FIT
 
 _pointer, _i32, _i64 = ctypes.c_void_p, ctypes.c_int32, ctypes.c_int64
@@ -103,10 +104,10 @@ class PPoly:
     """
 
     def __init__(self, c, x, extrapolate=None, axis=0):
-        c = np.asarray(c)
+        c, x = unmasked(c, "c"), unmasked(x, "x")
         if c.ndim < 2 or not 1 <= len(c) <= 4:
             raise ValueError("c: an array of 1 to 4 coefficients by pieces is needed")
-        dtype = _real_dtype(c, np.asarray(x))
+        dtype = _real_dtype(c, x)
         x = _breakpoints(x, dtype)
         if c.shape[1] != len(x) - 1:
             raise ValueError(f"c: it is for {c.shape[1]} pieces, x has {len(x) - 1}")
@@ -144,8 +145,17 @@ class PPoly:
         return {name: value for name, value in self.__dict__.items() if name not in ("_task", "_do", "_values")}
 
     def __setstate__(self, state):
+        """A state that was read from somewhere is looked at before the library is given addresses."""
+        try:
+            x, rows, axis, extrapolate = (state[name] for name in ("_x", "_rows", "axis", "extrapolate"))
+            trailing, dtype = tuple(map(operator.index, state["_trailing"])), _real_dtype(rows)
+            fits = rows.ndim == 3 and rows.shape[:2] == (math.prod(trailing), len(x) - 1)
+        except (AttributeError, KeyError, TypeError) as problem:
+            raise ValueError(f"state: it is not that of {type(self).__name__}: {problem!r}") from None
+        if not fits or min(trailing, default=0) < 0 or not 1 <= rows.shape[2] <= 4:
+            raise ValueError(f"state: it is not that of {type(self).__name__}: the shapes do not fit")
         self.__dict__.update(state)
-        self._start()
+        self._become(_breakpoints(x, dtype), rows.astype(dtype), trailing, axis, extrapolate)
 
     @property
     def x(self):
@@ -160,7 +170,7 @@ class PPoly:
 
     def _sites(self, x, name, extrapolate):
         """Sites as the library takes them, and which of them are outside of a spline that ends."""
-        x = np.asarray(x)
+        x = unmasked(x, name)
         if x.dtype.kind not in "biuf" or x.dtype.itemsize > 8:
             raise TypeError(f"{name}: dtype {x.dtype} is none of float32, float64 and the integers")
         sites = np.ascontiguousarray(x, self._rows.dtype).ravel()
@@ -302,7 +312,7 @@ class _Spline(PPoly):
     def _construct(self, x, y, axis, extrapolate, constructor, order, kind, boundary=0, ends=(), slopes=None):
         """The coefficients by one of the library's constructors. ends: values of the boundary
         conditions, for all functions; slopes: at all breakpoints, of the shape of y."""
-        x, y = np.asarray(x), np.asarray(y)
+        x, y = unmasked(x, "x"), unmasked(y, "y")
         dtype = _real_dtype(x, y, *([] if slopes is None else [slopes]))
         x = _breakpoints(x, dtype)
         axis = integer(axis, "axis")
@@ -394,8 +404,8 @@ class CubicSpline(_Spline):
 
     def __init__(self, x, y, axis=0, bc_type="not-a-knot", extrapolate=None):
         boundary, ends = _boundary(bc_type)
-        if boundary == FIT["PERIODIC"]:
-            y = np.asarray(y)
+        if boundary == FIT["PERIODIC"] and np.size(y):
+            y = unmasked(y, "y")
             first, last = np.take(y, 0, axis), np.take(y, -1, axis)
             if not np.allclose(first, last, rtol=1e-15, atol=1e-15):
                 raise ValueError("y: its first and last values differ, and bc_type is 'periodic'")
@@ -446,7 +456,7 @@ class CubicHermiteSpline(_Spline):
     """
 
     def __init__(self, x, y, dydx, axis=0, extrapolate=None):
-        y, dydx = np.asarray(y), np.asarray(dydx)
+        y, dydx = unmasked(y, "y"), unmasked(dydx, "dydx")
         if y.shape != dydx.shape:
             raise ValueError(f"dydx: its shape is {dydx.shape}, not that of y, {y.shape}")
         self._construct(x, y, axis, extrapolate, "HermiteCubicSpline", 4, "HERMITE", FIT["FIRST_FIRST"], slopes=dydx)

@@ -205,6 +205,10 @@ class Stream(np.random.BitGenerator):
             raise ValueError(f"state: it is not that of {self._name}: {problem!r}") from None
         if len(ahead) > _WORDS or not all(0 <= word < 2**32 for word in ahead):
             raise ValueError("state: 'ahead' holds no words that were read ahead")
+        if spawned < 0 or not 0 <= level < 2**31:
+            raise ValueError("state: 'spawned' holds no counts")
+        if not isinstance(seeds, np.random.bit_generator.ISeedSequence):
+            raise ValueError("state: 'seed_seq' is no seed sequence")
         other = _stream_of(image)
         if _brng_of(other) >> 20 != GENERATORS[self._name] >> 20:
             _delete(ctypes.addressof(_pointer(other)))
@@ -520,7 +524,7 @@ def _write(image, path):
         before = os.stat(path)
     except FileNotFoundError:
         before = None
-    path = pathlib.Path(os.path.realpath(path))
+    path = pathlib.Path(os.path.realpath(os.fsdecode(path)))
     if before and not stat.S_ISREG(before.st_mode):
         path.write_bytes(image)
         return
@@ -556,7 +560,8 @@ def from_bytes(image):
 
 def load(path):
     """The stream of a file (`Stream.save`, or the C interface)."""
-    return _stream(_stream_of(pathlib.Path(path).read_bytes(), os.fspath(path)))
+    path = os.fsdecode(path)
+    return _stream(_stream_of(pathlib.Path(path).read_bytes(), path))
 
 
 def _blank(name):

@@ -21,7 +21,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-from ._library import freed_with, integer, prototype, status_text
+from ._library import freed_with, integer, prototype, status_text, unmasked
 from ._tables import ESTIMATES, PARAMETERS, STATS_METHODS, STATS_STATUS
 
 _ROWS, _COLUMNS = 0x10000, 0x20000
@@ -116,7 +116,7 @@ class _Data(NamedTuple):
 
 def _data(x, dtype=None, name="x"):
     """Observations as the library takes them."""
-    x = np.asarray(x)
+    x = unmasked(x, name)
     if x.dtype.kind not in "biuf" or x.dtype.itemsize > 8:
         raise TypeError(f"{name}: dtype {x.dtype} is none of float32, float64 and the integers")
     if x.ndim not in (1, 2):
@@ -141,7 +141,7 @@ def _some(data, name="x"):
 
 def _numbers(values, name, shape, dtype=np.float64):
     """An array argument of a known shape."""
-    array = np.asarray(values)
+    array = unmasked(values, name)
     if array.dtype.kind not in "biuf":
         raise TypeError(f"{name}: dtype {array.dtype} is not one of real numbers")
     if array.shape != shape:
@@ -381,17 +381,32 @@ class Statistics:
         return state
 
     def __setstate__(self, state):
-        state = dict(state)
-        saved = state.pop("_saved", None)
-        self.__dict__.update(state, _task=None, _pending=None)
-        self.__dict__.setdefault("_lock", threading.RLock())
-        if saved:
-            p, kept, image = saved
-            self._start(p, self._one, self._dtype)
-            for name, array in kept.items():
-                self._task.arrays[name][...] = array
-            if image is not None:
-                self._task.load(image)
+        """A state that was read from somewhere is looked at before the library is given addresses."""
+        try:
+            state = dict(state)
+            p, kept, image = state.pop("_saved", (None, None, None))
+            lock = self.__dict__.get("_lock")
+            Statistics.__init__(self, state["_asked"], quantiles=state["_orders"], epsilon=state["_epsilon"],
+                                method=state["_method"], dtype=state["_dtype"])
+            self._lock = lock or self._lock
+            if p is not None:
+                p, one = operator.index(p), bool(state["_one"])
+                shapes = {np.shape(array)[0] for name, array in kept.items() if name != "accumulated_weights"}
+                if self._dtype is None or one and p != 1 or p < 1 or shapes - {p}:
+                    raise ValueError("the shapes do not fit")
+                self._start(p, one, self._dtype)
+                arrays = {name: array for name, array in self._task.arrays.items()
+                          if PARAMETERS[name][0] == "output"}
+                if arrays.keys() != kept.keys():
+                    raise ValueError("other results")
+                for name, array in arrays.items():
+                    array[...] = _numbers(kept[name], name, array.shape, array.dtype)
+                if image is not None:
+                    self._task.load(bytes(memoryview(image)))
+        except (AttributeError, IndexError, KeyError, TypeError, ValueError) as problem:
+            raise ValueError(f"state: it is not that of Statistics: {problem}") from None
+        # What else was set on the object.
+        self.__dict__.update((name, value) for name, value in state.items() if name not in self.__dict__)
 
     # ---- results
 
@@ -510,7 +525,10 @@ def from_sums(estimates, count, count_of_squares=None, **sums):
     for name in matrices & set(task.arrays):
         task.set(**{f"{name}_storage": _FULL})
     task.set(accumulated_weights=[count, count if count_of_squares is None else count_of_squares])
-    task.compute("Basic", bits, STATS_METHODS["SUMS"])
+    try:
+        task.compute("Basic", bits, STATS_METHODS["SUMS"])
+    except ValueError as problem:
+        raise ValueError(f"sums: {', '.join(sums)} do not give {', '.join(names)}: {problem}") from None
     return {given: task.arrays[ALIASES.get(given, given)] for given in names}
 
 
@@ -617,7 +635,7 @@ class Partial(NamedTuple):
 
 
 def _square(matrix, name):
-    matrix = np.asarray(matrix)
+    matrix = unmasked(matrix, name)
     if matrix.ndim != 2 or matrix.shape[0] != matrix.shape[1] or not matrix.size:
         raise ValueError(f"{name}: a square matrix is needed")
     return _numbers(matrix, name, matrix.shape)

@@ -232,9 +232,20 @@ def test_pack_and_unpack():
         kef.unpack([8, 9], out, mask=[0, 0, 1, 0, 1, 0, 0])
         assert out.tolist() == [1, 5, 8, 2, 9, 0, 3]
     for wrong, what in (({"index": [7]}, "index"), ({"index": [-1]}, "index"), ({"step": 0}, "step"),
-                        ({"mask": [1]}, "mask")):
-        with pytest.raises((IndexError, ValueError), match=what):
+                        ({"mask": [1]}, "mask"), ({"mask": list("abcdefg")}, "mask")):
+        with pytest.raises((IndexError, TypeError, ValueError), match=what):
             kef.pack(np.arange(7.0), **wrong)
+    out = np.zeros(4)
+    index = out.view(np.int64)
+    index[:] = [1, 3, 0, 2]  # which the values are put over
+    assert kef.unpack([1e300, 2, 3, 4], out, index=index).tolist() == [3, 1e300, 4, 2]
+    masked = np.ma.array([4.0, -1.0], mask=[0, 1])
+    for call in (lambda: kef.sqrt(masked, errors="raise"), lambda: kef.pack(masked, step=1),
+                 lambda: kef.unpack(masked, np.zeros(2), step=1)):
+        with pytest.raises(ValueError, match="masked"):
+            call()
+    with np.errstate(invalid="ignore"):
+        assert kef.sqrt(masked).tolist() == [2.0, None]  # a ufunc, as NumPy's
     with pytest.raises(ValueError, match="values"):
         kef.unpack([1, 2], np.zeros(7), step=3)
     with pytest.raises(TypeError):

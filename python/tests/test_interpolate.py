@@ -98,6 +98,22 @@ def test_search_single_precision_and_scalars():
     np.testing.assert_array_equal(spline(SITES.astype(">f8")), spline(SITES))
 
 
+def test_a_damaged_state_is_refused():
+    spline = interpolate.CubicSpline(X, Y[0])
+    spline.note = "kept"
+    state, other = spline.__getstate__(), interpolate.PPoly(np.ones((2, 1)), [0.0, 1.0])
+    x, rows = state["_x"], state["_rows"]
+    for wrong in ({"_x": x[:-1]}, {"_x": x[::-1]}, {"_x": 3}, {"_x": np.full(12, np.nan)}, {"_rows": rows[:, :-1]}, {"_rows": rows[:-1]},
+                  {"_rows": rows[0]}, {"_rows": rows.astype(object)}, {"_rows": np.repeat(rows, 2, 2)}, {"_rows": None},
+                  {"_trailing": (-1, -rows.shape[0])}, {"_trailing": 3}, {"axis": 9}, {"extrapolate": "no"}, {"_rows": rows[..., :0]}):
+        with pytest.raises((ValueError, TypeError), match="state|x: |x, y: |axis|extrapolate"):
+            other.__setstate__(state | wrong)
+    other.__setstate__({k: v for k, v in state.items() if k in ("_x", "_rows", "_trailing", "axis", "extrapolate", "note")}
+                       | {"_rows": rows.astype(">f8")[:, :, ::1], "_order": 12, "_letter": "s"})
+    np.testing.assert_array_equal(other(SITES), spline(SITES))
+    assert other.note == "kept"
+
+
 def test_breakpoints_are_the_splines_own():
     x = X.copy()
     made = interpolate.CubicSpline(x, Y[0, :, 0]), interpolate.PPoly(np.ones((2, 11)), x)
@@ -119,6 +135,9 @@ def test_bad_arguments_are_named():
                        (lambda: interpolate.CubicSpline(X, y, bc_type="loose"), "bc_type"),
                        (lambda: interpolate.CubicSpline(X, y, bc_type=((3, 0.0), (1, 0.0))), "bc_type"),
                        (lambda: interpolate.CubicSpline(X, y, bc_type="periodic"), "periodic"),
+                       (lambda: interpolate.CubicSpline([], [], bc_type="periodic"), "x"),
+                       (lambda: interpolate.CubicSpline(X, np.ma.array(y, mask=y > y[0])), "y: elements are masked"),
+                       (lambda: spline(np.ma.array(X, mask=X > X[0])), "x: elements are masked"),
                        (lambda: interpolate.CubicSpline(X, y, bc_type=((1, np.nan), (2, 0.0))), "bc_type"),
                        (lambda: spline(1.0, extrapolate="no"), "extrapolate"),
                        (lambda: spline.integrate(0, 1, "no"), "extrapolate"),

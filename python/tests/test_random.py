@@ -120,6 +120,8 @@ def test_images_and_copies(name, tmp_path):
     stream.save(tmp_path / "stream")
     loaded = random.load(tmp_path / "stream")
     assert loaded.uniform() == stream.uniform() and [p.name for p in tmp_path.iterdir()] == ["stream"]
+    stream.save(os.fsencode(tmp_path / "stream"))
+    assert random.load(os.fsencode(tmp_path / "stream")).to_bytes() == stream.to_bytes()
     if os.name == "posix":  # the rights of other files; a link and a pipe stay what they are
         mask = os.umask(0)
         os.umask(mask)
@@ -148,7 +150,8 @@ def test_images_and_copies(name, tmp_path):
         with pytest.raises(random.StreamError):
             random.from_bytes(damaged)
     for wrong in ({"bit_generator": "other"}, *({**stream.state, key: value} for key, value in (
-            ("ahead", [-1]), ("ahead", [0] * 257), ("ahead", None), ("spawned", 3)))):
+            ("ahead", [-1]), ("ahead", [0] * 257), ("ahead", None), ("spawned", 3), ("spawned", (0, -1 << 30)),
+            ("seed_seq", 5)))):
         with pytest.raises(ValueError, match="state"):
             stream.state = wrong
     for key in ("image", "ahead", "spawned", "seed_seq"):

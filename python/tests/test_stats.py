@@ -70,6 +70,25 @@ def test_every_estimate_alone_merged_and_pickled(each):
     close(parts[0][each], expected(X[:5], W[:5])[each], 1e-6)  # merging left it alone
 
 
+def test_a_damaged_state_is_refused():
+    s = stats.Statistics(["covariance", "minimum"], quantiles=[0.5])
+    s.update(X)
+    state = s.__getstate__()
+    p, kept, image = state["_saved"]
+    other = stats.Statistics()
+    for wrong in ({"_saved": (2, kept, image)}, {"_saved": (1 << 40, kept, image)}, {"_saved": (p, kept, image[:-1])},
+                  {"_saved": (p, kept | {"mean": kept["mean"][:2]}, image)}, {"_dtype": np.dtype("f2")}, {"_one": True},
+                  {"_dtype": np.dtype("i8")}, {"_asked": ["mean"]}, {"_orders": np.zeros(9)}, {"_method": 3}, {"_dtype": None},
+                  {"_saved": (p, {k: v for k, v in kept.items() if k != "accumulated_weights"}, image)}):
+        with pytest.raises(ValueError, match="state"):
+            other.__setstate__(state | wrong)
+    for key in ("_asked", "_orders", "_epsilon", "_method", "_one"):
+        with pytest.raises(ValueError, match=f"state.*{key}"):
+            other.__setstate__({k: v for k, v in state.items() if k != key})
+    other.__setstate__(state)
+    close(other.covariance, s.covariance)
+
+
 def test_weights_that_come_and_go():
     s = stats.Statistics(["mean", "variance"])
     s.update(X[:10], W[:10])
@@ -247,7 +266,9 @@ def test_bad_arguments_are_named():
     s.update(X)
     for call, name in ((lambda: s.update(X[:, :2]), "x"), (lambda: s.update(X[:, 0]), "x"),
                        (lambda: s.update(X + 0j), "x"), (lambda: s.update(["a"]), "x"),
-                       (lambda: s.update(X[None]), "x"), (lambda: s.update(X, W[1:]), "weights"),
+                       (lambda: s.update(X[None]), "x"), (lambda: s.update(np.ma.array(X, mask=X > 1)), "x: elements are masked"),
+                       (lambda: s.update(X, np.ma.array(W, mask=W > 1)), "weights: elements are masked"),
+                       (lambda: stats.from_sums("kurtosis", 4, sum=[1.0]), "sum do not give kurtosis"), (lambda: s.update(X, W[1:]), "weights"),
                        (lambda: stats.Statistics("median"), "estimates"), (lambda: stats.Statistics(method="x"), "method"),
                        (lambda: stats.Statistics(quantiles=[2]), "quantiles"),
                        (lambda: stats.Statistics(quantiles=[0.5], epsilon=0), "epsilon"),
