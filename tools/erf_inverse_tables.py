@@ -7,6 +7,7 @@ Each row is a polynomial of the offset y from the centre c of an interval, where
 erf_inverse_near.inc    F(q) = erfc^-1(q) / (1 - q), q in [2^-10, 1), c = centre in q
 erf_inverse_tail.inc    F(s) = erfc^-1(e^-s), s in [6.75, 768), c = centre in s
 erf_inverse_single.inc  F(q) as above, q in [2^-24, 1), polynomials of degree 3 and degree 1
+erf_inverse_line.inc    the same for q in [2^-126, 2^-24), of degree 1; below 2^-100 the slope times 2^-64
 
 A row in double precision has F(c) and sqrt2 F(c), each as the leading 26 bits and the rest, and
 c1 to c8 of F(c + y) = F(c) + y (c1 + y (c2 + ...)). The last row of the tables in q stands for
@@ -123,6 +124,15 @@ def single_rows():
     print(f"single: degree 3 2^{mp.nstr(log(worst, 2), 4)}, degree 1 2^{mp.nstr(log(worst_line, 2), 4)}")
 
 
+def line_rows():
+    worst = mpf(0)
+    for c, half in intervals(mpf(2) ** -126, mpf(2) ** -24, 8):
+        start, slope, e = fit(near, c, half, 1)
+        worst = max(worst, e)
+        yield c, [start, slope[0] * (mpf(2) ** -64 if c < mpf(2) ** -100 else 1)]
+    print(f"line: 2^{mp.nstr(log(worst, 2), 4)}")
+
+
 def single_tail(degree):
     first, last = (sqrt(k * log(2)) for k in (24, 126))
     middle, half = (first + last) / 2, (last - first) / 2
@@ -160,8 +170,8 @@ def main():
     write(directory, "erf_inverse_tail", "KEF_ERF_INVERSE", rows(tail, 6.75, 768), number)
     write(directory, "erf_inverse_single", "KEF_ERF_INVERSE",
           [*single_rows(), (1, [limit, 0, 0, 0, limit, 0])], number_single)
+    write(directory, "erf_inverse_line", "KEF_ERF_INVERSE_LINE", line_rows(), number_single)
     single_tail(6)
-    single_tail(3)
 
 
 if __name__ == "__main__":

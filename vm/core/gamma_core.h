@@ -88,10 +88,12 @@ template <class Accuracy> inline doubles tgamma_from_positive(doubles x, doubles
     return select(sign_mask((longs)x), -1.0 / (sine_pi_short<Accuracy>(y) * (y * p)), p);
 }
 
-// EP: relative error 2^-32, |x| <= 170.
+// EP: relative error 2^-27.5, |x| <= 170; s(y) to 2^-31.9.
 inline doubles tgamma_stirling_rounded(doubles x) {
-    const doubles y = absolute(x);
-    return tgamma_from_positive<EP>(x, y, exp_core<LA>(lgamma_stirling_rounded<LA>(y)));
+    const doubles y = absolute(x), u = 1.0 / y;
+    const doubles s = u * multiply_add(u * u, -1.0 / 360, all(1.0 / 12));
+    const doubles e = ((y - 0.5) * log_core<LA>(y) - y) + (half_ln_2pi.high + s);
+    return tgamma_from_positive<EP>(x, y, exp_core<EP>(e));
 }
 
 // Single HA in double, |x| < 44: relative error 2^-40.
@@ -123,8 +125,15 @@ template <class Accuracy> inline doubles lgamma_stirling(doubles x) {
         const doubles y = absolute(x), positive = lgamma_stirling_rounded<Accuracy>(y);
         if (!any_negative(x)) return positive;
         const doubles negative = [&] {
-            if constexpr (std::is_same_v<Accuracy, LA>) return rounded(lgamma_stirling_parts(x));
-            // -ln(y |sin(pi y)|/pi) - ln Gamma(y); the two may differ in sign.
+            if constexpr (std::is_same_v<Accuracy, LA>) {
+                // The exponent in two parts less ln|sin(pi y)|: the two may differ in sign.
+                const Parts exponent = stirling_exponent<LA>(x);
+                const doubles sine = absolute(sine_pi_short<LA>(y)) * pi;
+                const Parts log = log_parts(sine), sum = two_sum(exponent.high, -log.high);
+                return where(sine == 0, all(Format<double>::infinity)) +
+                       (sum.high + (sum.low + (exponent.low - log.low)));
+            }
+            // -ln(y |sin(pi y)|/pi) - ln Gamma(y), likewise.
             const doubles sine = y * absolute(sine_pi_short<LA>(y));
             return where(sine == 0, all(Format<double>::infinity)) -
                    (lgamma_stirling_rounded<LA>(y) + log_core<LA>(sine));

@@ -2,6 +2,7 @@
 // 0 < x <= 20, and, of double and of single HA, the choice of those beyond and the way from double
 // to single. Function<T, Accuracy> gives
 //
+//   first                               head of the least |x|
 //   near<Accuracy>(x), near_single(x)   for 0 < x <= 20
 //   far(x)                              single LA and EP: for all the others, and these
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
@@ -16,21 +17,13 @@
 
 namespace KEF_VM {
 
-// The formulas take first <= |x|; those for small x up to 20, the last below `near`.
+// The formulas for small x go up to 20, the last below `near`.
 template <class T> struct GammaRange;
-template <> struct GammaRange<double> {
-    static constexpr std::uint32_t first = 0x03C00000;  // 2^-963
-    static constexpr std::uint32_t near = 0x40340001;
-};
-template <> struct GammaRange<float> {
-    static constexpr std::uint32_t first = 0x00800000;  // 2^-126
-    static constexpr std::uint32_t near = 0x41A00001;
-};
+template <> struct GammaRange<double> { static constexpr std::uint32_t near = 0x40340001; };
+template <> struct GammaRange<float> { static constexpr std::uint32_t near = 0x41A00001; };
 
-template <class T> struct GammaBase {
-    static ints outside(ints h) {
-        return not_between(h, GammaRange<T>::first, GammaRange<T>::near);
-    }
+template <class Function, class T> struct GammaBase {
+    static ints outside(ints h) { return not_between(h, Function::first, GammaRange<T>::near); }
 
 protected:
     static auto chosen(auto mask, auto r, auto s) { return select(mask, r, s); }
@@ -46,7 +39,7 @@ protected:
 };
 
 // Single LA and EP.
-template <class Function, class T, class Accuracy> struct GammaKernel : GammaBase<T> {
+template <class Function, class T, class Accuracy> struct GammaKernel : GammaBase<Function, T> {
     static constexpr bool far_everywhere = true;
     static floats fast(floats x) { return Function::near_single(x); }
 };
@@ -54,7 +47,8 @@ template <class Function, class T, class Accuracy> struct GammaKernel : GammaBas
 // Double, and single HA.
 template <class Function, class T, class Accuracy>
 requires(std::is_same_v<T, double> ||
-         std::is_same_v<Accuracy, HA>) struct GammaKernel<Function, T, Accuracy> : GammaBase<T> {
+         std::is_same_v<Accuracy, HA>) struct GammaKernel<Function, T, Accuracy>
+    : GammaBase<Function, T> {
     using V = Vector<T>;
     static constexpr bool is_rounded = std::is_same_v<T, float>;
 

@@ -16,16 +16,19 @@ namespace kef::vm {
 
 namespace {
 
-// Heads of 2^-11, 1 - 2^-11, and 2^-25, 1 for the formula in single precision.
-template <class T, bool in_floats> struct CdfNormInvRange;
-template <> struct CdfNormInvRange<double, false> {
+// Heads of 2^-11, 1 - 2^-11, and 2^-25 (EP: 2^-101), 1 for the formula in single precision.
+template <class T, class Accuracy> struct CdfNormInvRange;
+template <class Accuracy> struct CdfNormInvRange<double, Accuracy> {
     static constexpr std::uint32_t first = 0x3F400000, last = 0x3FEFFC00;
 };
-template <> struct CdfNormInvRange<float, false> {
+template <> struct CdfNormInvRange<float, HA> {
     static constexpr std::uint32_t first = 0x3A000000, last = 0x3F7FE000;
 };
-template <> struct CdfNormInvRange<float, true> {
+template <> struct CdfNormInvRange<float, LA> {
     static constexpr std::uint32_t first = 0x33000000, last = 0x3F800000;
+};
+template <> struct CdfNormInvRange<float, EP> {
+    static constexpr std::uint32_t first = 0x0D000000, last = 0x3F800000;
 };
 
 }  // namespace
@@ -33,7 +36,7 @@ template <> struct CdfNormInvRange<float, true> {
 template <class T, class Accuracy>
 struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
     using Kernel = ErfInverseKernel<CdfNormInv, T, Accuracy>;
-    using Range = CdfNormInvRange<T, Kernel::in_floats>;
+    using Range = CdfNormInvRange<T, Accuracy>;
     KEF_REPORT_NAME(CdfNormInv);
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::root2;

@@ -16,16 +16,19 @@ namespace kef::vm {
 
 namespace {
 
-// Heads of 2^-10, 2 - 2^-10, and 2^-24, 2 for the formula in single precision.
-template <class T, bool in_floats> struct ErfcInvRange;
-template <> struct ErfcInvRange<double, false> {
+// Heads of 2^-10, 2 - 2^-10, and 2^-24 (EP: 2^-100), 2 for the formula in single precision.
+template <class T, class Accuracy> struct ErfcInvRange;
+template <class Accuracy> struct ErfcInvRange<double, Accuracy> {
     static constexpr std::uint32_t first = 0x3F500000, last = 0x3FFFFC00, two = 0x40000000;
 };
-template <> struct ErfcInvRange<float, false> {
+template <> struct ErfcInvRange<float, HA> {
     static constexpr std::uint32_t first = 0x3A800000, last = 0x3FFFE000, two = 0x40000000;
 };
-template <> struct ErfcInvRange<float, true> {
+template <> struct ErfcInvRange<float, LA> {
     static constexpr std::uint32_t first = 0x33800000, last = 0x40000000, two = 0x40000000;
+};
+template <> struct ErfcInvRange<float, EP> {
+    static constexpr std::uint32_t first = 0x0D800000, last = 0x40000000, two = 0x40000000;
 };
 
 }  // namespace
@@ -33,7 +36,7 @@ template <> struct ErfcInvRange<float, true> {
 template <class T, class Accuracy>
 struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
     using Kernel = ErfInverseKernel<ErfcInv, T, Accuracy>;
-    using Range = ErfcInvRange<T, Kernel::in_floats>;
+    using Range = ErfcInvRange<T, Accuracy>;
     KEF_REPORT_NAME(ErfcInv);
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::one;

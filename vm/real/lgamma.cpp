@@ -57,7 +57,7 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
     static constexpr bool single_ep = single && std::is_same_v<Accuracy, EP>;
     using Range = LGammaRange<T>;
-    static constexpr std::uint32_t first = GammaRange<T>::first;
+    static constexpr std::uint32_t first = Format<T>::normal_head;
     KEF_REPORT_NAME(LGamma);
 
     static ints beyond(ints h) {

@@ -61,7 +61,7 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
     using Range = TGammaRange<T>;
-    static constexpr std::uint32_t first = GammaRange<T>::first;
+    static constexpr std::uint32_t first = single ? 0x00800000 : 0x03C00000;  // 2^-126, 2^-963
     KEF_REPORT_NAME(TGamma);
 
     static ints beyond(ints h) { return not_between(magnitude(h), first, Range::last); }
