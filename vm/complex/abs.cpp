@@ -13,14 +13,16 @@ template <class T, class Accuracy> struct ComplexAbs : HypotFormula<T, Accuracy>
 
     static ints beyond(ints, ints) { return ints{}; }
     static MarkedBy<V> far(V a, V b) {
-        const V x = absolute(a), y = absolute(b), infinity = all(Format<T>::infinity);
-        const auto infinite = mask(x == infinity) | mask(y == infinity),
-                   number = mask(x == x) & mask(y == y), finite = number & ~infinite;
-        V r = of_finite(select(finite, x, all(T(1))), where(finite, y));
+        const V infinity = all(Format<T>::infinity);
+        V x = absolute(a), y = absolute(b);
+        const auto finite = mask(x < infinity) & mask(y < infinity);
+        const bool all_finite = all_lanes(finite);
+        const auto infinite = mask(x == infinity) | mask(y == infinity);
+        if (!all_finite) x = select(finite, x, all(T(1))), y = where(finite, y);
+        V r = of_finite(x, y);
         const auto reported = finite & (mask(r == infinity) |
                                         (mask(r < Format<T>::smallest_normal) & mask(r > T(0))));
-        if (!all_lanes(finite))
-            r = select(infinite, infinity, select(number, r, sum_in_order(a, b)));
+        if (!all_finite) r = select(infinite, infinity, select(finite, r, sum_in_order(a, b)));
         return {r, report_marks(V{}, reported)};
     }
     static ints refuse(ints, ints marks) { return marked_report(marks); }
@@ -42,13 +44,22 @@ private:
             return Base::far(x, y);
         }
     }
-    // As integers.
+    // As integers; where the mode word says that such numbers are zeros they are.
     static doubles of_subnormal(doubles x, doubles y) {
-        const doubles a = integer_of(x), b = integer_of(y);
-        Parts root{};
-        if constexpr (Base::accurate) root = root_of_squares(maximum(a, all(0x1p-100)), b);
-        else root.high = square_root(a * a + b * b);
-        return times_2_minus_1074(root);
+        if constexpr (Base::accurate) {
+            const doubles a = integer_of(x), b = integer_of(y);
+            return times_2_minus_1074(root_of_squares(maximum(a, all(0x1p-100)), b));
+        } else {
+            const auto integer = [](doubles z) {
+                return where(~is_zero(z), (doubles)((longs)z | exponent_field(52)) - 0x1p52);
+            };
+            const doubles a = integer(x), b = integer(y), root = square_root(a * a + b * b);
+            // Up to 2^53 these are the bits.
+            const longs below = mask(root < 0x1p52);
+            const longs bits = (longs)(root + where(below, all(0x1p52))) - exponent_field(52);
+            const doubles r = (doubles)(bits + (~below & exponent_field(-1022)));
+            return where(~is_zero(r), r);
+        }
     }
 };
 

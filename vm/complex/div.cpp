@@ -22,22 +22,14 @@ template <class T, class Accuracy> struct ComplexDiv {
     static constexpr bool is_double = std::is_same_v<T, double>, in_double = !is_double && accurate;
     static constexpr int most = is_double ? 400 : 50;
 
-    // What squares and products consist of is normal, their errors too; single HA: finite numbers,
-    // b not 0.
-    static ints outside(ints a, ints b, ints c, ints d) {
-        if constexpr (in_double) {
-            const auto finite = [](ints h) {
-                return static_cast<std::int32_t>(Format<T>::infinity_head - 1) - magnitude(h);
-            };
-            return finite(a) | finite(b) | finite(c) | finite(d) |
-                   ((magnitude(c) - 1) & (magnitude(d) - 1));
-        }
+    // What squares and products consist of is normal, their errors too. Single HA has no gate but
+    // the result: nothing finite and not 0 makes it infinite or NaN, and all else does.
+    static ints outside(ints a, ints b, ints c, ints d) requires(!in_double) {
         return larger_outside<T, -most, most>(a, b) | larger_outside<T, -most / 2, most / 2>(c, d);
     }
-    static constexpr bool far_everywhere = in_double;
+    static constexpr bool far_everywhere = in_double || !accurate;
     static ints beyond(ints, ints, ints, ints) { return ints{}; }
-    // Overflow.
-    static ints refuse(ints re, ints im) requires(!is_double) {
+    static ints refuse(ints re, ints im) requires(in_double) {
         return not_finite<T>(re) | not_finite<T>(im);
     }
     // The bit behind the sign: infinite without an error.
@@ -65,14 +57,31 @@ template <class T, class Accuracy> struct ComplexDiv {
         if constexpr (is_double) edge = both_zero(a, b) | both_zero(c, d);
         else edge = both_zero((ints)c, (ints)d);
         if (all_lanes(finite_a & finite_b)) return {finite_quotient(a, b, c, d), (V)edge};
-        const auto above = one_infinite(a, b), below = one_infinite(c, d), infinite = above | below;
+        const auto above = one_infinite(a, b), below = one_infinite(c, d), infinite = above | below,
+                   finite = no_nan(a, b, c, d) & ~infinite;
         edge |= (above & ~finite_b) | (below & ~finite_a);
-        Two<V> r;
-        if (!all_lanes(infinite)) r = with_nan(finite_quotient(a, b, c, d), a, b, c, d);
-        if (any_lane(infinite)) r = select(infinite, infinite_quotient(a, b, c, d), r);
+        Two<V> r{};
+        if (any_lane(finite)) r = finite_quotient(a, b, c, d);
+        if (!all_lanes(infinite)) r = with_nan(r, a, b, c, d);
+        if (any_lane(infinite)) r = select(infinite, infinite_quotient(a, b, c, d, above), r);
         return {r, report_marks((V)edge, infinite)};
     }
+    // LA: by the formula of ordinary numbers where that holds, as those are computed.
     static Two<V> finite_quotient(V a, V b, V c, V d) {
+        if constexpr (accurate) {
+            return wide_quotient(a, b, c, d);
+        } else {
+            const auto within = ~sign_mask((BitsOf<V>)outside((ints)a, (ints)b, (ints)c, (ints)d)),
+                       wide = both_finite(a, b) & both_finite(c, d) & ~within;
+            if (all_lanes(wide)) return wide_quotient(a, b, c, d);
+            Two<V> r{};
+            if (any_lane(within)) r = fast(a, b, c, d);
+            if (!any_lane(wide)) return r;
+            const auto chosen = [&](V x) { return select(wide, x, all(T(1))); };
+            return select(wide, wide_quotient(chosen(a), chosen(b), chosen(c), chosen(d)), r);
+        }
+    }
+    static Two<V> wide_quotient(V a, V b, V c, V d) {
         if constexpr (is_double) {
             if constexpr (!accurate) {  // small numbers together
                 const doubles size = maximum(absolute(a), absolute(b)),
@@ -101,28 +110,27 @@ template <class T, class Accuracy> struct ComplexDiv {
         }
     }
 
-    // Of an infinite and a finite number, b not 0.
-    static Two<V> infinite_quotient(V a, V b, V c, V d) {
-        if constexpr (is_double) {
-            const doubles infinity = all(Format<double>::infinity);
-            const auto direction = [&](doubles x) {
-                return with_sign(where(absolute(x) == infinity, all(1.0)), x);
-            };
-            const longs above = one_infinite(a, b);
-            const Two<V> x = select(above, Two<V>{direction(a), direction(b)}, Two<V>{a, b}),
-                         y = select(above, Two<V>{c, d}, Two<V>{direction(c), direction(d)});
-            const auto part = [&](doubles sum) {
-                return select(above, infinity * sum, with_sign(doubles{}, sum));
-            };
-            return {part(x.first * y.first + x.second * y.second),
-                    part(x.second * y.first - x.first * y.second)};
-        } else {
-            const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);
-            const auto of = ComplexDiv<double, HA>::infinite_quotient;
-            const auto low = of(x.low, y.low, u.low, v.low),
-                       high = of(x.high, y.high, u.high, v.high);
-            return {narrow(low.first, high.first), narrow(low.second, high.second)};
-        }
+    // Of an infinite and a finite number, b not 0; `above`: where a is the infinite one. What the
+    // sums of parts are in sign, where they are not 0, the results are, infinite or zeros.
+    static Two<V> infinite_quotient(V a, V b, V c, V d, BitsOf<V> above) {
+        const V infinity = all(Format<T>::infinity);
+        const auto direction = [&](BitsOf<V> lanes, V x) {
+            const V unit = where(mask(absolute(x) == infinity), all(T(1)));
+            return select(lanes, with_sign(unit, x), x);
+        };
+        // Numbers whose differences might be subnormal become larger.
+        const auto pair = [](V p, V q) {
+            const auto tiny =
+                mask(maximum(absolute(p), absolute(q)) < T(is_double ? 0x1p-900 : 0x1p-60));
+            const V factor = select(tiny, all(T(0x1p60)), all(T(1)));
+            return Two<V>{p * factor, q * factor};
+        };
+        const auto [x, y] = pair(direction(above, a), direction(above, b));
+        const auto [u, v] = pair(direction(~above, c), direction(~above, d));
+        const auto part = [&](V sum) {
+            return (V)((above & (BitsOf<V>)(infinity * sum)) | sign_bit(sum));
+        };
+        return {part(x * u + y * v), part(y * u - x * v)};
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {

@@ -9,6 +9,9 @@
 // slots have it.
 #include "vm/core/complex_kernel.h"
 #include "vm/core/complex_product.h"
+#if KEF_VECTOR_BYTES == 16
+#include "vm/simd/pairs_in_double.h"
+#endif
 
 namespace kef::vm {
 
@@ -38,11 +41,11 @@ template <class T, class> struct ComplexMul {
 
     static Two<V> fast(V a, V b, V c, V d) {
         if constexpr (is_double) {
-            return complex_product(a, b, c, d);
+            return complex_product<false>(a, b, c, d);
         } else {
             const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);
-            return {narrow(x.low * u.low - y.low * v.low, x.high * u.high - y.high * v.high),
-                    narrow(x.low * v.low + y.low * u.low, x.high * v.high + y.high * u.high)};
+            return narrow(in_double(x.low, y.low, u.low, v.low),
+                          in_double(x.high, y.high, u.high, v.high));
         }
     }
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
@@ -54,6 +57,10 @@ template <class T, class> struct ComplexMul {
         } else {
             return {with_nan(fast(a, b, c, d), a, b, c, d), V{}};
         }
+    }
+
+    static Two<doubles> in_double(doubles a, doubles b, doubles c, doubles d) {
+        return {a * c - b * d, a * d + b * c};
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
@@ -77,14 +84,47 @@ template <class T, class Accuracy> struct ComplexMulByConj : ComplexMul<T, Accur
     using Mul = ComplexMul<T, Accuracy>;
     using V = Vector<T>;
     KEF_COMPLEX_NAME(MulByConj);
-    static Two<V> fast(V a, V b, V c, V d) { return Mul::fast(a, b, c, -d); }
+    static Two<V> fast(V a, V b, V c, V d) {
+        if constexpr (Mul::is_double) return complex_product<true>(a, b, c, d);
+        else return Mul::fast(a, b, c, -d);
+    }
     static auto far(V a, V b, V c, V d) { return Mul::far(a, b, c, -d); }
+    static Two<doubles> in_double(doubles a, doubles b, doubles c, doubles d) {
+        return Mul::in_double(a, b, c, -d);
+    }
     static int edge(T a, T b, T c, T d, T& re, T& im) { return Mul::edge(a, b, c, -d, re, im); }
 };
 
-KEF_COMPLEX2(c, Mul, HA)
+// Single products, which report nothing: groups from memory to memory as far as none has a NaN,
+// then the loop of all kernels.
+template <class K>
+[[gnu::flatten]] inline void single_products(std::int32_t n, const kef_complex8* a,
+                                             const kef_complex8* b, kef_complex8* r) {
+    if (n < 32) return map2<K>(n, a, b, r);
+    std::int32_t i = 0;
+    ControlGuard<false> guard;
+#if KEF_VECTOR_BYTES == 16
+    for (; i <= n - 4; i += 4) {
+        const auto two = [&](int first) {
+            const auto [x, y] = load_widened_pair(&a[first].re);
+            const auto [u, v] = load_widened_pair(&b[first].re);
+            return narrow_pair(K::in_double(x, y, u, v));
+        };
+        const floats low = two(i), high = two(i + 2);
+        if (any_lane(one_is_nan(low, high))) [[unlikely]]
+            break;
+        store(&r[i].re, low), store(&r[i + 2].re, high);
+    }
+#endif
+    if (i < n) map2<K>(n - i, a + i, b + i, r + i);
+}
+void cMul_HA(std::int32_t n, const kef_complex8* a, const kef_complex8* b, kef_complex8* r) {
+    single_products<ComplexMul<float, HA>>(n, a, b, r);
+}
+void cMulByConj_HA(std::int32_t n, const kef_complex8* a, const kef_complex8* b, kef_complex8* r) {
+    single_products<ComplexMulByConj<float, HA>>(n, a, b, r);
+}
 KEF_COMPLEX2(z, Mul, HA)
-KEF_COMPLEX2(c, MulByConj, HA)
 KEF_COMPLEX2(z, MulByConj, HA)
 
 }  // namespace kef::vm

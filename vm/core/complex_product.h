@@ -21,6 +21,21 @@ template <class V> inline DoubleDouble<V> add(DoubleDouble<V> x, DoubleDouble<V>
 }
 template <class V> inline DoubleDouble<V> negative(DoubleDouble<V> x) { return {-x.high, -x.low}; }
 
+// Halves of at most 26 bits by the bits of a: fewer operations than `split`.
+inline Parts split_by_bits(doubles a) {
+    const doubles high = (doubles)(((ulongs)a + (UINT64_C(1) << 26)) & -(UINT64_C(1) << 27));
+    return {high, a - high};
+}
+// a b rounded, and what that exceeds a b by, exactly, as two_product.
+inline Parts rounded_product(doubles a, Parts a_halves, doubles b, Parts b_halves) {
+    const doubles product = a * b;
+    if constexpr (is_fused) return {product, negative_multiply_add(a, b, product)};
+    const doubles excess = ((product - a_halves.high * b_halves.high) -
+                            a_halves.high * b_halves.low - a_halves.low * b_halves.high) -
+                           a_halves.low * b_halves.low;
+    return {product, excess};
+}
+
 // (a + ib) (c + id) and (a + ib) (c - id), as unevaluated sums.
 template <class V> inline PartsOf<DoubleDouble<V>> product_parts(V a, V b, V c, V d) {
     const DoubleDouble<V> as = split(a), bs = split(b), cs = split(c), ds = split(d);
@@ -41,8 +56,29 @@ inline Two<doubles> times(const PartsOf<Parts>& x, const PowersBack& back) {
     return {back.times(rounded_with_zero(x.re), x.re), back.times(rounded_with_zero(x.im), x.im)};
 }
 
+// x + y and x - y of products, rounded, and what these and the rounded terms exceed the exact sum
+// by: +0 where it is 0, so that a zero less that keeps the sign that plain arithmetic gives it.
+inline Parts rounded_sum(Parts x, Parts y) {
+    const doubles sum = x.high + y.high, part = sum - x.high;
+    const doubles excess = ((sum - part) - x.high) + (part - y.high);
+    return Parts{sum, excess + (x.low + y.low)};
+}
+inline Parts rounded_difference(Parts x, Parts y) {
+    const doubles sum = x.high - y.high, part = sum - x.high;
+    const doubles excess = ((sum - part) - x.high) + (y.high + part);
+    return Parts{sum, excess + (x.low - y.low)};
+}
+
+// The product, or that with the conjugate.
+template <bool conjugate>
 inline Two<doubles> complex_product(doubles a, doubles b, doubles c, doubles d) {
-    return rounded_with_zero(product_parts(a, b, c, d));
+    const Parts as = split_by_bits(a), bs = split_by_bits(b), cs = split_by_bits(c),
+                ds = split_by_bits(d);
+    const Parts ac = rounded_product(a, as, c, cs), bd = rounded_product(b, bs, d, ds);
+    const Parts re = conjugate ? rounded_sum(ac, bd) : rounded_difference(ac, bd);
+    const Parts ad = rounded_product(a, as, d, ds), bc = rounded_product(b, bs, c, cs);
+    const Parts im = conjugate ? rounded_difference(bc, ad) : rounded_sum(ad, bc);
+    return {re.high - re.low, im.high - im.low};
 }
 
 // (a + ib) / (c + id) as unevaluated sums, from the product with the conjugate.
@@ -79,12 +115,14 @@ template <class V> inline BitsOf<V> one_infinite(V re, V im) {
     return mask(absolute(re) == infinity) | mask(absolute(im) == infinity);
 }
 
+// Masks where none of them is NaN.
+template <class... V> inline auto no_nan(V... x) { return (... & mask(x == x)); }
+
 // Results of arguments of which one is NaN, the first one of these: it is no matter of the order of
 // operations which.
 template <class V> inline Two<V> with_nan(const Two<V>& r, V a, V b, V c, V d) {
-    const auto none = [](V x) { return mask(x == x); };
-    if (!any_lane(~(none(a) & none(b) & none(c) & none(d)))) return r;
-    const auto or_else = [&](V x, V other) { return select(none(x), other, x + x); };
+    if (all_lanes(no_nan(a, b, c, d))) return r;
+    const auto or_else = [&](V x, V other) { return select(no_nan(x), other, x + x); };
     const auto all_of = [&](V x) { return or_else(a, or_else(b, or_else(c, or_else(d, x)))); };
     return {all_of(r.first), all_of(r.second)};
 }

@@ -238,9 +238,10 @@ struct OuterPower {
     }
 };
 
-// A number of no sign with that of x.
+// A number with the sign of x. In vector registers: of halves in others a 32-bit processor would
+// make a double by way of memory, and wait.
 KEF_INLINE double signed_like(double magnitude, double x) {
-    return from_bits(to_bits(magnitude) | (to_bits(x) & (UINT64_C(1) << 63)));
+    return __builtin_copysign(magnitude, x);
 }
 
 // An argument of one element: a zero where subnormal numbers count as zeros.

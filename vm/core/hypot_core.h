@@ -89,10 +89,11 @@ template <class T, class Accuracy> struct HypotFormula {
         a = absolute(a), b = absolute(b);
         const V larger = maximum(a, b), smaller = minimum(a, b);
         if constexpr (is_single) {
-            const V r =
-                fast(maximum(larger, all(Range::least)), maximum(smaller, all(Range::least)));
             const ints wide =
                 (larger >= Range::end) | ((larger < Range::counts) & (smaller < Range::least));
+            if (all_lanes(wide)) return wide_hypot(a, b);
+            const V r =
+                fast(maximum(larger, all(Range::least)), maximum(smaller, all(Range::least)));
             return any_lane(wide) ? select(wide, wide_hypot(a, b), r) : r;
         } else {
             const longs large = larger >= Range::end;
