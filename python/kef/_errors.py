@@ -6,7 +6,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-from ._library import prototype, status_text
+from ._library import answers, prototype, status_text
 from ._tables import VM_STATUS
 
 CALLBACK_MODE, IGNORE_MODE, ERROR_MODES = 0x1000, 0x100, 0xFF00
@@ -54,6 +54,8 @@ class _Record(ctypes.Structure):
 
 _Callback = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.POINTER(_Record))
 _set_callback = prototype("_vtmSetErrorCallBack", ctypes.c_void_p, result=ctypes.c_void_p)
+_get_callback = prototype("_vtmGetErrorCallBack", result=ctypes.c_void_p)
+_get_mode = prototype("_vtmGetMode", result=ctypes.c_uint32)
 _clear_callback = prototype("_vtmClearErrorCallBack", result=ctypes.c_void_p)
 _set_mode = prototype("_vtmSetMode", ctypes.c_uint32, result=ctypes.c_uint32)
 
@@ -113,22 +115,21 @@ class Handler:
             record.result[i], record.result_imag[i] = part.real, part.imag
         return 0
 
+    def _fail(self, problem):
+        self.problem = problem
+        _clear_callback()
+        return 1
+
     def run(self, kernel, n, numbers=()):
         """The kernel over the arrays, which are contiguous and of n elements."""
-        @_Callback
-        def callback(record):
-            try:
-                return self._meet(record.contents)
-            except BaseException as problem:  # nothing may leave a callback
-                self.problem = problem
-                _clear_callback()
-                return 1
+        callback = _Callback(answers(lambda record: self._meet(record.contents), self._fail))
+
         def places(arrays):
             return [ctypes.c_void_p(array.__array_interface__["data"][0] + self.offset * array.itemsize)
                     for array in arrays]
-        before = _set_callback(callback)
-        mode = _set_mode(CALLBACK_MODE)
+        before, mode = _get_callback(), _get_mode()
         try:
+            _set_mode(CALLBACK_MODE)
             for self.offset in range(0, n, BLOCK):
                 _set_callback(callback)
                 kernel(ctypes.c_int32(min(BLOCK, n - self.offset)), *places(self.arguments), *numbers,
@@ -136,8 +137,10 @@ class Handler:
                 if self.problem is not None:
                     break
         finally:
-            _set_callback(before)
-            _set_mode(mode if mode & ERROR_MODES else mode | IGNORE_MODE)
+            try:
+                _set_callback(before)
+            finally:  # also where an interrupt comes just here
+                _set_mode(mode if mode & ERROR_MODES else mode | IGNORE_MODE)
         if self.problem is not None:
             raise self.problem
 

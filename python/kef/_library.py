@@ -60,6 +60,24 @@ def freed_with(owner, free, *what):
     weakref.finalize(owner, free, *what).atexit = False
 
 
+def answers(answer, fail):
+    """A callback of one argument which nothing leaves: it gives answer(argument), or fail(problem) where that
+    raises. An interrupt is raised on entry to the code that a callback runs: here that is inside of `try`."""
+    def run():
+        result = None
+        while True:
+            try:
+                while True:
+                    result = answer((yield result))
+            except GeneratorExit:
+                return
+            except BaseException as problem:
+                result = fail(problem)
+    running = run()
+    next(running)
+    return running.send
+
+
 def integer(value, name):
     """An argument that is an integer of any type."""
     try:

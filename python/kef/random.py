@@ -28,7 +28,7 @@ import weakref
 import numpy as np
 
 from ._laws import LAWS, METHODS
-from ._library import address, freed_with, integer, library, prototype, short, status_text
+from ._library import address, answers, freed_with, integer, library, prototype, short, status_text
 from ._tables import DRAWS, GENERATORS, RNG_STATUS
 
 _WORDS = 256
@@ -622,7 +622,7 @@ SOBOL = type("SOBOL", (_Quasi,), {"__doc__": _Quasi.__doc__, "__module__": __nam
 NIEDERR = type("NIEDERR", (_Quasi,), {"__doc__": _Quasi.__doc__, "__module__": __name__, "_name": "NIEDERR",
                                       "_most": 318})
 
-_Refill = ctypes.CFUNCTYPE(_i32, _pointer, _pointer, _i32, _i32)
+_Refill = ctypes.CFUNCTYPE(_i32, _pointer)  # of the four arguments none is needed
 _new_abstract = prototype("__vtsdNewAbstractStream", _pointer, _i32, _pointer, ctypes.c_double, ctypes.c_double, _Refill)
 
 
@@ -667,7 +667,7 @@ class Numbers(Stream):
         self._drawing = False
         # The callback must not keep the stream alive, or it would never be freed.
         this = weakref.ref(self)
-        self._callback = _Refill(lambda stream, buffer, length, wanted: this()._refilled())
+        self._callback = _Refill(answers(lambda stream: this()._refilled(), lambda problem: this()._failed(problem)))
         stream = _pointer()
         _check(_new_abstract(ctypes.addressof(stream), length, address(self._buffer), low, high, self._callback),
                "Numbers")
@@ -687,14 +687,15 @@ class Numbers(Stream):
         self._asking = threading.get_ident()
         try:
             return self._ask(self._buffer)
-        except BaseException as problem:
-            if self._drawing:
-                self._problem = problem
-            else:
-                traceback.print_exc()  # a Generator asked, which nothing can be told
-            return 0
         finally:
             self._asking = None
+
+    def _failed(self, problem):
+        if self._drawing:
+            self._problem = problem
+        else:
+            traceback.print_exception(type(problem), problem, problem.__traceback__)  # a Generator asked, which nothing can be told
+        return 0
 
     def _fill(self, *arguments):
         if self._asking == threading.get_ident():

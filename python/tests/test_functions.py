@@ -1,6 +1,7 @@
 """Functions of arrays: values, types, shapes, errors."""
 
 import pickle
+import signal
 import threading
 import warnings
 
@@ -8,7 +9,7 @@ import numpy as np
 import pytest
 
 import kef
-from kef import _tables, _ufunc
+from kef import _tables, _ufunc, random
 
 RNG = np.random.default_rng(1)
 
@@ -217,7 +218,30 @@ def test_errors_name_the_element():
     result = kef.ln([-1.0, 0.0, -2.0], errors=lambda e: float(kef.sqrt(-4.0, errors=lambda f: inner.append(f) or 8.0)))
     assert result.tolist() == [8, 8, 8] and [f.function for f in inner] == ["sqrt"] * 3
     # The thread's own mode and callback are back.
-    assert kef._library.library._vtmGetErrorCallBack() == 0 and kef._library.library._vtmGetMode() == 0x1A02
+    assert not kef._library.library._vtmGetErrorCallBack() and kef._library.library._vtmGetMode() == 0x1A02
+
+
+@pytest.mark.skipif(not hasattr(signal, "setitimer"), reason="the system has no timers")
+def test_an_interrupt_leaves_a_callback(capfd):
+    """Wherever it comes: in the library, on entry to the callback or within it."""
+    class Stop(BaseException):
+        pass
+
+    def stop(*arguments):
+        raise Stop
+    numbers = random.Numbers(lambda n: np.full(1, 0.5), length=1)
+    before = signal.signal(signal.SIGALRM, stop)
+    try:
+        for call in (lambda: kef.ln(np.full(10**6, -1.0), errors=lambda error: 0.0), lambda: numbers.uniform(10**6)):
+            for i in range(20):
+                signal.setitimer(signal.ITIMER_REAL, 0.01 + i * 1e-4)
+                with pytest.raises(Stop):
+                    call()
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    assert "ignored" not in capfd.readouterr().err
+    assert kef.ln([-1.0, 1.0], errors=lambda error: 7.0).tolist() == [7.0, 0.0] and numbers.uniform() == 0.5
 
 
 def test_pack_and_unpack():
