@@ -92,6 +92,7 @@ public:
         const std::size_t step = x.result_parts;
         for (int i = 0; i < x.size(); ++i) {
             Element value(row_, results_, x.point(i), scalars);
+            if (!value.within_reach()) continue;
             if (++elements_ % check_every_ == 0)
                 for (int j = 0; j < results_; ++j) check_screen(value, j);
             for (std::size_t k = 0; k < kernels.size(); ++k) {
@@ -156,6 +157,8 @@ private:
                 std::max({reference::fabs(about[j]), floor, wide(std::numeric_limits<T>::min())});
             return static_cast<double>(norm / size) * condition;
         }
+        // Whether the references hold: of powers up to there, and of those of 0.
+        bool within_reach() const { return !(condition >= 0x1p40) || (at[0] == 0 && at[1] == 0); }
         // What the error of the norm is divided by.
         double scale() const { return std::max(1.0, condition * 0x1p-10); }
 

@@ -191,6 +191,28 @@ TEST(Complex, ProductsAndQuotients) {
     });
 }
 
+// Of positive numbers to real powers: no imaginary part, and HA beside the real function.
+template <class T> void expect_real_powers() {
+    std::mt19937_64 random(2);
+    constexpr int n = 1000;
+    std::vector<T> x = numbers<T>(random, n, 3, false), y = numbers<T>(random, n, 3, false);
+    std::vector<T> a(2 * n), b(2 * n), got(2 * n), wanted(n);
+    for (int i = 0; i < n; ++i) a[2 * i] = x[i] = std::fabs(x[i]), b[2 * i] = y[i];
+    call<T>(real_letter<T>, "Pow", 1, {n, x.data(), y.data(), nullptr, wanted.data(), nullptr});
+    for (const int slot : slots) {
+        call<T>(letter<T>, "Pow", slot, {n, a.data(), b.data(), nullptr, got.data(), nullptr});
+        for (int i = 0; i < n; ++i) {
+            EXPECT_EQ(got[2 * i + 1], 0) << slot << ' ' << x[i] << ' ' << y[i];
+            if (slot == 1)
+                EXPECT_NEAR(got[2 * i], wanted[i], std::numeric_limits<T>::epsilon() * wanted[i]);
+        }
+    }
+}
+TEST(Complex, RealPowers) {
+    expect_real_powers<float>();
+    expect_real_powers<double>();
+}
+
 std::vector<kef_vtm_error_record> records;
 int replace_both_parts(kef_vtm_error_record* record) {
     records.push_back(*record);
