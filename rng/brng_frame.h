@@ -7,8 +7,7 @@
 //                                              computes in Map::Arithmetic
 // and, where the mathematics allows it,
 //   leapfrog(stream, State&, k, count), skip(stream, State&, k)   status
-//   drawn                              up to that many numbers are drawn faster than skipped
-//   few, step_over(State&, k, sub)     up to `few` are passed by this, faster than drawn
+//   few, step_over(State&, k [, sub])  up to `few` are passed by this, faster than drawn
 // KEF_GENERATOR(Name, G) makes its four registry routines and checks the size of State.
 #pragma once
 
@@ -28,29 +27,15 @@ inline std::int32_t sub_generator(const kef_stream* stream) {
 // The seed of a request without words.
 inline constexpr std::uint32_t default_seed[1] = {1};
 
-// k numbers that nobody wants.
-template <class G>
-std::int32_t draw_away(typename G::State& state, std::uint64_t k, std::int32_t sub) {
-    constexpr std::uint64_t block = 1024 / sizeof(typename G::Word);
-    alignas(16) typename G::Word unwanted[block];
-    std::int32_t status = VTS_STATUS_OK;
-    while (k > 0 && status >= 0) {
-        const std::uint64_t n = std::min(k, block);
-        status = G::words(state, unwanted, static_cast<std::int32_t>(n), sub);
-        k -= n;
-    }
-    return status;
-}
-
 template <class G>
 std::int32_t skip(kef_stream* stream, typename G::State& state, std::uint64_t k) {
     if constexpr (requires { G::few; })
         if (k <= G::few) {
-            G::step_over(state, static_cast<std::int32_t>(k), sub_generator(stream));
+            const auto count = static_cast<std::int32_t>(k);
+            if constexpr (requires { G::step_over(state, count); }) G::step_over(state, count);
+            else G::step_over(state, count, sub_generator(stream));
             return VTS_STATUS_OK;
         }
-    if constexpr (requires { G::drawn; })
-        if (k <= G::drawn) return draw_away<G>(state, k, sub_generator(stream));
     return G::skip(stream, state, k);
 }
 

@@ -36,8 +36,8 @@ TEST(RngJumps, SkipEqualsSteps) {
             SCOPED_TRACE(std::to_string(g.brng) + " from " + std::to_string(start));
             const Stream stream = make_stream(g.brng, g.seed);
             draw_raw(stream, start);
-            for (const int count : {0, 1, 3, 7, 8, 9, 21, 22, 100, 216, 217, 624, 1000, 1001, 19936,
-                                    19937, 19968, 50000})
+            for (const int count : {0,   1,   3,   7,   8,    9,    17,    21,    22,    33,   65,
+                                    100, 216, 217, 624, 1000, 1001, 19936, 19937, 19968, 50000})
                 EXPECT_EQ(after_skip(stream, count, 700), [&] {
                     const Stream walked = copy_of(stream);
                     draw_raw(walked, count);

@@ -32,7 +32,7 @@ struct Mcg31m1 {
     }
 
     static constexpr std::uint64_t few = 4;
-    static void step_over(State& s, std::int32_t k, std::int32_t) {
+    static void step_over(State& s, std::int32_t k) {
         for (; k > 0; --k) s.x = multiply31(s.x, s.a);
     }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {

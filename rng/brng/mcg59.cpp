@@ -34,8 +34,8 @@ struct Mcg59 {
         return VTS_STATUS_OK;
     }
 
-    static constexpr std::uint64_t few = 4;
-    static void step_over(State& s, std::int32_t k, std::int32_t) {
+    static constexpr std::uint64_t few = 7;
+    static void step_over(State& s, std::int32_t k) {
         for (; k > 0; --k) s.x = multiply59(s.x, s.a);
     }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {

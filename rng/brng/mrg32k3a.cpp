@@ -67,8 +67,9 @@ struct Mrg32k3a {
         return VTS_STATUS_OK;
     }
 
-    static constexpr std::uint64_t few = 6, drawn = 1000;
-    static void step_over(State& s, std::int32_t k, std::int32_t) {
+    static constexpr std::int32_t newest = std::max(lanes, 4);  // whole vectors with the last three
+    static constexpr std::uint64_t few = newest - 1;
+    static void step_over(State& s, std::int32_t k) {
         for (; k > 0; --k)
             for (int c = 0; c < 2; ++c) {
                 std::uint32_t* x = s.x[c];
@@ -85,7 +86,26 @@ struct Mrg32k3a {
                 x[0] = static_cast<std::uint32_t>(next >= m[c] ? next - m[c] : next);
             }
     }
+    // newest <= k <= pass: the state is the last three numbers.
+    static void pass_over(State& s, std::int32_t k) {
+        for (int c = 0; c < 2; ++c) {
+            ulongs old[3];
+            for (int i = 0; i < 3; ++i) old[i] = vm::filled<ulongs>(s.x[c][i]);
+            std::uint64_t y[newest];
+            for (std::int32_t j = 0; j < newest; j += lanes)
+                vm::store(y + j, component(old, c, k - newest + j));
+            for (int i = 0; i < 3; ++i) s.x[c][i] = static_cast<std::uint32_t>(y[newest - 1 - i]);
+        }
+    }
     static std::int32_t skip(kef_stream*, State& s, std::uint64_t k) {
+        if (k <= 4000) {  // faster by passes
+            for (auto left = static_cast<std::int32_t>(k); left > 0;) {
+                const std::int32_t taken = left > pass ? std::min(pass, left - newest) : left;
+                pass_over(s, taken);
+                left -= taken;
+            }
+            return VTS_STATUS_OK;
+        }
         for (int c = 0; c < 2; ++c)
             __vtsiVect3PowMod(s.x[c], row[c], m[c], static_cast<std::uint32_t>(k),
                               static_cast<std::uint32_t>(k >> 32));
