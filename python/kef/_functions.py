@@ -5,7 +5,7 @@ import ctypes
 import numpy as np
 
 from ._errors import Handler
-from ._library import address, integer, library, refuse_masked, unmasked
+from ._library import address, contiguous, integer, library, refuse_masked, unmasked
 from ._tables import FUNCTIONS
 from ._ufunc import DTYPES, LOOP_SHAPES, SUFFIXES, entry, make_ufunc, operands
 from ._words import NUMPY_NAMES, docstring
@@ -98,7 +98,7 @@ def with_errors(function, values, scalars, out, where, accuracy, errors):
     arguments, results = operands(FUNCTIONS[function][letter], letter)
     *arrays, mask = np.broadcast_arrays(*values, where)
     shape, chosen = mask.shape, None if where is True else np.flatnonzero(mask)
-    arrays = [np.ascontiguousarray(array.ravel() if chosen is None else array.ravel()[chosen], dtype)
+    arrays = [contiguous(array.ravel() if chosen is None else array.ravel()[chosen], dtype)
               for array, dtype in zip(arrays, arguments)]
     n = arrays[0].size
     made = [np.empty(n, dtype) for dtype in results]
@@ -198,7 +198,7 @@ def _places(array, step, index, mask, name):
         index = np.asarray(index)
         if index.dtype.kind not in "iu" and index.size:
             raise TypeError(f"index: dtype {index.dtype} is not one of integers")
-        index = np.ascontiguousarray(index, np.int64).ravel()
+        index = contiguous(index, np.int64).ravel()
         if index.size and not (0 <= index.min() and index.max() < n):
             raise IndexError(f"index: a place outside 0 .. {n - 1} of {name}")
         return "V", index.size, index
@@ -207,7 +207,7 @@ def _places(array, step, index, mask, name):
         raise TypeError(f"mask: dtype {mask.dtype} is not one of numbers")
     if mask.size != n:
         raise ValueError(f"mask: it has {mask.size} elements, {name} has {n}")
-    mask = np.ascontiguousarray(mask.ravel() != 0, np.int64)
+    mask = contiguous(mask.ravel() != 0, np.int64)
     return "M", int(mask.sum()), mask
 
 
@@ -219,7 +219,7 @@ def _move(function, letter, n, *arguments):
 
 
 def _movable(array, name):
-    array = np.ascontiguousarray(promoted(unmasked(array, name), name)).ravel()
+    array = contiguous(promoted(unmasked(array, name), name)).ravel()
     return array.astype(array.dtype.newbyteorder("="), copy=False)
 
 
@@ -232,14 +232,14 @@ def pack(x, *, step=None, index=None, mask=None):
 
 
 def unpack(values, out, *, step=None, index=None, mask=None):
-    if not isinstance(out, np.ndarray) or out.dtype not in _NATIVE or not out.flags.c_contiguous:
-        raise TypeError("out: a contiguous array of float32, float64, complex64 or complex128 is needed")
+    if not isinstance(out, np.ndarray) or out.dtype not in _NATIVE or not out.flags.c_contiguous or not out.flags.aligned:
+        raise TypeError("out: a contiguous, aligned array of float32, float64, complex64 or complex128 is needed")
     if not out.flags.writeable:
         raise ValueError("out: the array is read-only")
     kind, n, places = _places(out, step, index, mask, "out")
     if kind == "V" and np.may_share_memory(places, out):  # who writes over indices reads others
         places = places.copy()
-    values = np.ascontiguousarray(promoted(unmasked(values, "values"), "values"))
+    values = contiguous(promoted(unmasked(values, "values"), "values"))
     if not np.can_cast(values.dtype, out.dtype, "same_kind"):
         raise TypeError(f"values: {values.dtype} does not go into {out.dtype}")
     values = values.astype(out.dtype).ravel()

@@ -98,6 +98,16 @@ def unmasked(value, name):
     return np.asarray(value)
 
 
+def aligned(array):
+    """An array as it is, or a copy where its numbers stand at odd addresses (`numpy.frombuffer` at an offset)."""
+    return array if array.flags.aligned else array.copy(order="K")
+
+
+def contiguous(array, dtype=None):
+    """An array as the library reads it."""
+    return aligned(np.ascontiguousarray(array, dtype))
+
+
 def address(array):
     """Where an array's data begins, as an argument of a call."""
     return ctypes.c_void_p(array.__array_interface__["data"][0])

@@ -16,7 +16,7 @@ import operator
 
 import numpy as np
 
-from ._library import address, freed_with, integer, prototype, status_text, unmasked
+from ._library import address, contiguous, freed_with, integer, prototype, status_text, unmasked
 from ._tables import FIT
 
 _pointer, _i32, _i64 = ctypes.c_void_p, ctypes.c_int32, ctypes.c_int64
@@ -123,7 +123,7 @@ class PPoly:
         if not -len(trailing) - 1 <= axis <= len(trailing):
             raise ValueError(f"axis: {axis} is none of {len(trailing) + 1} axes")
         self.axis = axis % (len(trailing) + 1)
-        self._trailing, self._rows = tuple(trailing), np.ascontiguousarray(rows)
+        self._trailing, self._rows = tuple(trailing), contiguous(rows)
         self._order, self._x = rows.shape[-1], x
         self._start()
 
@@ -173,7 +173,7 @@ class PPoly:
         x = unmasked(x, name)
         if x.dtype.kind not in "biuf" or x.dtype.itemsize > 8:
             raise TypeError(f"{name}: dtype {x.dtype} is none of float32, float64 and the integers")
-        sites = np.ascontiguousarray(x, self._rows.dtype).ravel()
+        sites = contiguous(x, self._rows.dtype).ravel()
         first, last = self._x[0], self._x[-1]
         if extrapolate == "periodic":
             sites = first + (sites - first) % (last - first)
@@ -326,7 +326,7 @@ class _Spline(PPoly):
                 raise ValueError(f"{name}: {array.shape[axis]} values along the axis for {len(x)} breakpoints")
             if not np.isfinite(array).all():
                 raise ValueError(f"{name}: a number is not finite")
-            return np.ascontiguousarray(np.moveaxis(array, axis, -1), dtype).reshape(-1, len(x))
+            return contiguous(np.moveaxis(array, axis, -1), dtype).reshape(-1, len(x))
         values = rows_of(y, "y")
         rows = np.empty((len(values), len(x) - 1, order), dtype)
         letter = "d" if dtype.itemsize == 8 else "s"

@@ -28,7 +28,7 @@ import weakref
 import numpy as np
 
 from ._laws import LAWS, METHODS
-from ._library import address, answers, freed_with, integer, library, prototype, short, status_text
+from ._library import address, answers, contiguous, freed_with, integer, library, prototype, short, status_text
 from ._tables import DRAWS, GENERATORS, RNG_STATUS
 
 _WORDS = 256
@@ -126,7 +126,7 @@ class Stream(np.random.BitGenerator):
         words = np.asarray(words)
         if words.size and (words.dtype.kind not in "iu" or words.min() < 0 or words.max() >= 2**32):
             raise ValueError("words: they are not integers of 32 bits")
-        words = np.ascontiguousarray(words, np.uint32).ravel()
+        words = contiguous(words, np.uint32).ravel()
         stream = _pointer()
         _check(_new(ctypes.addressof(stream), GENERATORS[self._name] + member, words.size, address(words)),
                self._name)
@@ -379,7 +379,7 @@ class Stream(np.random.BitGenerator):
         (2, 2)
         """
         letter, dtype = _real(dtype)
-        mean = np.ascontiguousarray(mean, dtype)
+        mean = contiguous(mean, dtype)
         if mean.ndim != 1 or not mean.size or not np.isfinite(mean).all():
             raise ValueError("mean: a vector of finite numbers is needed")
         if covariance is not None and factor is not None:
@@ -393,7 +393,7 @@ class Stream(np.random.BitGenerator):
             except np.linalg.LinAlgError:
                 raise ValueError("covariance: it is not positive definite") from None
         factor = np.eye(mean.size) if factor is None else factor
-        factor = np.ascontiguousarray(factor, dtype)
+        factor = contiguous(factor, dtype)
         if factor.shape != (mean.size, mean.size) or not np.isfinite(np.tril(factor)).all():
             raise ValueError(f"factor: a finite matrix of {mean.size} by {mean.size} is needed")
         out = _new_array(size, dtype, (mean.size,))
@@ -439,8 +439,8 @@ def _method(law, method):
 def _given(out, size, dtype):
     if not isinstance(out, np.ndarray) or out.dtype != dtype or not out.dtype.isnative:
         raise TypeError(f"out: an array of {dtype} is needed")
-    if not out.flags.c_contiguous:
-        raise ValueError("out: the array is not contiguous")
+    if not out.flags.c_contiguous or not out.flags.aligned:
+        raise ValueError("out: the array is not contiguous, or not aligned")
     if not out.flags.writeable:
         raise ValueError("out: the array is read-only")
     if size is not None and _shape(size) != out.shape:
@@ -472,12 +472,12 @@ def _law_method(name, law):
         letter = next(letter for letter, kind in letters.items() if kind == dtype)
         function, arguments = law.function, []
         if name == "poisson" and np.ndim(given.get("mean", 0)):
-            means = np.ascontiguousarray(given["mean"], np.float64)
+            means = contiguous(given["mean"], np.float64)
             if not (np.isfinite(means).all() and (means >= 0).all()):
                 raise ValueError("mean: a number is negative or not finite")
             if size is None:
                 size = means.shape
-            means = np.ascontiguousarray(np.broadcast_to(means, _shape(size)))
+            means = contiguous(np.broadcast_to(means, _shape(size)))
             function, arguments = "PoissonV", [address(means)]
         else:
             for (parameter, _, check), (kind, _) in zip(law.parameters, DRAWS[law.function][letter]):

@@ -21,7 +21,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-from ._library import freed_with, integer, prototype, status_text, unmasked
+from ._library import aligned, contiguous, freed_with, integer, prototype, status_text, unmasked
 from ._tables import ESTIMATES, PARAMETERS, STATS_METHODS, STATS_STATUS
 
 _ROWS, _COLUMNS = 0x10000, 0x20000
@@ -73,7 +73,7 @@ class _Task:
         for name, value in arrays.items():
             kind, number = PARAMETERS[name]
             dtype = np.int64 if kind == "integer" else self.dtype
-            array = np.ascontiguousarray(value, dtype)
+            array = contiguous(value, dtype)
             self.arrays[name] = array
             _check(self._edit[kind](self._task, number, array.__array_interface__["data"][0]), name)
 
@@ -128,8 +128,7 @@ def _data(x, dtype=None, name="x"):
     n, p = (len(x), 1) if one else x.shape
     if not one and p == 0:
         raise ValueError(f"{name}: it has no variables")
-    if p == 1 or not x.flags.f_contiguous:
-        x = np.ascontiguousarray(x)
+    x = contiguous(x) if p == 1 or not x.flags.f_contiguous else aligned(x)
     return _Data(x, n, p, _COLUMNS if x.flags.c_contiguous and p > 1 else _ROWS, one)
 
 
@@ -146,7 +145,7 @@ def _numbers(values, name, shape, dtype=np.float64):
         raise TypeError(f"{name}: dtype {array.dtype} is not one of real numbers")
     if array.shape != shape:
         raise ValueError(f"{name}: its shape is {array.shape}, not {shape}")
-    return np.ascontiguousarray(array, dtype)
+    return contiguous(array, dtype)
 
 
 def _task_of(data):
@@ -300,7 +299,7 @@ class Statistics:
         if self._pending is not None:
             self._feed(self._pending, 0)
         if data.n > 1:
-            self._feed(np.ascontiguousarray(data.x[:-1]), 0)
+            self._feed(contiguous(data.x[:-1]), 0)
         self._pending = np.array(data.x[-1:])
 
     def _feed(self, x, orders):

@@ -2,7 +2,20 @@ import os
 import subprocess
 import sys
 
+import numpy as np
 import pytest
+
+
+@pytest.fixture
+def unaligned():
+    """Gives a copy of an array whose numbers stand at odd addresses."""
+    def copied(array):
+        array = np.asarray(array)
+        made = np.zeros(array.nbytes + 1, np.uint8)[1:].view(array.dtype).reshape(array.shape)
+        made[...] = array
+        assert not made.flags.aligned
+        return made
+    return copied
 
 
 @pytest.fixture

@@ -121,6 +121,20 @@ def test_shapes_strides_orders_and_types():
     assert kef.arg(-1.0 + 0j) == np.pi and kef.conj([1j])[0] == -1j
 
 
+def test_numbers_at_odd_addresses(unaligned):
+    """The library is never given one: sanitizers would tell."""
+    x = np.arange(1.0, 40.0)
+    for call in (kef.exp, lambda x: kef.exp(x, errors="raise"), lambda x: kef.pack(x, step=2), lambda x: kef.powx(x, 2.0),
+                 lambda x: kef.pack(x, index=unaligned(np.arange(9))), lambda x: kef.add(x, x, out=unaligned(x))):
+        np.testing.assert_array_equal(call(unaligned(x)), call(x))
+    with pytest.raises(TypeError, match="out"):
+        kef.unpack([1.0], unaligned(x), index=[0])
+    stream = random.MT19937(1)
+    with pytest.raises(ValueError, match="out"):
+        stream.normal(out=unaligned(x))
+    assert stream.poisson(mean=unaligned(x)).shape == x.shape
+
+
 def test_out_and_where():
     x, out = np.array([1.0, -1.0, 4.0]), np.full(3, 9.0)
     assert kef.sqrt(x, out, where=x > 0) is out

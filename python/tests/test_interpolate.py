@@ -98,6 +98,14 @@ def test_search_single_precision_and_scalars():
     np.testing.assert_array_equal(spline(SITES.astype(">f8")), spline(SITES))
 
 
+def test_numbers_at_odd_addresses(unaligned):
+    y = Y[0, :, 0]
+    spline, other = interpolate.CubicSpline(X, y), interpolate.CubicSpline(unaligned(X), unaligned(y))
+    for call in (lambda s, x: s(x), lambda s, x: s.integrate(x, x[::-1]), lambda s, x: s.search(x)):
+        np.testing.assert_array_equal(call(other, unaligned(SITES)), call(spline, SITES))
+    close(interpolate.PPoly(unaligned(spline.c), unaligned(X))(SITES), spline(SITES))
+
+
 def test_a_damaged_state_is_refused():
     spline = interpolate.CubicSpline(X, Y[0])
     spline.note = "kept"

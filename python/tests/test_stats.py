@@ -89,6 +89,16 @@ def test_a_damaged_state_is_refused():
     close(other.covariance, s.covariance)
 
 
+def test_numbers_at_odd_addresses(unaligned):
+    for x in (unaligned(X), unaligned(X.T).T, unaligned(X[:, 0]), unaligned(X.astype("f"))):
+        s = stats.Statistics(["mean", "covariance", "minimum"], quantiles=[0.5])
+        s.update(x, unaligned(W))
+        close(s.mean, expected(X, W)["mean"] if x.ndim == 2 else expected(X[:, :1], W)["mean"][0], 1e-5)
+        np.testing.assert_array_equal(stats.quantiles(x, 0.5), stats.quantiles(x.copy(), 0.5))
+    np.testing.assert_array_equal(stats.mahalanobis_distance(X, np.zeros(3), unaligned(np.eye(3))),
+                                  stats.mahalanobis_distance(X, np.zeros(3), np.eye(3)))
+
+
 def test_weights_that_come_and_go():
     s = stats.Statistics(["mean", "variance"])
     s.update(X[:10], W[:10])
