@@ -1,6 +1,6 @@
 // Arg: r = the angle of a in [-pi, pi], the kernel of Atan2; here with zeros, subnormal numbers,
 // infinities and NaN by vectors.
-#include "vm/core/atan2_core.h"
+#include "vm/core/atan2_single.h"
 #include "vm/core/complex_kernel.h"
 
 namespace kef::vm {
@@ -30,7 +30,19 @@ template <class T, class Accuracy> struct AngleOfPoint : Atan2Formula<T, Accurac
     }
 
 private:
-    static floats of_finite(floats y, floats x, ints) { return Base::far(y, x); }
+    // LA as Atan2, but of infinities and subnormal heights, which are for the edge there.
+    static floats of_finite(floats y, floats x, ints same) {
+        if constexpr (std::is_same_v<Accuracy, LA>) {
+            const floats height = absolute(y);
+            const ints plain =
+                same & (mask(height >= Format<float>::smallest_normal) | mask(height == 0.0f));
+            if (all_lanes(plain)) return angle_single(y, x);
+            if (!any_lane(plain)) return Base::far(y, x);
+            return select(plain, angle_single(y, x), Base::far(y, x));
+        } else {
+            return Base::far(y, x);
+        }
+    }
     // With zeros, subnormal numbers and infinities in every slot as accurate.
     static doubles of_finite(doubles y, doubles x, longs same) {
         const doubles size = maximum(absolute(y), absolute(x));
