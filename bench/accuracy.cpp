@@ -3,14 +3,16 @@
 //
 //   accuracy [function...] [--quick | --count N] [--peers] [--summary | --means] [--markdown]
 //   accuracy [function...] --search | --exhaustive | --rounding [--state DIR] [--markdown]
+//   accuracy [function...] --exhaustive --beside LIBRARY... [--state DIR] [--markdown]
 //
 // A function is named with or without its type: Exp, dExp; --real, --complex, --single and --double
 // leave out the others. --summary takes all intervals together, with the mean of the first; --means
 // leaves out the worst errors, which a sample does not tell. --search looks for the worst errors:
 // over every float where that is all, else by bench/search.h. --rounding tells for real functions
 // of one float whether HA is correctly rounded everywhere, and measures HA of complex functions
-// along both axes and on a grid of hard points. Ends with status 1 where a kernel misses its bound
-// or the 80-bit screen is worse than its row says.
+// along both axes and on a grid of hard points. --beside measures the members in those files as
+// well, and whether their HA kernels give the same bits. Ends with status 1 where a kernel misses
+// its bound, bits differ, or the 80-bit screen is worse than its row says.
 #include <cstdlib>
 
 #include "bench/exhaustive.h"
@@ -30,6 +32,7 @@ struct Options {
     bool search = false, means = false;
     std::uint64_t count = 1 << 22;  // arguments of an interval
     std::string state = ".";
+    std::vector<OtherMember> others;
 };
 
 // Bounds of a slot: the error in ulp, relative, and misrounded results.
@@ -204,13 +207,21 @@ private:
     }
 
     void exhaust(Table& table, const kef_test::Row& row, const reference::Reference& reference) {
-        const auto total = every_float(reference, row, options_.state, options_.rounding);
+        const auto total =
+            every_float(reference, row, options_.state, options_.rounding, options_.others);
         const std::string screen =
             (options_.rounding ? screening_peer(reference) : own_screen(reference)).name;
+        const Measured what = measured(row, options_.others);
         if (!options_.rounding) {
-            report<float>(table, row, reference, "every float", kernels<float>(row),
-                          total->tallies);
+            report<float>(table, row, reference, "every float", what.kernels, total->tallies);
             print(table);
+        }
+        for (std::size_t k = 0; k < what.twins.size(); ++k) {
+            if (total->differing[k] == 0 && options_.markdown) continue;
+            std::printf("%s, %s: %llu floats with other bits\n", row.name().c_str(),
+                        what.twins[k].name.c_str(),
+                        static_cast<unsigned long long>(total->differing[k]));
+            failed_ |= total->differing[k] > 0;
         }
         if (!total->screen_holds) {
             std::fprintf(stderr, "%s: %s misses the error that its row states\n",
@@ -218,7 +229,7 @@ private:
             failed_ = true;
         }
         check_screen(row, reference, total->screen_error);
-        if (options_.markdown || options_.search) return;
+        if (options_.markdown || options_.search || !options_.others.empty()) return;
         for (int j = 0; j < row.results; ++j) {
             const Tally<float>& tally = total->tallies[0][j];
             std::printf("%s HA, result %d: %llu of %llu misrounded", row.name().c_str(), j + 1,
@@ -305,6 +316,9 @@ int main(int argc, char** argv) {
         else if (word == "--count" && i + 1 < argc)
             options.count = std::strtoull(argv[++i], nullptr, 0);
         else if (word == "--state" && i + 1 < argc) options.state = argv[++i];
+        else if (word == "--beside" && i + 1 < argc &&
+                 options.others.size() + 1 < Exhaustive::max_members)
+            options.others.emplace_back(argv[++i]);
         else if (!options.selection.add(word)) return 2;
     }
     kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);

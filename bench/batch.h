@@ -81,12 +81,14 @@ std::function<void(Batch<T>&)> caller(const kef_test::Row& row, kef_test::Code c
     };
 }
 
-// The different kernels in the slots of a row; HA's first.
-template <class T> std::vector<Kernel<T>> kernels(const kef_test::Row& row) {
+// The different kernels in the slots of a row, or in those that another member has for it; HA's
+// first.
+template <class T>
+std::vector<Kernel<T>> kernels(const kef_test::Row& row, const kef_test::Code* slots = nullptr) {
     std::vector<Kernel<T>> result;
     std::vector<kef_test::Code> codes;
     for (const int slot : {1, 0, 2}) {
-        const kef_test::Code code = row.slots[slot];
+        const kef_test::Code code = (slots ? slots : row.slots)[slot];
         std::size_t k = 0;
         while (k < codes.size() && codes[k] != code) ++k;
         if (k < codes.size()) {

@@ -1,7 +1,9 @@
 // A one-argument single function over every float, on all processors, with a
-// progress line and a state file from which a run that was stopped goes on.
+// progress line and a state file from which a run that was stopped goes on. Other members
+// of the library can be measured with it, by one screen.
 #pragma once
 
+#include <algorithm>
 #include <bitset>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +15,7 @@
 #include <vector>
 
 #include "bench/meter.h"
+#include "bench/other_member.h"
 #include "bench/peers.h"
 #include "bench/saved_state.h"
 #include "bench/table.h"
@@ -28,10 +31,13 @@ struct Screen {
 };
 
 // The function of another library that is to decide: of those within 4 ulp everywhere the
-// least accurate, as the fastest. Without one our own LA kernel, within its bound.
-inline Screen own_screen(const reference::Reference& reference) {
+// least accurate, as the fastest. Without one our own LA kernel, within its bound: that of the
+// last of the other members, which has the widest vectors.
+inline Screen own_screen(const reference::Reference& reference,
+                         const std::vector<OtherMember>& others = {}) {
     const kef_test::Row& row = *kef_test::find_row("d" + std::string(reference.name));
-    return {"double LA", 4, caller<double>(row, row.slots[0])};  // 2^-50
+    const kef_test::Code* slots = others.empty() ? row.slots : others.back().slots(row);
+    return {"double LA", 4, caller<double>(row, slots[0])};  // 2^-50
 }
 inline Screen screening_peer(const reference::Reference& reference) {
     const Peer<double>* best = nullptr;
@@ -39,6 +45,21 @@ inline Screen screening_peer(const reference::Reference& reference) {
     for (const Peer<double>& peer : all)
         if (peer.everywhere && peer.ulps <= 4 && (!best || peer.ulps > best->ulps)) best = &peer;
     return best ? Screen{best->name, best->ulps, best->run} : own_screen(reference);
+}
+
+// What a run measures: the kernels of this member and, behind them, those of the others. Of the
+// others' HA kernels, the twins, it tells whether they give the bits of ours.
+struct Measured {
+    std::vector<Kernel<float>> kernels, twins;
+};
+inline Measured measured(const kef_test::Row& row, const std::vector<OtherMember>& others) {
+    Measured result{kernels<float>(row), {}};
+    for (const OtherMember& other : others)
+        for (Kernel<float>& kernel : kernels<float>(row, other.slots(row))) {
+            kernel.name += " of " + other.name();
+            (kernel.slot == 1 ? result.twins : result.kernels).push_back(std::move(kernel));
+        }
+    return result;
 }
 
 // Judges most floats by a double-precision function. The interval of its value and its
@@ -60,12 +81,19 @@ public:
     bool screen_holds() const { return screen_holds_; }
 
     // Judges one batch of `size` elements; appends the arguments left open, which are not counted.
-    void take(const std::vector<Kernel<float>>& kernels, Batch<float>& x,
-              Meter<float>::Tallies& tallies, std::vector<float>& open) {
+    void take(const Measured& measured, Batch<float>& x, Meter<float>::Tallies& tallies,
+              std::uint64_t* differing, std::vector<float>& open) {
+        const std::vector<Kernel<float>>& kernels = measured.kernels;
         got_.resize(kernels.size());
+        verdicts_.resize(kernels.size());
+        glances_.resize(kernels.size());
         for (std::size_t k = 0; k < kernels.size(); ++k) {
             kernels[k].run(x);
             got_[k] = x.result;
+        }
+        for (std::size_t k = 0; k < measured.twins.size(); ++k) {
+            measured.twins[k].run(x);
+            differing[k] += differences(x.result, got_[0]);
         }
         std::copy(x.a.begin(), x.a.end(), wide_.a.begin());
         screen_.run(wide_);
@@ -79,20 +107,22 @@ public:
         for (int j = 0; j < results; ++j)
             for (std::size_t k = 0; k < kernels.size(); ++k)
                 enter(x.a.data(), clear, tallies[k][j], glances_[k][j]);
-        for (int i = 0; i < size; ++i) {
+        for (int i = 0; clear < size && i < size; ++i) {
+            if (clear_[i] != 0) continue;
             bool decided = true;
-            if (clear_[i] == 0) {
-                for (int j = 0; j < results; ++j)
-                    for (std::size_t k = 0; k < kernels.size(); ++k)
-                        decided &=
-                            judge(i, j, x.a[i], got_[k][j][i], tallies[k][j], verdicts_[k][j]);
-                for (int j = 0; decided && j < results; ++j)
-                    for (std::size_t k = 0; k < kernels.size(); ++k)
-                        enter(x.a[i], tallies[k][j], verdicts_[k][j]);
-            }
-            if (!decided) open.push_back(x.a[i]);
-            else if (elements_++ % check_every == 0) check(x.a[i], i, results);
+            for (int j = 0; j < results; ++j)
+                for (std::size_t k = 0; k < kernels.size(); ++k)
+                    decided &= judge(i, j, x.a[i], got_[k][j][i], tallies[k][j], verdicts_[k][j]);
+            for (int j = 0; decided && j < results; ++j)
+                for (std::size_t k = 0; k < kernels.size(); ++k)
+                    enter(x.a[i], tallies[k][j], verdicts_[k][j]);
+            if (decided) clear_[i] = 1;
+            else open.push_back(x.a[i]);
         }
+        // One element of every so many batches, each time in another place.
+        if (++batches_ % (check_every / size) != 0) return;
+        const int i = static_cast<int>(batches_ / (check_every / size) * 397 % size);
+        if (clear_[i] != 0) check(x.a[i], i, results);
     }
 
 private:
@@ -109,6 +139,20 @@ private:
         double ulps;
     };
 
+    // How many elements have other bits in one of the results.
+    using Results = std::array<std::vector<float>, 2>;
+    static int differences(const Results& x, const Results& y) {
+        const auto bits_differ = [](const float* p, const float* q) {
+            return std::memcmp(p, q, sizeof *p) != 0;
+        };
+        int count = 0;
+        if (std::memcmp(x[0].data(), y[0].data(), size * sizeof(float)) != 0 ||
+            std::memcmp(x[1].data(), y[1].data(), size * sizeof(float)) != 0)
+            for (int i = 0; i < size; ++i)
+                count += bits_differ(&x[0][i], &y[0][i]) || bits_differ(&x[1][i], &y[1][i]);
+        return count;
+    }
+
     // The sum of f(0 .. size - 1), in eight chains.
     template <class F> static double sum(F f) {
         double chain[8] = {};
@@ -121,10 +165,9 @@ private:
 
     // The ordinary cases of `judge`, four at a time: finite numbers below the largest float, and
     // right NaN and infinities. The others become doubtful.
-    [[gnu::target_clones("avx2", "default")]] void glance(const float* x, const double* screen,
-                                                          const float* got,
-                                                          const Tally<float>& tally,
-                                                          Glance& result) {
+    [[gnu::target_clones("arch=x86-64-v4", "avx2", "default")]] void glance(
+        const float* x, const double* screen, const float* got, const Tally<float>& tally,
+        Glance& result) {
         const auto all = [](double value) { return Doubles{value, value, value, value}; };
         const auto widened = [](const float* p) {
             Floats four;
@@ -242,11 +285,11 @@ private:
     const bool rounding_only_;
     const double margin_;  // twice the stated error and one ulp more, relative
     Batch<double> wide_;
-    std::vector<std::array<std::vector<float>, 2>> got_;
-    std::array<std::array<Verdict, 2>, 3> verdicts_;
-    std::array<std::array<Glance, 2>, 3> glances_;
-    double clear_[size] = {};  // 0: some kernel's result is doubtful; else 1
-    unsigned elements_ = 0;
+    std::vector<Results> got_;
+    std::vector<std::array<Verdict, 2>> verdicts_;
+    std::vector<std::array<Glance, 2>> glances_;
+    double clear_[size] = {};  // 1, or 0 where some kernel's result is doubtful; in the end, open
+    unsigned batches_ = 0;
     bool screen_holds_ = true;
 };
 
@@ -255,37 +298,46 @@ struct Exhaustive {
     // Chunks far apart come first: a large error seen early decides the long runs of floats that
     // share one result, and so nearly one error, without the exact value.
     static constexpr std::uint32_t stride = 2531;
+    static constexpr std::size_t max_members = 4;
     std::uint64_t code = 0;
     std::bitset<chunk_count> done;
     double screen_error = 0;
     bool screen_holds = true;
-    std::array<std::array<Tally<float>, max_measures>, 3> tallies;
+    std::array<std::uint64_t, max_members> differing = {};  // by twin
+    std::array<std::array<Tally<float>, max_measures>, 3 * max_members> tallies;
 };
 
 // With `rounding_only` the HA kernel alone, no more than whether its results are
 // correctly rounded, and by another library's function where there is one.
 inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& reference,
                                                const kef_test::Row& row,
-                                               const std::string& directory, bool rounding_only) {
+                                               const std::string& directory, bool rounding_only,
+                                               const std::vector<OtherMember>& others = {}) {
+    std::uint64_t plan = 3;
+    for (const OtherMember& other : others) plan = hash_file(other.file(), plan);
     SavedState<Exhaustive> saved(
-        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive"), row, 2);
+        directory + "/" + row.name() + (rounding_only ? ".rounding" : ".exhaustive"), row, plan);
     Exhaustive& total = *saved.state;
     const bool fresh = !total.done.all();
 
-    std::vector<Kernel<float>> all = kernels<float>(row);
-    if (rounding_only) all.resize(1);
+    Measured what = measured(row, others);
+    const std::vector<Kernel<float>>& all = what.kernels;
+    if (rounding_only) what.kernels.resize(1);
     std::mutex lock;
     std::uint32_t next = 0;
     const auto work = [&] {
         kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
         constexpr std::uint32_t size = Sieve::size;
         Batch<float> batch(size);
-        Sieve sieve(reference, rounding_only ? screening_peer(reference) : own_screen(reference),
+        Sieve sieve(reference,
+                    rounding_only ? screening_peer(reference) : own_screen(reference, others),
                     rounding_only);
+        for (const OtherMember& other : others) other.ignore_errors();
         std::vector<float> open;
         for (;;) {
             std::uint32_t chunk;
             Meter<float>::Tallies tallies(all.size());
+            std::array<std::uint64_t, Exhaustive::max_members> differing = {};
             {
                 const std::lock_guard guard(lock);
                 do {
@@ -303,7 +355,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             for (std::uint32_t first = 0; first < Exhaustive::chunk_size; first += size) {
                 for (std::uint32_t i = 0; i < size; ++i)
                     batch.a[i] = std::bit_cast<float>(chunk * Exhaustive::chunk_size + first + i);
-                sieve.take(all, batch, tallies, open);
+                sieve.take(what, batch, tallies, differing.data(), open);
                 if (open.empty()) continue;
                 Batch<float> rest(open.size());
                 rest.a = std::exchange(open, {});
@@ -312,6 +364,7 @@ inline std::unique_ptr<Exhaustive> every_float(const reference::Reference& refer
             const std::lock_guard guard(lock);
             for (std::size_t k = 0; k < all.size(); ++k)
                 for (int j = 0; j < meter.measures(); ++j) total.tallies[k][j].merge(tallies[k][j]);
+            for (std::size_t k = 0; k < differing.size(); ++k) total.differing[k] += differing[k];
             total.screen_error = std::max(total.screen_error, meter.screen_error());
             total.screen_holds &= sieve.screen_holds();
             total.done[chunk] = true;
