@@ -41,6 +41,7 @@ public:
     // exception of the report; what the handler raises stays.
     template <class Argument, class Result>
     [[gnu::noinline, gnu::cold]] void report(const ElementError<Argument, Result>& error) {
+        if (store_status_alone(error.code)) return;
         const std::uint32_t computing = _mm_getcsr();
         _mm_setcsr((own_ & ~(masks | flags)) | (callers_ & (masks | flags)));
         handle_error(error);

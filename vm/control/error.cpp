@@ -18,7 +18,6 @@ static_assert(offsetof(kef_vtm_error_record, argument1_imag) == 112);
 
 namespace {
 
-constexpr std::uint32_t ignore_all = VTM_ERRMODE_IGNORE;
 constexpr std::uint32_t any_callback = 0xF000;
 constexpr std::uint32_t any_other_handling = 0x0F00;
 
@@ -118,15 +117,15 @@ bool report(kef_vtm_error_record& record, std::uint32_t mode_word,
     return true;
 }
 
-// Where it does, the status is all that an error leaves.
-bool ignores_all(std::uint32_t mode_word) { return (mode_word & VTM_ERRMODE_MASK) == ignore_all; }
-
 }  // namespace
 
+bool wants_status_alone() {
+    return (state_with_mode().mode & VTM_ERRMODE_MASK) == VTM_ERRMODE_IGNORE;
+}
+
 bool store_status_alone(std::int32_t code) {
-    ThreadState& state = state_with_mode();
-    const bool alone = ignores_all(state.mode);
-    if (alone) state.status = code;
+    const bool alone = wants_status_alone();
+    if (alone) thread_state().status = code;
     return alone;
 }
 
@@ -135,7 +134,6 @@ void handle_error(const ElementError<Argument, Result>& error) {
     ThreadState& state = state_with_mode();
     state.status = error.code;
     const std::uint32_t mode_word = state.mode;
-    if (ignores_all(mode_word)) return;
 
     kef_vtm_error_record record = {};
     record.code = error.code;

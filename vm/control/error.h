@@ -29,8 +29,9 @@ template <class Argument, class Result = Argument> struct ElementError {
 template <class Argument, class Result>
 void handle_error(const ElementError<Argument, Result>& error);
 
-// Stores the status of many elements, that of the last one; false, with nothing stored, where the
-// thread's error mode asks for more.
+// Whether the thread's error mode asks for no more of an error than its status; and stores that
+// where it is so.
+bool wants_status_alone();
 bool store_status_alone(std::int32_t code);
 
 }  // namespace kef::vm

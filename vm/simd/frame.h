@@ -433,36 +433,36 @@ template <class K, class In, class Out>
         &out.p.front()[i], &out.p.back()[i]});
 }
 
-// The statuses of a group that is stored at i, in their order; where the thread wants no more than
-// the last one, that alone.
+// The status of element i, which is stored.
+template <class K, class Out> int status_at(const K& k, int i, const Out& out) {
+    std::array<typename Out::T, Out::components> r;
+    for (std::size_t j = 0; j < r.size(); ++j) r[j] = out.component(j, i);
+    return status_of(k, r);
+}
+
+// The reports of a group that is stored at i, in their order.
 template <class K, class In, class Out>
 [[gnu::noinline]] void report_group(const K& k, unsigned lanes, int i, const typename In::Groups& x,
-                                    const typename Out::Groups& y, auto& guard, const In& in,
-                                    const Out& out) {
+                                    auto& guard, const In& in, const Out& out) {
     using T = typename In::T;
-    T arguments[In::components][group], results[Out::components][group];
+    T arguments[In::components][group];
     for (std::size_t j = 0; j < In::components; ++j) x[j].store_at(arguments[j]);
-    for (std::size_t j = 0; j < Out::components; ++j) y[j].store_at(results[j]);
-    const auto status = [&](int m) {
-        std::array<T, Out::components> r;
-        for (std::size_t j = 0; j < r.size(); ++j) r[j] = results[j][m];
-        return status_of(k, r);
-    };
-    if (store_status_alone(status(std::bit_width(lanes) - 1))) return;
     for (; lanes != 0; lanes &= lanes - 1) {
         const int m = std::countr_zero(lanes);
         std::array<T, In::components> a;
         for (std::size_t j = 0; j < In::components; ++j) a[j] = arguments[j][m];
-        report(k, status(m), i + m, a, guard, in, out);
+        report(k, status_at(k, i + m, out), i + m, a, guard, in, out);
     }
 }
 
-// Groups that the two formulas compute, up to 16 in a row; the index behind them. The kernel comes
-// by value here and below: where its address never leaves a loop, its fields stay in registers.
+// Groups that the two formulas compute, up to 16 in a row; the index behind them. Of their statuses
+// the last one alone is told, at the end, where the thread wants no more. The kernel comes by value
+// here and below: where its address never leaves a loop, its fields stay in registers.
 template <class K, class In, class Out>
 [[gnu::noinline, gnu::flatten]] int far_groups(K k, int i, int n, const In& in, const Out& out,
                                                auto&... guard) {
     const int most = i + 16 * group, end = most < n ? most : n;
+    [[maybe_unused]] int last = -1;
     for (; i <= end - group; i += group) {
         const auto x = in.group_at(i);
         Shares share;  // nothing is for the first formula where the second one is good everywhere
@@ -475,14 +475,18 @@ template <class K, class In, class Out>
             ints with_status{};
             if (!all_lanes(by_formulas(k, share, x, component, y, with_status))) break;
             out.storing(i)(y);
-            if (any_lane(with_status)) [[unlikely]]
-                report_group(k, Group<typename In::T>::set_in(with_status), i, x, y, guard..., in,
-                             out);
+            if (any_lane(with_status)) [[unlikely]] {
+                const unsigned lanes = Group<typename In::T>::set_in(with_status);
+                if (last >= 0 || wants_status_alone()) last = i + std::bit_width(lanes) - 1;
+                else report_group(k, lanes, i, x, guard..., in, out);
+            }
         } else {
             if (!all_lanes(by_formulas(k, share, x, component, y))) break;
             out.storing(i)(y);
         }
     }
+    if constexpr (reports<K, Out>)
+        if (last >= 0) store_status_alone(status_at(k, last, out));
     return i;
 }
 
