@@ -213,6 +213,26 @@ TEST(Complex, RealPowers) {
     expect_real_powers<double>();
 }
 
+// An imaginary part that is rounded into the subnormal numbers has the same bits whichever formula
+// its neighbours are for.
+TEST(Complex, SubnormalPartsOfPowers) {
+    std::mt19937_64 random(3);
+    constexpr int n = 200;
+    std::vector<double> a = numbers<double>(random, 2 * n, 3, false), b(2 * n), together(2 * n),
+                        single(2 * n);
+    for (int i = 0; i < n; ++i) {
+        a[2 * i] = i % 5 ? 2 + std::fabs(a[2 * i]) : 0x1p-300;
+        a[2 * i + 1] *= 0x1p-40;
+        b[2 * i] = i % 5 ? -990 / std::log2(a[2 * i]) : 1, b[2 * i + 1] = 0x1p-60;
+    }
+    for (const int slot : slots) {
+        call<double>('z', "Pow", slot, {n, a.data(), b.data(), nullptr, together.data(), nullptr});
+        for (int i = 0; i < 2 * n; i += 2)
+            call<double>('z', "Pow", slot, {1, &a[i], &b[i], nullptr, &single[i], nullptr});
+        EXPECT_TRUE(same_bits(together, single)) << slot;
+    }
+}
+
 std::vector<kef_vtm_error_record> records;
 int replace_both_parts(kef_vtm_error_record* record) {
     records.push_back(*record);

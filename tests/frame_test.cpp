@@ -191,6 +191,9 @@ TEST(Frame, MixturesAreComputedAsSingleElements) {
             if (draw(50) == 0) mixture.back() = rare[draw(rare.size())];
         }
     }
+    // Two NaNs together, which differ: `Data` has as the second argument what stands 5 places on.
+    for (std::size_t i = 0; i + 5 < mixture.size(); i += 97)
+        mixture[i] = nans[0], mixture[i + 5] = nans[1];
     for_every_kernel([&](const Row& row, int slot) {
         if (row.argument_parts == 2 || row.result_parts == 2) return;
         kef_vtm_kernel_SetErrorCallBack(note);

@@ -64,7 +64,11 @@ template <class T, class Accuracy> struct ComplexPowFormula {
             return {narrow(low.result, high.result),
                     (floats)in_order(heads(low.marks, high.marks))};
         } else {
-            return power(a, b, c, d);
+            // What is rounded into the subnormal numbers is for far.
+            const auto small = [](doubles r) { return is_tiny(r, 0x1.0000000000001p-1022); };
+            MarkedBy<V, Two<V>> r = power(a, b, c, d);
+            r.marks = (V)((longs)r.marks | small(r.result.first) | small(r.result.second));
+            return r;
         }
     }
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) requires(!is_single) {

@@ -113,7 +113,9 @@ public:
         const std::uint32_t high =
             has_scale ? head_of_power(widest - 1 - scale_e) : Format<double>::infinity_head;
         if (low >= high) return;
-        low_ = low, high_ = high, drowns_ = has_shift;
+        low_ = low, high_ = high;
+        // Below 2^-1022, from where `low` stands, not everything does.
+        drowns_ = has_shift && (!has_scale || least - scale_e >= -1022);
         low_value_ = from_bits(std::uint64_t{low} << 32);
         high_value_ = from_bits(std::uint64_t{high} << 32);
         least_ = least_sum(all(shift))[0];
