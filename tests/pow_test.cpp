@@ -145,12 +145,27 @@ TEST(Pow, LargeExponentsOfNegativeBases) {
     });
 }
 
+// Error and status of one power r, which was the last one computed.
+template <class T> void expect_power(int slot, T x, T y, T r, bool one_operation) {
+    using Limits = std::numeric_limits<T>;
+    constexpr bool single = sizeof(T) == 4;
+    constexpr double bounds[] = {single ? 0x1p-21 : 0x1p-50, single ? 0.501 : 0.55,
+                                 single ? 0x1p-11 : 0x1p-26};
+    const __float128 exact = powq(x, y);
+    const auto error = reference::error(r, exact);
+    EXPECT_LE(slot == 1 || one_operation ? error.ulps : error.relative,
+              one_operation ? 0.5 : bounds[slot])
+        << letter<T> << " slot " << slot << ": " << x << " ^ " << y;
+    EXPECT_EQ(kef_vtm_kernel_GetErrStatus(), std::isinf(r)                  ? VTM_STATUS_OVERFLOW
+                                             : fabsq(exact) < Limits::min() ? VTM_STATUS_UNDERFLOW
+                                                                            : VTM_STATUS_OK)
+        << letter<T> << " slot " << slot << ": " << x << " ^ " << y;
+}
+
 // Error and status of Powx with each half of a small integer: over all results, with more
 // bases near 1 and where results begin to be subnormal, or infinite.
 template <class T> void expect_accuracy() {
     using Limits = std::numeric_limits<T>;
-    const bool single = sizeof(T) == 4;
-    const double bounds[] = {single ? 0x1p-21 : 0x1p-50, 0, single ? 0x1p-11 : 0x1p-26};
     const double least = Limits::min_exponent - 1, most = Limits::max_exponent;
     const Power<T> power;
     reference::Random random("accuracy");
@@ -165,19 +180,10 @@ template <class T> void expect_accuracy() {
             const double e = m == 0 ? powers[0] : powers[i % 4] / y;
             if (std::fabs(e) > most - 1) continue;
             const T a = static_cast<T>(std::exp2(e)), x = m % 2 == 0 && i % 3 == 0 ? -a : a;
-            const __float128 exact = powq(x, y), size = fabsq(exact);
             for (int slot : {0, 1, 2}) {
                 kef_vtm_kernel_ClearErrStatus();
-                const T r = power(slot, {x}, y, 0, 1)[0];
-                const auto error = reference::error(r, exact);
-                const double bound = one ? 0.5 : slot != 1 ? bounds[slot] : single ? 0.501 : 0.55;
-                ASSERT_LE(slot == 1 || one ? error.ulps : error.relative, bound)
-                    << letter<T> << " slot " << slot << ": " << x << " ^ " << y;
-                ASSERT_EQ(kef_vtm_kernel_GetErrStatus(), std::isinf(r) ? VTM_STATUS_OVERFLOW
-                                                         : size < Limits::min()
-                                                             ? VTM_STATUS_UNDERFLOW
-                                                             : VTM_STATUS_OK)
-                    << letter<T> << " slot " << slot << ": " << x << " ^ " << y;
+                expect_power(slot, x, y, power(slot, {x}, y, 0, 1)[0], one);
+                if (testing::Test::HasFailure()) return;
             }
         }
     }
@@ -188,6 +194,51 @@ TEST(Pow, HalvesOfIntegers) {
         kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
         expect_accuracy<float>();
         expect_accuracy<double>();
+    });
+}
+
+// Results next to the smallest and to the largest normal number, most of them of exponents without
+// a formula of their own: inside alone, on both sides with both signs, and with some other kinds.
+template <class T> void expect_ends() {
+    using Limits = std::numeric_limits<T>;
+    const double ends[] = {Limits::min_exponent - 1, Limits::max_exponent};
+    const Power<T> power;
+    reference::Random random("ends");
+    for (const T y : {T(2.7), T(-3.3), T(7), T(-40), T(101), T(-1001)}) {
+        std::vector<T> x;
+        for (int i = 0; i < 600; ++i) {
+            const double away = random.unit() * (i % 3 == 0 ? 0.05 : 30);
+            const bool upper = i / 2 % 2, above = i < 200 ? !upper : i % 2;
+            const double e = ends[upper] + (above ? away : -away);
+            const T a = static_cast<T>(std::exp2(e / y));
+            x.push_back(y == std::floor(y) && i > 200 && random.bits() % 2 ? -a : a);
+            if (i > 400 && i % 10 == 0) x.push_back(i % 20 ? T(NAN) : T(0));
+        }
+        const auto n = static_cast<int>(x.size());
+        const std::vector<T> b(n, y);
+        for (int slot : {0, 1, 2}) {
+            const auto got = power(slot, x, b), gotx = power(slot, x, y, 0, n);
+            for (int i = 0; i < n; ++i) {
+                const bool special = std::isnan(x[i]) || x[i] == 0;
+                kef_vtm_kernel_ClearErrStatus();
+                const T alone = power(slot, {x[i]}, {y})[0];
+                if (!special) expect_power(slot, x[i], y, alone, false);
+                kef_vtm_kernel_ClearErrStatus();
+                const T alonex = power(slot, x, y, i, 1)[0];
+                if (!special) expect_power(slot, x[i], y, alonex, false);
+                ASSERT_TRUE(same_bits(alone, got[i]) && same_bits(alonex, gotx[i]))
+                    << letter<T> << " slot " << slot << ": " << x[i] << " ^ " << y;
+                if (testing::Test::HasFailure()) return;
+            }
+        }
+    }
+}
+
+TEST(Pow, EndsOfTheRange) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+        expect_ends<float>();
+        expect_ends<double>();
     });
 }
 

@@ -117,6 +117,17 @@ template <class Accuracy> inline doubles exp_of(const ExpReduced& reduced) {
     }
 }
 
+// The same wherever it is a normal number, with the same bits: below 2^-992 LA's terms, of which
+// the smaller ones need not be normal numbers, are 2^512 times as large at first.
+template <class Accuracy> inline doubles exp_of_normal(ExpReduced reduced) {
+    if constexpr (!std::is_same_v<Accuracy, LA>) return exp_of<Accuracy>(reduced);
+    const longs small = reduced.k < -992.0 * 128;
+    if (!any_lane(small)) return exp_of<Accuracy>(reduced);
+    const longs up = small & (INT64_C(512) << 52);
+    reduced.power += up;
+    return exp_of<Accuracy>(reduced) * (doubles)((longs)all(1.0) - up);
+}
+
 // 2^shift exp(x) where it and its power of two are normal numbers.
 template <class Accuracy, int shift = 0> inline doubles exp_core(doubles x) {
     return exp_of<Accuracy>(exp_reduce<Accuracy, shift>(x));

@@ -18,8 +18,7 @@
 namespace KEF_VM {
 
 // y in halves, as every power needs it.
-template <class Accuracy> inline Parts exponent_halves(doubles y) {
-    if constexpr (std::is_same_v<Accuracy, EP>) return {y, y};
+inline Parts exponent_halves(doubles y) {
     const doubles high = leading(y);
     return {high, y - high};
 }
@@ -59,8 +58,12 @@ inline Parts pow_exponent(doubles x, doubles y, Parts y_halves, double shift = 0
     return {y_halves.high * high, y_halves.low * high + y * low};
 }
 
-// x^y for the fast path, and y ln x for its gate.
-template <class Accuracy> inline Two<doubles> pow_core(doubles x, doubles y, Parts y_halves) {
+// e = y ln x and what its exponential is made of.
+struct PowReduced {
+    Parts e;
+    ExpReduced exp;
+};
+template <class Accuracy> inline PowReduced pow_reduce(doubles x, doubles y) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         const LogReduced reduced = log_reduce(x);
         constexpr auto c = coefficients(0xBFDFFFFFFFFE37EE, 0x3FD5555FFAD18845, 0xBFD0000B61A5B9C6);
@@ -68,10 +71,10 @@ template <class Accuracy> inline Two<doubles> pow_core(doubles x, doubles y, Par
         const doubles r = multiply_subtract(reduced.z, inverse, 1.0);
         const doubles log = log_sum(reduced, multiply_add(r * r, polynomial(r, c), r));
         const doubles e = y * log;
-        return {exp_core<EP>(e), e};
+        return {{e, doubles{}}, exp_reduce<EP>(e)};
     } else {
-        const Parts e = pow_exponent<Accuracy>(x, y, y_halves);
-        return {exp_of<Accuracy>(exp_reduce<Accuracy>(e.high, e.low)), e.high};
+        const Parts e = pow_exponent<Accuracy>(x, y, exponent_halves(y));
+        return {e, exp_reduce<Accuracy>(e.high, e.low)};
     }
 }
 
@@ -88,8 +91,8 @@ inline Power pow_positive(double x, double y) {
     if (magnitude < 0x1p-64) return {1.0, false};
     if (magnitude >= 0x1p64) return (x > 1) == (y > 0) ? infinite : zero;
     const bool scale = x < Format<double>::smallest_normal;
-    const Parts e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y),
-                                     exponent_halves<HA>(all(y)), scale ? -54 : 0);
+    const Parts e = pow_exponent<HA>(all(scale ? x * 0x1p54 : x), all(y), exponent_halves(all(y)),
+                                     scale ? -54 : 0);
     if (e.high[0] > 710.0) return infinite;
     if (e.high[0] < -746.0) return zero;
     if (e.high[0] > -700.0) {
@@ -172,15 +175,17 @@ template <> struct PowRange<double> {
     static constexpr double y_tiny = 0x1p-64;
     static constexpr std::int32_t y_large = 0x43F00000;   // 2^64
     static constexpr std::int32_t y_parity = 0x43200000;  // 2^51
-    // |y ln x| < 707; LA 690, so that the terms of the power are normal numbers
+    // |y ln x| for fast; LA: so that the terms of the power are normal numbers
     template <class Accuracy>
-    static constexpr std::int32_t large_exponent =
-        std::is_same_v<Accuracy, LA> ? 0x40859000 : 0x40861800;
+    static constexpr double large_exponent = std::is_same_v<Accuracy, LA> ? 690 : 707;
+    // y ln x for far: ln 2^-1022 and more than its error; m = 1024 in exp_reduce
+    static constexpr double least_exponent = -708.39641, greatest_exponent = 709.777;
 };
 template <> struct PowRange<float> {
     static constexpr float y_tiny = 0x1p-40f;
-    static constexpr std::int32_t y_large = 0x5F800000;                                   // 2^64
-    template <class Accuracy> static constexpr std::int32_t large_exponent = 0x42AE0000;  // 87
+    static constexpr std::int32_t y_large = 0x5F800000;  // 2^64
+    template <class Accuracy> static constexpr float large_exponent = 87;
+    static constexpr float least_exponent = -87.336f, greatest_exponent = 88.722f;
 };
 
 // Sign bits: where y is odd, and where it is no integer. Double: for |y| < 2^51; single: from
@@ -203,6 +208,7 @@ template <class T, class Accuracy> struct PowFormula {
     using Range = PowRange<T>;
     static constexpr bool in_double = std::is_same_v<T, float> && !std::is_same_v<Accuracy, EP>;
     static constexpr bool far_everywhere = true;
+    static constexpr T large_exponent = Range::template large_exponent<Accuracy>;
 
     static ints x_outside(ints x) {
         return not_between(x, Format<T>::normal_head, Format<T>::infinity_head);
@@ -221,24 +227,43 @@ template <class T, class Accuracy> struct PowFormula {
     static auto fast(V x, V y) {
         if constexpr (in_double) return pow_in_double(x, y);
         else if constexpr (std::is_same_v<T, float>) return pow_single(x, y);
-        else return pow_core<Accuracy>(x, y, exponent_halves<Accuracy>(y));
+        else {
+            const PowReduced reduced = pow_reduce<Accuracy>(x, y);
+            return Two<V>{exp_of<Accuracy>(reduced.exp), reduced.e.high};
+        }
     }
     // `odd`: sign bits where y is odd.
     static auto far(V x, V y, V odd) {
         using Bits = decltype(sign_bit(x));
         const auto with_sign = [&](V power) { return (V)((Bits)power | ((Bits)odd & (Bits)x)); };
-        const auto power = fast(absolute(x), unless_tiny(y, Range::y_tiny));
-        if constexpr (in_double) return Two<V>{with_sign(power), power};
-        else return Two<V>{with_sign(power.first), power.second};
+        const V a = absolute(x), b = unless_tiny(y, Range::y_tiny);
+        if constexpr (in_double) {
+            const V power = fast(a, b);
+            return Two<V>{with_sign(power), power};
+        } else if constexpr (std::is_same_v<T, float>) {
+            const auto [power, e] = fast(a, b);
+            return Two<V>{with_sign(power), far_guard(e)};
+        } else {
+            const PowReduced reduced = pow_reduce<Accuracy>(a, b);
+            return Two<V>{with_sign(exp_of_normal<Accuracy>(reduced.exp)),
+                          far_guard(reduced.e.high + reduced.e.low)};
+        }
     }
 
     static ints refuse(ints r) {
         return not_between(r, Format<T>::normal_head, Format<T>::infinity_head);
     }
-    // The second vector is y ln x, or the power of |x|.
+    // The second vector is y ln x, or far_guard of it, or the power of |x|.
     static ints refuse(ints, ints guard) {
         if constexpr (in_double) return refuse(guard);
-        else return magnitude(guard) >= Range::template large_exponent<Accuracy>;
+        else return magnitude(guard) >= static_cast<std::int32_t>(head_of(large_exponent));
+    }
+
+private:
+    // Of y ln x: its magnitude is below the gate's bound where far holds.
+    static V far_guard(V e) {
+        constexpr T middle = (Range::least_exponent + Range::greatest_exponent) / 2;
+        return (e - middle) * (large_exponent / (Range::greatest_exponent - middle));
     }
 };
 

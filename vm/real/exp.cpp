@@ -49,16 +49,12 @@ struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size
     static ints beyond(ints h) requires(Exp::bound > 0) {
         return greater(magnitude(h), all(static_cast<std::int32_t>(Bounds::gate - 1)));
     }
-    static V far(V x) requires(std::is_same_v<T, double>&& std::is_same_v<Accuracy, LA>) {
+    static V far(V x) requires(Exp::bound > 0) {
         return beside_tiny<AtZero::one>(x, Exp::bound, [](V y) {
-            const longs large = absolute(y) >= 690.0;
-            if (!any_lane(large)) return fast(y);
-            return select(large, exp_core<HA>(y), fast(where(~large, y)));
+            if constexpr (std::is_same_v<T, double>)
+                return exp_of_normal<Accuracy>(exp_reduce<Accuracy>(y));
+            else return fast(y);
         });
-    }
-    static V far(V x) requires(Exp::bound > 0 &&
-                               !(std::is_same_v<T, double> && std::is_same_v<Accuracy, LA>)) {
-        return beside_tiny<AtZero::one>(x, Exp::bound, fast);
     }
 
     static V fast(V x) {

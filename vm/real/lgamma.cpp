@@ -40,7 +40,7 @@ Parts lgamma_one(double x) {
     if (x > 0x1p1010) {
         // x (ln x - 1), scaled, as x ln x may overflow earlier
         const doubles part = all(x * 0x1p-16);
-        const Parts power = pow_exponent<LA>(all(x), part, exponent_halves<HA>(part));
+        const Parts power = pow_exponent<LA>(all(x), part, exponent_halves(part));
         const Parts sum = fast_two_sum(power.high, -part);
         return {(sum.high + (sum.low + power.low)) * 0x1p16, all(0.0)};
     }

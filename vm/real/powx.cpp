@@ -21,12 +21,13 @@ public:
     explicit Powx(T b) : b_(b), outside_(Powx::y_outside(all(head(b)))) {
         const Parity<V> kind = parity(all(b));
         odd_ = kind.odd;
-        beyond_ = outside_ | Powx::y_beyond(all(head(b))) | all(head(kind.fraction[0]));
+        beyond_ = outside_ | Powx::y_beyond(all(head(b)));
+        fraction_ = all(head(kind.fraction[0]));
     }
 
     ints outside(ints a) const { return Powx::x_outside(a) | outside_; }
     auto fast(V a) const { return PowFormula<T, Accuracy>::fast(a, all(b_)); }
-    ints beyond(ints a) const { return Powx::x_beyond(a) | beyond_; }
+    ints beyond(ints a) const { return Powx::x_beyond(a) | beyond_ | (a & fraction_); }
     auto far(V a) const { return PowFormula<T, Accuracy>::far(a, all(b_), odd_); }
     int edge(T a, T& r) const { return pow_edge(a, b_, r); }
     T scalar() const { return b_; }
@@ -34,7 +35,7 @@ public:
 private:
     T b_;
     V odd_;
-    ints outside_, beyond_;  // verdicts on the exponent
+    ints outside_, beyond_, fraction_;  // verdicts on the exponent
 };
 
 template <class T, class Method> class PowxSmall : public SmallPower<T, Method> {
