@@ -1,10 +1,12 @@
 #!/usr/bin/python3
-"""Makes the table of vm/core/log_core.h: tools/log_tables.py DIRECTORY
+"""Makes the tables of vm/core/log_core.h: tools/log_tables.py DIRECTORY
 
 log128.inc  for each of 128 intervals of z in [0.705, 1.41) the reciprocal of its
             centre, rounded to 24 bits, and minus the logarithm of that
             reciprocal: a high part that is a multiple of 2^-43, the rest, and
             the whole rounded. The interval around 1 has the reciprocal 1.
+log16.inc   the same for 16 intervals of z in [0.698, 1.396), that around 1 with 1 in its
+            middle: the rounded logarithm alone, the reciprocal with 53 bits.
 """
 import pathlib
 import struct
@@ -14,7 +16,6 @@ from mpmath import mp, mpf, log, nint
 
 mp.prec = 200
 
-OFFSET = 0x3FE6900000000000  # bits of the lower end of the first interval
 ONE = 0x3FF0000000000000
 
 
@@ -26,24 +27,34 @@ def value(b):
     return mpf(struct.unpack("<d", struct.pack("<Q", b))[0])
 
 
-def main():
-    lines = ["// log128.inc: made by tools/log_tables.py vm/tables; do not edit.\n"]
+def intervals(offset, shift, inverse_bits):
+    """The reciprocals and minus their logarithms; `offset` is the start of the first interval, 2^shift
+    the length of one, both as bits of doubles."""
     widest = mpf(0)
-    for j in range(128):
-        first = OFFSET + (j << 45)
-        last = first + (1 << 45)
-        low, high = value(first), value(last)
-        if first < ONE < last:
-            inverse = mpf(1)
-        else:
-            inverse = nint(2 / (low + high) * 2**23) / 2**23
-        logarithm = -log(inverse)
-        rough = nint(logarithm * 2**43) / 2**43
+    for first in range(offset, offset + (1 << 52), 1 << shift):
+        low, high = value(first), value(first + (1 << shift))
+        inverse = mpf(1) if low < 1 < high else \
+            nint(2 / (low + high) * 2**(inverse_bits - 1)) / mpf(2)**(inverse_bits - 1)
         widest = max(widest, abs(low * inverse - 1), abs(high * inverse - 1))
-        lines.append(f"KEF_LOG128(0x{bits(inverse):016X}, 0x{bits(rough):016X}, "
-                     f"0x{bits(logarithm - rough):016X}, 0x{bits(logarithm):016X})  // {j}\n")
+        yield inverse, -log(inverse)
     print(f"largest |z/c - 1|: {mp.nstr(widest, 10)} = 2^-8 * {mp.nstr(widest * 256, 10)}")
-    (pathlib.Path(sys.argv[1]) / "log128.inc").write_text("".join(lines))
+
+
+def write(name, lines):
+    head = f"// {name}: made by tools/log_tables.py vm/tables; do not edit.\n"
+    (pathlib.Path(sys.argv[1]) / name).write_text(
+        head + "".join(f"{line}  // {j}\n" for j, line in enumerate(lines)))
+
+
+def main():
+    lines = []
+    for inverse, logarithm in intervals(0x3FE6900000000000, 45, 24):
+        rough = nint(logarithm * 2**43) / 2**43
+        lines.append(f"KEF_LOG128(0x{bits(inverse):016X}, 0x{bits(rough):016X}, "
+                     f"0x{bits(logarithm - rough):016X}, 0x{bits(logarithm):016X})")
+    write("log128.inc", lines)
+    write("log16.inc", [f"KEF_LOG16(0x{bits(inverse):016X}, 0x{bits(logarithm):016X})"
+                        for inverse, logarithm in intervals(0x3FE6555600000000, 48, 53)])
 
 
 if __name__ == "__main__":

@@ -24,8 +24,8 @@ inline NormParts norm_parts(doubles x, doubles y) {
 inline Parts log_of_norm(const NormParts& x, auto log_of) {
     const LogReduced reduced = log_reduce(x.sum.high);
     const doubles inverse = reduced.row.field(&LogEntry::inverse);
-    const doubles factor = log_rest_factor(x.sum.high, reduced, inverse);
-    const Parts u = log_argument(reduced, inverse);
+    const doubles factor = log_rest_factor(x.sum.high, reduced.z, inverse);
+    const Parts u = log_argument(reduced.z, inverse);
     const Parts v = fast_two_sum(u.high, u.low);
     const Parts r = fast_two_sum(v.high, x.sum.low * factor);
     return normalised(log_of(reduced, Parts{r.high, (r.low + v.low) + x.least * factor}));
@@ -47,11 +47,7 @@ template <class Accuracy> inline Number<Accuracy> log_of_norm(doubles x, doubles
         const doubles s = a * a + b * b;
         const doubles w = (a - 1.0) * (a + 1.0) + b * b;
         const doubles rest = where(absolute(s - 1.0) < 0.5, w - (s - 1.0));
-        const LogReduced reduced = log_reduce(s);
-        const doubles inverse = reduced.row.field(&LogEntry::inverse);
-        const doubles u = log_argument_rounded(reduced, inverse);
-        return log_sum_of<Accuracy>(reduced,
-                                    multiply_add(rest, log_rest_factor(s, reduced, inverse), u));
+        return log_sum_with_rest<Accuracy>(s, rest);
     }
 }
 

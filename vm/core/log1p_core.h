@@ -20,8 +20,16 @@ inline OnePlus one_plus(doubles x) {
 
 // 2^-k/c for the reduced s: what a rest is worth in z/c - 1. (A structure around the
 // reduced s would be copied through memory, where its loads stall.)
-inline doubles log_rest_factor(doubles s, const LogReduced& reduced, doubles inverse) {
-    return (doubles)((longs)all(1.0) - ((longs)s - (longs)reduced.z)) * inverse;
+inline doubles log_rest_factor(doubles s, doubles z, doubles inverse) {
+    return (doubles)((longs)all(1.0) - ((longs)s - (longs)z)) * inverse;
+}
+
+// ln(s + rest), a small rest.
+template <class Accuracy> inline doubles log_sum_with_rest(doubles s, doubles rest) {
+    const LogShort reduced = log_reduce_short(s);
+    const doubles factor = log_rest_factor(s, reduced.z, reduced.inverse);
+    return log_sum_of<Accuracy>(reduced,
+                                multiply_add(rest, factor, log_argument_rounded<LA>(reduced)));
 }
 
 // ln(1 + x + x_low) as an unevaluated sum, |x_low| <= ulp(x)/2; relative error below
@@ -30,8 +38,8 @@ template <class... Low> inline Parts log1p_parts(doubles x, Low... x_low) {
     const OnePlus sum = one_plus(x);
     const LogReduced reduced = log_reduce(sum.s);
     const doubles inverse = reduced.row.field(&LogEntry::inverse);
-    const doubles factor = log_rest_factor(sum.s, reduced, inverse);
-    const Parts u = log_argument(reduced, inverse);
+    const doubles factor = log_rest_factor(sum.s, reduced.z, inverse);
+    const Parts u = log_argument(reduced.z, inverse);
     const Parts v = fast_two_sum(u.high, u.low);
     const Parts r = fast_two_sum(v.high, sum.rest * factor);
     return log_sum(reduced, {r.high, ((r.low + v.low) + ... + (x_low * factor))});
@@ -41,20 +49,15 @@ template <class... Low> inline Parts log1p_parts(doubles x, Low... x_low) {
 template <class Accuracy> inline doubles log1p_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // The error counts near 0 alone, and is harmless elsewhere.
-        const LogReduced reduced = log_reduce(x + 1.0);
+        const LogShort reduced = log_reduce_short(x + 1.0);
         const doubles small = minimum(x, all(1.0)), rest = small - ((small + 1.0) - 1.0);
-        const doubles inverse = reduced.row.field(&LogEntry::inverse);
-        return log_sum_of<EP>(reduced, multiply_subtract(reduced.z, inverse, 1.0) + rest);
+        return log_sum_of<EP>(reduced, log_argument_rounded<EP>(reduced) + rest);
     }
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(log1p_parts(x));
     } else {
         const OnePlus sum = one_plus(x);
-        const LogReduced reduced = log_reduce(sum.s);
-        const doubles inverse = reduced.row.field(&LogEntry::inverse);
-        const doubles u = log_argument_rounded(reduced, inverse);
-        return log_sum_of<LA>(reduced,
-                              multiply_add(sum.rest, log_rest_factor(sum.s, reduced, inverse), u));
+        return log_sum_with_rest<LA>(sum.s, sum.rest);
     }
 }
 

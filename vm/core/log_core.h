@@ -5,7 +5,10 @@
 //
 // The interval around 1 has c = 1 and ln c = 0, so that near x = 1 the result is
 // ln(1 + r) with r exact: no cancellation and no path of its own.
-// Table: tools/log_tables.py; polynomials: tools/log.sollya.
+//
+// Where two vectors hold 16 numbers and one operation finds each lane its own, results of one part
+// are made of 16 intervals, |r| <= 2^-5.07: a longer polynomial is less than the loads of rows.
+// Tables: tools/log_tables.py; polynomials: tools/log.sollya.
 #pragma once
 
 #include "vm/core/constants.h"
@@ -23,14 +26,33 @@ struct alignas(16) LogEntry {
 };
 extern const LogEntry log128_table[128];
 
+// The same of 16 intervals, field by field.
+struct alignas(64) Log16 {
+    double inverse[16], rounded[16];
+};
+extern const Log16 log16_table;
+
 }  // namespace kef::vm
 
 namespace KEF_VM {
 
 namespace log_constants {
 inline constexpr std::int32_t offset = 0x3FE69000;         // head of the lower end of z
+inline constexpr std::int32_t offset16 = 0x3FE65556;       // that of 16 intervals
 inline constexpr std::int32_t offset_single = 0x3F348000;  // the same for single precision
 }  // namespace log_constants
+
+// x = 2^k z, z from the number with that head on; and the leading bits of x behind it.
+struct LogSplit {
+    doubles z, k;
+    ints head;
+};
+inline LogSplit log_split(doubles x, std::int32_t first) {
+    constexpr auto in_heads = [](std::int32_t bits) { return (ints)all(std::int64_t{bits} << 32); };
+    const ints head = (ints)x - in_heads(first);
+    const doubles z = (doubles)((ints)x - (head & in_heads(-0x100000)));
+    return {z, odd_to_doubles(head >> 20), head};
+}
 
 // x reduced: k, z and the entries.
 struct LogReduced {
@@ -40,12 +62,32 @@ struct LogReduced {
 
 // For positive normal numbers.
 inline LogReduced log_reduce(doubles x) {
-    constexpr auto in_heads = [](std::int32_t bits) { return (ints)all(std::int64_t{bits} << 32); };
-    const ints head = (ints)x - in_heads(log_constants::offset);
-    const doubles z = (doubles)((ints)x - (head & in_heads(-0x100000)));
+    const LogSplit s = log_split(x, log_constants::offset);
     // The interval: 7 bits, 13 to 19, of the head.
-    return {
-        z, odd_to_doubles(head >> 20), {log128_table, row_numbers((longs)(head >> 13), 127, 2)}};
+    return {s.z, s.k, {log128_table, row_numbers((longs)(s.head >> 13), 127, 2)}};
+}
+
+// For results of one part: k, z, 1/c and ln c rounded.
+struct LogShort {
+    doubles z, k, inverse, c;
+};
+inline LogShort log_reduce_short(doubles x) {
+    if constexpr (has_lookup) {
+        const LogSplit s = log_split(x, log_constants::offset16);
+        const longs interval = (longs)s.head >> 48;
+        return {s.z, s.k, looked_up(log16_table.inverse, interval),
+                looked_up(log16_table.rounded, interval)};
+    } else {
+        const LogReduced s = log_reduce(x);
+        const auto [inverse, c] = s.row.neighbours(&LogEntry::inverse, &LogEntry::rounded);
+        return {s.z, s.k, inverse, c};
+    }
+}
+
+// r^2 (c[0] + c[1] r + ...).
+inline doubles square_and_more(doubles r, const auto& c) {
+    const doubles r2 = r * r;
+    return r2 * polynomial_by_pairs(r, r2, c);
 }
 
 // ln(1 + r) - r for |r| <= 2^-8; error relative to ln(1 + r) 2^-64.1 (HA), 2^-55.4
@@ -60,18 +102,34 @@ template <class Accuracy> inline doubles log_tail(doubles r) {
                                 0x3FC999B3295643EF, 0xBFC5556C57DD5021);
         else return coefficients(0xBFE0000605DD64AD, 0x3FD555602CEE947C);
     }();
-    const doubles r2 = r * r;
-    return r2 * polynomial_by_pairs(r, r2, c);
+    return square_and_more(r, c);
 }
 
-// z/c - 1 = high + low exactly: the leading 29 bits of z and the rest times 24 bits; and rounded.
-inline Parts log_argument(const LogReduced& x, doubles inverse) {
-    const doubles z_high = leading<24>(x.z);
-    return {z_high * inverse - 1.0, (x.z - z_high) * inverse};
+// z/c - 1 = high + low exactly: the leading 29 bits of z and the rest times 24 bits; and rounded,
+// for EP by one product.
+inline Parts log_argument(doubles z, doubles inverse) {
+    const doubles z_high = leading<24>(z);
+    return {z_high * inverse - 1.0, (z - z_high) * inverse};
 }
-inline doubles log_argument_rounded(const LogReduced& x, doubles inverse) {
-    if constexpr (is_fused) return multiply_subtract(x.z, inverse, 1.0);
-    else return rounded(log_argument(x, inverse));
+template <class Accuracy> inline doubles log_argument_rounded(const LogShort& x) {
+    if constexpr (is_fused || std::is_same_v<Accuracy, EP>)
+        return multiply_subtract(x.z, x.inverse, 1.0);
+    else return rounded(log_argument(x.z, x.inverse));
+}
+
+// The same for |r| of log_reduce_short; of 16 intervals 2^-56.9 (LA), 2^-31.9 (EP).
+template <class Accuracy> inline doubles log_tail_short(doubles r) {
+    if constexpr (!has_lookup) return log_tail<Accuracy>(r);
+    constexpr auto c = [] {
+        if constexpr (std::is_same_v<Accuracy, LA>)
+            return coefficients(0xBFDFFFFFFFFFFFDA, 0x3FD5555555555509, 0xBFD000000008D2DB,
+                                0x3FC9999999B20600, 0xBFC555543B5A8619, 0x3FC249235390073E,
+                                0xBFC0068213E22CBF, 0x3FBC7EB7279B7B4D);
+        else
+            return coefficients(0xBFDFFFFFD48ADE2A, 0x3FD555551F006EB3, 0xBFD0030306939756,
+                                0x3FC99F763E906675);
+    }();
+    return square_and_more(r, c);
 }
 
 // k ln2 + ln c + ln(1 + r) for normalised r, as an unevaluated sum, |low| < 2^-8 |high|
@@ -86,21 +144,17 @@ inline Parts log_sum(const LogReduced& x, Parts r) {
 }
 
 // The same rounded, in fewer steps, from ln c and ln(1 + r).
-inline doubles log_sum(const LogReduced& x, doubles c, doubles log1p) {
-    return multiply_add(x.k, ln2, c) + log1p;
+inline doubles log_sum(doubles k, doubles c, doubles log1p) {
+    return multiply_add(k, ln2, c) + log1p;
 }
 inline doubles log_sum(const LogReduced& x, doubles log1p) {
-    return log_sum(x, x.row.field(&LogEntry::rounded), log1p);
+    return log_sum(x.k, x.row.field(&LogEntry::rounded), log1p);
 }
 template <class Accuracy> inline doubles log_sum_of(const LogReduced& x, doubles r) {
     return log_sum(x, r + log_tail<Accuracy>(r));
 }
-
-// ln x from z/c - 1, which of_inverse(1/c) gives.
-template <class Accuracy> inline doubles log_rounded(const LogReduced& x, auto of_inverse) {
-    const auto [inverse, c] = x.row.neighbours(&LogEntry::inverse, &LogEntry::rounded);
-    const doubles r = of_inverse(inverse);
-    return log_sum(x, c, r + log_tail<Accuracy>(r));
+template <class Accuracy> inline doubles log_sum_of(const LogShort& x, doubles r) {
+    return log_sum(x.k, x.c, r + log_tail_short<Accuracy>(r));
 }
 
 // ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:
@@ -108,7 +162,7 @@ template <class Accuracy> inline doubles log_rounded(const LogReduced& x, auto o
 inline Parts log_parts(doubles x, double shift = 0) {
     LogReduced reduced = log_reduce(x);
     reduced.k += shift;
-    const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
+    const Parts u = log_argument(reduced.z, reduced.row.field(&LogEntry::inverse));
     return log_sum(reduced, fast_two_sum(u.high, u.low));
 }
 
@@ -118,13 +172,9 @@ template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(log_parts(x, shift));
     } else {
-        LogReduced reduced = log_reduce(x);
+        LogShort reduced = log_reduce_short(x);
         reduced.k += shift;
-        return log_rounded<Accuracy>(reduced, [&](doubles inverse) {
-            if constexpr (std::is_same_v<Accuracy, LA>)
-                return log_argument_rounded(reduced, inverse);
-            else return multiply_subtract(reduced.z, inverse, 1.0);
-        });
+        return log_sum_of<Accuracy>(reduced, log_argument_rounded<Accuracy>(reduced));
     }
 }
 

@@ -9,4 +9,16 @@ constinit const LogEntry log128_table[128] = {
 #include "vm/tables/log128.inc"
 };
 
+constinit const Log16 log16_table = {
+    {
+#define KEF_LOG16(inverse, rounded) from_bits(UINT64_C(inverse)),
+#include "vm/tables/log16.inc"
+#undef KEF_LOG16
+    },
+    {
+#define KEF_LOG16(inverse, rounded) from_bits(UINT64_C(rounded)),
+#include "vm/tables/log16.inc"
+    },
+};
+
 }  // namespace kef::vm

@@ -46,7 +46,7 @@ inline Parts log_extended_sum(const LogReduced& reduced, doubles k, Parts r) {
 template <class Accuracy> inline Parts log_extended(doubles x, double shift = 0) {
     LogReduced reduced = log_reduce(x);
     const doubles k = reduced.k + shift;
-    const Parts u = log_argument(reduced, reduced.row.field(&LogEntry::inverse));
+    const Parts u = log_argument(reduced.z, reduced.row.field(&LogEntry::inverse));
     return log_extended_sum<Accuracy>(reduced, k, fast_two_sum(u.high, u.low));
 }
 

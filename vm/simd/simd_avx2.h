@@ -72,6 +72,9 @@ inline ulongs low_products(ulongs x, ulongs y) {
     return (ulongs)_mm256_mul_epu32((__m256i)x, (__m256i)y);
 }
 
+inline constexpr bool has_lookup = false;  // simd_avx512.h
+doubles looked_up(const double*, longs);
+
 // A vector of blocks __m128d, which f(0) and f(1) give.
 template <class F> inline doubles of_blocks(F f) {
     return (doubles)_mm256_insertf128_pd(_mm256_castpd128_pd256(f(0)), f(1), 1);

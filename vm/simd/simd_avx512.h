@@ -72,6 +72,13 @@ inline ulongs low_products(ulongs x, ulongs y) {
     return (ulongs)_mm512_mul_epu32((__m512i)x, (__m512i)y);
 }
 
+// Of 16 numbers that of each lane's last four bits.
+inline constexpr bool has_lookup = true;
+inline doubles looked_up(const double* table, longs lane) {
+    return (doubles)_mm512_permutex2var_pd(_mm512_load_pd(table), (__m512i)lane,
+                                           _mm512_load_pd(table + 8));
+}
+
 // A vector of blocks __m128d, which f(0) to f(3) give.
 template <class F> inline doubles of_blocks(F f) {
     const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(f(0)), f(1), 1);

@@ -71,6 +71,9 @@ inline ulongs low_products(ulongs x, ulongs y) {
     return (ulongs)_mm_mul_epu32((__m128i)x, (__m128i)y);
 }
 
+inline constexpr bool has_lookup = false;  // simd_avx512.h
+doubles looked_up(const double*, longs);
+
 // A vector of blocks __m128d, which f(0), f(1), ... give.
 template <class F> inline doubles of_blocks(F f) { return (doubles)f(0); }
 
