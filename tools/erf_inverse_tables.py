@@ -6,16 +6,15 @@ Each row is a polynomial of the offset y from the centre c of an interval, where
 
 erf_inverse_near.inc    F(q) = erfc^-1(q) / (1 - q), q in [2^-10, 1), c = centre in q
 erf_inverse_tail.inc    F(s) = erfc^-1(e^-s), s in [6.75, 768), c = centre in s
-erf_inverse_single.inc  F(q) as above, q in [2^-24, 1), polynomials of degree 3 and degree 1
-erf_inverse_line.inc    the same for q in [2^-126, 2^-24), of degree 1; below 2^-100 the slope times 2^-64
+erf_inverse_single.inc  F(q) as above, q in [2^-126, 1), polynomials of degree 3 and degree 1 of y / 2^e, where
+                        2^e <= q < 2^(e+1)
 
 A row in double precision has F(c) and sqrt2 F(c), each as the leading 26 bits and the rest, and
 c1 to c8 of F(c + y) = F(c) + y (c1 + y (c2 + ...)). The last row of the tables in q stands for
 q = 1, with F = sqrt(pi)/2 alone.
 
 The polynomials interpolate at the zeros of a Chebyshev polynomial. Prints the largest errors
-relative to F before the coefficients are rounded; and the polynomials of the tail in single
-precision, erfc^-1(e^-s) - sqrt s by powers of sqrt s for q = e^-s in [2^-126, 2^-24).
+relative to F before the coefficients are rounded.
 """
 import pathlib
 import struct
@@ -116,35 +115,13 @@ def rows(function, first, last):
 
 def single_rows():
     worst, worst_line = mpf(0), mpf(0)
-    for c, half in intervals(mpf(2) ** -24, 1, 8):
+    for c, half in intervals(mpf(2) ** -126, 1, 8):
         base, p, e = fit(near, c, half, 3)
         start, slope, e_line = fit(near, c, half, 1)
         worst, worst_line = max(worst, e), max(worst_line, e_line)
-        yield c, [base] + p + [start] + slope
+        octave = 16 * half
+        yield c, [base] + [x * octave ** (i + 1) for i, x in enumerate(p)] + [start, slope[0] * octave]
     print(f"single: degree 3 2^{mp.nstr(log(worst, 2), 4)}, degree 1 2^{mp.nstr(log(worst_line, 2), 4)}")
-
-
-def line_rows():
-    worst = mpf(0)
-    for c, half in intervals(mpf(2) ** -126, mpf(2) ** -24, 8):
-        start, slope, e = fit(near, c, half, 1)
-        worst = max(worst, e)
-        yield c, [start, slope[0] * (mpf(2) ** -64 if c < mpf(2) ** -100 else 1)]
-    print(f"line: 2^{mp.nstr(log(worst, 2), 4)}")
-
-
-def single_tail(degree):
-    first, last = (sqrt(k * log(2)) for k in (24, 126))
-    middle, half = (first + last) / 2, (last - first) / 2
-    nodes = [middle + half * cos(pi * (2 * i + 1) / (2 * degree + 2)) for i in range(degree + 1)]
-    p = monomials(nodes, [tail(w * w) - w for w in nodes])
-    worst = mpf(0)
-    for k in range(201):
-        w = first + (last - first) * k / 200
-        r = tail(w * w)
-        worst = max(worst, abs(w + mp.polyval(p[::-1], w) - r) / r)
-    print(f"single_tail: degree {degree} 2^{mp.nstr(log(worst, 2), 4)}:",
-          *(f"0x{bits_single(c):08X}" for c in p))
 
 
 def write(directory, name, macro, lines, number):
@@ -170,8 +147,6 @@ def main():
     write(directory, "erf_inverse_tail", "KEF_ERF_INVERSE", rows(tail, 6.75, 768), number)
     write(directory, "erf_inverse_single", "KEF_ERF_INVERSE",
           [*single_rows(), (1, [limit, 0, 0, 0, limit, 0])], number_single)
-    write(directory, "erf_inverse_line", "KEF_ERF_INVERSE_LINE", line_rows(), number_single)
-    single_tail(6)
 
 
 if __name__ == "__main__":

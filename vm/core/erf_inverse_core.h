@@ -11,7 +11,7 @@
 #pragma once
 
 #include "vm/core/constants.h"
-#include "vm/core/log_single.h"
+#include "vm/core/log_core.h"
 #include "vm/core/rounding.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
@@ -26,7 +26,7 @@ struct alignas(16) ErfInverseEntry {
     double c[8];        // c1, ..., c8
 };
 inline constexpr int erf_inverse_near_entries = 161, erf_inverse_tail_entries = 109,
-                     erf_inverse_single_entries = 193, erf_inverse_line_entries = 1009;
+                     erf_inverse_single_entries = 1009;
 extern const ErfInverseEntry erf_inverse_near_table[erf_inverse_near_entries];
 extern const ErfInverseEntry erf_inverse_tail_table[erf_inverse_tail_entries];
 struct alignas(16) ErfInverseCubic {
@@ -36,7 +36,7 @@ struct ErfInverseLine {
     double both;  // start and slope as its two halves
 };
 extern const ErfInverseCubic erf_inverse_single_table[erf_inverse_single_entries];
-extern const ErfInverseLine erf_inverse_line_table[erf_inverse_line_entries];
+extern const ErfInverseLine erf_inverse_line_table[erf_inverse_single_entries];
 
 }  // namespace kef::vm
 
@@ -123,15 +123,14 @@ inline auto erf_inverse_tail(doubles q, double shift = 0) {
     else return Parts{base.high, base.low + change};
 }
 
-// r in single precision, for q >= 2^-24 (LA), 2^-100 (EP); finite for 0 < q below. F is of degree 3
-// (LA) or 1 (EP) by 8 intervals of an octave; relative error 2^-23.1 (LA), 2^-11.9 (EP). `scaled`:
-// q or, EP of q < 2^-100, q 2^64, where y would be subnormal: the table has those slopes times
-// 2^-64.
-template <class Accuracy> inline floats erf_inverse_single(floats x, floats q, floats scaled) {
-    constexpr float first = std::is_same_v<Accuracy, LA> ? 0x1p-24f : 0x1p-126f;
-    const auto rows = row_numbers((ints)maximum(q, all(first)) >> 20, 0xFFFF, head(first) >> 20);
-    const floats z = maximum(scaled, all(first));
-    const floats y = scaled - (floats)(((ints)z & -0x100000) | 0x80000);
+// r in single precision, q >= 2^-126. F is of degree 3 (LA) or 1 (EP) by 8 intervals of an octave;
+// relative error 2^-23.1 (LA), 2^-11.9 (EP). y is in units of the octave: in those of q the
+// coefficients of small q would overflow.
+template <class Accuracy> inline floats erf_inverse_single(floats x, floats q) {
+    constexpr float first = 0x1p-126f;
+    const ints z = (ints)maximum(q, all(first));
+    const auto rows = row_numbers(z >> 20, 0xFFFF, head(first) >> 20);
+    const floats y = (floats)((z & 0xFFFFF) | Format<float>::one_head) - 1.0625f;
     if constexpr (std::is_same_v<Accuracy, LA>)
         return x * polynomial(y, Rows<ErfInverseCubic, float>(erf_inverse_single_table, rows)
                                      .quad(&ErfInverseCubic::c, 0));
@@ -140,17 +139,6 @@ template <class Accuracy> inline floats erf_inverse_single(floats x, floats q, f
                                         .float_pair(&ErfInverseLine::both);
         return x * multiply_add(y, slope, start);
     }
-}
-
-// The same for 2^-126 <= q. LA, q < 2^-24: w = sqrt(-ln q) and a polynomial of it, relative error
-// 2^-23.5; that of the logarithm is halved. EP: any q.
-template <class Accuracy> inline floats erf_inverse_single_far(floats x, floats q) {
-    if constexpr (std::is_same_v<Accuracy, EP>)
-        return erf_inverse_single<EP>(x, q, select(q < 0x1p-100f, q * 0x1p64f, q));
-    const floats w = square_root(0.0f - log_single<LA>(q));
-    constexpr auto c = coefficients(0xBEFD1DA9u, 0x3DDDB7C0u, 0xBC8F80FEu, 0x3AF89EA2u, 0xB9086B22u,
-                                    0x36AB68DDu, 0xB3BBD6ABu);
-    return w + polynomial(w, c);
 }
 
 // The kernel of Function<T, Accuracy>, which has
@@ -167,19 +155,13 @@ template <class Function, class T, class Accuracy> struct ErfInverseKernel {
 
     static auto fast(V v) {
         if constexpr (in_floats)
-            return in_single(
-                v, [](const auto& a) { return erf_inverse_single<Accuracy>(a.x, a.q, a.q); });
+            return in_single(v,
+                             [](const auto& a) { return erf_inverse_single<Accuracy>(a.x, a.q); });
         else return in_doubles(v, [](const auto& a) { return near<Accuracy>(a); });
     }
-    static constexpr bool far_everywhere = single && std::is_same_v<Accuracy, EP>;
-    static std::array<ints, 1> kinds(ints h) requires(!far_everywhere) {
-        return {Function::outside(h)};
-    }
-    static auto far(V v) {
-        if constexpr (in_floats)
-            return in_single(
-                v, [](const auto& a) { return erf_inverse_single_far<Accuracy>(a.x, a.q); });
-        else return in_doubles(v, [](const auto& a) { return tail<Accuracy>(a); });
+    static std::array<ints, 1> kinds(ints h) requires(!in_floats) { return {Function::outside(h)}; }
+    static auto far(V v) requires(!in_floats) {
+        return in_doubles(v, [](const auto& a) { return tail<Accuracy>(a); });
     }
 
     // One argument of single precision, rounded once.

@@ -22,10 +22,9 @@ constinit const ErfInverseCubic erf_inverse_single_table[erf_inverse_single_entr
 #include "vm/tables/erf_inverse_single.inc"
 #undef KEF_ERF_INVERSE
 };
-constinit const ErfInverseLine erf_inverse_line_table[erf_inverse_line_entries] = {
-#define KEF_ERF_INVERSE_LINE(start, slope) {from_bits(UINT64_C(slope) << 32 | UINT64_C(start))},
-#define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) KEF_ERF_INVERSE_LINE(start, slope)
-#include "vm/tables/erf_inverse_line.inc"
+constinit const ErfInverseLine erf_inverse_line_table[erf_inverse_single_entries] = {
+#define KEF_ERF_INVERSE(c0, c1, c2, c3, start, slope) \
+    {from_bits(UINT64_C(slope) << 32 | UINT64_C(start))},
 #include "vm/tables/erf_inverse_single.inc"
 };
 

@@ -16,19 +16,13 @@ namespace kef::vm {
 
 namespace {
 
-// Heads of 2^-11, 1 - 2^-11, and 2^-25 (EP: 2^-101), 1 for the formula in single precision.
-template <class T, class Accuracy> struct CdfNormInvRange;
-template <class Accuracy> struct CdfNormInvRange<double, Accuracy> {
+// Heads of 2^-11, 1 - 2^-11.
+template <class T> struct CdfNormInvRange;
+template <> struct CdfNormInvRange<double> {
     static constexpr std::uint32_t first = 0x3F400000, last = 0x3FEFFC00;
 };
-template <> struct CdfNormInvRange<float, HA> {
+template <> struct CdfNormInvRange<float> {
     static constexpr std::uint32_t first = 0x3A000000, last = 0x3F7FE000;
-};
-template <> struct CdfNormInvRange<float, LA> {
-    static constexpr std::uint32_t first = 0x33000000, last = 0x3F800000;
-};
-template <> struct CdfNormInvRange<float, EP> {
-    static constexpr std::uint32_t first = 0x0D000000, last = 0x3F800000;
 };
 
 }  // namespace
@@ -36,13 +30,18 @@ template <> struct CdfNormInvRange<float, EP> {
 template <class T, class Accuracy>
 struct CdfNormInv : ErfInverseKernel<CdfNormInv<T, Accuracy>, T, Accuracy> {
     using Kernel = ErfInverseKernel<CdfNormInv, T, Accuracy>;
-    using Range = CdfNormInvRange<T, Accuracy>;
+    using Range = CdfNormInvRange<T>;
     KEF_REPORT_NAME(CdfNormInv);
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::root2;
 
-    static ints outside(ints h) { return not_between(h, Range::first, Range::last); }
-    static ints beyond(ints h) {
+    // The formula in single precision reaches to 0 and 1.
+    static ints outside(ints h) {
+        if constexpr (Kernel::in_floats)
+            return not_between(h, Format<T>::normal_head, Format<T>::one_head);
+        else return not_between(h, Range::first, Range::last);
+    }
+    static ints beyond(ints h) requires(!Kernel::in_floats) {
         return not_between(h, Format<T>::normal_head, Format<T>::one_head);
     }
 

@@ -16,33 +16,34 @@ namespace kef::vm {
 
 namespace {
 
-// Heads of 2^-10, 2 - 2^-10, and 2^-24 (EP: 2^-100), 2 for the formula in single precision.
-template <class T, class Accuracy> struct ErfcInvRange;
-template <class Accuracy> struct ErfcInvRange<double, Accuracy> {
-    static constexpr std::uint32_t first = 0x3F500000, last = 0x3FFFFC00, two = 0x40000000;
+// Heads of 2^-10, 2 - 2^-10.
+template <class T> struct ErfcInvRange;
+template <> struct ErfcInvRange<double> {
+    static constexpr std::uint32_t first = 0x3F500000, last = 0x3FFFFC00;
 };
-template <> struct ErfcInvRange<float, HA> {
-    static constexpr std::uint32_t first = 0x3A800000, last = 0x3FFFE000, two = 0x40000000;
+template <> struct ErfcInvRange<float> {
+    static constexpr std::uint32_t first = 0x3A800000, last = 0x3FFFE000;
 };
-template <> struct ErfcInvRange<float, LA> {
-    static constexpr std::uint32_t first = 0x33800000, last = 0x40000000, two = 0x40000000;
-};
-template <> struct ErfcInvRange<float, EP> {
-    static constexpr std::uint32_t first = 0x0D800000, last = 0x40000000, two = 0x40000000;
-};
+constexpr std::uint32_t two = 0x40000000;  // head of 2
 
 }  // namespace
 
 template <class T, class Accuracy>
 struct ErfcInv : ErfInverseKernel<ErfcInv<T, Accuracy>, T, Accuracy> {
     using Kernel = ErfInverseKernel<ErfcInv, T, Accuracy>;
-    using Range = ErfcInvRange<T, Accuracy>;
+    using Range = ErfcInvRange<T>;
     KEF_REPORT_NAME(ErfcInv);
     static constexpr auto given = ErfInverseGiven::q;
     static constexpr auto scale = ErfInverseScale::one;
 
-    static ints outside(ints h) { return not_between(h, Range::first, Range::last); }
-    static ints beyond(ints h) { return not_between(h, Format<T>::normal_head, Range::two); }
+    // The formula in single precision reaches to 0 and 2.
+    static ints outside(ints h) {
+        if constexpr (Kernel::in_floats) return not_between(h, Format<T>::normal_head, two);
+        else return not_between(h, Range::first, Range::last);
+    }
+    static ints beyond(ints h) requires(!Kernel::in_floats) {
+        return not_between(h, Format<T>::normal_head, two);
+    }
 
     // q is the smaller of v and 2 - v, exactly.
     template <class V> static ErfInverseArgument<V> argument(V v) {

@@ -49,7 +49,7 @@ struct ErfInv : ErfInverseKernel<ErfInv<T, Accuracy>, T, Accuracy> {
         return not_between(magnitude(h), head_of(Range::normal), Format<T>::one_head);
     }
     // Double: small numbers too, times 2^100.
-    static auto far(Vector<T> v) {
+    static auto far(Vector<T> v) requires(!Kernel::in_floats) {
         if constexpr (Kernel::single) {
             return Kernel::far(v);
         } else {
