@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 
 #include <emmintrin.h>
 #include <gtest/gtest.h>
@@ -144,6 +145,28 @@ TEST(Frame, SameBitsAtEveryLengthAndAlignment) {
                     ASSERT_TRUE(z.holds(data.r2, row.results == 2 ? used : 0)) << n << ' ' << shift;
                     ASSERT_TRUE(a.holds(data.a, data.a.size()) && b.holds(data.b, data.b.size()));
                 }
+        }
+    });
+}
+
+// Of any size: alone as by other formulas, beside NaN.
+TEST(Frame, SameBitsBesideNan) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> exponent(-60, 60);
+    std::vector<double> sizes;
+    while (sizes.size() < 2000)
+        sizes.push_back(std::exp2(exponent(random)) * (random() % 2 ? 1 : -1));
+    for_every_kernel([&](const Row& row, int slot) {
+        Data data(row, 800, sizes);
+        data.compute_singly(slot);
+        for (int i = 0; i < data.count; ++i) {
+            Data pair(row, 2, {NAN});
+            std::memcpy(&pair.a[0], &data.a[i * row.argument_size()], row.argument_size());
+            std::memcpy(&pair.b[0], &data.b[i * row.argument_size()], row.argument_size());
+            pair.compute(slot, 0, 2);
+            const std::size_t size = row.result_size();
+            ASSERT_EQ(std::memcmp(&pair.r1[0], &data.r1[i * size], size), 0) << i;
+            ASSERT_EQ(std::memcmp(&pair.r2[0], &data.r2[i * size], size), 0) << i;
         }
     });
 }

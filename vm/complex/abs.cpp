@@ -7,7 +7,6 @@ namespace kef::vm {
 template <class T, class Accuracy> struct ComplexAbs : HypotFormula<T, Accuracy> {
     using Base = HypotFormula<T, Accuracy>;
     using V = Vector<T>;
-    using Base::refuse;
     KEF_COMPLEX_NAME(Abs);
     static constexpr bool far_everywhere = true;
 
@@ -25,7 +24,6 @@ template <class T, class Accuracy> struct ComplexAbs : HypotFormula<T, Accuracy>
         if (!all_finite) r = select(infinite, infinity, select(finite, r, sum_in_order(a, b)));
         return {r, report_marks(V{}, reported)};
     }
-    static ints refuse(ints, ints marks) { return marked_report(marks); }
     static ints reported(ints, ints marks) { return marked_report(marks); }
     static int status(T r) { return is_infinite(r) ? VTM_STATUS_OVERFLOW : VTM_STATUS_UNDERFLOW; }
 

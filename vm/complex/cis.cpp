@@ -22,7 +22,6 @@ struct ComplexCIS : ResultChanged<SinCosFormula<T, Accuracy>, Exchange> {
         }
         return {r.result, report_marks(r.marks, infinite)};
     }
-    static ints refuse(ints, ints, ints marks) { return marks | marked_report(marks); }
     static ints reported(ints, ints, ints marks) { return marked_report(marks); }
     static int status(T, T) { return VTM_STATUS_ERRDOM; }
 };

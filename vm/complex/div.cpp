@@ -23,9 +23,13 @@ template <class T, class Accuracy> struct ComplexDiv {
     static constexpr int most = is_double ? 400 : 50;
 
     // What squares and products consist of is normal, their errors too. Single HA has no gate but
-    // the result: nothing finite and not 0 makes it infinite or NaN, and all else does.
-    static ints outside(ints a, ints b, ints c, ints d) requires(!in_double) {
+    // the result: nothing finite and not 0 makes it infinite or NaN, and all else does. Single LA
+    // has the norm for a gate, which takes fewer operations and lets nothing else pass.
+    static ints not_ordinary(ints a, ints b, ints c, ints d) {
         return larger_outside<T, -most, most>(a, b) | larger_outside<T, -most / 2, most / 2>(c, d);
+    }
+    static ints outside(ints a, ints b, ints c, ints d) requires(is_double) {
+        return not_ordinary(a, b, c, d);
     }
     static constexpr bool far_everywhere = in_double || !accurate;
     static ints beyond(ints, ints, ints, ints) { return ints{}; }
@@ -33,13 +37,22 @@ template <class T, class Accuracy> struct ComplexDiv {
         return not_finite<T>(re) | not_finite<T>(im);
     }
     // The bit behind the sign: infinite without an error.
-    static ints refuse(ints re, ints im, ints marks) { return marks | reported(re, im, marks); }
     static ints reported(ints re, ints im, ints marks) {
         return (is_infinity<T>(re) | is_infinity<T>(im)) & ~(marks | marks << 1);
     }
     static int status(T, T) { return VTM_STATUS_OVERFLOW; }
 
-    static Two<V> fast(V a, V b, V c, V d) {
+    static auto fast(V a, V b, V c, V d) {
+        if constexpr (is_double || accurate) {
+            return ordinary_quotient(a, b, c, d);
+        } else {
+            const V norm = c * c + d * d;
+            const ints larger = larger_head(magnitude((ints)a), magnitude((ints)b));
+            return MarkedBy<V, Two<V>>{complex_quotient_plain(a, b, c, d),
+                                       (V)one_outside<T, 2 - most, most>((ints)norm, larger)};
+        }
+    }
+    static Two<V> ordinary_quotient(V a, V b, V c, V d) {
         if constexpr (in_double) {
             const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);
             const auto low = complex_quotient_plain(x.low, y.low, u.low, v.low),
@@ -71,11 +84,12 @@ template <class T, class Accuracy> struct ComplexDiv {
         if constexpr (accurate) {
             return wide_quotient(a, b, c, d);
         } else {
-            const auto within = ~sign_mask((BitsOf<V>)outside((ints)a, (ints)b, (ints)c, (ints)d)),
+            const auto within =
+                           ~sign_mask((BitsOf<V>)not_ordinary((ints)a, (ints)b, (ints)c, (ints)d)),
                        wide = both_finite(a, b) & both_finite(c, d) & ~within;
             if (all_lanes(wide)) return wide_quotient(a, b, c, d);
             Two<V> r{};
-            if (any_lane(within)) r = fast(a, b, c, d);
+            if (any_lane(within)) r = ordinary_quotient(a, b, c, d);
             if (!any_lane(wide)) return r;
             const auto chosen = [&](V x) { return select(wide, x, all(T(1))); };
             return select(wide, wide_quotient(chosen(a), chosen(b), chosen(c), chosen(d)), r);
@@ -92,9 +106,9 @@ template <class T, class Accuracy> struct ComplexDiv {
                 if (all_within(size, 0, 0x1p-900)) {
                     const doubles x = times_2_1074(a), y = times_2_1074(b);
                     if (all_within(other, 0, 0x1p-900))
-                        return fast(x, y, times_2_1074(c), times_2_1074(d));
+                        return ordinary_quotient(x, y, times_2_1074(c), times_2_1074(d));
                     if (all_within(other, 0x1p-200, 0x1p200)) {
-                        const Two<doubles> q = fast(x, y, c, d);
+                        const Two<doubles> q = ordinary_quotient(x, y, c, d);
                         return {times_2_minus_1074({q.first, doubles{}}),
                                 times_2_minus_1074({q.second, doubles{}})};
                     }
@@ -103,10 +117,10 @@ template <class T, class Accuracy> struct ComplexDiv {
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
             const PowersBack back(x.exponent, -y.exponent);
             if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);
-            const Two<V> q = fast(x.x, x.y, y.x, y.y);
+            const Two<V> q = ordinary_quotient(x.x, x.y, y.x, y.y);
             return {back.times(q.first), back.times(q.second)};
         } else {
-            return ComplexDiv<T, HA>::fast(a, b, c, d);
+            return ComplexDiv<T, HA>::ordinary_quotient(a, b, c, d);
         }
     }
 

@@ -26,6 +26,18 @@ template <class T, int first, int end> inline ints larger_outside(ints x, ints y
     return (larger - head(first)) | (head(end) - 1 - larger);
 }
 
+// The same of two lanes that are positive or NaN, as a mask: larger and smaller ones at once.
+template <class T, int first, int end> inline ints one_outside(ints x, ints y) {
+    constexpr auto heads = [](int count) {
+        return count * static_cast<std::uint32_t>(Format<T>::normal_head);
+    };
+    // The first of them becomes the least integer.
+    constexpr auto to_least =
+        static_cast<std::int32_t>(Format<T>::one_head + heads(first) + (1u << 31));
+    constexpr auto last = static_cast<std::int32_t>((1u << 31) + heads(end - first) - 1);
+    return greater(larger_head(x - all(to_least), y - all(to_least)), all(last));
+}
+
 // A comparison as a mask of its own: of several at once GCC 12 makes element by element what SSE2
 // has no mask instructions for.
 template <class M> inline M mask(M comparison) {
