@@ -213,24 +213,40 @@ TEST(Complex, RealPowers) {
     expect_real_powers<double>();
 }
 
-// An imaginary part that is rounded into the subnormal numbers has the same bits whichever formula
-// its neighbours are for.
-TEST(Complex, SubnormalPartsOfPowers) {
+// Small results have the same bits whichever formula their neighbours are for.
+void expect_as_alone(const char* function, const std::vector<double>& a,
+                     const std::vector<double>& b) {
+    const int n = static_cast<int>(a.size() / 2);
+    std::vector<double> together(2 * n), single(2 * n);
+    for (const int slot : slots) {
+        call<double>('z', function, slot,
+                     {n, a.data(), b.data(), nullptr, together.data(), nullptr});
+        for (int i = 0; i < 2 * n; i += 2)
+            call<double>('z', function, slot, {1, &a[i], &b[i], nullptr, &single[i], nullptr});
+        EXPECT_TRUE(same_bits(together, single)) << function << ' ' << slot;
+    }
+}
+TEST(Complex, SmallResultsBesideOthers) {
     std::mt19937_64 random(3);
     constexpr int n = 200;
-    std::vector<double> a = numbers<double>(random, 2 * n, 3, false), b(2 * n), together(2 * n),
-                        single(2 * n);
+    // Powers whose imaginary part is rounded into the subnormal numbers.
+    std::vector<double> a = numbers<double>(random, 2 * n, 3, false), b(2 * n);
     for (int i = 0; i < n; ++i) {
         a[2 * i] = i % 5 ? 2 + std::fabs(a[2 * i]) : 0x1p-300;
         a[2 * i + 1] *= 0x1p-40;
         b[2 * i] = i % 5 ? -990 / std::log2(a[2 * i]) : 1, b[2 * i + 1] = 0x1p-60;
     }
-    for (const int slot : slots) {
-        call<double>('z', "Pow", slot, {n, a.data(), b.data(), nullptr, together.data(), nullptr});
-        for (int i = 0; i < 2 * n; i += 2)
-            call<double>('z', "Pow", slot, {1, &a[i], &b[i], nullptr, &single[i], nullptr});
-        EXPECT_TRUE(same_bits(together, single)) << slot;
+    expect_as_alone("Pow", a, b);
+    // Quotients and products whose terms are zeros and underflow.
+    constexpr double parts[] = {0,   0x1.8p-1074, 0x1.37p-1030, 0x1.cp-1018, 0x1.4p-905, 0x1.2p-250,
+                                1.5, 0x1.b8p102,  0x1.1p210,    0x1.7p600,   0x1.9p1020};
+    for (std::vector<double>* x : {&a, &b}) {
+        x->resize(20000);
+        for (double& part : *x)
+            part = parts[random() % std::size(parts)] * (random() % 2 ? 1.0 : -1.0);
     }
+    expect_as_alone("Div", a, b);
+    expect_as_alone("Mul", a, b);
 }
 
 std::vector<kef_vtm_error_record> records;

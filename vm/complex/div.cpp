@@ -96,32 +96,44 @@ template <class T, class Accuracy> struct ComplexDiv {
         }
     }
     static Two<V> wide_quotient(V a, V b, V c, V d) {
-        if constexpr (is_double) {
-            if constexpr (!accurate) {  // small numbers together
-                const doubles size = maximum(absolute(a), absolute(b)),
-                              other = maximum(absolute(c), absolute(d));
-                const auto all_within = [](doubles x, double from, double to) {
-                    return all_lanes(mask(x >= from) & mask(x < to));
-                };
-                if (all_within(size, 0, 0x1p-900)) {
-                    const doubles x = times_2_1074(a), y = times_2_1074(b);
-                    if (all_within(other, 0, 0x1p-900))
-                        return ordinary_quotient(x, y, times_2_1074(c), times_2_1074(d));
-                    if (all_within(other, 0x1p-200, 0x1p200)) {
-                        const Two<doubles> q = ordinary_quotient(x, y, c, d);
-                        return {times_2_minus_1074({q.first, doubles{}}),
-                                times_2_minus_1074({q.second, doubles{}})};
-                    }
-                }
+        if constexpr (!is_double) return ComplexDiv<T, HA>::ordinary_quotient(a, b, c, d);
+        else if constexpr (accurate) return scaled_quotient(a, b, c, d);
+        else {
+            // Small numbers together, or by ordinary ones: as those, whose zeros keep the signs
+            // that scaled parts may lose.
+            const doubles size = maximum(absolute(a), absolute(b)),
+                          other = maximum(absolute(c), absolute(d));
+            const longs small = mask(size < 0x1p-900), both = small & mask(other < 0x1p-900),
+                        first = small & mask(other >= 0x1p-200) & mask(other < 0x1p200),
+                        enlarged = both | first;
+            Two<V> r{};
+            if (!all_lanes(enlarged)) r = scaled_quotient(a, b, c, d);
+            if (!any_lane(enlarged)) return r;
+            const auto by = [&](longs lanes, V x, V y) {
+                return Two<V>{select(lanes, x, all(1.0)), select(lanes, y, all(1.0))};
+            };
+            const auto [x, y] = by(enlarged, times_2_1074(a), times_2_1074(b));
+            if (any_lane(both)) {
+                const auto [u, v] = by(both, times_2_1074(c), times_2_1074(d));
+                r = select(both, ordinary_quotient(x, y, u, v), r);
             }
-            const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-            const PowersBack back(x.exponent, -y.exponent);
-            if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);
-            const Two<V> q = ordinary_quotient(x.x, x.y, y.x, y.y);
-            return {back.times(q.first), back.times(q.second)};
-        } else {
-            return ComplexDiv<T, HA>::ordinary_quotient(a, b, c, d);
+            if (any_lane(first)) {
+                const auto [u, v] = by(first, c, d);
+                const Two<V> q = ordinary_quotient(x, y, u, v);
+                r = select(first,
+                           Two<V>{times_2_minus_1074({q.first, doubles{}}),
+                                  times_2_minus_1074({q.second, doubles{}})},
+                           r);
+            }
+            return r;
         }
+    }
+    static Two<V> scaled_quotient(V a, V b, V c, V d) requires(is_double) {
+        const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
+        const PowersBack back(x.exponent, -y.exponent);
+        if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);
+        const Two<V> q = ordinary_quotient(x.x, x.y, y.x, y.y);
+        return {back.times(q.first), back.times(q.second)};
     }
 
     // Of an infinite and a finite number, b not 0; `above`: where a is the infinite one. What the
