@@ -12,6 +12,9 @@
 // + 2^-28. LA, also EP: plain arithmetic and one reciprocal, 5 units of the norm.
 #include "vm/core/complex_kernel.h"
 #include "vm/core/complex_product.h"
+#if KEF_VECTOR_BYTES == 16
+#include "vm/simd/pairs_in_double.h"
+#endif
 
 namespace kef::vm {
 
@@ -52,6 +55,13 @@ template <class T, class Accuracy> struct ComplexDiv {
                                        (V)one_outside<T, 2 - most, most>((ints)norm, larger)};
         }
     }
+#if KEF_VECTOR_BYTES == 16
+    static MarkedBy<V, Two<V>> in_memory(const float* a, const float* b) requires(in_double) {
+        const auto r =
+            on_pairs_in_double(a, b, [](auto... x) { return complex_quotient_plain(x...); });
+        return {r, one_is_nan(r.first - r.first, r.second - r.second)};  // or infinite
+    }
+#endif
     static Two<V> ordinary_quotient(V a, V b, V c, V d) {
         if constexpr (in_double) {
             const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);

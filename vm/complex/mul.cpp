@@ -15,9 +15,8 @@
 
 namespace kef::vm {
 
-template <class T, class> struct ComplexMul {
+template <class T, bool conjugate> struct ComplexProduct {
     using V = Vector<T>;
-    KEF_COMPLEX_NAME(Mul);
     static constexpr bool is_double = std::is_same_v<T, double>;
 
     // Double: the errors of the products are normal numbers beside the norm.
@@ -41,29 +40,37 @@ template <class T, class> struct ComplexMul {
 
     static Two<V> fast(V a, V b, V c, V d) {
         if constexpr (is_double) {
-            return complex_product<false>(a, b, c, d);
+            return complex_product<conjugate>(a, b, c, d);
         } else {
             const DoublesPair x = widen(a), y = widen(b), u = widen(c), v = widen(d);
             return narrow(in_double(x.low, y.low, u.low, v.low),
                           in_double(x.high, y.high, u.high, v.high));
         }
     }
+#if KEF_VECTOR_BYTES == 16
+    static MarkedBy<V, Two<V>> in_memory(const float* a, const float* b) requires(!is_double) {
+        const auto r = on_pairs_in_double(a, b, [](auto... x) { return in_double(x...); });
+        return {r, one_is_nan(r.first, r.second)};
+    }
+#endif
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
         if constexpr (is_double) {
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-            const Two<V> r =
-                times(product_parts(x.x, x.y, y.x, y.y), PowersBack(x.exponent, y.exponent));
-            return {with_nan(r, a, b, c, d), V{}};
+            const Two<V> r = times(product_parts(x.x, x.y, y.x, of_second(y.y)),
+                                   PowersBack(x.exponent, y.exponent));
+            return {with_nan(r, a, b, c, of_second(d)), V{}};
         } else {
-            return {with_nan(fast(a, b, c, d), a, b, c, d), V{}};
+            return {with_nan(fast(a, b, c, d), a, b, c, of_second(d)), V{}};
         }
     }
 
     static Two<doubles> in_double(doubles a, doubles b, doubles c, doubles d) {
-        return {a * c - b * d, a * d + b * c};
+        const doubles e = of_second(d);
+        return {a * c - b * e, a * e + b * c};
     }
 
     static int edge(T a, T b, T c, T d, T& re, T& im) {
+        d = of_second(d);
         plain({a, b}, {c, d}, 1, re, im);
         if (is_nan(re) && is_nan(im) && (has_infinity(a, b) || has_infinity(c, d)))
             plain(has_infinity(a, b) ? direction(a, b) : without_nan(a, b),
@@ -73,57 +80,21 @@ template <class T, class> struct ComplexMul {
     }
 
 private:
+    // The imaginary part of b, or that with the other sign.
+    static auto of_second(auto d) { return conjugate ? -d : d; }
     static void plain(Direction x, Direction y, double factor, T& re, T& im) {
         re = static_cast<T>(factor * (x.re * y.re - x.im * y.im));
         im = static_cast<T>(factor * (x.re * y.im + x.im * y.re));
     }
 };
 
-// The imaginary part of b with the other sign.
-template <class T, class Accuracy> struct ComplexMulByConj : ComplexMul<T, Accuracy> {
-    using Mul = ComplexMul<T, Accuracy>;
-    using V = Vector<T>;
+template <class T, class> struct ComplexMul : ComplexProduct<T, false> { KEF_COMPLEX_NAME(Mul); };
+template <class T, class> struct ComplexMulByConj : ComplexProduct<T, true> {
     KEF_COMPLEX_NAME(MulByConj);
-    static Two<V> fast(V a, V b, V c, V d) {
-        if constexpr (Mul::is_double) return complex_product<true>(a, b, c, d);
-        else return Mul::fast(a, b, c, -d);
-    }
-    static auto far(V a, V b, V c, V d) { return Mul::far(a, b, c, -d); }
-    static Two<doubles> in_double(doubles a, doubles b, doubles c, doubles d) {
-        return Mul::in_double(a, b, c, -d);
-    }
-    static int edge(T a, T b, T c, T d, T& re, T& im) { return Mul::edge(a, b, c, -d, re, im); }
 };
 
-// Single products, which report nothing: groups from memory to memory as far as none has a NaN,
-// then the loop of all kernels.
-template <class K>
-[[gnu::flatten]] inline void single_products(std::int32_t n, const kef_complex8* a,
-                                             const kef_complex8* b, kef_complex8* r) {
-    if (n < 32) return map2<K>(n, a, b, r);
-    std::int32_t i = 0;
-    ControlGuard<false> guard;
-#if KEF_VECTOR_BYTES == 16
-    for (; i <= n - 4; i += 4) {
-        const auto two = [&](int first) {
-            const auto [x, y] = load_widened_pair(&a[first].re);
-            const auto [u, v] = load_widened_pair(&b[first].re);
-            return narrow_pair(K::in_double(x, y, u, v));
-        };
-        const floats low = two(i), high = two(i + 2);
-        if (any_lane(one_is_nan(low, high))) [[unlikely]]
-            break;
-        store(&r[i].re, low), store(&r[i + 2].re, high);
-    }
-#endif
-    if (i < n) map2<K>(n - i, a + i, b + i, r + i);
-}
-void cMul_HA(std::int32_t n, const kef_complex8* a, const kef_complex8* b, kef_complex8* r) {
-    single_products<ComplexMul<float, HA>>(n, a, b, r);
-}
-void cMulByConj_HA(std::int32_t n, const kef_complex8* a, const kef_complex8* b, kef_complex8* r) {
-    single_products<ComplexMulByConj<float, HA>>(n, a, b, r);
-}
+KEF_COMPLEX2(c, Mul, HA)
+KEF_COMPLEX2(c, MulByConj, HA)
 KEF_COMPLEX2(z, Mul, HA)
 KEF_COMPLEX2(z, MulByConj, HA)
 

@@ -8,6 +8,9 @@
 //                          see; one comparison if possible
 //   k.fast(x...)           the formula on a vector of each argument; the result,
 //                          or Two{first, second}
+//   k.in_memory(p...)      optional: fast on a group of complex numbers as it stands in memory, of
+//                          two arguments; the results as they are to stand there, with the bits
+//                          of fast, and a verdict (MarkedBy). Computes all whole groups
 //   k.refuse(h...)         optional gate on the leading bits of what fast gave, for
 //                          formulas that are harmless everywhere: lanes that need
 //                          the edge; a vector more than the kernel has results is
@@ -296,7 +299,7 @@ inline ints refused(const K& k, const std::array<Group<T>, Y>& y) {
     (std::make_index_sequence<Y>());
 }
 
-// Of those the lanes whose results stand.
+// The lanes whose results stand and are reported, whether refused or not.
 template <class K, std::size_t Y>
 inline constexpr bool has_reports = []<std::size_t... N>(std::index_sequence<N...>) {
     return requires(const K& k, ints h) { k.reported((static_cast<void>(N), h)...); };
@@ -322,6 +325,21 @@ inline bool try_group(const K& k, const std::array<Group<T>, I>& x, auto store_r
         return false;
     store_results(y);
     return true;
+}
+
+// The same of the group at i, all of which is there.
+template <class K, class In, class Out>
+inline bool try_group_at(const K& k, int i, const In& in, const Out& out) {
+    if constexpr (requires { k.in_memory(&in.component(0, i), &in.component(2, i)); }) {
+        const auto y = k.in_memory(&in.component(0, i), &in.component(2, i));
+        if (any_lane((ints)y.marks)) [[unlikely]]
+            return false;
+        auto* p = &out.component(0, i);
+        store(p, y.result.first), store(p + group, y.result.second);
+        return true;
+    } else {
+        return try_group<Out::components>(k, in.group_at(i), out.storing(i));
+    }
 }
 
 // Whether the kernel of I arguments and O results has an edge.
@@ -640,8 +658,7 @@ template <class K, class In, class Out, class Guard>
         }
         if (behind == i) held_back(k, i, group, guard, in, out), i += group;
         else i = behind;
-        while (i <= n - group && try_group<Out::components>(k, in.group_at(i), out.storing(i)))
-            i += group;
+        while (i <= n - group && try_group_at(k, i, in, out)) i += group;
     }
     return i;
 }
@@ -670,7 +687,7 @@ inline void run(int n, const In& in, const Out& out, auto... scalars) {
     int i = 0;
     if constexpr (!has_edge) i = ungated(k, n, in, out);
     for (; i <= n - group; i += group) {
-        const bool done = try_group<O>(k, in.group_at(i), out.storing(i));
+        const bool done = try_group_at(k, i, in, out);
         if constexpr (has_far<K, I>) {
             if (!done) [[unlikely]] {
                 i = resume(k, i, n, guard, in, out);
