@@ -325,6 +325,25 @@ TEST(Frame, SubnormalNumbersAreZerosWhereTheModeSaysSo) {
     });
 }
 
+// Normal numbers whose low halves would be zeros: the mode changes nothing.
+TEST(Frame, SmallNormalNumbersWhateverTheMode) {
+    in_fresh_thread([] {
+        const Row& row = *find_row("dLinearFrac");
+        constexpr double x = 0x1.c86f2deb14638p-1015, large = 0x1.9d4f3a5b7c6e9p1015;
+        const double a[] = {x, x, -x, large, large}, b[] = {1, 2.5, 3, 4, 0.75};
+        for (const double scale : {large, x})
+            for (int slot = 0; slot < 3; ++slot) {
+                const double scalars[] = {scale, 2.75, 1.25, 0.5};
+                double results[2][5];
+                for (const bool on : {false, true}) {
+                    kef_vtm_kernel_SetMode(on ? VTM_FTZDAZ_ON : VTM_FTZDAZ_OFF);
+                    row.invoke(row.slots[slot], {5, a, b, scalars, results[on], nullptr});
+                }
+                EXPECT_EQ(std::memcmp(results[0], results[1], sizeof results[0]), 0) << slot;
+            }
+    });
+}
+
 // The x87 unit is no part of any kernel: a subnormal result that passed through it would raise its
 // flag, and trap in whatever the caller does next.
 void clear_x87_flags() { asm volatile("fnclex"); }

@@ -39,6 +39,7 @@ namespace {
 // 2^least_shift and products above 2^drowned of them: no part is subnormal. A term that is by
 // 2^-400 below the other one decides at most a tie.
 constexpr int widest = 400, least_shift = -280, drowned = -120, least_factor = -400;
+constexpr int least_term = -968;       // arguments and scales from there on have normal halves
 constexpr double cancelled = 0x1p-23;  // the part of the shift below which a sum is not trusted
 constexpr double vanished = 0x1p-900;  // no sum is so small but 0
 constexpr int exponent_of_zero = -8000;
@@ -97,25 +98,24 @@ class Line {
 public:
     Line(double scale, double shift)
         : scale_(scale), shift_(shift), finite_(is_finite(scale) && is_finite(shift)) {
-        // By bits: a call of few elements is not to wait for its scalars. Subnormal ones are for
-        // far.
+        // By bits: a call of few elements is not to wait for its scalars. Tiny ones are for far.
         const auto magnitude_of = [](double x) { return head(x) & 0x7FFFFFFF; };
         const auto exponent = [&](double x) { return (magnitude_of(x) >> 20) - 1023; };
         const bool has_scale = magnitude_of(scale) != 0, has_shift = magnitude_of(shift) != 0;
         const int scale_e = exponent(scale), shift_e = exponent(shift);
-        if (!finite_ || (has_scale && scale_e == -1023)) return;
+        if (!finite_ || (has_scale && scale_e < least_term)) return;
         if (has_shift && (shift_e < least_shift || shift_e >= widest)) return;
         const int least = has_shift ? shift_e + drowned : -widest;
         const auto head_of_power = [](int e) {
-            return static_cast<std::uint32_t>(std::clamp(e + 1023, 1, 2047)) << 20;
+            return static_cast<std::uint32_t>(std::clamp(e, least_term, 1024) + 1023) << 20;
         };
         const std::uint32_t low = has_scale ? head_of_power(least - scale_e) : 0;
         const std::uint32_t high =
             has_scale ? head_of_power(widest - 1 - scale_e) : Format<double>::infinity_head;
         if (low >= high) return;
         low_ = low, high_ = high;
-        // Below 2^-1022, from where `low` stands, not everything does.
-        drowns_ = has_shift && (!has_scale || least - scale_e >= -1022);
+        // Below 2^least_term, where `low` stands at least, not everything does.
+        drowns_ = has_shift && (!has_scale || least - scale_e >= least_term);
         low_value_ = from_bits(std::uint64_t{low} << 32);
         high_value_ = from_bits(std::uint64_t{high} << 32);
         least_ = least_sum(all(shift))[0];
