@@ -64,10 +64,13 @@ template <class T, class Accuracy> struct ComplexPowFormula {
             return {narrow(low.result, high.result),
                     (floats)in_order(heads(low.marks, high.marks))};
         } else {
-            // What is rounded into the subnormal numbers is for far.
-            const auto small = [](doubles r) { return is_tiny(r, 0x1.0000000000001p-1022); };
+            // What is rounded into the subnormal numbers is for far; zeros are not.
             MarkedBy<V, Two<V>> r = power(a, b, c, d);
-            r.marks = (V)((longs)r.marks | small(r.result.first) | small(r.result.second));
+            const doubles least = minimum(absolute(r.result.first), absolute(r.result.second));
+            if (!all_lanes((longs)(least > Format<T>::smallest_normal))) [[unlikely]] {
+                const auto small = [](doubles x) { return is_tiny(x, 0x1.0000000000001p-1022); };
+                r.marks = (V)((longs)r.marks | small(r.result.first) | small(r.result.second));
+            }
             return r;
         }
     }
