@@ -242,6 +242,35 @@ TEST(Pow, EndsOfTheRange) {
     });
 }
 
+// Exponentials next to the largest number, where the power of two is close to the first that is
+// none.
+template <class T> void expect_large_exponentials() {
+    using Limits = std::numeric_limits<T>;
+    constexpr double bounds[] = {sizeof(T) == 4 ? 0x1p-21 : 0x1p-50, sizeof(T) == 4 ? 0.501 : 0.55,
+                                 sizeof(T) == 4 ? 0x1p-11 : 0x1p-26};
+    for (const auto& [name, factor] : {std::pair{"Exp", 1.0}, {"Expm1", 1.0}, {"Cosh", 0.5}}) {
+        const Row& row = *find_row(std::string(1, letter<T>) + name);
+        const double last = std::log(double(Limits::max())) - std::log(factor);
+        std::vector<T> x, r(500);
+        for (int i = 0; i < 500; ++i) x.push_back(T(last - 0.1 * i / 500));
+        for (int slot : {0, 1, 2}) {
+            row.invoke(row.slots[slot], {500, x.data(), nullptr, nullptr, r.data(), nullptr});
+            for (int i = 1; i < 500; ++i) {
+                const auto error = reference::error(r[i], expq(x[i]) * factor);
+                ASSERT_LE(slot == 1 ? error.ulps : error.relative, bounds[slot])
+                    << row.name() << " slot " << slot << ": " << x[i];
+            }
+        }
+    }
+}
+TEST(Pow, LargeExponentials) {
+    in_fresh_thread([] {
+        kef_vtm_kernel_SetMode(VTM_ERRMODE_IGNORE);
+        expect_large_exponentials<float>();
+        expect_large_exponentials<double>();
+    });
+}
+
 // One operation, whatever the base; the status that the result asks for.
 template <class T> void expect_operations() {
     using Limits = std::numeric_limits<T>;

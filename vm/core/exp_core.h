@@ -1,9 +1,11 @@
 // The exponential of doubles:
 //
-//   x = k ln2/N + r,  exp(x) = 2^(k/N) p(r),  N = 64 or 128
+//   x = k ln2/N + r,  exp(x) = 2^(k/N) p(r),  N = 64 (HA) or 128
 //
-// The table gives 2^(j/N) with j = k mod N, the exponent field m = floor(k/N).
-// Tables: tools/exp_tables.py.
+// The table gives 2^(j/N) with j = k mod N, the exponent field m = floor(k/N). Where one operation
+// finds each lane its own of 16 numbers in two vectors, N = 16 for LA and EP: a longer polynomial
+// is less than the loads of rows.
+// Tables: tools/exp_tables.py; polynomials: tools/exp.sollya.
 #pragma once
 
 #include "vm/core/constants.h"
@@ -23,6 +25,10 @@ struct Exp128 {
     std::uint64_t fraction;  // the bits of 2^(j/128) without the exponent
 };
 extern const Exp128 exp128_table[128];
+struct alignas(64) Exp16 {
+    double fraction[16];  // of 2^(j/16) likewise
+};
+extern const Exp16 exp16_table;
 
 }  // namespace kef::vm
 
@@ -43,25 +49,40 @@ template <> struct ExpConstants<HA> {
                                            0x3FA555574BC3A1BE, 0x3F81111276409C2C);
 };
 
-// LA: |p/exp - 1| < 2^-51.5 on |r| <= ln2/256.
+// Constants for rows, |r| <= ln2/256, or for numbers that are looked up, |r| <= ln2/32.
+constexpr auto rows_or_lookup(const auto& of_rows, const auto& of_lookup) {
+    if constexpr (has_lookup) return of_lookup;
+    else return of_rows;
+}
+inline constexpr int exp_log2_size = rows_or_lookup(7, 4);
+
+// From there on k may be rounded to 1024 N, whose power is no number: ln2 (1024 - 1/2N), of HA too.
+inline constexpr double exp_end = rows_or_lookup(from_bits(UINT64_C(0x40862E37E7D8BA72)), 709.761);
+
+// LA: |p/exp - 1| < 2^-51.5, looked up 2^-56.2.
 template <> struct ExpConstants<LA> {
-    static constexpr int log2_size = 7;
-    static constexpr auto ln2_parts = coefficients(0x3F762E42FEE00000, 0x3D7A39EF35793C76);
+    static constexpr int log2_size = exp_log2_size;
+    static constexpr auto ln2_parts =
+        rows_or_lookup(coefficients(0x3F762E42FEE00000, 0x3D7A39EF35793C76),
+                       coefficients(0x3FA62E42FEE00000, 0x3DAA39EF35793C76));
     static constexpr auto c =
-        coefficients(0x3FDFFFFFFFFFFEB0, 0x3FC55555B7BAE976, 0x3FA55555C2A9C0FA);
+        rows_or_lookup(coefficients(0x3FDFFFFFFFFFFEB0, 0x3FC55555B7BAE976, 0x3FA55555C2A9C0FA),
+                       coefficients(0x3FDFFFFFFFFFFFBC, 0x3FC555555548F803, 0x3FA55555558D5382,
+                                    0x3F811123AB512F52, 0x3F56C14E28CBE84D));
 };
 
-// EP: 1 + r + r^2/2, error below 2^-28.1; one constant for the reduction.
+// EP: 1 + r + r^2/2, error below 2^-28.1, looked up 2^-29.2; one constant for the reduction.
 template <> struct ExpConstants<EP> {
-    static constexpr int log2_size = 7;
-    static constexpr std::array ln2_parts = {ln2 / 128};
+    static constexpr int log2_size = exp_log2_size;
+    static constexpr std::array ln2_parts = {ln2 / (1 << log2_size)};
+    static constexpr auto c =
+        rows_or_lookup(std::array{0.5}, coefficients(0x3FE00021E3361103, 0x3FC55559ADB27A3E));
 };
 
-// x reduced: r, the table index of each lane, and 2^(m + shift) as bits; k has been rounded.
+// x reduced: r, the rounded k, whose low bits are the table index, and 2^(m + shift) as bits.
 struct ExpReduced {
     doubles r, k;
-    RowNumbers<double> rows;
-    longs power;
+    longs index, power;
 };
 
 // For |x| < 746 and shifts that keep m + shift an exponent of normal numbers. The
@@ -74,13 +95,13 @@ template <class Accuracy, int shift = 0> inline ExpReduced exp_reduce(doubles x,
     constexpr double shifter = shifter52 + (1023 + shift) * size;
     const doubles sum = multiply_add((x + ... + low), size * inverse_ln2, shifter);
     const doubles k = sum - shifter;
-    return {(minus_products(x, k, C::ln2_parts) + ... + low), k, row_numbers((longs)sum, size - 1),
+    return {(minus_products(x, k, C::ln2_parts) + ... + low), k, (longs)sum,
             ((longs)sum << (52 - C::log2_size)) & INT64_C(0x7FF0000000000000)};
 }
 
 // The entries in the table of 64: 2^(j/64) = high + low.
 inline Parts exp_table(const ExpReduced& x) {
-    const auto [high, low] = Rows(exp64_table, x.rows).pair(&ExpHighLow::high);
+    const auto [high, low] = Rows(exp64_table, row_numbers(x.index, 63)).pair(&ExpHighLow::high);
     return {high, low};
 }
 
@@ -97,9 +118,17 @@ template <int shift = 0> inline ExpParts exp_parts(doubles x) {
     return exp_parts(exp_reduce<HA, shift>(x));
 }
 
-// 2^(k/128), for LA and EP.
+// 2^(k/N), for LA and EP.
 inline doubles exp_scale(const ExpReduced& x) {
-    return (doubles)((longs)Rows(exp128_table, x.rows).field(&Exp128::fraction) | x.power);
+    const doubles fraction = [&] {
+        if constexpr (has_lookup) return looked_up(exp16_table.fraction, x.index);
+        else return Rows(exp128_table, row_numbers(x.index, 127)).field(&Exp128::fraction);
+    }();
+    return (doubles)((longs)fraction | x.power);
+}
+// r + r^2 (c[0] + c[1] r + ...).
+inline doubles exp_tail(doubles r, const auto& c) {
+    return multiply_add(r * r, polynomial(r, c), r);
 }
 
 // exp(x) of x reduced.
@@ -110,10 +139,9 @@ template <class Accuracy> inline doubles exp_of(const ExpReduced& reduced) {
         return (e.high + e.low) * e.power;
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
         const doubles scale = exp_scale(reduced);
-        return multiply_add(scale, multiply_add(r * r, polynomial(r, ExpConstants<LA>::c), r),
-                            scale);
+        return multiply_add(scale, exp_tail(r, ExpConstants<LA>::c), scale);
     } else {
-        return exp_scale(reduced) * (1.0 + multiply_add(r * r, 0.5, r));
+        return exp_scale(reduced) * (1.0 + exp_tail(r, ExpConstants<EP>::c));
     }
 }
 
@@ -121,7 +149,7 @@ template <class Accuracy> inline doubles exp_of(const ExpReduced& reduced) {
 // the smaller ones need not be normal numbers, are 2^512 times as large at first.
 template <class Accuracy> inline doubles exp_of_normal(ExpReduced reduced) {
     if constexpr (!std::is_same_v<Accuracy, LA>) return exp_of<Accuracy>(reduced);
-    const longs small = reduced.k < -992.0 * 128;
+    const longs small = reduced.k < -992.0 * (1 << exp_log2_size);
     if (!any_lane(small)) return exp_of<Accuracy>(reduced);
     const longs up = small & (INT64_C(512) << 52);
     reduced.power += up;

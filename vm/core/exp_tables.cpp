@@ -11,4 +11,9 @@ constinit const Exp128 exp128_table[128] = {
 #include "vm/tables/exp128.inc"
 };
 
+constinit const Exp16 exp16_table = {{
+#define KEF_EXP16(fraction) from_bits(UINT64_C(fraction)),
+#include "vm/tables/exp16.inc"
+}};
+
 }  // namespace kef::vm

@@ -49,10 +49,12 @@ template <class Accuracy> inline doubles expm1_core(doubles x) {
         const doubles S = T * (doubles)reduced.power, s = t * (doubles)reduced.power;
         return (S - 1.0) + multiply_add(S + s, reduced.r + expm1_tail(reduced.r), s);
     } else {
-        constexpr auto c = coefficients(0x3FE000007B10F266, 0x3FC5555586889473);
+        constexpr auto c = rows_or_lookup(
+            coefficients(0x3FE000007B10F266, 0x3FC5555586889473),
+            coefficients(0x3FE000000022D163, 0x3FC5557081DE482A, 0x3FA5554DD46B5032));
         const ExpReduced reduced = exp_reduce<EP>(x);
-        const doubles r = reduced.r, scale = exp_scale(reduced);
-        return multiply_add(scale, multiply_add(r * r, polynomial(r, c), r), scale - 1.0);
+        const doubles scale = exp_scale(reduced);
+        return multiply_add(scale, exp_tail(reduced.r, c), scale - 1.0);
     }
 }
 

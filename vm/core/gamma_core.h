@@ -98,7 +98,7 @@ inline doubles tgamma_stirling_rounded(doubles x) {
 
 // Single HA in double, |x| < 44: relative error 2^-40.
 inline DoublesPair tgamma_stirling_of_float(floats x) {
-    const auto formula = [](doubles x, const LogReduced& reduced) {
+    const auto formula = [](doubles x, const LogOfFloat& reduced) {
         // s(y) to 2^-41
         constexpr auto s = coefficients(0x3FB5555555555555, 0xBF66C16C16C12B8B, 0x3F4A01A00D638F63);
         const doubles y = absolute(x), u = 1.0 / y;
@@ -106,8 +106,7 @@ inline DoublesPair tgamma_stirling_of_float(floats x) {
             ((y - 0.5) * log_of_float(reduced) - y) + (half_ln_2pi.high + u * polynomial(u * u, s));
         return tgamma_from_positive<LA>(x, y, exp_for_float(e));
     };
-    const LogSingleReduced s = log_single_reduce(absolute(x));
-    const LogInDouble logs = log_in_double(widen(s.z), s.exponent, s.interval);
+    const LogInDouble logs = log_in_double(log_single_reduce_for_double(absolute(x)));
     const DoublesPair wide = widen(x);
     return {formula(wide.low, logs.low), formula(wide.high, logs.high)};
 }

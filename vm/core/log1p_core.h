@@ -63,14 +63,14 @@ template <class Accuracy> inline doubles log1p_core(doubles x) {
 
 // z/c - 1 = (m - 1) + m x with m = 2^-k/c of 24 bits: both terms are exact.
 inline DoublesPair log1p_in_double(floats x) {
-    const LogSingleReduced s = log_single_reduce(x + 1.0f);
+    const LogSingleReduced s = log_single_reduce_for_double(x + 1.0f);
     const DoublesPair wide = widen(x), power = widen((floats)(0x3F800000 - (s.exponent << 23)));
-    const LogInDouble both = log_in_double(wide, s.exponent, s.interval);
-    const auto log = [](const LogReduced& x, doubles power) {
-        const doubles m = x.row.field(&LogEntry::inverse) * power;
-        return log_sum_of<LA>(x, (m - 1.0) + x.z * m);
+    const LogInDouble both = log_in_double(s);
+    const auto log = [](const LogOfFloat& reduced, doubles x, doubles power) {
+        const doubles m = inverse_of(reduced) * power;
+        return log_sum_of<LA>(reduced, (m - 1.0) + x * m);
     };
-    return {log(both.low, power.low), log(both.high, power.high)};
+    return {log(both.low, wide.low, power.low), log(both.high, wide.high, power.high)};
 }
 
 template <class Accuracy> inline floats log1p_single(floats x) {

@@ -40,6 +40,7 @@ namespace log_constants {
 inline constexpr std::int32_t offset = 0x3FE69000;         // head of the lower end of z
 inline constexpr std::int32_t offset16 = 0x3FE65556;       // that of 16 intervals
 inline constexpr std::int32_t offset_single = 0x3F348000;  // the same for single precision
+inline constexpr std::int32_t offset16_single = 0x3F32AAB0;
 }  // namespace log_constants
 
 // x = 2^k z, z from the number with that head on; and the leading bits of x behind it.
@@ -71,12 +72,15 @@ inline LogReduced log_reduce(doubles x) {
 struct LogShort {
     doubles z, k, inverse, c;
 };
+inline LogShort log_looked_up(doubles z, doubles k, longs head) {
+    const longs interval = head >> 48;
+    return {z, k, looked_up(log16_table.inverse, interval),
+            looked_up(log16_table.rounded, interval)};
+}
 inline LogShort log_reduce_short(doubles x) {
     if constexpr (has_lookup) {
         const LogSplit s = log_split(x, log_constants::offset16);
-        const longs interval = (longs)s.head >> 48;
-        return {s.z, s.k, looked_up(log16_table.inverse, interval),
-                looked_up(log16_table.rounded, interval)};
+        return log_looked_up(s.z, s.k, (longs)s.head);
     } else {
         const LogReduced s = log_reduce(x);
         const auto [inverse, c] = s.row.neighbours(&LogEntry::inverse, &LogEntry::rounded);
@@ -132,6 +136,10 @@ template <class Accuracy> inline doubles log_tail_short(doubles r) {
     return square_and_more(r, c);
 }
 
+// 1/c.
+inline doubles inverse_of(const LogReduced& x) { return x.row.field(&LogEntry::inverse); }
+inline doubles inverse_of(const LogShort& x) { return x.inverse; }
+
 // k ln2 + ln c + ln(1 + r) for normalised r, as an unevaluated sum, |low| < 2^-8 |high|
 // or both 0.
 inline Parts log_sum(const LogReduced& x, Parts r) {
@@ -153,8 +161,9 @@ inline doubles log_sum(const LogReduced& x, doubles log1p) {
 template <class Accuracy> inline doubles log_sum_of(const LogReduced& x, doubles r) {
     return log_sum(x, r + log_tail<Accuracy>(r));
 }
+inline doubles log_sum(const LogShort& x, doubles log1p) { return log_sum(x.k, x.c, log1p); }
 template <class Accuracy> inline doubles log_sum_of(const LogShort& x, doubles r) {
-    return log_sum(x.k, x.c, r + log_tail_short<Accuracy>(r));
+    return log_sum(x, r + log_tail_short<Accuracy>(r));
 }
 
 // ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:

@@ -14,29 +14,39 @@ struct LogSingleReduced {
 };
 
 // For positive normal numbers.
-inline LogSingleReduced log_single_reduce(floats x) {
-    const ints head = (ints)x - log_constants::offset_single;
+inline LogSingleReduced log_single_reduce(floats x,
+                                          std::int32_t first = log_constants::offset_single) {
+    const ints head = (ints)x - first;
     return {head >> 23, (head >> 16) & 127, (floats)((ints)x - (head & -0x800000))};
 }
 
-// Reduced floats in double.
+// The same for a table of doubles; and reduced floats in double.
+inline LogSingleReduced log_single_reduce_for_double(floats x) {
+    using namespace log_constants;
+    return log_single_reduce(x, has_lookup ? offset16_single : offset_single);
+}
+using LogOfFloat = std::conditional_t<has_lookup, LogShort, LogReduced>;
 struct LogInDouble {
-    LogReduced low, high;
+    LogOfFloat low, high;
 };
-inline LogInDouble log_in_double(DoublesPair z, ints exponent, ints interval) {
-    const DoublesPair k = widen(exponent);
-    const auto [low, high] = split(row_numbers(interval));
-    return {{z.low, k.low, {log128_table, low}}, {z.high, k.high, {log128_table, high}}};
+inline LogInDouble log_in_double(const LogSingleReduced& s) {
+    const DoublesPair z = widen(s.z), k = widen(s.exponent);
+    const auto in_double = [](auto z, auto k, const auto& row) -> LogOfFloat {
+        if constexpr (has_lookup)
+            return log_looked_up(z, k, (longs)z - (std::int64_t{log_constants::offset16} << 32));
+        else return {z, k, {log128_table, row}};
+    };
+    const auto [low, high] = split(row_numbers(s.interval));
+    return {in_double(z.low, k.low, low), in_double(z.high, k.high, high)};
 }
 
 // Relative error below 2^-52: z has 24 bits, so that z/c - 1 is exact, and the
 // polynomial has 2^-55.4.
 inline DoublesPair log_in_double(floats x) {
-    const auto log = [](const LogReduced& x) {
-        return log_sum_of<LA>(x, x.z * x.row.field(&LogEntry::inverse) - 1.0);
+    const auto log = [](const LogOfFloat& x) {
+        return log_sum_of<LA>(x, multiply_subtract(x.z, inverse_of(x), 1.0));
     };
-    const LogSingleReduced s = log_single_reduce(x);
-    const LogInDouble both = log_in_double(widen(s.z), s.exponent, s.interval);
+    const LogInDouble both = log_in_double(log_single_reduce_for_double(x));
     return {log(both.low), log(both.high)};
 }
 

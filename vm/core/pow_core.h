@@ -137,27 +137,31 @@ inline int pow_edge(T x, T y, T& r, Magnitude magnitude = pow_positive) {
 }
 
 // ln x of a float, relative error 2^-51, and e^x to 2^-41.2, |x| <= 200.
-inline doubles log_of_float(const LogReduced& x) {
-    constexpr auto c = coefficients(0xBFDFFFFFFFFCA436, 0x3FD5555555512415, 0xBFD0000D62906F9F,
-                                    0x3FC999B3A40E4F00);
-    const doubles r = multiply_subtract(x.z, x.row.field(&LogEntry::inverse), 1.0), r2 = r * r;
+inline doubles log_of_float(const LogOfFloat& x) {
+    constexpr auto c = rows_or_lookup(
+        coefficients(0xBFDFFFFFFFFCA436, 0x3FD5555555512415, 0xBFD0000D62906F9F,
+                     0x3FC999B3A40E4F00),
+        coefficients(0xBFDFFFFFFFFFFFEA, 0x3FD555555559316D, 0xBFD000000006F76D, 0x3FC99998CA526BB2,
+                     0xBFC55554597731E7, 0x3FC24F527A5B24A6, 0xBFC00639DEA94B27));
+    const doubles r = multiply_subtract(x.z, inverse_of(x), 1.0), r2 = r * r;
     return log_sum(x, multiply_add(r2, polynomial_by_pairs(r, r2, c), r));
 }
 inline doubles exp_for_float(doubles x) {
-    constexpr auto b = coefficients(0x3FE0000087E9F9B9, 0x3FC5555567D63763);
+    constexpr auto b = rows_or_lookup(coefficients(0x3FE0000087E9F9B9, 0x3FC5555567D63763),
+                                      coefficients(0x3FDFFFFFFFDBFFE4, 0x3FC555555576AC55,
+                                                   0x3FA55573B7E4F003, 0x3F811108D295DE6F));
     const ExpReduced reduced = exp_reduce<EP>(x);
-    const doubles s = reduced.r, scale = exp_scale(reduced);
-    return multiply_add(scale, multiply_add(s * s, polynomial(s, b), s), scale);
+    const doubles scale = exp_scale(reduced);
+    return multiply_add(scale, exp_tail(reduced.r, b), scale);
 }
 
 // Single precision in double: the exponential gives the right overflow and underflow
 // of all results that pass through it, and refuse() finds these.
-inline doubles pow_of_float(const LogReduced& x, doubles y) {
+inline doubles pow_of_float(const LogOfFloat& x, doubles y) {
     return exp_for_float(within(y * log_of_float(x), 200.0));
 }
 inline floats pow_in_double(floats x, floats y) {
-    const LogSingleReduced s = log_single_reduce(x);
-    const LogInDouble logs = log_in_double(widen(s.z), s.exponent, s.interval);
+    const LogInDouble logs = log_in_double(log_single_reduce_for_double(x));
     const DoublesPair wide = widen(y);
     return narrow(pow_of_float(logs.low, wide.low), pow_of_float(logs.high, wide.high));
 }
@@ -179,7 +183,8 @@ template <> struct PowRange<double> {
     template <class Accuracy>
     static constexpr double large_exponent = std::is_same_v<Accuracy, LA> ? 690 : 707;
     // y ln x for far: ln 2^-1022 and more than its error; m = 1024 in exp_reduce
-    static constexpr double least_exponent = -708.39641, greatest_exponent = 709.777;
+    static constexpr double least_exponent = -708.39641,
+                            greatest_exponent = rows_or_lookup(709.777, 709.76);
 };
 template <> struct PowRange<float> {
     static constexpr float y_tiny = 0x1p-40f;

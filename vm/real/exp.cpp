@@ -28,7 +28,6 @@ template <> struct ExpBounds<double> {
     static constexpr double subnormal_below =
         from_bits(UINT64_C(0xC086232BDD7ABCD3));                                       // ln 2^-1022
     static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));  // ln 2^1024
-    static constexpr double late_scaling_above = from_bits(UINT64_C(0x40862E37E7D8BA72));
 };
 template <> struct ExpBounds<float> {
     static constexpr std::uint32_t gate = 0x42AEAC4F, gate_la = gate;  // |x| < 87.33654
@@ -71,7 +70,7 @@ struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size
         if constexpr (std::is_same_v<T, float>)
             r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
         else if (x <= Bounds::subnormal_below) r = exp_subnormal(x);
-        else r = x >= Bounds::late_scaling_above ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
+        else r = x >= exp_end ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
         return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };

@@ -48,7 +48,8 @@ template <class... Bits> consteval auto coefficients(Bits... bits) {
 // c0 + x (c1 + x (c2 + ...)).
 template <std::size_t first = 0, class V, class T, std::size_t n>
 inline V polynomial(V x, const std::array<T, n>& c) {
-    if constexpr (first + 2 == n) return multiply_add(x, c[n - 1], filled<V>(c[n - 2]));
+    if constexpr (n == 1) return filled<V>(c[0]);
+    else if constexpr (first + 2 == n) return multiply_add(x, c[n - 1], filled<V>(c[n - 2]));
     else return multiply_add(x, polynomial<first + 1>(x, c), c[first]);
 }
 

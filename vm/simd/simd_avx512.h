@@ -21,8 +21,22 @@ template <int mode> inline floats to_integral(floats x) {
     return (floats)_mm512_roundscale_ps((__m512)x, mode);
 }
 
-inline unsigned bits(ints verdict) { return _mm512_movepi32_mask((__m512i)verdict); }
-inline unsigned bits(longs verdict) { return _mm512_movepi64_mask((__m512i)verdict); }
+// The compiler does not know the operation's result of a constant, such as no lanes at all.
+inline unsigned constant_bits(auto verdict) {
+    unsigned result = 0;
+#pragma GCC unroll 16
+    for (unsigned i = 0; i < sizeof verdict / sizeof verdict[0]; ++i)
+        result |= unsigned{verdict[i] < 0} << i;
+    return result;
+}
+inline unsigned bits(ints verdict) {
+    if (__builtin_constant_p((__m512i)verdict)) return constant_bits(verdict);
+    return _mm512_movepi32_mask((__m512i)verdict);
+}
+inline unsigned bits(longs verdict) {
+    if (__builtin_constant_p((__m512i)verdict)) return constant_bits(verdict);
+    return _mm512_movepi64_mask((__m512i)verdict);
+}
 
 inline doubles square_root(doubles x) { return (doubles)_mm512_sqrt_pd((__m512d)x); }
 inline floats square_root(floats x) { return (floats)_mm512_sqrt_ps((__m512)x); }
