@@ -1,13 +1,11 @@
 #!/usr/bin/python3
 """Makes the tables of vm/core/gamma_table.h and gamma_single.h: tools/gamma_tables.py DIRECTORY
 
-gamma161.inc   for each centre c = 0, 1/8, ..., 20 the coefficients of t^0 to t^12 of a
+gamma353.inc   for each centre c = 0, 1/8, ..., 44 the coefficients of t^0 to t^12 of a
                polynomial for Gamma(1 + c + t), |t| <= 1/16, rounded to nearest, and what
                is left of the first two
-lgamma161.inc  the same for ln Gamma: of 1 + c + t up to c = 7/8, of c + t from there on;
+lgamma353.inc  the same for ln Gamma: of 1 + c + t up to c = 7/8, of c + t from there on;
                relative to its zeros at 1 and 2
-gamma353.inc   from there to c = 44 the coefficients of t^0 to t^6, of Gamma times 2^-96
-lgamma353.inc  the same for ln Gamma
 
 Polynomials interpolate at Chebyshev points. With --errors the tool
 prints the largest relative errors of these, and of the polynomials that end at t^7, t^6
@@ -21,8 +19,7 @@ from mpmath import bernoulli, chebyfit, gamma, log, loggamma, mp, mpf, pi, psi, 
 
 mp.prec = 200
 
-ROWS, DEGREE = 161, 12
-ALL_ROWS, SCALE = 353, mpf(2)**-96
+ROWS, DEGREE = 353, 12
 NEAR = [mpf(-1) / 16, mpf(1) / 16]
 
 
@@ -52,12 +49,12 @@ def lgamma_row(j):
 
 def errors(name, row):
     worst = {}
-    for j in range(ALL_ROWS):
+    for j in range(ROWS):
         function, exact = row(j)
         coefficients = [mpf(float(a)) if i > 1 else a for i, a in enumerate(exact)]
         for i in range(-8, 9):
             t = mpf(i) / 128 if i else mpf("1e-9")
-            for top in (DEGREE, 7, 6, 3) if j < ROWS else (6, 3):
+            for top in (DEGREE, 7, 6, 3):
                 p = sum(a * t**k for k, a in enumerate(coefficients[:top + 1]))
                 worst[top] = max(worst.get(top, (0, 0)), (abs(p / function(t) - 1), j))
     for top, (error, j) in worst.items():
@@ -91,18 +88,12 @@ def main():
         return errors("ln Gamma", lgamma_row)
     if sys.argv[1] == "--constants":
         return constants()
-    for name, row in (("gamma161", gamma_row), ("lgamma161", lgamma_row)):
+    for name, row in (("gamma353", gamma_row), ("lgamma353", lgamma_row)):
         lines = [f"// {name}.inc: made by tools/gamma_tables.py vm/tables; do not edit.\n"]
         for j in range(ROWS):
             _, exact = row(j)
             fields = exact + [exact[i] - mpf(float(exact[i])) for i in range(2)]
-            lines.append("KEF_GAMMA(" + ", ".join(f"0x{bits(a):016X}" for a in fields) + f")  // {j}\n")
-        (pathlib.Path(sys.argv[1]) / f"{name}.inc").write_text("".join(lines))
-    for name, row, factor in (("gamma353", gamma_row, SCALE), ("lgamma353", lgamma_row, 1)):
-        lines = [f"// {name}.inc: made by tools/gamma_tables.py vm/tables; do not edit.\n"]
-        for j in range(ROWS, ALL_ROWS):
-            fields = [a * factor for a in row(j)[1][:7]]
-            lines.append("KEF_GAMMA(" + ", ".join(f"0x{bits(a):016X}" for a in fields) + f")  // {j}\n")
+            lines.append(f"KEF_GAMMA({j}, " + ", ".join(f"0x{bits(a):016X}" for a in fields) + ")\n")
         (pathlib.Path(sys.argv[1]) / f"{name}.inc").write_text("".join(lines))
 
 

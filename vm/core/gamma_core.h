@@ -1,8 +1,8 @@
 // The gamma function and its logarithm, of doubles and floats:
 //
-//   0 < x <= 20    by a table (gamma_table.h)
-//   -20 <= x < 0   from those of |x| (gamma_mirrored.h)
-//   |x| > 20       Stirling's series, here:
+//   0 < x <= 44    by a table (gamma_table.h)
+//   -44 <= x < 0   from those of |x| (gamma_mirrored.h)
+//   |x| > 44       Stirling's series, here, which holds from 20 on:
 //                    e(x) = (x - 1/2) ln|x| - x +- (ln(2 pi)/2 + s(|x|)), + for x > 0,
 //                    + ln pi for x < 0
 //                    ln Gamma(x) = e(x)                             x > 0
@@ -96,21 +96,6 @@ inline doubles tgamma_stirling_rounded(doubles x) {
     return tgamma_from_positive<EP>(x, y, exp_core<EP>(e));
 }
 
-// Single HA in double, |x| < 44: relative error 2^-40.
-inline DoublesPair tgamma_stirling_of_float(floats x) {
-    const auto formula = [](doubles x, const LogOfFloat& reduced) {
-        // s(y) to 2^-41
-        constexpr auto s = coefficients(0x3FB5555555555555, 0xBF66C16C16C12B8B, 0x3F4A01A00D638F63);
-        const doubles y = absolute(x), u = 1.0 / y;
-        const doubles e =
-            ((y - 0.5) * log_of_float(reduced) - y) + (half_ln_2pi.high + u * polynomial(u * u, s));
-        return tgamma_from_positive<LA>(x, y, exp_for_float(e));
-    };
-    const LogInDouble logs = log_in_double(log_single_reduce_for_double(absolute(x)));
-    const DoublesPair wide = widen(x);
-    return {formula(wide.low, logs.low), formula(wide.high, logs.high)};
-}
-
 // ln|Gamma(x)| for x > 20 and -2^52 < x < -20; not a number where it overflows.
 inline Parts lgamma_stirling_parts(doubles x) {
     const Parts exponent = stirling_exponent<LA>(x);
@@ -142,14 +127,13 @@ template <class Accuracy> inline doubles lgamma_stirling(doubles x) {
 }
 
 // -ln(y |sin(pi y)|/pi) - `positive` where x < 0, `positive` = ln Gamma(y) elsewhere, y = |x|: for
-// single precision, where the sum is above 9 and so cancels no more than two bits. Relative error
-// 2^-47 (LA), 2^-24.5 (EP).
-template <class Accuracy> inline doubles lgamma_stirling_plain(doubles x) {
-    const doubles y = absolute(x), positive = lgamma_stirling_rounded<Accuracy>(y);
+// single HA, where the sum is above 100 and so cancels no bits. Relative error 2^-49.
+inline doubles lgamma_stirling_plain(doubles x) {
+    const doubles y = absolute(x), positive = lgamma_stirling_rounded<LA>(y);
     if (!any_negative(x)) return positive;
-    const doubles sine = y * absolute(sine_pi_short<Accuracy>(y));
+    const doubles sine = y * absolute(sine_pi_short<LA>(y));
     const doubles negative =
-        where(sine == 0, all(Format<double>::infinity)) - (positive + log_core<Accuracy>(sine));
+        where(sine == 0, all(Format<double>::infinity)) - (positive + log_core<LA>(sine));
     return select(sign_mask((longs)x), negative, positive);
 }
 

@@ -1,13 +1,13 @@
 // What the kernels of TGamma and LGamma share: the gate and the formula of each slot for
-// 0 < x <= 20, and, of double and of single HA, the choice of those beyond and the way from double
-// to single. Function<T, Accuracy> gives
+// 0 < x <= 44 (single LA and EP: 20), and, of double and of single HA, the choice of those beyond
+// and the way from double to single. Function<T, Accuracy> gives
 //
 //   first                               head of the least |x|
-//   near<Accuracy>(x), near_single(x)   for 0 < x <= 20
+//   near<Accuracy>(x), near_single(x)   for 0 < x <= 44 (20)
 //   far(x)                              single LA and EP: for all the others, and these
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
-//   mirrored(x)                         for -20 <= x < 0, in double
-//   wide(x)                             for |x| > 20, in double
+//   mirrored(x)                         for -44 <= x < 0 (of Gamma LA and EP: of both signs), in
+//   double wide(x)                             for |x| > 44, in double, where there is a result
 //   unsure(h)                           single HA: results of these whose accuracy does not do
 #pragma once
 
@@ -17,13 +17,11 @@
 
 namespace KEF_VM {
 
-// The formulas for small x go up to 20, the last below `near`.
-template <class T> struct GammaRange;
-template <> struct GammaRange<double> { static constexpr std::uint32_t near = 0x40340001; };
-template <> struct GammaRange<float> { static constexpr std::uint32_t near = 0x41A00001; };
-
+// The formula of the gate goes up to `last`.
 template <class Function, class T> struct GammaBase {
-    static ints outside(ints h) { return not_between(h, Function::first, GammaRange<T>::near); }
+    static ints outside(ints h) {
+        return not_between(h, Function::first, head_of(T(Function::last)) + 1);
+    }
 
 protected:
     static auto chosen(auto mask, auto r, auto s) { return select(mask, r, s); }
@@ -40,6 +38,7 @@ protected:
 
 // Single LA and EP.
 template <class Function, class T, class Accuracy> struct GammaKernel : GammaBase<Function, T> {
+    static constexpr float last = 20;
     static constexpr bool far_everywhere = true;
     static floats fast(floats x) { return Function::near_single(x); }
 };
@@ -51,10 +50,13 @@ requires(std::is_same_v<T, double> ||
     : GammaBase<Function, T> {
     using V = Vector<T>;
     static constexpr bool is_rounded = std::is_same_v<T, float>;
+    static constexpr double last = gamma_last;
 
+    static ints is_wide(ints h) {
+        return static_cast<std::int32_t>(head_of(T(last))) - magnitude(h);
+    }
     static std::array<ints, 3> kinds(ints h) {
-        const ints wide = static_cast<std::int32_t>(GammaRange<T>::near - 1) - magnitude(h);
-        return {~GammaKernel::outside(h), wide & h, h};
+        return {~GammaKernel::outside(h), is_wide(h) & h, h};
     }
 
     // Single HA: what may lie on either side of a midpoint, with a relative error of 2^-39, is for
@@ -72,22 +74,27 @@ requires(std::is_same_v<T, double> ||
     // Beside |x| < tiny, where |Gamma(x)| = Gamma(|x|) to the formula's accuracy: there products of
     // sin(pi x) would be subnormal.
     static auto far(V x) {
-        constexpr T limit = T(gamma_last), tiny_bound = T(0x1p-61);
         const V y = absolute(x);
-        const auto tiny = y<tiny_bound, wide = y> limit;
-        const auto of_wide = [&] {
-            const V z = select(wide, x, all(T(30)));
-            if constexpr (!is_rounded) return Function::wide(z);
-            else return rounded(Function::wide(z));
-        };
+        const auto tiny = y<T(0x1p-61), wide = y> T(last);
         const auto of_others = [&] {
             const V z = select(tiny | wide, all(T(-0.5)), x);
             if constexpr (!is_rounded) return Function::mirrored(z);
             else return rounded(on_both(widen(z), [](doubles v) { return Function::mirrored(v); }));
         };
+        const auto of_large = [&] {
+            if constexpr (requires { Function::wide(x); }) {
+                const auto of_wide = [&] {
+                    const V z = select(wide, x, all(T(64)));
+                    if constexpr (!is_rounded) return Function::wide(z);
+                    else return rounded(Function::wide(z));
+                };
+                return GammaKernel::either(wide, of_wide, of_others);
+            } else {
+                return of_others();
+            }
+        };
         return GammaKernel::either(
-            tiny, [&] { return reflected(fast(y), x); },
-            [&] { return GammaKernel::either(wide, of_wide, of_others); });
+            tiny, [&] { return reflected(fast(y), x); }, of_large);
     }
 
 private:

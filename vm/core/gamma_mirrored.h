@@ -1,4 +1,4 @@
-// The gamma function and its logarithm for -20 <= x < 0, from those of y = |x|:
+// The gamma function and its logarithm for -44 <= x < 0, from those of y = |x|:
 //
 //   Gamma(x) = -pi/(sin(pi y) Gamma(1 + y))
 //
@@ -58,7 +58,7 @@ template <class Accuracy> inline doubles sine_pi_short(doubles y) {
     return flipped(multiply_add(f * u, q, f), (longs)sum << 63);
 }
 
-// For -20 <= x < 0. HA: 2^-57; LA: relative error below 2^-50.5; EP: 2^-29.
+// Gamma(x) for -44 <= x < 0. HA: 2^-57; LA: relative error below 2^-50.5; EP: 2^-29.
 inline Parts tgamma_mirrored_parts(doubles x) {
     const doubles y = absolute(x);
     const SinePi sine = sine_pi(y);
@@ -67,13 +67,15 @@ inline Parts tgamma_mirrored_parts(doubles x) {
     const Parts quotient = divide(parts_of_pi, product);
     return flipped(quotient, sine.sign ^ INT64_MIN);
 }
+// And, but for HA, of x > 0 beside, with the bits of `tgamma_near`.
 template <class Accuracy> inline doubles tgamma_mirrored(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(tgamma_mirrored_parts(x));
     } else {
-        const doubles y = absolute(x);
-        return -1.0 /
-               (sine_pi_short<Accuracy>(y) * gamma_value<Accuracy>(gamma_reduce(gamma_table, y)));
+        const longs negative = sign_mask((longs)x);
+        const doubles y = absolute(x), sine = sine_pi_short<Accuracy>(y);
+        const doubles value = gamma_value<Accuracy>(gamma_reduce(gamma_table, y));
+        return select(negative, all(-1.0), value) / select(negative, sine * value, x);
     }
 }
 
@@ -85,7 +87,7 @@ inline Parts lgamma_reflected(doubles y, Parts plain, doubles factor) {
     return {sum.high, sum.low + ((plain.low - log.low) - sine.low / sine.high)};
 }
 
-// ln|Gamma(x)| for -20 <= x < 0; infinite or not a number at the poles. HA, LA: the absolute error
+// ln|Gamma(x)| for -44 <= x < 0; infinite or not a number at the poles. HA, LA: the absolute error
 // is below 2^-57 + 2^-60 ln Gamma(|x|); EP: absolute 2^-50 and relative 2^-26.
 inline Parts lgamma_mirrored_parts(doubles x) {
     const doubles y = absolute(x);

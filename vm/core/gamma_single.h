@@ -7,7 +7,7 @@
 //   ln|Gamma(x)| as in gamma_table.h          x > 0
 //                  -ln|s Gamma(1 + y)|        x < 0
 //
-// and the logarithm's EP beyond by Stirling's series.
+// and the logarithm beyond by Stirling's series.
 #pragma once
 
 #include "vm/core/gamma_mirrored.h"
@@ -16,13 +16,13 @@ namespace kef::vm {
 
 // Rows of Gamma, those behind c = 20 times 2^-96; behind them those of ln Gamma. Relative error up
 // to a[6] 2^-25.9, up to a[3] 2^-12.6.
-inline constexpr int gamma_rows_single = 353, gamma_row_scaling = 96;
-inline constexpr float gamma_scaled_from = 20.125f, gamma_last_single = 44;
+inline constexpr int gamma_row_scaling = 96;
+inline constexpr float gamma_scaled_from = 20.125f, gamma_last_single = gamma_last;
 struct alignas(16) GammaRowSingle {
     float a[7];  // of t^0 to t^6
     float low;   // what is left of a[0]
 };
-extern const GammaRowSingle gamma_table_single[2 * gamma_rows_single];
+extern const GammaRowSingle gamma_table_single[2 * gamma_rows];
 
 }  // namespace kef::vm
 
@@ -60,7 +60,7 @@ template <class Accuracy> inline floats tgamma_near_single(floats x) {
 template <class Accuracy>
 using LGammaLog = std::conditional_t<std::is_same_v<Accuracy, LA>, LA, EPTerm>;
 template <class Accuracy> inline floats lgamma_near_single(floats x) {
-    const GammaReducedSingle reduced = gamma_reduce(gamma_table_single + gamma_rows_single, x);
+    const GammaReducedSingle reduced = gamma_reduce(gamma_table_single + gamma_rows, x);
     return gamma_value<Accuracy>(reduced) -
            log_single<LGammaLog<Accuracy>>(lgamma_factor(x, reduced.c));
 }
@@ -119,58 +119,64 @@ inline DoublesPair mirrored_product(floats x, floats a0, floats rest) {
             product(wide_f.high, wide_q.high, wide_a.high, wide_rest.high)};
 }
 
-// EP of ln Gamma(y), y > 44, by Stirling's series: relative error 2^-13.5.
-inline floats lgamma_stirling_single(floats y) {
+// ln Gamma(y), y > 44, by Stirling's series: relative error 2^-22 (LA), 2^-13.5 (EP).
+template <class Accuracy> inline floats lgamma_stirling_single(floats y) {
     constexpr float constant = static_cast<float>(half_ln_2pi_rounded - 0.5);
-    return (y - 0.5f) * (log_single<EPTerm>(y) - 1.0f) +
+    return (y - 0.5f) * (log_single<LGammaLog<Accuracy>>(y) - 1.0f) +
            (constant + static_cast<float>(1.0 / 12) / y);
 }
 
-// ln|Gamma(x)|, relative error 2^-21 (LA, |x| <= 44), 2^-11 (EP), for x < 0 of max(|result|, 1/8);
+// ln|Gamma(x)|, relative error 2^-21 (LA), 2^-11 (EP), for x < 0 of max(|result|, 1/8);
 // infinite at the poles. For 0 < x <= 20 the same bits as above.
 //
 //   x > 0, by the table                   value - ln(argument)
 //   x < 0                                 -ln(argument), argument = 2^exponent (1 + r)
-//   EP of y > 44 by ln Gamma(y), x > 0    ln Gamma(y) - ln(argument), argument = 1
-//                                x < 0    -ln Gamma(y) - ln(argument), argument = s y
+//   y > 44 by ln Gamma(y), x > 0          ln Gamma(y) - ln(argument), argument = 1
+//                          x < 0          -ln Gamma(y) - ln(argument), argument = s y
 template <class Accuracy> inline floats lgamma_of_both_signs(floats x) {
     const floats y = absolute(x);
     const ints negative = sign_mask((ints)x);
-    const GammaReducedSingle reduced =
-        gamma_reduce(gamma_table_single, y, ~negative & gamma_rows_single);
+    const GammaReducedSingle reduced = gamma_reduce(gamma_table_single, y, ~negative & gamma_rows);
     const floats t = reduced.t, factor = lgamma_factor(x, reduced.c);
     ints scaling = (ints)(reduced.c >= gamma_scaled_from) & negative & gamma_row_scaling;
     const auto result = [&](floats plain, floats argument, ints exponent, floats r) {
         const floats pole = where(argument == 0, all(Format<float>::infinity));
         return (plain + pole) - log_single<LGammaLog<Accuracy>>(exponent + scaling, r);
     };
+    // Gamma(1 + y) = size + rest.
+    floats value, size, rest{};
     if constexpr (std::is_same_v<Accuracy, EP>) {
-        const floats value = gamma_value<EP>(reduced);
-        floats plain = where(~negative, value), size = value;
-        if (const ints wide = y > gamma_last_single; any_lane(wide)) {
-            const floats stirling = lgamma_stirling_single(y);
-            if (all_lanes(wide) && !any_lane((ints)x)) return stirling;
-            plain = select(wide, flipped(stirling, sign_bit(x)), plain);
-            size = select(wide, y, size);
-            scaling &= ~wide;
-        }
+        value = size = gamma_value<EP>(reduced);
+    } else {
+        const FourFloats a = reduced.quad(0), b = reduced.quad(4);
+        size = a[0];
+        value = multiply_add(t, gamma_behind(t, a, b), size);
+        // The same polynomial, shorter to wait for.
+        const floats behind =
+            polynomial_by_pairs(t, t * t, std::array{a[1], a[2], a[3], b[0], b[1], b[2]});
+        rest = multiply_add(t, behind, b[3]);
+    }
+    floats plain = where(~negative, value);
+    if (const ints wide = y > gamma_last_single; any_lane(wide)) {
+        const floats stirling = lgamma_stirling_single<Accuracy>(y);
+        if (all_lanes(wide) && !any_lane((ints)x)) return stirling;
+        plain = select(wide, flipped(stirling, sign_bit(x)), plain);
+        size = select(wide, y, size);
+        rest = where(~wide, rest);
+        scaling &= ~wide;
+    }
+    if constexpr (std::is_same_v<Accuracy, EP>) {
         const floats product = absolute(sine_pi_single(y) * where(negative, size));
         const floats argument = select(negative, product, factor);
         const LogSingleReduced log = log_single_reduce(argument);
         return result(plain, argument, log.exponent, log.z - 1.0f);
     } else {
-        const FourFloats a = reduced.quad(0), b = reduced.quad(4);
-        const floats value = multiply_add(t, gamma_behind(t, a, b), a[0]);
-        // The same polynomial, shorter to wait for.
-        const floats behind =
-            polynomial_by_pairs(t, t * t, std::array{a[1], a[2], a[3], b[0], b[1], b[2]});
-        const DoublesPair product = mirrored_product(x, a[0], multiply_add(t, behind, b[3]));
+        const DoublesPair product = mirrored_product(x, size, rest);
         const floats argument = select(negative, narrow(product), factor);
         const LogSingleReduced log = log_single_reduce(argument);
         const DoublesPair scale = widen((floats)((127 - log.exponent) << 23));
         const floats r = narrow(product.low * scale.low - 1.0, product.high * scale.high - 1.0);
-        return result(where(~negative, value), argument, log.exponent,
-                      select(negative, r, log.z - 1.0f));
+        return result(plain, argument, log.exponent, select(negative, r, log.z - 1.0f));
     }
 }
 

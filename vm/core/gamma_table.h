@@ -1,4 +1,4 @@
-// The gamma function and its logarithm for 0 < x <= 20 by a table:
+// The gamma function and its logarithm for 0 < x <= 44 by a table:
 //
 //   x = c + t, c = j/8, |t| <= 1/16; row j has the polynomial in t
 //   Gamma(x) = Gamma(1 + c + t)/x
@@ -16,8 +16,8 @@
 
 namespace kef::vm {
 
-inline constexpr int gamma_rows = 161;
-inline constexpr double gamma_last = 20, gamma_table_last = 20.0625;
+inline constexpr int gamma_rows = 353;
+inline constexpr double gamma_last = 44, gamma_table_last = 44.0625;
 
 // Relative error below 2^-58.8 for Gamma, 2^-57.9 for ln Gamma; up to a[7] 2^-30.1.
 struct alignas(64) GammaRow {
@@ -30,7 +30,7 @@ extern const GammaRow gamma_table[gamma_rows], lgamma_table[gamma_rows];
 
 namespace KEF_VM {
 
-// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 20 1/16 or as 2^-100,
+// x = c + t, exactly, and the rows of c; beyond the table's ends x counts as 44 1/16 or as 2^-100,
 // which drowns beside a(0) and leaves no subnormal products.
 struct GammaReduced {
     doubles c, t;
@@ -74,7 +74,7 @@ template <class Accuracy> inline doubles gamma_value(const GammaReduced& x) {
     return gamma_polynomial<0, last>(x);
 }
 
-// Gamma(x) for 0 < x <= 20. HA: 0.52 ulp; LA: relative error below 2^-51; EP: 2^-30.
+// Gamma(x) for 0 < x <= 44. HA: 0.52 ulp; LA: relative error below 2^-51; EP: 2^-30.
 inline Parts tgamma_near_parts(doubles x) {
     return divide(gamma_parts(gamma_reduce(gamma_table, x)), {x, all(0.0)});
 }
@@ -91,7 +91,7 @@ template <class V> inline V lgamma_factor(V x, V c) {
     return select(c < 1, maximum(x, V{}), V{} + 1);
 }
 
-// ln Gamma(x) for 0 < x <= 20. HA: 0.63 ulp; LA: relative error below 2^-50; EP: 2^-26.
+// ln Gamma(x) for 0 < x <= 44. HA: 0.63 ulp; LA: relative error below 2^-50; EP: 2^-26.
 inline Parts lgamma_near_parts(doubles x) {
     const GammaReduced reduced = gamma_reduce(lgamma_table, x);
     const Parts log = log_parts(lgamma_factor(x, reduced.c));

@@ -6,8 +6,8 @@
 //   x >= 2.5599833278516387e305     +infinity, overflow (4.085003425410169e36)
 //
 // Relative accuracy for x > 0; absolute accuracy next to the zeros at x < 0. Single HA
-// is a formula in double, rounded once; LA computes in single precision for |x| <= 44, but for the
-// leading terms of x < 0; EP everywhere.
+// is a formula in double, rounded once; LA and EP compute in single precision, LA but for the
+// leading terms of x < 0.
 #include "vm/core/gamma_kernel.h"
 #include "vm/simd/frame.h"
 #include "vm/surface/shapes.h"
@@ -55,7 +55,6 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
-    static constexpr bool single_ep = single && std::is_same_v<Accuracy, EP>;
     using Range = LGammaRange<T>;
     static constexpr std::uint32_t first = Format<T>::normal_head;
     KEF_REPORT_NAME(LGamma);
@@ -68,26 +67,13 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
 
     template <class A> static doubles near(doubles x) { return lgamma_near<A>(x); }
     static floats near_single(floats x) { return lgamma_near_single<Accuracy>(x); }
-    static auto kinds(ints h) requires(!single_ep) {
-        if constexpr (!in_single) return Kernel::kinds(h);
-        else return std::array{~not_between(magnitude(h), first, head(gamma_last_single) + 1)};
-    }
     static auto far(V x) {
-        if constexpr (!in_single) {
-            return Kernel::far(x);
-        } else if constexpr (single_ep) {
-            return lgamma_of_both_signs<EP>(x);
-        } else {
-            const ints is_wide = absolute(x) > gamma_last_single;
-            return Kernel::either(
-                is_wide, [&] { return narrow(wide(select(is_wide, x, all(64.0f)))); },
-                [&] { return lgamma_of_both_signs<LA>(select(is_wide, all(0.5f), x)); });
-        }
+        if constexpr (in_single) return lgamma_of_both_signs<Accuracy>(x);
+        else return Kernel::far(x);
     }
-    static auto wide(V x) {
-        using Inner = std::conditional_t<in_single, EP, LA>;
+    static auto wide(V x) requires(!in_single) {
         if constexpr (!single) return lgamma_stirling<Accuracy>(x);
-        else return on_both(widen(x), [](doubles v) { return lgamma_stirling_plain<Inner>(v); });
+        else return on_both(widen(x), [](doubles v) { return lgamma_stirling_plain(v); });
     }
     static doubles mirrored(doubles x) {
         if constexpr (single) return lgamma_mirrored_plain<LA>(x);

@@ -60,12 +60,20 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
     using V = Vector<T>;
     static constexpr bool single = std::is_same_v<T, float>;
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
+    static constexpr bool far_everywhere = !std::is_same_v<Accuracy, HA>;
     using Range = TGammaRange<T>;
-    static constexpr std::uint32_t first = single ? 0x00800000 : 0x03C00000;  // 2^-126, 2^-963
+    // 2^-126, 2^-1022, and 2^-963, so that parts of double HA are normal numbers.
+    static constexpr std::uint32_t first =
+        single || far_everywhere ? Format<T>::normal_head : 0x03C00000;
     KEF_REPORT_NAME(TGamma);
 
     static ints beyond(ints h) { return not_between(magnitude(h), first, Range::last); }
 
+    static auto kinds(ints h) requires(!in_single) {
+        if constexpr (single) return std::array{~Kernel::outside(h)};
+        else if constexpr (far_everywhere) return std::array{~Kernel::is_wide(h)};
+        else return Kernel::kinds(h);
+    }
     template <class A> static doubles near(doubles x) { return tgamma_near<A>(x); }
     static floats near_single(floats x) { return tgamma_near_single<Accuracy>(x); }
     static auto far(V x) {
@@ -73,9 +81,8 @@ template <class T, class Accuracy> struct TGamma : GammaKernel<TGamma<T, Accurac
         else return Kernel::far(x);
     }
     template <class V> static V reflected(V r, V x) { return with_sign(r, x); }
-    static auto wide(V x) {
-        if constexpr (single) return tgamma_stirling_of_float(x);
-        else if constexpr (std::is_same_v<Accuracy, EP>) return tgamma_stirling_rounded(x);
+    static doubles wide(V x) requires(!single) {
+        if constexpr (std::is_same_v<Accuracy, EP>) return tgamma_stirling_rounded(x);
         else if constexpr (std::is_same_v<Accuracy, LA>) return tgamma_stirling_short(x);
         else return tgamma_stirling(x);
     }
