@@ -29,13 +29,18 @@ template <Phase phase> struct SineCore {
     template <class Accuracy>
     static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
         const auto [s, c] = sines;
-        const auto [sh, ch] = twice_hyperbolic<Accuracy>(absolute(y));
+        const auto hyperbolic = twice_hyperbolic<Accuracy>(absolute(y));
+        const auto ch = hyperbolic.second;
+        // A fused product of parts loses the sign of a zero, which is that of z.
+        const auto times_sh = [&](const auto& z) {
+            const doubles product = rounded(z * hyperbolic.first);
+            if constexpr (!is_fused || !std::is_same_v<Accuracy, HA>) return product;
+            else return flipped(absolute(product), sign_bit(leading_part(z)));
+        };
         if constexpr (sine)
             return {flipped(0.5 * rounded(s * ch), sign_bit(x)),
-                    flipped(0.5 * rounded(c * sh), sign_bit(y))};
-        else
-            return {0.5 * rounded(c * ch),
-                    flipped(-0.5 * rounded(s * sh), sign_bit(x) ^ sign_bit(y))};
+                    flipped(0.5 * times_sh(c), sign_bit(y))};
+        else return {0.5 * rounded(c * ch), flipped(-0.5 * times_sh(s), sign_bit(x) ^ sign_bit(y))};
     }
 
     // Both hyperbolic ones are e^|y|/2; from |y| = 1500 on the parts are 0 or infinite.

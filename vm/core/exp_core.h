@@ -152,7 +152,7 @@ template <class Accuracy> inline doubles exp_of_normal(ExpReduced reduced) {
     const longs small = reduced.k < -992.0 * (1 << exp_log2_size);
     if (!any_lane(small)) return exp_of<Accuracy>(reduced);
     const longs up = small & (INT64_C(512) << 52);
-    reduced.power += up;
+    reduced.power = (longs)((ulongs)reduced.power + (ulongs)up);  // wraps in lanes of no result
     return exp_of<Accuracy>(reduced) * (doubles)((longs)all(1.0) - up);
 }
 

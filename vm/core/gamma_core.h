@@ -76,16 +76,10 @@ inline doubles tgamma_stirling(doubles x) {
 // LA: relative error 2^-50.5, |x| <= 170.
 inline doubles tgamma_stirling_short(doubles x) {
     const Parts e = stirling_exponent<LA>(x);
-    const doubles power = exp_of<LA>(exp_reduce<LA>(e.high, e.low));
+    const doubles power = exp_of_normal<LA>(exp_reduce<LA>(e.high, e.low));
     if (!any_negative(x)) return power;
     const doubles reflected = power / (sine_pi_short<LA>(absolute(x)) * -pi);
     return select(sign_mask((longs)x), reflected, power);
-}
-
-// -1/(sin(pi y)/pi y p) where x < 0, p elsewhere; p = Gamma(y), y = |x|.
-template <class Accuracy> inline doubles tgamma_from_positive(doubles x, doubles y, doubles p) {
-    if (!any_negative(x)) return p;
-    return select(sign_mask((longs)x), -1.0 / (sine_pi_short<Accuracy>(y) * (y * p)), p);
 }
 
 // EP: relative error 2^-27.5, |x| <= 170; s(y) to 2^-31.9.
@@ -93,7 +87,9 @@ inline doubles tgamma_stirling_rounded(doubles x) {
     const doubles y = absolute(x), u = 1.0 / y;
     const doubles s = u * multiply_add(u * u, -1.0 / 360, all(1.0 / 12));
     const doubles e = ((y - 0.5) * log_core<LA>(y) - y) + (half_ln_2pi.high + s);
-    return tgamma_from_positive<EP>(x, y, exp_core<EP>(e));
+    const doubles power = exp_core<EP>(e);
+    if (!any_negative(x)) return power;
+    return select(sign_mask((longs)x), -1.0 / (sine_pi_short<EP>(y) * (y * power)), power);
 }
 
 // ln|Gamma(x)| for x > 20 and -2^52 < x < -20; not a number where it overflows.

@@ -6,8 +6,9 @@
 //   near<Accuracy>(x), near_single(x)   for 0 < x <= 44 (20)
 //   far(x)                              single LA and EP: for all the others, and these
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
-//   mirrored(x)                         for -44 <= x < 0 (of Gamma LA and EP: of both signs), in
-//   double wide(x)                             for |x| > 44, in double, where there is a result
+//   mirrored(x)                         for -44 <= x < 0, in double; of Gamma, but for HA, of x > 0
+//                                       beside
+//   wide(x)                             for |x| > 44, in double, where there is a result
 //   unsure(h)                           single HA: results of these whose accuracy does not do
 #pragma once
 
@@ -75,7 +76,9 @@ requires(std::is_same_v<T, double> ||
     // sin(pi x) would be subnormal.
     static auto far(V x) {
         const V y = absolute(x);
-        const auto tiny = y<T(0x1p-61), wide = y> T(last);
+        // By the border of the gate: an element goes through one formula wherever it stands.
+        constexpr T wide_from = number_with_head<T>(head_of(T(last)) + 1);
+        const auto tiny = (y < T(0x1p-61)), wide = (y >= wide_from);
         const auto of_others = [&] {
             const V z = select(tiny | wide, all(T(-0.5)), x);
             if constexpr (!is_rounded) return Function::mirrored(z);

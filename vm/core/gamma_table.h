@@ -19,7 +19,7 @@ namespace kef::vm {
 inline constexpr int gamma_rows = 353;
 inline constexpr double gamma_last = 44, gamma_table_last = 44.0625;
 
-// Relative error below 2^-58.8 for Gamma, 2^-57.9 for ln Gamma; up to a[7] 2^-30.1.
+// Relative error below 2^-58.1 for Gamma, 2^-57.9 for ln Gamma; up to a[7] 2^-30.1.
 struct alignas(64) GammaRow {
     double a[13];   // of t^0 to t^12
     double low[2];  // what is left of a[0] and a[1]

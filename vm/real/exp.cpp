@@ -70,7 +70,8 @@ struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size
         if constexpr (std::is_same_v<T, float>)
             r = static_cast<float>(exp_core<LA>(all(double(x)))[0]);
         else if (x <= Bounds::subnormal_below) r = exp_subnormal(x);
-        else r = x >= exp_end ? exp_large(x) : exp_core<Accuracy>(all(x))[0];
+        else if (x >= exp_end) r = exp_large(x);
+        else r = exp_of_normal<Accuracy>(exp_reduce<Accuracy>(all(x)))[0];
         return x <= Bounds::subnormal_below ? VTM_STATUS_UNDERFLOW : VTM_STATUS_OK;
     }
 };

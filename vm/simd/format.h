@@ -16,6 +16,12 @@ inline constexpr std::uint32_t head_of(double x) {
 }
 inline constexpr std::uint32_t head_of(float x) { return std::bit_cast<std::uint32_t>(x); }
 
+// The least number, in size, whose leading bits these are.
+template <class T> constexpr T number_with_head(std::uint32_t head) {
+    if constexpr (sizeof(T) == 4) return std::bit_cast<T>(head);
+    else return std::bit_cast<T>(std::uint64_t{head} << 32);
+}
+
 template <class T> struct Format;
 template <> struct Format<double> {
     using Bits = std::uint64_t;
