@@ -261,6 +261,8 @@ template <class T> void expect_signs_of_zeros() {
     for (int i = -40; i < 40; ++i)
         for (const T zero : {T(0), T(-0.0)})
             x.insert(x.end(), {Complex(T(i + 0.3) / 4, zero), Complex(zero, T(i + 0.3) / 4)});
+    const auto pi = static_cast<T>(std::acos(-1.0));
+    x.insert(x.end(), {Complex(pi, 0), Complex(0, pi), Complex(pi / 2, 0), Complex(0, -pi / 2)});
     const auto n = static_cast<int>(x.size());
     for (const auto& [name, exact] : functions)
         for (int slot : {0, 1, 2}) {

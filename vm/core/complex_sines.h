@@ -31,11 +31,11 @@ template <Phase phase> struct SineCore {
         const auto [s, c] = sines;
         const auto hyperbolic = twice_hyperbolic<Accuracy>(absolute(y));
         const auto ch = hyperbolic.second;
-        // A fused product of parts loses the sign of a zero, which is that of z.
+        // A product of parts may be +0 where z is negative.
         const auto times_sh = [&](const auto& z) {
             const doubles product = rounded(z * hyperbolic.first);
-            if constexpr (!is_fused || !std::is_same_v<Accuracy, HA>) return product;
-            else return flipped(absolute(product), sign_bit(leading_part(z)));
+            if constexpr (!std::is_same_v<Accuracy, HA>) return product;
+            else return (doubles)((longs)product | sign_bit(leading_part(z)));
         };
         if constexpr (sine)
             return {flipped(0.5 * rounded(s * ch), sign_bit(x)),
