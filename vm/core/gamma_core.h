@@ -123,7 +123,7 @@ template <class Accuracy> inline doubles lgamma_stirling(doubles x) {
 }
 
 // -ln(y |sin(pi y)|/pi) - `positive` where x < 0, `positive` = ln Gamma(y) elsewhere, y = |x|: for
-// single HA, where the sum is above 100 and so cancels no bits. Relative error 2^-49.
+// single HA, where the sum is above 100 and so cancels no bits. Relative error below 2^-47.
 inline doubles lgamma_stirling_plain(doubles x) {
     const doubles y = absolute(x), positive = lgamma_stirling_rounded<LA>(y);
     if (!any_negative(x)) return positive;

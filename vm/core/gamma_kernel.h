@@ -1,9 +1,9 @@
 // What the kernels of TGamma and LGamma share: the gate and the formula of each slot for
-// 0 < x <= 44 (single LA and EP: 20), and, of double and of single HA, the choice of those beyond
+// 0 < x <= 44, and, of double and of single HA, the choice of those beyond
 // and the way from double to single. Function<T, Accuracy> gives
 //
 //   first                               head of the least |x|
-//   near<Accuracy>(x), near_single(x)   for 0 < x <= 44 (20)
+//   near<Accuracy>(x), near_single(x)   for 0 < x <= 44 (single Gamma LA and EP: 20)
 //   far(x)                              single LA and EP: for all the others, and these
 //   reflected(r, x)                     the result of x < 0 from that of |x|, both tiny
 //   mirrored(x)                         for -44 <= x < 0, in double; of Gamma, but for HA, of x > 0

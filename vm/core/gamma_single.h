@@ -127,7 +127,7 @@ template <class Accuracy> inline floats lgamma_stirling_single(floats y) {
 }
 
 // ln|Gamma(x)|, relative error 2^-21 (LA), 2^-11 (EP), for x < 0 of max(|result|, 1/8);
-// infinite at the poles. For 0 < x <= 20 the same bits as above.
+// infinite at the poles. For 0 < x <= 44 the same bits as above.
 //
 //   x > 0, by the table                   value - ln(argument)
 //   x < 0                                 -ln(argument), argument = 2^exponent (1 + r)

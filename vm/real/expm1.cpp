@@ -20,7 +20,7 @@ namespace {
 // -1.
 template <class T> struct Expm1Range;
 template <> struct Expm1Range<double> {
-    static constexpr std::uint32_t large = 0x40862000, end = head_of(exp_end);  // 708, 709.76
+    static constexpr std::uint32_t large = 0x40862000, end = head_of(exp_end);  // 708
     static constexpr double minus_one_from = -40.0;
     static constexpr double infinite_above = from_bits(UINT64_C(0x40862E42FEFA39F0));  // ln 2^1024
 };

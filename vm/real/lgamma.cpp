@@ -57,6 +57,8 @@ template <class T, class Accuracy> struct LGamma : GammaKernel<LGamma<T, Accurac
     static constexpr bool in_single = single && !std::is_same_v<Accuracy, HA>;
     using Range = LGammaRange<T>;
     static constexpr std::uint32_t first = Format<T>::normal_head;
+    static constexpr double last =
+        gamma_last;  // of single LA and EP too: their rows are not scaled
     KEF_REPORT_NAME(LGamma);
 
     static ints beyond(ints h) {
