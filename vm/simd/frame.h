@@ -394,7 +394,8 @@ inline ints beyond(const K& k, const std::array<Group<T>, I>& x) {
     (std::make_index_sequence<I>());
 }
 
-// The lanes of the first and of the second formula.
+// The lanes of the first and of the second formula; those of both are for the second where the
+// first one refuses its result.
 struct Shares {
     ints first, second;
 };
@@ -404,11 +405,12 @@ inline Shares shares(const K& k, const std::array<Group<T>, I>& x) {
     if constexpr (!has_far<K, I>) return {first, ints{}};
     else if constexpr (far_is_everywhere<K>) {
         const ints second = ~beyond(k, x);
+        if (!all_lanes(first) && !any_lane(second & ~first)) return {first, second};
         return {first & ~second, second};
     } else return {first, ~(first | beyond(k, x))};
 }
 
-// A group by both formulas, each with one of its own elements in the lanes that are not its share:
+// A group by the formulas, each with one of its own elements in the lanes that are not its share:
 // what it must not see it does not see. component(j, m): argument j of element m. The lanes that
 // are done; and those of them with a status to report, where the kernel tells.
 template <class K, class T, std::size_t I, std::size_t O>
@@ -433,8 +435,9 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
         for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
         done |= good;
     };
-    if constexpr (has_far<K, I>) compute(share.second, [&](auto... v) { return k.far(v...); });
     compute(share.first, [&](auto... v) { return k.fast(v...); });
+    if constexpr (has_far<K, I>)
+        compute(share.second & ~done, [&](auto... v) { return k.far(v...); });
     return done;
 }
 
