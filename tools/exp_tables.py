@@ -4,7 +4,7 @@
 exp64.inc   2^(j/64), j = 0..63, as a high part whose last 8 bits are zero and
             the rest, rounded to nearest
 exp128.inc  the 52 fraction bits of 2^(j/128), j = 0..127, rounded to nearest
-exp16.inc   the same of 2^(j/16)
+exp16.inc   the same of 2^(j/16), and what the rounding left
 """
 import pathlib
 import struct
@@ -43,10 +43,15 @@ def main():
         low = bits(float(t - value(high)))
         lines.append(f"KEF_EXP64(0x{high:016X}, 0x{low:016X})  // {j}\n")
     (target / "exp64.inc").write_text("".join(lines))
-    for size, line in (128, "0x{:016X},"), (16, "KEF_EXP16(0x{:016X})"):
-        fractions = [bits(float(mpf(2) ** (mpf(j) / size))) & (2**52 - 1) for j in range(size)]
-        (target / f"exp{size}.inc").write_text(head(f"exp{size}.inc") + "".join(
-            f"{line.format(fraction)}  // {j}\n" for j, fraction in enumerate(fractions)))
+    for size in 128, 16:
+        lines = [head(f"exp{size}.inc")]
+        for j in range(size):
+            t = mpf(2) ** (mpf(j) / size)
+            fraction, low = bits(float(t)) & (2**52 - 1), bits(float(t - float(t)))
+            fields = f"0x{fraction:016X}," if size == 128 else \
+                f"KEF_EXP16(0x{fraction:016X}, 0x{low:016X})"
+            lines.append(f"{fields}  // {j}\n")
+        (target / f"exp{size}.inc").write_text("".join(lines))
 
 
 if __name__ == "__main__":

@@ -6,7 +6,7 @@ log128.inc  for each of 128 intervals of z in [0.705, 1.41) the reciprocal of it
             reciprocal: a high part that is a multiple of 2^-43, the rest, and
             the whole rounded. The interval around 1 has the reciprocal 1.
 log16.inc   the same for 16 intervals of z in [0.698, 1.396), that around 1 with 1 in its
-            middle: the rounded logarithm alone, the reciprocal with 53 bits.
+            middle, and reciprocals of 53 bits.
 """
 import pathlib
 import struct
@@ -46,15 +46,19 @@ def write(name, lines):
         head + "".join(f"{line}  // {j}\n" for j, line in enumerate(lines)))
 
 
-def main():
+def table(name, shift, offset, inverse_bits):
+    """NAME.inc of those intervals, a macro of the same name in capitals for each."""
     lines = []
-    for inverse, logarithm in intervals(0x3FE6900000000000, 45, 24):
+    for inverse, logarithm in intervals(offset, shift, inverse_bits):
         rough = nint(logarithm * 2**43) / 2**43
-        lines.append(f"KEF_LOG128(0x{bits(inverse):016X}, 0x{bits(rough):016X}, "
+        lines.append(f"KEF_{name.upper()}(0x{bits(inverse):016X}, 0x{bits(rough):016X}, "
                      f"0x{bits(logarithm - rough):016X}, 0x{bits(logarithm):016X})")
-    write("log128.inc", lines)
-    write("log16.inc", [f"KEF_LOG16(0x{bits(inverse):016X}, 0x{bits(logarithm):016X})"
-                        for inverse, logarithm in intervals(0x3FE6555600000000, 48, 53)])
+    write(f"{name}.inc", lines)
+
+
+def main():
+    table("log128", 45, 0x3FE6900000000000, 24)
+    table("log16", 48, 0x3FE6555600000000, 53)
 
 
 if __name__ == "__main__":

@@ -39,7 +39,7 @@ def parts(value, width, count, last_width=53):
 
 def constants():
     for name, value, width, count in (
-            ("pi/256, near", pi / 256, 35, 2), ("pi/256, far", pi / 256, 26, 3),
+            ("pi, near", +pi, 35, 2), ("pi, far", +pi, 26, 3),
             ("pi, LA", +pi, 36, 2), ("pi, single HA", +pi, 36, 1), ("pi, EP", +pi, 40, 1),
             ("2 pi", 2 * pi, 53, 1)):
         print(name, *(f"0x{bits(p):016X}" for p in parts(value, width, count)))
@@ -50,22 +50,31 @@ def constants():
         print(name, f"0x{bits(value):016X}")
 
 
+def rest(x):
+    return x - mpf(float(x))
+
+
+def sines(path, steps, fields):
+    """Those fields of sin a and cos a for the angles a of one half turn."""
+    lines = [head(path.name)]
+    for j in range(steps):
+        a = (j - steps // 2) * pi / steps
+        s, c = sin(a), cos(a)
+        if j == 0:
+            c = mpf(0)
+        if j == steps // 2:
+            s = mpf(0)
+        numbers = ", ".join(f"0x{bits(v):016X}" for v in fields(s, c))
+        lines.append(f"KEF_SINE({numbers})  // {j - steps // 2}\n")
+    path.write_text("".join(lines))
+
+
 def main():
     if sys.argv[1] == "--constants":
         return constants()
     target = pathlib.Path(sys.argv[1])
-    lines = [head("sine256.inc")]
-    for j in range(256):
-        a = (j - 128) * pi / 256
-        s, c = sin(a), cos(a)
-        if j == 0:
-            c = mpf(0)
-        if j == 128:
-            s = mpf(0)
-        high = mpf(float(s))
-        fields = ", ".join(f"0x{bits(v):016X}" for v in (high, c, s - high, c - 1))
-        lines.append(f"KEF_SINE({fields})  // {j - 128}\n")
-    (target / "sine256.inc").write_text("".join(lines))
+    sines(target / "sine256.inc", 256, lambda s, c: (s, c, rest(s), c - 1))
+    sines(target / "sine16.inc", 16, lambda s, c: (s, c, rest(s), rest(c)))
     lines = [head("inverse_2pi.inc")]
     value = 1 / (2 * pi)
     for _ in range(40):

@@ -20,20 +20,22 @@ inline NormParts norm_parts(doubles x, doubles y) {
     return {fast_two_sum(sum.high, rest.high), rest.low + low.low};
 }
 
-// Its logarithm, by the formula for ln c + ln(1 + r) of a reduced argument.
-inline Parts log_of_norm(const NormParts& x, auto log_of) {
-    const LogReduced reduced = log_reduce(x.sum.high);
-    const doubles inverse = reduced.row.field(&LogEntry::inverse);
-    const doubles factor = log_rest_factor(x.sum.high, reduced.z, inverse);
-    const Parts u = log_argument(reduced.z, inverse);
-    const Parts v = fast_two_sum(u.high, u.low);
+// Its logarithm: how an argument is reduced, and ln c + ln(1 + r) of that.
+inline Parts log_of_norm(const NormParts& x, auto log) {
+    const auto reduced = log.reduced(x.sum.high);
+    const doubles factor = log_rest_factor(x.sum.high, reduced.z, inverse_of(reduced));
+    const Parts v = log_argument(reduced);
     const Parts r = fast_two_sum(v.high, x.sum.low * factor);
-    return normalised(log_of(reduced, Parts{r.high, (r.low + v.low) + x.least * factor}));
+    return normalised(log.sum(reduced, {r.high, (r.low + v.low) + x.least * factor}));
 }
 
-inline constexpr auto plain_log = [](const LogReduced& x, Parts r) { return log_sum(x, r); };
-inline constexpr auto extended_log = [](const LogReduced& x, Parts r) {
-    return log_extended_sum(x, x.k, r);
+struct PlainLog {
+    static auto reduced(doubles x) { return log_reduce_long(x); }
+    static Parts sum(const auto& x, Parts r) { return log_sum(x, r); }
+};
+struct ExtendedLog {
+    static auto reduced(doubles x) { return log_reduce(x); }
+    static Parts sum(const LogReduced& x, Parts r) { return log_extended_sum(x, x.k, r); }
 };
 
 // ln(x^2 + y^2), x and y not negative. HA: the squares exactly, their sum in three parts: nothing
@@ -42,7 +44,7 @@ inline constexpr auto extended_log = [](const LogReduced& x, Parts r) {
 template <class Accuracy> inline Number<Accuracy> log_of_norm(doubles x, doubles y) {
     const doubles a = maximum(x, y), b = minimum(x, y);
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        return log_of_norm(norm_parts(a, b), plain_log);
+        return log_of_norm(norm_parts(a, b), PlainLog());
     } else {
         const doubles s = a * a + b * b;
         const doubles w = (a - 1.0) * (a + 1.0) + b * b;

@@ -80,8 +80,9 @@ struct SinesOne {
 };
 inline SinesOne sines_one(double x) {
     if (x < drowning) return {OneNumber(x), OneNumber(1)};
-    const TrigReduced reduced = trig_reduce_one(x);
-    return {sine_one<LongCosine>(reduced, sine_bias), sine_one<LongCosine>(reduced, cosine_bias)};
+    const TrigReduced<> reduced = trig_reduce_one(x);
+    return {sine_one<LongCosine>(reduced, sine_quarters),
+            sine_one<LongCosine>(reduced, cosine_quarters)};
 }
 // sinh y and cosh y, y >= 0, finite.
 inline SinesOne hyperbolics_one(double y) {

@@ -147,7 +147,7 @@ private:
     }
     static Two<N> sines_near(N turn) {
         if constexpr (std::is_same_v<N, Parts>) {
-            TrigReduced reduced = trig_reduce<sine_bias, TrigReach::near>(turn.high);
+            TrigReduced<> reduced = trig_reduce<sine_quarters, TrigReach::near>(turn.high);
             const Parts r = two_sum(reduced.high, turn.low);
             reduced.high = r.high, reduced.low = reduced.low + r.low;
             return sine_cosine(reduced);
@@ -206,7 +206,7 @@ private:
     static Logarithm logarithm(doubles x, doubles y) {
         const doubles p = absolute(x), q = absolute(y);
         if constexpr (std::is_same_v<N, Parts>) {
-            const Parts log = log_of_norm(norm_parts(maximum(p, q), minimum(p, q)), extended_log);
+            const Parts log = log_of_norm(norm_parts(maximum(p, q), minimum(p, q)), ExtendedLog());
             const Parts angle = turned(atan_quotient_extended(q, not_zero(p)), sign_bit(x));
             return {times_power(log, 0.5), flipped(normalised(angle), sign_bit(y))};
         } else {
@@ -227,7 +227,7 @@ private:
         OneNumber angle(angle_one(b, a, atan_quotient_extended));
         if (to_bits(b) >> 63) angle = -angle;
         if (!finite) return special(a, b, c, d, angle.rounded(), re, im);
-        const OneNumber log = log_modulus_one(a, b, extended_log), u(c), v(d);
+        const OneNumber log = log_modulus_one(a, b, ExtendedLog()), u(c), v(d);
         const OneNumber x = u * log + -(v * angle), y = u * angle + v * log;
         const SinesOne whole = sines_one(magnitude_of(y.as_double())),
                        rest = sines_one(magnitude_of(y.low_as_double()));
@@ -244,7 +244,7 @@ private:
                        double& im) {
         double log = Format<double>::infinity;
         if (is_finite(a) && is_finite(b))
-            log = a == 0 && b == 0 ? -log : log_modulus_one(a, b, extended_log).rounded();
+            log = a == 0 && b == 0 ? -log : log_modulus_one(a, b, ExtendedLog()).rounded();
         const double x = special_sine_product(c, log) - special_sine_product(d, angle),
                      y = special_sine_product(c, angle) + special_sine_product(d, log);
         // A finite size stands beside a NaN.

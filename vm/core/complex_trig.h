@@ -9,16 +9,16 @@
 namespace KEF_VM {
 
 // Of a reduced argument.
-inline Two<Parts> sine_cosine(const TrigReduced& x) {
-    const TrigPowers p = trig_powers<LongCosine>(x);
-    const auto of = [&](longs k) { return flipped(normalised(sine_parts(k, p)), sine_sign(k)); };
-    return {of(x.k), of(x.k + INT64_C(128))};
+inline Two<Parts> sine_cosine(const TrigReduced<>& x) {
+    const SineCosine both = sine_cosine_parts(x.k, trig_powers<LongCosine>(x));
+    return {flipped(normalised(both.sine), both.sine_sign),
+            flipped(normalised(both.cosine), both.cosine_sign)};
 }
 
 // sin x and cos x, 0 <= x < TrigLast<double, Accuracy>::near.
 template <class Accuracy> inline Two<Number<Accuracy>> sine_cosine(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
-        return sine_cosine(trig_reduce<sine_bias, TrigReach::near>(x));
+        return sine_cosine(trig_reduce<sine_quarters, TrigReach::near>(x));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
         return sine_cosine_plain<LA, true>(x);
     } else {
@@ -34,11 +34,11 @@ inline MarkedBy<doubles, Two<Number<Accuracy>>> sine_cosine_far(doubles x) {
     const longs is_far = (longs)(x >= TrigLast<double, Accuracy>::near);
     if (!all_lanes(is_far)) r.result = sine_cosine<Accuracy>(x);
     if (!any_lane(is_far)) return r;
-    TrigReduced reduced = trig_reduce<sine_bias, TrigReach::far>(x);
+    TrigReduced<> reduced = trig_reduce<sine_quarters, TrigReach::far>(x);
     const longs is_huge = (longs)(x >= 0x1p20);
     if (any_lane(is_huge)) {
         const auto [huge, marks] = trig_reduce_huge(x);
-        reduced = {(is_huge & (huge.k + std::int64_t{sine_bias})) | (~is_huge & reduced.k),
+        reduced = {(is_huge & ahead(huge, sine_quarters).k) | (~is_huge & reduced.k),
                    select(is_huge, huge.high, reduced.high),
                    select(is_huge, huge.low, reduced.low)};
         r.marks = where(is_huge, marks);

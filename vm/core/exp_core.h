@@ -26,7 +26,7 @@ struct Exp128 {
 };
 extern const Exp128 exp128_table[128];
 struct alignas(64) Exp16 {
-    double fraction[16];  // of 2^(j/16) likewise
+    double fraction[16], low[16];  // of 2^(j/16) likewise, and what their rounding left
 };
 extern const Exp16 exp16_table;
 
@@ -49,11 +49,7 @@ template <> struct ExpConstants<HA> {
                                            0x3FA555574BC3A1BE, 0x3F81111276409C2C);
 };
 
-// Constants for rows, |r| <= ln2/256, or for numbers that are looked up, |r| <= ln2/32.
-constexpr auto rows_or_lookup(const auto& of_rows, const auto& of_lookup) {
-    if constexpr (has_lookup) return of_lookup;
-    else return of_rows;
-}
+// |r| <= ln2/256, looked up ln2/32.
 inline constexpr int exp_log2_size = rows_or_lookup(7, 4);
 
 // From there on k may be rounded to 1024 N, whose power is no number: ln2 (1024 - 1/2N), of HA too.
@@ -125,6 +121,16 @@ inline doubles exp_scale(const ExpReduced& x) {
         else return Rows(exp128_table, row_numbers(x.index, 127)).field(&Exp128::fraction);
     }();
     return (doubles)((longs)fraction | x.power);
+}
+// The same and what is left: HA's 2^(k/64) or, looked up, 2^(k/16).
+inline Parts exp_scale_parts(const ExpReduced& x) {
+    const doubles power = (doubles)x.power;
+    if constexpr (has_lookup) {
+        return {exp_scale(x), looked_up(exp16_table.low, x.index) * power};
+    } else {
+        const auto [T, t] = exp_table(x);
+        return {T * power, t * power};
+    }
 }
 // r + r^2 (c[0] + c[1] r + ...).
 inline doubles exp_tail(doubles r, const auto& c) {

@@ -11,9 +11,9 @@ constinit const Exp128 exp128_table[128] = {
 #include "vm/tables/exp128.inc"
 };
 
-constinit const Exp16 exp16_table = {{
-#define KEF_EXP16(fraction) from_bits(UINT64_C(fraction)),
+constinit const Exp16 exp16_table = by_fields<Exp16>({
+#define KEF_EXP16(fraction, low) {from_bits(UINT64_C(fraction)), from_bits(UINT64_C(low))},
 #include "vm/tables/exp16.inc"
-}};
+});
 
 }  // namespace kef::vm

@@ -13,9 +13,10 @@
 namespace KEF_VM {
 
 // e^r - 1 = r + r^2 q(r), |r| <= ln2/128, relative error 2^-62.1; gives r^2 q(r).
-inline doubles expm1_tail(doubles r) {
-    constexpr auto c = coefficients(0x3FE0000000000000, 0x3FC5555555554AFB, 0x3FA55555555553AF,
-                                    0x3F81111227862109, 0x3F56C16CF488501F);
+inline constexpr auto expm1_coefficients =
+    coefficients(0x3FE0000000000000, 0x3FC5555555554AFB, 0x3FA55555555553AF, 0x3F81111227862109,
+                 0x3F56C16CF488501F);
+inline doubles expm1_tail(doubles r, const auto& c) {
     const doubles r2 = r * r;
     return r2 * polynomial_by_pairs(r, r2, c);
 }
@@ -32,7 +33,7 @@ inline Parts expm1_parts(doubles x) {
     const auto [T, t] = exp_table(x_reduced);
     const doubles T_high = leading(T), power = (doubles)x_reduced.power;
     const doubles S = T_high * power, s = ((T - T_high) + t) * power;  // 2^(k/64)
-    const doubles tail = expm1_tail(r);
+    const doubles tail = expm1_tail(r, expm1_coefficients);
     const Parts first = two_sum(S, all(-1.0));
     const Parts high = fast_two_sum(first.high, S * r_high);  // the product is exact
     const doubles rest = multiply_add(S, r_low + tail, multiply_add(s, r + tail, s));
@@ -44,10 +45,14 @@ template <class Accuracy> inline doubles expm1_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(expm1_parts(x));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        const ExpReduced reduced = exp_reduce<HA>(x);
-        const auto [T, t] = exp_table(reduced);
-        const doubles S = T * (doubles)reduced.power, s = t * (doubles)reduced.power;
-        return (S - 1.0) + multiply_add(S + s, reduced.r + expm1_tail(reduced.r), s);
+        // looked up, |r| <= ln2/32: 2^-59.6
+        constexpr auto c = rows_or_lookup(
+            expm1_coefficients,
+            coefficients(0x3FE0000000000003, 0x3FC5555555555551, 0x3FA55555554A08A6,
+                         0x3F81111111152445, 0x3F56C1828BB37B17, 0x3F2A01A6D18AE360));
+        const ExpReduced reduced = exp_reduce<std::conditional_t<has_lookup, LA, HA>>(x);
+        const auto [S, s] = exp_scale_parts(reduced);
+        return (S - 1.0) + multiply_add(S + s, reduced.r + expm1_tail(reduced.r, c), s);
     } else {
         constexpr auto c = rows_or_lookup(
             coefficients(0x3FE000007B10F266, 0x3FC5555586889473),

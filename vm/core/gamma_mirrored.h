@@ -24,12 +24,13 @@ struct SinePi {
     longs sign;
 };
 inline SinePi sine_pi(doubles y) {
-    constexpr double shifter = shifter52 + sine_bias;
+    constexpr double shifter = shifter52 + row_steps / 2;
     // y = n + k/256 + f, exactly
     const doubles whole = y + 0x1p52, part = y - (whole - 0x1p52);
     const doubles sum = part * 256.0 + shifter, f = part - (sum - shifter) * 0x1p-8;
     const Parts r = multiply({f, all(0.0)}, parts_of_pi);
-    const Parts parts = sine_parts((longs)sum, trig_powers({(longs)sum, r.high, r.low}));
+    const Parts parts =
+        sine_parts((longs)sum, trig_powers(TrigReduced<>{(longs)sum, r.high, r.low}));
     const Parts sine = fast_two_sum(parts.high, parts.low);
     const longs negative = sign_bit(sine.high);
     const longs sign = ((longs)whole << 63) ^ sine_sign((longs)sum) ^ negative;

@@ -58,7 +58,7 @@ template <class Base> struct LnCore {
         re = Format<double>::infinity;
         if (is_infinite(x) || is_infinite(y)) return VTM_STATUS_OK;
         if (x == 0 && y == 0) return re = -re, VTM_STATUS_SING;
-        re = scaled_by_base(log_modulus_one(x, y, plain_log)).rounded();
+        re = scaled_by_base(log_modulus_one(x, y, PlainLog())).rounded();
         return VTM_STATUS_OK;
     }
 

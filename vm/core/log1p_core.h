@@ -36,28 +36,24 @@ template <class Accuracy> inline doubles log_sum_with_rest(doubles s, doubles re
 // 0.01 ulp. Without x_low: ln(1 + x).
 template <class... Low> inline Parts log1p_parts(doubles x, Low... x_low) {
     const OnePlus sum = one_plus(x);
-    const LogReduced reduced = log_reduce(sum.s);
-    const doubles inverse = reduced.row.field(&LogEntry::inverse);
-    const doubles factor = log_rest_factor(sum.s, reduced.z, inverse);
-    const Parts u = log_argument(reduced.z, inverse);
-    const Parts v = fast_two_sum(u.high, u.low);
+    const auto reduced = log_reduce_long(sum.s);
+    const doubles factor = log_rest_factor(sum.s, reduced.z, inverse_of(reduced));
+    const Parts v = log_argument(reduced);
     const Parts r = fast_two_sum(v.high, sum.rest * factor);
     return log_sum(reduced, {r.high, ((r.low + v.low) + ... + (x_low * factor))});
 }
 
-// ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-51; EP: below 2^-27.
+// ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-51; EP: below 2^-27. For LA and EP
+// the error of 1 + x counts near 0 alone, above 1 it is left out, and its factor is 1/c or 1.
 template <class Accuracy> inline doubles log1p_core(doubles x) {
-    if constexpr (std::is_same_v<Accuracy, EP>) {
-        // The error counts near 0 alone, and is harmless elsewhere.
-        const LogShort reduced = log_reduce_short(x + 1.0);
-        const doubles small = minimum(x, all(1.0)), rest = small - ((small + 1.0) - 1.0);
-        return log_sum_of<EP>(reduced, log_argument_rounded<EP>(reduced) + rest);
-    }
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(log1p_parts(x));
     } else {
-        const OnePlus sum = one_plus(x);
-        return log_sum_with_rest<LA>(sum.s, sum.rest);
+        const LogShort reduced = log_reduce_short(x + 1.0);
+        const doubles small = minimum(x, all(1.0)), rest = small - ((small + 1.0) - 1.0);
+        const doubles r = log_argument_rounded<Accuracy>(reduced);
+        if constexpr (std::is_same_v<Accuracy, EP>) return log_sum_of<EP>(reduced, r + rest);
+        else return log_sum_of<LA>(reduced, multiply_add(rest, reduced.inverse, r));
     }
 }
 

@@ -6,8 +6,8 @@
 // The interval around 1 has c = 1 and ln c = 0, so that near x = 1 the result is
 // ln(1 + r) with r exact: no cancellation and no path of its own.
 //
-// Where two vectors hold 16 numbers and one operation finds each lane its own, results of one part
-// are made of 16 intervals, |r| <= 2^-5.07: a longer polynomial is less than the loads of rows.
+// Where two vectors hold 16 numbers and one operation finds each lane its own, 16 intervals are
+// taken, |r| <= 2^-5.07: a longer polynomial is less than the loads of rows.
 // Tables: tools/log_tables.py; polynomials: tools/log.sollya.
 #pragma once
 
@@ -28,7 +28,7 @@ extern const LogEntry log128_table[128];
 
 // The same of 16 intervals, field by field.
 struct alignas(64) Log16 {
-    double inverse[16], rounded[16];
+    double inverse[16], rounded[16], high[16], low[16];
 };
 extern const Log16 log16_table;
 
@@ -88,6 +88,23 @@ inline LogShort log_reduce_short(doubles x) {
     }
 }
 
+// For results of two parts: k, z, 1/c and ln c.
+struct LogLong {
+    doubles z, k, inverse;
+    Parts c;
+};
+inline auto log_reduce_long(doubles x) {
+    if constexpr (has_lookup) {
+        const LogSplit s = log_split(x, log_constants::offset16);
+        const longs interval = (longs)s.head >> 48;
+        const auto of = [&](const double(&field)[16]) { return looked_up(field, interval); };
+        return LogLong{
+            s.z, s.k, of(log16_table.inverse), {of(log16_table.high), of(log16_table.low)}};
+    } else {
+        return log_reduce(x);
+    }
+}
+
 // r^2 (c[0] + c[1] r + ...).
 inline doubles square_and_more(doubles r, const auto& c) {
     const doubles r2 = r * r;
@@ -138,10 +155,19 @@ template <class Accuracy> inline doubles log_tail_short(doubles r) {
 
 // 1/c.
 inline doubles inverse_of(const LogReduced& x) { return x.row.field(&LogEntry::inverse); }
-inline doubles inverse_of(const LogShort& x) { return x.inverse; }
+inline doubles inverse_of(const auto& x) { return x.inverse; }
 
-// k ln2 + ln c + ln(1 + r) for normalised r, as an unevaluated sum, |low| < 2^-8 |high|
-// or both 0.
+// z/c - 1 for log_sum: normalised, or of numbers looked up, whose low part counts where ln c does.
+inline Parts log_argument(const LogReduced& x) {
+    const Parts u = log_argument(x.z, inverse_of(x));
+    return fast_two_sum(u.high, u.low);
+}
+inline Parts log_argument(const LogLong& x) {
+    const Parts product = two_product(x.z, x.inverse);
+    return {product.high - 1.0, product.low};
+}
+
+// k ln2 + ln c + ln(1 + r), as an unevaluated sum, |low| < 2^-8 |high| or both 0.
 inline Parts log_sum(const LogReduced& x, Parts r) {
     const auto [c_high, c_low] = x.row.neighbours(&LogEntry::high, &LogEntry::low);
     const doubles w = x.k * ln2_high + c_high;  // exact
@@ -149,6 +175,22 @@ inline Parts log_sum(const LogReduced& x, Parts r) {
     const doubles rest = multiply_add(x.k, ln2_low, c_low);
     const doubles low = ((w - high) + r.high) + (r.low + rest);
     return {high, low + log_tail<HA>(r.high)};
+}
+
+// The same: r - r^2/2 in two parts, and r^3 (c[0] + ...), error relative to ln(1 + r) 2^-63. The
+// low part of r counts 1/(1 + r) times, which is 1 - r + r^2/2 to 2^-11.
+inline Parts log_sum(const LogLong& x, Parts r) {
+    constexpr auto c = coefficients(0x3FD5555555555510, 0xBFCFFFFFFFFFFF1C, 0x3FC9999999B0EB02,
+                                    0xBFC5555555736130, 0x3FC249235A8043F2, 0xBFBFFFFD4F933C51,
+                                    0x3FBC7E9B83B50334, 0xBFB9A65332860340);
+    const doubles half = r.high * -0.5, near = multiply_add(half, r.high, r.high),
+                  near_low = multiply_add(half, r.high, r.high - near);
+    const doubles w = multiply_add(x.k, ln2_high, x.c.high);  // exact
+    const doubles high = w + near;                            // |w| >= |r| or w = 0
+    const doubles rest = multiply_add(x.k, ln2_low, x.c.low),
+                  r_low = negative_multiply_add(near, r.low, r.low);
+    const doubles low = ((w - high) + near) + (near_low + (r_low + rest));
+    return {high, multiply_add(r.high, square_and_more(r.high, c), low)};
 }
 
 // The same rounded, in fewer steps, from ln c and ln(1 + r).
@@ -166,17 +208,16 @@ template <class Accuracy> inline doubles log_sum_of(const LogShort& x, doubles r
     return log_sum(x, r + log_tail_short<Accuracy>(r));
 }
 
-// ln x as an unevaluated sum; relative error below 0.005 ulp. `shift` is added to k:
-// for arguments that were scaled by 2^-shift.
+// ln x as an unevaluated sum; relative error below 0.005 ulp, looked up 0.01. `shift` is added to
+// k: for arguments that were scaled by 2^-shift.
 inline Parts log_parts(doubles x, double shift = 0) {
-    LogReduced reduced = log_reduce(x);
+    auto reduced = log_reduce_long(x);
     reduced.k += shift;
-    const Parts u = log_argument(reduced.z, reduced.row.field(&LogEntry::inverse));
-    return log_sum(reduced, fast_two_sum(u.high, u.low));
+    return log_sum(reduced, log_argument(reduced));
 }
 
-// ln x of positive normal numbers. HA: 0.505 ulp; LA: relative error below 2^-51.5;
-// EP: below 2^-27.
+// ln x of positive normal numbers. HA: 0.505 ulp, looked up 0.51; LA: relative error below
+// 2^-51.5; EP: below 2^-27.
 template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(log_parts(x, shift));
@@ -187,13 +228,9 @@ template <class Accuracy> inline doubles log_core(doubles x, double shift = 0) {
     }
 }
 
-// log10(e), and as a sum whose first term has 26 bits; ln x as log10 x.
+// log10(e), and what its rounding left; ln x as log10 x.
 inline constexpr double log10_e = from_bits(UINT64_C(0x3FDBCB7B1526E50E)),
-                        log10_e_high = from_bits(UINT64_C(0x3FDBCB7B10000000)),
-                        log10_e_low = from_bits(UINT64_C(0x3E349B9438CA9AAE));
-inline Parts log10_parts(Parts log) {
-    const doubles high = leading(log.high), rest = (log.high - high) + log.low;
-    return {high * log10_e_high, high * log10_e_low + rest * log10_e};
-}
+                        log10_e_rest = from_bits(UINT64_C(0x3C695355BAAAFAD3));
+inline Parts log10_parts(Parts log) { return product(log, {all(log10_e), all(log10_e_rest)}); }
 
 }  // namespace KEF_VM

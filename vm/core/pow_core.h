@@ -44,10 +44,8 @@ inline Parts log_extended_sum(const LogReduced& reduced, doubles k, Parts r) {
 
 // ln x by it.
 template <class Accuracy> inline Parts log_extended(doubles x, double shift = 0) {
-    LogReduced reduced = log_reduce(x);
-    const doubles k = reduced.k + shift;
-    const Parts u = log_argument(reduced.z, reduced.row.field(&LogEntry::inverse));
-    return log_extended_sum<Accuracy>(reduced, k, fast_two_sum(u.high, u.low));
+    const LogReduced reduced = log_reduce(x);
+    return log_extended_sum<Accuracy>(reduced, reduced.k + shift, log_argument(reduced));
 }
 
 // y ln x = high + low, |low| < 2^-7; for positive normal x.

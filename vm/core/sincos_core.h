@@ -19,7 +19,7 @@ struct SinCosFormula : TrigKernel<SinCosFormula<T, Accuracy>, T, Accuracy, AtZer
         constexpr bool is_far = reach == TrigReach::far;
         if constexpr (std::is_same_v<T, double> &&
                       (std::is_same_v<Accuracy, HA> || (is_far && std::is_same_v<Accuracy, LA>))) {
-            return of_reduced(trig_reduce<0, reach>(x));
+            return of_reduced(trig_reduce<0, reach, steps_of_vectors>(x));
         } else if constexpr (std::is_same_v<T, float> && (std::is_same_v<Accuracy, HA> || is_far)) {
             const DoublesPair wide = widen(x);
             const Two<doubles> low = sine_cosine_plain<SingleHA>(wide.low),
@@ -37,7 +37,7 @@ struct SinCosFormula : TrigKernel<SinCosFormula<T, Accuracy>, T, Accuracy, AtZer
 
     static MarkedBy<V, Two<V>> huge(V x) {
         if constexpr (std::is_same_v<T, double>) {
-            const auto [reduced, marks] = trig_reduce_huge(x);
+            const auto [reduced, marks] = trig_reduce_huge<steps_of_vectors>(x);
             return {of_reduced(reduced), marks};
         } else {
             return of_turns<Accuracy>(x, [](ulongs turns) {
@@ -48,18 +48,19 @@ struct SinCosFormula : TrigKernel<SinCosFormula<T, Accuracy>, T, Accuracy, AtZer
         }
     }
 
-    static Two<V> of_reduced(const TrigReduced& x) requires std::is_same_v<T, double> {
-        const TrigPowers p = trig_powers(x);
-        const longs k = x.k + std::int64_t{sine_bias};
-        return {sine_of(k, p), sine_of(k + INT64_C(128), p)};
+    template <int steps>
+    static Two<V> of_reduced(const TrigReduced<steps>& x) requires std::is_same_v<T, double> {
+        const SineCosine both = sine_cosine_parts(ahead(x, sine_quarters).k, trig_powers(x));
+        return {flipped(rounded(both.sine), both.sine_sign),
+                flipped(rounded(both.cosine), both.cosine_sign)};
     }
 
     static int edge(T x, T& y, T& z) {
         int status;
         if (trig_special(x, y, status)) return z = y, status;
-        const TrigReduced reduced = trig_reduce_one(x);
-        z = rounded_sum<T>(sine_one(reduced, cosine_bias));
-        y = rounded_sum<T>(sine_one(reduced, sine_bias));
+        const TrigReduced<> reduced = trig_reduce_one(x);
+        z = rounded_sum<T>(sine_one(reduced, cosine_quarters));
+        y = rounded_sum<T>(sine_one(reduced, sine_quarters));
         return status;
     }
 };

@@ -41,21 +41,21 @@ using SingleFormula = std::conditional_t<std::is_same_v<Accuracy, HA>, SingleHA,
 template <class T, class Accuracy, TrigReach reach, Phase phase>
 inline Vector<T> sine_fast(Vector<T> x) {
     constexpr bool is_far = reach == TrigReach::far, is_high = std::is_same_v<Accuracy, HA>;
-    constexpr int bias = phase == Phase::sine ? sine_bias : cosine_bias;
+    constexpr int quarters = phase == Phase::sine ? sine_quarters : cosine_quarters;
     if constexpr (std::is_same_v<T, float> && (is_far || is_high))
         return in_double(x,
                          [](doubles y) { return sine_plain<phase, SingleFormula<Accuracy>>(y); });
     else if constexpr (is_high || (is_far && std::is_same_v<Accuracy, LA>))
-        return sine_core<bias, reach>(x);
+        return sine_core<quarters, reach>(x);
     else return sine_plain<phase, std::conditional_t<is_far, LA, Accuracy>>(x);
 }
 template <class T, class Accuracy, Phase phase> inline auto sine_huge(Vector<T> x) {
     if constexpr (std::is_same_v<T, float>)
         return of_turns<Accuracy>(x, sine_of_turns<phase, SingleFormula<Accuracy>>);
     else {
-        const auto [reduced, marks] = trig_reduce_huge(x);
-        constexpr std::int64_t bias = phase == Phase::sine ? sine_bias : cosine_bias;
-        return MarkedBy<doubles>{sine_of(reduced.k + bias, trig_powers(reduced)), marks};
+        const auto [reduced, marks] = trig_reduce_huge<steps_of_vectors>(x);
+        constexpr int quarters = phase == Phase::sine ? sine_quarters : cosine_quarters;
+        return MarkedBy<doubles>{sine_of(ahead(reduced, quarters).k, trig_powers(reduced)), marks};
     }
 }
 
@@ -70,9 +70,8 @@ template <class T, class Accuracy> inline auto tangent_huge(Vector<T> x) {
     if constexpr (std::is_same_v<T, float>)
         return of_turns<Accuracy>(x, tangent_of_turns<SingleFormula<Accuracy>>);
     else {
-        auto [reduced, marks] = trig_reduce_huge(x);
-        reduced.k = reduced.k + std::int64_t{sine_bias};
-        return MarkedBy<doubles>{rounded(tangent_parts(reduced)), marks};
+        const auto [reduced, marks] = trig_reduce_huge<steps_of_vectors>(x);
+        return MarkedBy<doubles>{rounded(tangent_parts(ahead(reduced, sine_quarters))), marks};
     }
 }
 

@@ -4,10 +4,11 @@
 //   floats   96 are enough: what is cut off is below 2^-64 of a turn, and no float from 2^17 on
 //            comes nearer to a multiple of pi/2 than 2^-31.9 of a turn
 //   doubles  160: what is cut off is below 2^-94 of a turn; those within 2^-27 of a multiple of
-//            pi/256, one in a million, are for the edge
+//            pi/steps, at most one in a million, are for the edge
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 
 #include "vm/core/trig_plain.h"
@@ -56,9 +57,10 @@ inline Turns turns_of(floats x) {
             turns(high, (ulongs)factor.high, (ulongs)sign.high)};
 }
 
-// x = k pi/256 + r, r = high + low with a relative error of 2^-64, for 2^17 <= |x| < infinity; k as
-// in TrigReduced. The lanes where r is too small for that are marked.
-inline MarkedBy<doubles, TrigReduced> trig_reduce_huge(doubles x) {
+// x reduced, r with a relative error of 2^-64, for 2^17 <= |x| < infinity. The lanes where r is too
+// small for that are marked.
+template <int steps = row_steps>
+inline MarkedBy<doubles, TrigReduced<steps>> trig_reduce_huge(doubles x) {
     const longs bits = (longs)x;
     // The window of 20 bytes begins at or up to 7 bits before the bit of weight 2^-e.
     const longs first =
@@ -80,11 +82,13 @@ inline MarkedBy<doubles, TrigReduced> trig_reduce_huge(doubles x) {
     const ulongs turns = low_products(f0, w21 >> 32) + low_products(f1, w21) + (p2 >> 32) +
                          (q3 >> 32) + (rest >> 32) +
                          ((low_products(f0, w0) + low_products(f1, w21 >> 32)) << 32);
-    // 512ths of a turn, to nearest, and what is left: 47 bits and 40.
-    const ulongs shifted = turns + (UINT64_C(1) << 54);
-    const longs sign = sign_mask(bits), k = ((longs)(shifted >> 55) ^ sign) - sign;
+    // Steps to nearest, and what is left of one: 47 bits (of 16 steps: 51) and 40.
+    constexpr int left = 64 - std::bit_width(2u * steps - 1);
+    const ulongs shifted = turns + (UINT64_C(1) << (left - 1));
+    const longs sign = sign_mask(bits), k = ((longs)(shifted >> left) ^ sign) - sign;
     const auto number = [](ulongs bits) { return (doubles)(bits | UINT64_C(0x4330000000000000)); };
-    const doubles high = number((shifted & ((UINT64_C(1) << 55) - 1)) >> 8) - (0x1p52 + 0x1p46);
+    const doubles high = number((shifted & ((UINT64_C(1) << left) - 1)) >> 8) -
+                         (0x1p52 + (INT64_C(1) << (left - 9)));
     const doubles low = number((shifted & 255) << 32 | (rest & word)) - 0x1p52;
     constexpr double unit = 2 * pi * 0x1p-56;
     const Parts product = two_product(high, all(unit));

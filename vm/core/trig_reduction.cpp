@@ -19,7 +19,7 @@ constexpr int words = 6;
 
 }  // namespace
 
-TrigReduced trig_reduce_one(double x) {
+TrigReduced<> trig_reduce_one(double x) {
     if (x > -0x1p-8 && x < 0x1p-8) return {all(INT64_C(0)), all(x), all(0.0)};
     // |x| = m 2^e with an integer m; the bits of 1/(2 pi) above 2^-e give whole turns.
     const std::uint64_t bits = to_bits(x);

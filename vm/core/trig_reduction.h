@@ -17,33 +17,36 @@
 
 namespace KEF_VM {
 
-// x = k pi/256 + r, r = high + low. Only the last 9 bits of each k count.
-struct TrigReduced {
+// x = k pi/steps + r, r = high + low. Only the bits of each k that are steps of a turn count.
+inline constexpr int row_steps = 256;
+template <int steps = row_steps> struct TrigReduced {
     longs k;
     doubles high, low;
 };
 
 // Any finite x, the same in both lanes; relative error of r below 2^-64.
-TrigReduced trig_reduce_one(double x);
+TrigReduced<> trig_reduce_one(double x);
 
-// pi/256 in parts for the vector path, the last rounded, and |x| below which the
-// products with the others are exact. k includes `bias`.
+// pi/steps in parts for the vector path, the last rounded, and |x| below which the
+// products with the others are exact. k includes these quarter turns.
 enum class TrigReach { near, far };  // |x| < 3072: k has 18 bits; |x| < 2^20: k has 27 bits
 
-template <int bias, TrigReach reach> inline TrigReduced trig_reduce(doubles x) {
-    constexpr double inverse = 256 * inverse_pi;
-    constexpr double shifter = 0x1.8p52 + bias;
+template <int quarters, TrigReach reach, int steps = row_steps>
+inline TrigReduced<steps> trig_reduce(doubles x) {
+    constexpr double inverse = steps * inverse_pi;
+    constexpr double shifter = 0x1.8p52 + quarters * steps / 2;
     const doubles sum = multiply_add(x, inverse, shifter);
     const doubles k = sum - shifter;
     if constexpr (reach == TrigReach::near) {
-        constexpr double P1 = pi_parts[0] / 256, P2 = pi_parts[1] / 256, P3 = pi_parts[2] / 256;
+        constexpr double P1 = pi_parts[0] / steps, P2 = pi_parts[1] / steps,
+                         P3 = pi_parts[2] / steps;
         const doubles r1 = negative_multiply_add(k, P1, x), w = k * P2, r = r1 - w;
         return {(longs)sum, r, negative_multiply_add(k, P3, (r1 - r) - w)};
     } else {
-        constexpr double P1 = from_bits(UINT64_C(0x3F8921FB50000000));
-        constexpr double P2 = from_bits(UINT64_C(0x3DE110B460000000));
-        constexpr double P3 = from_bits(UINT64_C(0x3C21A62630000000));
-        constexpr double P4 = from_bits(UINT64_C(0x3A78A2E03707344A));
+        constexpr double P1 = from_bits(UINT64_C(0x400921FB50000000)) / steps;
+        constexpr double P2 = from_bits(UINT64_C(0x3E6110B460000000)) / steps;
+        constexpr double P3 = from_bits(UINT64_C(0x3CA1A62630000000)) / steps;
+        constexpr double P4 = from_bits(UINT64_C(0x3AF8A2E03707344A)) / steps;
         const doubles r1 = x - k * P1, w2 = k * P2, r2 = r1 - w2;
         const doubles w3 = k * P3, r = r2 - w3;
         return {(longs)sum, r, ((r1 - r2) - w2) + (((r2 - r) - w3) - k * P4)};

@@ -23,7 +23,7 @@ struct Cos : TrigKernel<Cos<T, Accuracy>, T, Accuracy, AtZero::one> {
     static int edge(T x, T& r) {
         int status;
         if (trig_special(x, r, status)) return status;
-        r = rounded_sum<T>(sine_one(trig_reduce_one(x), cosine_bias));
+        r = rounded_sum<T>(sine_one(trig_reduce_one(x), cosine_quarters));
         return status;
     }
 };

@@ -24,7 +24,7 @@ struct Sin : TrigKernel<Sin<T, Accuracy>, T, Accuracy, AtZero::argument> {
     static int edge(T x, T& r) {
         int status;
         if (trig_special(x, r, status)) return status;
-        r = rounded_sum<T>(sine_one(trig_reduce_one(x), sine_bias));
+        r = rounded_sum<T>(sine_one(trig_reduce_one(x), sine_quarters));
         return status;
     }
 };

@@ -67,16 +67,19 @@ template <class V> inline DoubleDouble<V> two_square(V a) {
             ((halves.high * halves.high - square) + (cross + cross)) + halves.low * halves.low};
 }
 
-// a b for normalised a and b, normalised; relative error below 2^-77.
-inline Parts multiply(Parts a, Parts b) {
+// a b for normalised a and b, relative error below 2^-77; and normalised.
+inline Parts product(Parts a, Parts b) {
     if constexpr (is_fused) {
         const Parts high = two_product(a.high, b.high);
-        return fast_two_sum(high.high,
-                            multiply_add(a.high, b.low, multiply_add(a.low, b.high, high.low)));
+        return {high.high, multiply_add(a.high, b.low, multiply_add(a.low, b.high, high.low))};
     }
     const doubles a_high = leading(a.high), b_high = leading(b.high);
-    return fast_two_sum(a_high * b_high, a_high * ((b.high - b_high) + b.low) +
-                                             ((a.high - a_high) + a.low) * b.high);
+    return {a_high * b_high,
+            a_high * ((b.high - b_high) + b.low) + ((a.high - a_high) + a.low) * b.high};
+}
+inline Parts multiply(Parts a, Parts b) {
+    const Parts p = product(a, b);
+    return fast_two_sum(p.high, p.low);
 }
 
 // a / b for normalised a and b, relative error below 2^-74, from a quotient and its remainder,

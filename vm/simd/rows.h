@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 
 #include "vm/simd/simd.h"
@@ -52,6 +53,21 @@ inline Two<ulongs> bytes_behind(const std::uint8_t* end, const RowNumbers<double
     };
     const ulongs x = of(0), y = of(1);
     return {in_blocks<0, 2>(x, y), in_blocks<1, 3>(x, y)};
+}
+
+// A constant for rows or for numbers that are looked up in registers.
+constexpr auto rows_or_lookup(const auto& of_rows, const auto& of_lookup) {
+    if constexpr (has_lookup) return of_lookup;
+    else return of_rows;
+}
+
+// Rows of 16 numbers field by field, as they are looked up.
+template <class Table, std::size_t fields>
+consteval Table by_fields(const double (&rows)[16][fields]) {
+    std::array<std::array<double, 16>, fields> columns;
+    for (std::size_t field = 0; field < fields; ++field)
+        for (std::size_t row = 0; row < 16; ++row) columns[field][row] = rows[row][field];
+    return std::bit_cast<Table>(columns);
 }
 
 // The rows themselves. A field is named by a pointer to the member or, in an array of the entry, by
