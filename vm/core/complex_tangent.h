@@ -30,10 +30,22 @@ struct TangentCore {
     template <class Accuracy>
     static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
         const auto [s, c] = sines;
-        const auto [sh, ch] = twice_hyperbolic<Accuracy>(absolute(y));
-        const auto denominator = times_power(c * c, 4) + sh * sh;
+        const auto [product, square] = hyperbolic_products<Accuracy>(absolute(y));
+        const auto denominator = times_power(c * c, 4) + square;
         return {flipped(rounded(times_power(s * c, 4) / denominator), sign_bit(x)),
-                flipped(rounded(sh * ch / denominator), sign_bit(y))};
+                flipped(rounded(product / denominator), sign_bit(y))};
+    }
+
+    // 4 sinh y cosh y = 2 sinh 2y and 4 sinh^2 y; LA, for fewer roundings, from E = e^2y - 1 and
+    // q = E/(E + 1): E + q and E q.
+    template <class Accuracy> static Two<Number<Accuracy>> hyperbolic_products(doubles y) {
+        if constexpr (std::is_same_v<Accuracy, HA>) {
+            const auto [sh, ch] = twice_hyperbolic<HA>(y);
+            return {sh * ch, sh * sh};
+        } else {
+            const doubles e = expm1_core<Accuracy>(2.0 * y), q = e / (e + 1.0);
+            return {twice_sinh(e, q), e * q};
+        }
     }
 
     // 4 sin x cos x e^(-2 y) and 1; from y = 384 on the power does not matter.

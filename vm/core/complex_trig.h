@@ -52,15 +52,17 @@ inline MarkedBy<doubles, Two<Number<Accuracy>>> sine_cosine_far(doubles x) {
     return r;
 }
 
-// Of y >= 0, from E = e^y - 1: 2 sinh y = E + q, 2 cosh y = E + (2 - q), q = E/(E + 1).
+// 2 sinh y = E + q of E = e^y - 1, q = E/(E + 1); where E is small with one rounding that counts.
+inline doubles twice_sinh(doubles e, doubles q) { return select(e < 0.5, (e + e) - e * q, e + q); }
+
+// Of y >= 0: 2 sinh y and 2 cosh y = E + (2 - q).
 template <class Accuracy> inline Two<Number<Accuracy>> twice_hyperbolic(doubles y) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         const Parts e = normalised(expm1_parts(y)), q = e / (e + 1.0);
         return {e + q, e + (-q + 2.0)};
     } else {
         const doubles e = expm1_core<Accuracy>(y), q = e / (e + 1.0);
-        // Where e is small with one rounding that counts.
-        return {select(e < 0.5, (e + e) - e * q, e + q), e + (2.0 - q)};
+        return {twice_sinh(e, q), e + (2.0 - q)};
     }
 }
 inline constexpr double hyperbolic_last = 700;

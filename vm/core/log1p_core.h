@@ -43,7 +43,7 @@ template <class... Low> inline Parts log1p_parts(doubles x, Low... x_low) {
     return log_sum(reduced, {r.high, ((r.low + v.low) + ... + (x_low * factor))});
 }
 
-// ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-51; EP: below 2^-27. For LA and EP
+// ln(1 + x), x > -1. HA: 0.51 ulp; LA: relative error below 2^-50.7; EP: below 2^-27. For LA and EP
 // the error of 1 + x counts near 0 alone, above 1 it is left out, and its factor is 1/c or 1.
 template <class Accuracy> inline doubles log1p_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {

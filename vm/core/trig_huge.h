@@ -4,7 +4,7 @@
 //   floats   96 are enough: what is cut off is below 2^-64 of a turn, and no float from 2^17 on
 //            comes nearer to a multiple of pi/2 than 2^-31.9 of a turn
 //   doubles  160: what is cut off is below 2^-94 of a turn; those within 2^-27 of a multiple of
-//            pi/steps, at most one in a million, are for the edge
+//            pi/steps, about one in a million, are for the edge
 #pragma once
 
 #include <array>

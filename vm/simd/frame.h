@@ -435,9 +435,12 @@ inline ints by_formulas(const K& k, const Shares& share, const std::array<Group<
         for (std::size_t j = 0; j < O; ++j) y[j] = y[j].replaced(good, r[j]);
         done |= good;
     };
+    const auto by_far = [&](ints chosen) {
+        if constexpr (has_far<K, I>) compute(chosen, [&](auto... v) { return k.far(v...); });
+    };
+    if constexpr (!far_is_everywhere<K>) by_far(share.second);
     compute(share.first, [&](auto... v) { return k.fast(v...); });
-    if constexpr (has_far<K, I>)
-        compute(share.second & ~done, [&](auto... v) { return k.far(v...); });
+    if constexpr (far_is_everywhere<K>) by_far(share.second & ~done);
     return done;
 }
 
