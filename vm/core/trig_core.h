@@ -37,7 +37,8 @@ extern const Sine16 sine16_table;
 
 namespace KEF_VM {
 
-// The steps of a half turn for vectors.
+// The steps of a half turn for vectors of real functions. Complex ones go by rows: their small r
+// leaves cos r - 1 less of an error.
 inline constexpr int steps_of_vectors = rows_or_lookup(row_steps, 16);
 
 // (sin r - r)/r^3 and (cos r - 1)/r^2 in powers of r^2. sin: relative error 2^-61.1, of 16 steps
