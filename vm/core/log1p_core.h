@@ -65,7 +65,7 @@ inline DoublesPair log1p_in_double(floats x) {
     const LogInDouble both = log_in_double(s);
     const auto log = [](const LogOfFloat& reduced, doubles x, doubles power) {
         const doubles m = inverse_of(reduced) * power;
-        return log_sum_of<LA>(reduced, (m - 1.0) + x * m);
+        return log_sum_of<ForFloats>(reduced, (m - 1.0) + x * m);
     };
     return {log(both.low, wide.low, power.low), log(both.high, wide.high, power.high)};
 }

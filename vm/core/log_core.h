@@ -138,6 +138,10 @@ template <class Accuracy> inline doubles log_argument_rounded(const LogShort& x)
     else return rounded(log_argument(x.z, x.inverse));
 }
 
+// LA for floats; looked up with an error of 2^-44.5, which the marks of midpoints cover.
+struct LookedUpForFloats;
+using ForFloats = std::conditional_t<has_lookup, LookedUpForFloats, LA>;
+
 // The same for |r| of log_reduce_short; of 16 intervals 2^-56.9 (LA), 2^-31.9 (EP).
 template <class Accuracy> inline doubles log_tail_short(doubles r) {
     if constexpr (!has_lookup) return log_tail<Accuracy>(r);
@@ -146,6 +150,9 @@ template <class Accuracy> inline doubles log_tail_short(doubles r) {
             return coefficients(0xBFDFFFFFFFFFFFDA, 0x3FD5555555555509, 0xBFD000000008D2DB,
                                 0x3FC9999999B20600, 0xBFC555543B5A8619, 0x3FC249235390073E,
                                 0xBFC0068213E22CBF, 0x3FBC7EB7279B7B4D);
+        else if constexpr (std::is_same_v<Accuracy, ForFloats>)
+            return coefficients(0xBFE00000000149AF, 0x3FD5555555598562, 0xBFCFFFFF491DF870,
+                                0x3FC99998C2C5C0B2, 0xBFC55BA97936393D, 0x3FC24F674CC82D53);
         else
             return coefficients(0xBFDFFFFFD48ADE2A, 0x3FD555551F006EB3, 0xBFD0030306939756,
                                 0x3FC99F763E906675);

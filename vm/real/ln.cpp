@@ -25,7 +25,7 @@ template <class T, class Accuracy> struct Ln {
 
     static auto fast(V x) {
         if constexpr (std::is_same_v<T, double>) return log_core<Accuracy>(x);
-        else if constexpr (std::is_same_v<Accuracy, HA>) return with_midpoints(log_in_double(x));
+        else if constexpr (std::is_same_v<Accuracy, HA>) return rounded_log(log_in_double(x));
         else return log_single<Accuracy>(x);
     }
 

@@ -39,7 +39,7 @@ template <class T, class Accuracy> struct Log10 {
         if constexpr (std::is_same_v<T, double>) {
             return log10_core<Accuracy>(x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            return with_midpoints(
+            return rounded_log(
                 on_both(log_in_double(x), [](doubles log) { return log * log10_e; }));
         } else {
             return log_single<Accuracy>(x) * static_cast<float>(log10_e);

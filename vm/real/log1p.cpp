@@ -61,7 +61,7 @@ template <class T, class Accuracy> struct Log1p {
         if constexpr (std::is_same_v<T, double>) {
             return log1p_core<Accuracy>(x);
         } else if constexpr (std::is_same_v<Accuracy, HA>) {
-            return with_sign(with_midpoints(log1p_in_double(x)), x);  // of -0
+            return with_sign(rounded_log(log1p_in_double(x)), x);  // of -0
         } else {
             return log1p_single<Accuracy>(x);
         }
