@@ -97,7 +97,7 @@ inline Parts sine_parts(longs k, const TrigPowers<row_steps>& p) {
     return {high, rest + (s + multiply_add(c, p.r, small))};
 }
 
-// Sine and cosine, without their signs.
+// Sine and cosine, their signs apart.
 struct SineCosine {
     Parts sine, cosine;
     longs sine_sign, cosine_sign;
