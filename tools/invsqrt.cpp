@@ -1,5 +1,6 @@
-// The constants of single InvSqrt (vm/real/invsqrt.cpp): for y = bits(magic - bits(x)/2) and
-// v = y sqrt(x), which lies in a narrow interval whatever x, the polynomial
+// The constants of x^(-1/2) from the bit pattern (vm/core/inverse_root.h; LA: vm/real/invsqrt.cpp):
+// for y = bits(magic - bits(x)/2) and v = y sqrt(x), which lies in a narrow interval whatever x,
+// the polynomial
 //
 //   P(v) = c0 v + c1 v^3 + v^5 = scale (1 + error)
 //

@@ -3,8 +3,8 @@
 //   x = k ln2/N + r,  exp(x) = 2^(k/N) p(r),  N = 64 (HA) or 128
 //
 // The table gives 2^(j/N) with j = k mod N, the exponent field m = floor(k/N). Where one operation
-// finds each lane its own of 16 numbers in two vectors, N = 16 for LA and EP: a longer polynomial
-// is less than the loads of rows.
+// finds each lane its own of 16 numbers in two vectors, N = 16: a longer polynomial is less than
+// the loads of rows.
 // Tables: tools/exp_tables.py; polynomials: tools/exp.sollya.
 #pragma once
 
@@ -42,12 +42,25 @@ template <class Accuracy> struct ExpConstants;
 
 // HA: table of high and low parts. The first part has 21 trailing zeros, so that its product with k
 // is exact. |p/exp - 1| < 2^-59.2 on |r| <= ln2/128.
-template <> struct ExpConstants<HA> {
+struct ExpByRows;
+template <> struct ExpConstants<ExpByRows> {
     static constexpr int log2_size = 6;
     static constexpr auto ln2_parts = coefficients(0x3F862E42FEF00000, 0x3D7473DE6AF278ED);
     static constexpr auto c = coefficients(0x3FDFFFFFFFFFD97C, 0x3FC55555555542A1,
                                            0x3FA555574BC3A1BE, 0x3F81111276409C2C);
 };
+// Looked up, |r| <= ln2/32: relative error of e^r - 1 2^-59.6, also for LA of e^x - 1;
+// tools/expm1.sollya.
+struct ExpLookedUp;
+template <> struct ExpConstants<ExpLookedUp> {
+    static constexpr int log2_size = 4;
+    static constexpr auto ln2_parts = coefficients(0x3FA62E42FEF00000, 0x3D9473DE6AF278ED);
+    static constexpr auto c =
+        coefficients(0x3FE0000000000003, 0x3FC5555555555551, 0x3FA55555554A08A6, 0x3F81111111152445,
+                     0x3F56C1828BB37B17, 0x3F2A01A6D18AE360);
+};
+template <>
+struct ExpConstants<HA> : ExpConstants<std::conditional_t<has_lookup, ExpLookedUp, ExpByRows>> {};
 
 // |r| <= ln2/256, looked up ln2/32.
 inline constexpr int exp_log2_size = rows_or_lookup(7, 4);
@@ -75,9 +88,10 @@ template <> struct ExpConstants<EP> {
         rows_or_lookup(std::array{0.5}, coefficients(0x3FE00021E3361103, 0x3FC55559ADB27A3E));
 };
 
-// x reduced: r, the rounded k, whose low bits are the table index, and 2^(m + shift) as bits.
+// x reduced: r and its rounding error, the rounded k, whose low bits are the table index, and
+// 2^(m + shift) as bits.
 struct ExpReduced {
-    doubles r, k;
+    doubles r, r_low, k;
     longs index, power;
 };
 
@@ -90,8 +104,15 @@ template <class Accuracy, int shift = 0> inline ExpReduced exp_reduce(doubles x,
     constexpr int size = 1 << C::log2_size;
     constexpr double shifter = shifter52 + (1023 + shift) * size;
     const doubles sum = multiply_add((x + ... + low), size * inverse_ln2, shifter);
-    const doubles k = sum - shifter;
-    return {(minus_products(x, k, C::ln2_parts) + ... + low), k, (longs)sum,
+    const doubles k = sum - shifter, reduced = minus_products(x, k, C::ln2_parts);
+    const doubles r = (reduced + ... + low);
+    doubles r_low{};
+    if constexpr (C::ln2_parts.size() > 1) {  // the first product is exact
+        const doubles first = negative_multiply_add(k, C::ln2_parts[0], x);
+        r_low = negative_multiply_add(k, C::ln2_parts[1], first - reduced);
+        if constexpr (sizeof...(low) > 0) r_low += ((reduced - r) + ... + low);
+    }
+    return {r, r_low, k, (longs)sum,
             ((longs)sum << (52 - C::log2_size)) & INT64_C(0x7FF0000000000000)};
 }
 
@@ -101,14 +122,24 @@ inline Parts exp_table(const ExpReduced& x) {
     return {high, low};
 }
 
-// exp(x) = (high + low) 2^m: high from the table, |low| < 0.011.
+// exp(x) = (high + low) 2^m: high from the table, |low| < 0.011 or, looked up, 0.044: there the
+// roundings of r and p count.
 struct ExpParts {
     doubles high, low, power;
 };
 inline ExpParts exp_parts(const ExpReduced& x) {
-    const doubles r = x.r, p = multiply_add(r * r, polynomial(r, ExpConstants<HA>::c), r);
+    constexpr auto& c = ExpConstants<HA>::c;
+    const doubles r = x.r, square = r * r, power = (doubles)x.power;
+    if constexpr (has_lookup) {
+        const doubles T =
+            (doubles)((longs)looked_up(exp16_table.fraction, x.index) | (longs)all(1.0));
+        const doubles t = looked_up(exp16_table.low, x.index);
+        const doubles tail = multiply_add(square, polynomial_by_pairs(r, square, c), x.r_low);
+        return {T, multiply_add(T, r, multiply_add(T, tail, multiply_add(t, r, t))), power};
+    }
+    const doubles p = multiply_add(square, polynomial(r, c), r);
     const auto [T, t] = exp_table(x);
-    return {T, multiply_add(T + t, p, t), (doubles)x.power};
+    return {T, multiply_add(T + t, p, t), power};
 }
 template <int shift = 0> inline ExpParts exp_parts(doubles x) {
     return exp_parts(exp_reduce<HA, shift>(x));

@@ -23,13 +23,8 @@ inline doubles expm1_tail(doubles r, const auto& c) {
 
 // e^x - 1 = high + low for -40 <= x <= 709, relative error below 2^-59.
 inline Parts expm1_parts(doubles x) {
-    constexpr auto& ln2_parts = ExpConstants<HA>::ln2_parts;
-    const ExpReduced x_reduced = exp_reduce<HA>(x);
-    // r + r_rest: what the reduction leaves.
-    const doubles k = x_reduced.k, reduced = x - k * ln2_parts[0], k_low = k * ln2_parts[1];
-    const doubles r = reduced - k_low;
-    const doubles r_high = leading(r);
-    const doubles r_low = (r - r_high) + ((reduced - r) - k_low);
+    const ExpReduced x_reduced = exp_reduce<ExpByRows>(x);
+    const doubles r = x_reduced.r, r_high = leading(r), r_low = (r - r_high) + x_reduced.r_low;
     const auto [T, t] = exp_table(x_reduced);
     const doubles T_high = leading(T), power = (doubles)x_reduced.power;
     const doubles S = T_high * power, s = ((T - T_high) + t) * power;  // 2^(k/64)
@@ -45,11 +40,7 @@ template <class Accuracy> inline doubles expm1_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(expm1_parts(x));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        // looked up, |r| <= ln2/32: 2^-59.6
-        constexpr auto c = rows_or_lookup(
-            expm1_coefficients,
-            coefficients(0x3FE0000000000003, 0x3FC5555555555551, 0x3FA55555554A08A6,
-                         0x3F81111111152445, 0x3F56C1828BB37B17, 0x3F2A01A6D18AE360));
+        constexpr auto c = rows_or_lookup(expm1_coefficients, ExpConstants<ExpLookedUp>::c);
         const ExpReduced reduced = exp_reduce<std::conditional_t<has_lookup, LA, HA>>(x);
         const auto [S, s] = exp_scale_parts(reduced);
         return (S - 1.0) + multiply_add(S + s, reduced.r + expm1_tail(reduced.r, c), s);

@@ -7,8 +7,10 @@
 //   power too large         +infinity, overflow
 //   exact power below the smallest normal number: rounded, underflow
 //
-// Double HA: (t + d)^3 with t the root cut to 17 bits, so that t^3 is exact: 0.51 ulp.
-// LA is x sqrt(x), 1.4 ulp; also EP. Single HA is that in double, rounded once.
+// Double HA: (t + d)^3 with t the root cut to 17 bits, so that t^3 is exact: 0.51 ulp; with fused
+// operations x times the root in two parts. LA is x sqrt(x), 1.4 ulp; also EP. Single HA is that in
+// double, rounded once.
+#include "vm/core/inverse_root.h"
 #include "vm/core/scaling.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"
@@ -26,10 +28,22 @@ template <> struct Pow3o2Range<double> {
 };
 template <> struct Pow3o2Range<float> { static constexpr float small = 0x1p-84f, large = 0x1p85f; };
 
-inline doubles times_root(doubles x) { return x * square_root(x); }
+inline auto times_root(auto x) { return x * square_root(x); }
+// x^2 x^(-1/2) where that takes fewer cycles than the root.
+inline doubles short_power(doubles x) {
+    if constexpr (!is_fused) return times_root(x);
+    const auto [t, xt, e] = root_estimate(x);
+    return times_inverse_root(x * xt, e);
+}
 
-// x^(3/2) = high + low, high with 51 bits.
+// x^(3/2) = high + low; high with 51 bits, or a product and its error.
 inline Parts pow3o2_parts(doubles x) {
+    if constexpr (is_fused) {
+        const auto [t, xt, e] = root_estimate(x);
+        const doubles s = times_inverse_root(xt, e), high = x * s;
+        const doubles rest = negative_multiply_add(s, s, x) * (0.5 * t);  // sqrt(x) - s
+        return {high, multiply_add(x, rest, multiply_subtract(x, s, high))};
+    }
     const doubles s = square_root(x);
     const doubles t = leading<36>(s), t2 = t * t;
     const doubles d = (x - t2) / (s + t);  // sqrt(x) - t
@@ -57,11 +71,12 @@ template <class T, class Accuracy> struct Pow3o2 {
 
     static V fast(V x) {
         if constexpr (std::is_same_v<Accuracy, LA>) {
-            return x * square_root(x);
+            if constexpr (std::is_same_v<T, double>) return short_power(x);
+            else return times_root(x);
         } else if constexpr (std::is_same_v<T, double>) {
             return rounded(pow3o2_parts(x));
         } else {
-            return in_double(x, times_root);
+            return in_double(x, times_root<doubles>);
         }
     }
 

@@ -19,12 +19,12 @@ inline auto multiply_add(auto a, auto b, auto c) {
 }
 inline auto negative_multiply_add(auto a, auto b, auto c) {
     using V = decltype(c - a * b);
-    if constexpr (is_fused) return fused(-filled<V>(a), filled<V>(b), filled<V>(c));
+    if constexpr (is_fused) return fused_negative(filled<V>(a), filled<V>(b), filled<V>(c));
     else return c - a * b;
 }
 inline auto multiply_subtract(auto a, auto b, auto c) {
     using V = decltype(a * b - c);
-    if constexpr (is_fused) return fused(filled<V>(a), filled<V>(b), -filled<V>(c));
+    if constexpr (is_fused) return fused_minus(filled<V>(a), filled<V>(b), filled<V>(c));
     else return a * b - c;
 }
 
