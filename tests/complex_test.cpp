@@ -281,6 +281,27 @@ TEST(Complex, SignsOfZeros) {
     expect_signs_of_zeros<double>();
 }
 
+// Of two NaN the first one is the result, whatever their signs.
+template <class T> void expect_first_nan() {
+    const auto nan = [](T sign) {
+        return std::copysign(std::numeric_limits<T>::quiet_NaN(), sign);
+    };
+    for (const char* name : {"Asin", "Acos", "Atan", "Sqrt", "Ln", "Log10"})
+        for (int slot : {0, 1, 2})
+            for (const T sign : {T(1), T(-1)}) {
+                const T x[2] = {nan(sign), nan(-sign)};
+                T r[2] = {};
+                call<T>(letter<T>, name, slot, {1, x, nullptr, nullptr, r, nullptr});
+                EXPECT_TRUE(std::isnan(r[0]) && std::signbit(r[0]) == (sign < 0) &&
+                            std::isnan(r[1]) && std::signbit(r[1]) == (sign < 0))
+                    << letter<T> << name << " slot " << slot << ", sign " << sign;
+            }
+}
+TEST(Complex, FirstOfTwoNaN) {
+    expect_first_nan<float>();
+    expect_first_nan<double>();
+}
+
 std::vector<kef_vtm_error_record> records;
 int replace_both_parts(kef_vtm_error_record* record) {
     records.push_back(*record);

@@ -38,7 +38,7 @@ struct SqrtCore {
             re = x < 0 ? other : x, im = x < 0 ? -x : other;
             if (!is_nan(im)) im = signed_like(im, y);
         } else if (is_nan(x) || is_nan(y)) {
-            re = im = quiet(x + y);
+            re = im = quiet(x, y);
         } else if (x == 0 && y == 0) {
             re = 0, im = y;
         } else {

@@ -197,8 +197,7 @@ template <class T, class Accuracy> struct Atan2Formula {
     }
 
     static int edge(T a, T b, T& r) {
-        if (is_nan(a) || is_nan(b))
-            return r = quiet(sum_in_order(all(a), all(b))[0]), VTM_STATUS_OK;
+        if (is_nan(a) || is_nan(b)) return r = quiet(a, b), VTM_STATUS_OK;
         const AngleOne one = angle_one(a, b);
         const double angle =
             one.exponent ? round_scaled(one.high, one.low, one.exponent) : one.high + one.low;

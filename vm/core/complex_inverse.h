@@ -79,7 +79,7 @@ template <InverseSine which> struct InverseSineCore {
 
     static int edge(double x, double y, double& re, double& im) {
         if (is_nan(x) || is_nan(y)) {
-            re = im = quiet(x + y);
+            re = im = quiet(x, y);
             if (is_infinite(x) || is_infinite(y)) {
                 im = signed_like(Format<double>::infinity, y);
                 if (!sine) im = -im;
@@ -185,7 +185,7 @@ struct InverseTangentCore {
         if (is_infinite(x) || is_infinite(y)) {
             re = is_nan(x) ? quiet(x) : signed_like(pi / 2, x), im = signed_like(0, y);
         } else if (is_nan(x) || is_nan(y)) {
-            re = im = quiet(x + y);
+            re = im = quiet(x, y);
             if (y == 0) im = y;
         } else if (a == 0 && b == 1) {
             re = x, im = signed_like(Format<double>::infinity, y);

@@ -142,6 +142,7 @@ inline SpecialPair special_hyperbolics(double y) {
 // infinity.
 KEF_INLINE double special_sine_product(double sine, double size) {
     if (sine == 0 || size == 0) return signed_like(0, sine) * signed_like(1, size);
+    if (is_nan(sine) || is_nan(size)) return quiet(size, sine);
     return sine * size;
 }
 KEF_INLINE double special_cosine_product(double cosine, double size) {

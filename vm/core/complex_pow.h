@@ -217,7 +217,7 @@ private:
     static int one(double a, double b, double c, double d, bool finite, double& re, double& im) {
         if ((c == 0 && d == 0) || (a == 1 && b == 0)) return re = 1, im = 0, VTM_STATUS_OK;
         if (is_nan(a) || is_nan(b) || is_nan(c) || is_nan(d))
-            return re = im = quiet((a + b) + (c + d)), VTM_STATUS_OK;
+            return re = im = quiet(quiet(a, b), quiet(c, d)), VTM_STATUS_OK;
         if (a == 0 && b == 0 && is_finite(c) && is_finite(d)) {
             if (c > 0) return re = im = 0, VTM_STATUS_OK;
             re = c < 0 ? Format<double>::infinity : Format<double>::invalid;

@@ -70,7 +70,7 @@ struct TangentCore {
         } else if (is_finite(x) && is_finite(y)) {
             finite(x, y, re, im);
         } else {
-            const double nan = is_nan(x) || is_nan(y) ? quiet(x + y) : Format<double>::invalid;
+            const double nan = is_nan(x) || is_nan(y) ? quiet(x, y) : Format<double>::invalid;
             re = x == 0 ? x : nan, im = y == 0 ? y : nan;
             return domain_status(x, y, re, im);
         }

@@ -222,7 +222,7 @@ inline constexpr double inverse_root_pi = from_bits(UINT64_C(0x3FE20DD750000000)
 inline constexpr double inverse_root_pi_low = from_bits(UINT64_C(0x3E00A6DB446B8EA4));
 
 // 2^shift erfc(u + u_low) for 5.87 <= u <= 28, |u_low| < 2^-25 u, as an unevaluated sum,
-// |low| < 0.03 high; relative error below 2^-58.
+// |low| < 0.04 high; relative error below 2^-58.
 template <int shift> inline Parts erfc_tail(doubles u, doubles u_low) {
     constexpr double C = inverse_root_pi, C_low = inverse_root_pi_low;
     const doubles u1 = leading(u), u_rest = (u - u1) + u_low;

@@ -40,8 +40,8 @@ inline constexpr double shifter52 = from_bits(UINT64_C(0x4338000000000000));
 // x = k ln2/N + r; the constants of an accuracy: N = 2^log2_size, ln2/N in parts, the polynomial.
 template <class Accuracy> struct ExpConstants;
 
-// HA: table of high and low parts. The first part has 21 trailing zeros, so that its product with k
-// is exact. |p/exp - 1| < 2^-59.2 on |r| <= ln2/128.
+// HA by rows of a table of high and low parts, and e^x - 1. The first part has 21 trailing zeros,
+// so that its product with k is exact. |p/exp - 1| < 2^-59.2 on |r| <= ln2/128.
 struct ExpByRows;
 template <> struct ExpConstants<ExpByRows> {
     static constexpr int log2_size = 6;

@@ -111,7 +111,7 @@ template <class T, class Accuracy> struct HypotFormula {
 
     static int edge(T a, T b, T& r) {
         if (is_infinite(a) || is_infinite(b)) return r = Format<T>::infinity, VTM_STATUS_OK;
-        if (is_nan(a) || is_nan(b)) return r = a + b, VTM_STATUS_OK;
+        if (is_nan(a) || is_nan(b)) return r = quiet(a, b), VTM_STATUS_OK;
         const double x = a, y = b;
         const double larger = std::max(x < 0 ? -x : x, y < 0 ? -y : y);
         if (larger == 0) return r = 0, VTM_STATUS_OK;

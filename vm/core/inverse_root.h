@@ -29,7 +29,7 @@ private:
 // Relative error 2^-15.6.
 inline constexpr InverseRoot inverse_root = {0x5F111000, 2.28251982f, -2.25330663f};
 
-// t = x^(-1/2) by that, 2^-900 < x, xt about the root, and e = 1 - x t^2.
+// t = x^(-1/2) by that, normal x, xt about the root, and e = 1 - x t^2.
 struct RootEstimate {
     doubles t, xt, e;
 };

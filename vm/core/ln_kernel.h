@@ -49,7 +49,7 @@ template <class Base> struct LnCore {
     }
     static int edge(double x, double y, double& re, double& im) {
         if (is_nan(x) || is_nan(y)) {
-            re = im = quiet(x + y);
+            re = im = quiet(x, y);
             if (is_infinite(x) || is_infinite(y)) re = Format<double>::infinity;
             return VTM_STATUS_OK;
         }

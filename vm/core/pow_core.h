@@ -107,7 +107,7 @@ inline Power pow_positive(double x, double y) {
 template <class T, class Magnitude = Power (*)(double, double)>
 inline int pow_edge(T x, T y, T& r, Magnitude magnitude = pow_positive) {
     if (y == 0 || x == 1) return r = 1, VTM_STATUS_OK;
-    if (is_nan(x) || is_nan(y)) return r = x + y, VTM_STATUS_OK;
+    if (is_nan(x) || is_nan(y)) return r = quiet(x, y), VTM_STATUS_OK;
     const double a = x < 0 ? -double(x) : double(x);
     if (is_infinite(y)) {
         if (a == 1) r = 1;

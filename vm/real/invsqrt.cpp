@@ -5,9 +5,9 @@
 //   x < 0, x = -infinity    invalid NaN, domain error
 //   x = +infinity           +0
 //
-// From the bit pattern (vm/core/inverse_root.h), corrected once for single EP, twice for all
-// others. Double HA cuts it to 22 bits, for which 1 - x t^2 is exact: 0.51 ulp. LA, also EP, does
-// not. Single HA corrects LA in double and rounds once.
+// From the bit pattern (vm/core/inverse_root.h), corrected once for single EP, three times for
+// single HA, else twice. Double HA cuts it to 22 bits, for which 1 - x t^2 is exact: 0.51 ulp. LA,
+// also EP, does not. Single HA corrects LA in double and rounds once.
 #include "vm/core/inverse_root.h"
 #include "vm/simd/double_double.h"
 #include "vm/simd/format.h"

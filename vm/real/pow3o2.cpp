@@ -8,8 +8,9 @@
 //   exact power below the smallest normal number: rounded, underflow
 //
 // Double HA: (t + d)^3 with t the root cut to 17 bits, so that t^3 is exact: 0.51 ulp; with fused
-// operations x times the root in two parts. LA is x sqrt(x), 1.4 ulp; also EP. Single HA is that in
-// double, rounded once.
+// operations x times the root in two parts. LA is x sqrt(x), 1.4 ulp; in double with fused
+// operations x^2 x^(-1/2), 2.0 ulp, which is not always exact where x is a square; also EP. Single
+// HA is that in double, rounded once.
 #include "vm/core/inverse_root.h"
 #include "vm/core/scaling.h"
 #include "vm/simd/double_double.h"

@@ -58,6 +58,8 @@ template <class T> inline bool is_finite(T x) {
 
 // A NaN argument as result: the same payload, quiet.
 template <class T> inline T quiet(T nan) { return nan + nan; }
+// Likewise of two arguments the first NaN: which one a sum gives is the compiler's choice.
+template <class T> inline T quiet(T x, T y) { return quiet(is_nan(x) ? x : y); }
 
 // Lanes that are infinite or NaN.
 template <class T> inline ints not_finite(ints heads) {
