@@ -251,12 +251,21 @@ TEST(Complex, SmallResultsBesideOthers) {
     expect_as_alone("Mul", a, b);
 }
 
-// On the axes a part of the result is zero; its sign is the C library's.
+// On the axes a part of the result is zero; its sign is the C library's, that of a tangent the one
+// of (sin 2x, sinh 2y), since not every C library has it right beside a pole.
 template <class T> void expect_signs_of_zeros() {
     using Complex = std::complex<T>;
     const std::tuple<const char*, Complex (*)(const Complex&)> functions[] = {
-        {"Sin", std::sin}, {"Cos", std::cos},   {"Sinh", std::sinh}, {"Cosh", std::cosh},
-        {"Tan", std::tan}, {"Tanh", std::tanh}, {"Exp", std::exp}};
+        {"Sin", std::sin},
+        {"Cos", std::cos},
+        {"Sinh", std::sinh},
+        {"Cosh", std::cosh},
+        {"Exp", std::exp},
+        {"Tan",
+         [](const Complex& z) { return Complex(std::sin(2 * z.real()), std::sinh(2 * z.imag())); }},
+        {"Tanh", [](const Complex& z) {
+             return Complex(std::sinh(2 * z.real()), std::sin(2 * z.imag()));
+         }}};
     std::vector<Complex> x;
     for (int i = -40; i < 40; ++i)
         for (const T zero : {T(0), T(-0.0)})
