@@ -11,6 +11,7 @@
 #include "rng/registry.h"
 #include "vm/control/mode_scope.h"
 #include "vm/simd/blocks.h"
+#include "vm/simd/pairs.h"
 
 namespace kef::dist {
 
@@ -81,15 +82,20 @@ inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t
     return _vtssRngGaussian(method, stream, n, r, a, sigma);
 }
 
-// r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one. The formula takes
-// vectors as well as numbers and gives both the same bits.
+// r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one; as part of a vector
+// where that could be eight and more. The formula takes vectors as well as numbers and gives both the
+// same bits.
 template <class T, class Formula, class... X>
 [[gnu::always_inline]] inline void transform(std::int32_t n, T* r, Formula formula, const X*... x) {
     constexpr std::int32_t lanes = vm::lanes<T>;
     std::int32_t i = 0;
 #pragma GCC unroll 4
     for (; i < (n & -lanes); i += lanes) vm::store(r + i, formula(vm::load(x + i)...));
-    for (; i < n; ++i) r[i] = formula(x[i]...);
+    if constexpr (lanes > 8) {
+        if (i < n) vm::store_some(r + i, n - i, formula(vm::load_some(x + i, n - i)...));
+    } else {
+        for (; i < n; ++i) r[i] = formula(x[i]...);
+    }
 }
 
 // The larger of a and x, in each lane; the smaller. a where x is NaN.
@@ -105,23 +111,6 @@ template <class T, class V> V at_most(T a, V x) {
 // Below e^-t, t >= 0, by less than t^4/24.
 template <class V> V below_exp(V t) { return 1 - t * (1 - t * (0.5 - t * (1 / 6.0))); }
 
-// Every other element of x and y, one behind the other, from the first one or the second one on.
-template <int first = 0, class V> V evens(V x, V y) {
-    return [&]<int... i>(std::integer_sequence<int, i...>) {
-        return __builtin_shufflevector(x, y, (2 * i + first)...);
-    }
-    (std::make_integer_sequence<int, sizeof(V) / sizeof(x[0])>());
-}
-template <class V> V odds(V x, V y) { return evens<1>(x, y); }
-// Elements of x and y in turn: the first vector of them, the second.
-template <int first, class V> V mixed(V x, V y) {
-    constexpr int lanes = sizeof(V) / sizeof(x[0]);
-    return [&]<int... i>(std::integer_sequence<int, i...>) {
-        return __builtin_shufflevector(x, y, (first + i / 2 + i % 2 * lanes)...);
-    }
-    (std::make_integer_sequence<int, lanes>());
-}
-
 // Of n pairs the first members to `first`, which may be where the pairs stand, and formula(second
 // member) to r.
 template <class T, class Formula>
@@ -130,9 +119,9 @@ template <class T, class Formula>
     constexpr std::int32_t lanes = vm::lanes<T>;
     std::int32_t i = 0;
     for (; i < (n & -lanes); i += lanes) {
-        const auto x = vm::load(pairs + 2 * i), y = vm::load(pairs + 2 * i + lanes);
-        vm::store(first + i, evens(x, y));
-        vm::store(r + i, formula(odds(x, y)));
+        const auto [x, y] = vm::load_pairs<T>(pairs + 2 * i);
+        vm::store(first + i, x);
+        vm::store(r + i, formula(y));
     }
     for (; i < n; ++i) {
         const T second = pairs[2 * i + 1];
@@ -149,9 +138,8 @@ void join_pairs(std::int32_t n, T* pairs, const T* x, const T* first, const T* s
     std::int32_t i = 0;
     for (; i < (n & -lanes); i += lanes) {
         const auto v = vm::load(x + i);
-        const auto a = formula(v, vm::load(first + i)), b = formula(v, vm::load(second + i));
-        vm::store(pairs + 2 * i, mixed<0>(a, b));
-        vm::store(pairs + 2 * i + lanes, mixed<lanes / 2>(a, b));
+        vm::store_pairs(pairs + 2 * i, formula(v, vm::load(first + i)),
+                        formula(v, vm::load(second + i)));
     }
     for (; i < n; ++i) {
         pairs[2 * i] = formula(x[i], first[i]);
