@@ -82,9 +82,9 @@ inline std::int32_t normal(std::int32_t method, kef_stream* stream, std::int32_t
     return _vtssRngGaussian(method, stream, n, r, a, sigma);
 }
 
-// r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one; as part of a vector
-// where that could be eight and more. The formula takes vectors as well as numbers and gives both the
-// same bits.
+// r[i] = formula(x[i]...), r may be one of the x: whole vectors, then one by one; as part of a
+// vector where that could be eight and more. The formula takes vectors as well as numbers and gives
+// both the same bits.
 template <class T, class Formula, class... X>
 [[gnu::always_inline]] inline void transform(std::int32_t n, T* r, Formula formula, const X*... x) {
     constexpr std::int32_t lanes = vm::lanes<T>;
