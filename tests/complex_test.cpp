@@ -251,6 +251,27 @@ TEST(Complex, SmallResultsBesideOthers) {
     expect_as_alone("Mul", a, b);
 }
 
+// A part that is rounded once to a subnormal number, beside one of any size.
+TEST(Complex, SubnormalPartsBesideOthers) {
+    using Complex = std::complex<double>;
+    constexpr double part = 1 + 0x1p-45 + 0x1p-52, rounded = (1 + 0x1p-44) * 0x1p-1030;
+    for (int e = -600; e <= -438; ++e)
+        for (const bool swapped : {false, true}) {
+            const auto of = [&](double subnormal, double other) {
+                return swapped ? Complex(other, subnormal) : Complex(subnormal, other);
+            };
+            const Complex a = of(-std::ldexp(part, -1030 - e), 0x1p430),
+                          exact = of(-rounded, std::ldexp(1.0, 430 + e));
+            for (const auto& [name, b] :
+                 {std::pair("Mul", std::ldexp(1.0, e)), {"Div", std::ldexp(1.0, -e)}}) {
+                Complex r;
+                const Complex second = b;
+                call<double>('z', name, 1, {1, &a, &second, nullptr, &r, nullptr});
+                EXPECT_EQ(r, exact) << name << ' ' << e << ' ' << swapped;
+            }
+        }
+}
+
 // On the axes a part of the result is zero; its sign is the C library's, that of a tangent the one
 // of (sin 2x, sinh 2y), since not every C library has it right beside a pole.
 template <class T> void expect_signs_of_zeros() {

@@ -202,7 +202,7 @@ inline longs rounded_twice(doubles r, doubles x, doubles f) {
 // Two powers of two together, as factors of about half the exponent each: what the first one rounds
 // is 0 in the end, and it is 0 where the result is in any case.
 struct PowersBack {
-    doubles first, second, to_integer;  // which is 2^1074 times both
+    doubles first, second;
     PowersBack(longs e, longs f) {
         // Unsigned: in lanes of NaN they may wrap.
         constexpr std::uint64_t unit = UINT64_C(1) << 52;
@@ -217,9 +217,11 @@ struct PowersBack {
         const doubles most = all(0x1p1000);
         first = where(~none, select(endless, most, power(half, 0)));
         second = select(none | endless, most, power(rest, 0));
-        to_integer = power(x + y, 1074);
     }
     doubles times(doubles x) const { return x * first * second; }
+    // The same times 2^1074 where that is the integer of a subnormal result: all on the way is
+    // normal. (The power of two by itself may be above the range: of a part far below the norm.)
+    doubles as_integer(doubles x) const { return times(x * 0x1p537) * 0x1p537; }
     // Of a sum and what it is rounded to: rounded once.
     doubles times(doubles rounded, Parts x) const {
         const doubles r = times(rounded);
@@ -227,7 +229,7 @@ struct PowersBack {
         if (!any_lane(marks)) [[likely]]
             return r;
         const doubles low = (x.high - rounded) + x.low;
-        return select(sign_mask(marks), subnormal_of(rounded * to_integer, low * to_integer), r);
+        return select(sign_mask(marks), subnormal_of(as_integer(rounded), as_integer(low)), r);
     }
 };
 
