@@ -272,6 +272,23 @@ TEST(Complex, SubnormalPartsBesideOthers) {
         }
 }
 
+// Beside a part above the range others are above it too, or finite.
+TEST(Complex, PartsBesideInfiniteOnes) {
+    using Complex = std::complex<double>;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const std::tuple<const char*, Complex, Complex, Complex> cases[] = {
+        {"Mul", {-0x1.8p1022, 0x1p-56}, {16, -0x1p1021}, {-infinity, infinity}},
+        {"Mul", {0x1p1023, 0x1.8p-40}, {0x1p1023, 0}, {infinity, 0x1.8p983}},
+        {"Div", {0x1p1000, 0x1.8p-60}, {0x1p-1074, 0}, {infinity, 0x1.8p1014}},
+        {"Div", {0x1p1000, 0x1.8p-60}, {0, 0x1p-1074}, {0x1.8p1014, -infinity}},
+        {"Div", {0x1.8p1023, 0x1p-10}, {0x1p-1074, 0}, {infinity, infinity}}};
+    for (const auto& [name, a, b, exact] : cases) {
+        Complex r;
+        call<double>('z', name, 1, {1, &a, &b, nullptr, &r, nullptr});
+        EXPECT_EQ(r, exact) << name << a << b;
+    }
+}
+
 // On the axes a part of the result is zero; its sign is the C library's, that of a tangent the one
 // of (sin 2x, sinh 2y), since not every C library has it right beside a pole.
 template <class T> void expect_signs_of_zeros() {

@@ -199,10 +199,11 @@ inline longs rounded_twice(doubles r, doubles x, doubles f) {
     const doubles back = (doubles)(2 * exponent_field(0) - (longs)f);
     return marks & ~(mask(r * back == x) & mask(f < 1.0));
 }
-// Two powers of two together, as factors of about half the exponent each: what the first one rounds
-// is 0 in the end, and it is 0 where the result is in any case.
+// Two powers of two together, from 2^-2148 to 2^2097, as factors of about half the exponent each,
+// and what is beyond 2^2046: a part far below the norm may be finite all the same. What the first
+// one rounds is 0 in the end, and it is 0 where the result is in any case.
 struct PowersBack {
-    doubles first, second;
+    doubles first, second, beyond;
     PowersBack(longs e, longs f) {
         // Unsigned: in lanes of NaN they may wrap.
         constexpr std::uint64_t unit = UINT64_C(1) << 52;
@@ -212,13 +213,15 @@ struct PowersBack {
         };
         const ulongs half = halved(x) + halved(y), rest = (x - half) + y;
         const longs none = sign_mask((longs)(half + 600 * unit)),
-                    endless = sign_mask((longs)(1000 * unit - half));
-        const auto power = [](ulongs e, int more) { return (doubles)(e + (1023 + more) * unit); };
-        const doubles most = all(0x1p1000);
-        first = where(~none, select(endless, most, power(half, 0)));
-        second = select(none | endless, most, power(rest, 0));
+                    endless = sign_mask((longs)(1023 * unit - half)) |
+                              sign_mask((longs)(1023 * unit - rest));
+        const auto power = [](ulongs e) { return (doubles)(e + 1023 * unit); };
+        const doubles most = all(0x1p1023);
+        first = where(~none, select(endless, most, power(half)));
+        second = select(none | endless, most, power(rest));
+        beyond = select(endless, power((half - 1023 * unit) + (rest - 1023 * unit)), all(1.0));
     }
-    doubles times(doubles x) const { return x * first * second; }
+    doubles times(doubles x) const { return x * first * second * beyond; }
     // The same times 2^1074 where that is the integer of a subnormal result: all on the way is
     // normal. (The power of two by itself may be above the range: of a part far below the norm.)
     doubles as_integer(doubles x) const { return times(x * 0x1p537) * 0x1p537; }
