@@ -56,8 +56,10 @@ template <class T, bool conjugate> struct ComplexProduct {
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
         if constexpr (is_double) {
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-            const Two<V> r = times(product_parts(x.x, x.y, y.x, of_second(y.y)),
-                                   PowersBack(x.exponent, y.exponent));
+            const PartsOf<Parts> parts = product_parts(x.x, x.y, y.x, of_second(y.y));
+            const Two<V> r =
+                unless_lost(times(parts, PowersBack(x.exponent, y.exponent)),
+                            {parts.re.high, parts.im.high}, [&] { return in_double(a, b, c, d); });
             return {with_nan(r, a, b, c, of_second(d)), V{}};
         } else {
             return {with_nan(fast(a, b, c, d), a, b, c, of_second(d)), V{}};
