@@ -272,7 +272,7 @@ TEST(Complex, SubnormalPartsBesideOthers) {
         }
 }
 
-// Parts far below the norm: as large as they are, beside infinite ones too.
+// Parts far below the norm, beside infinite ones too; what is left of products that cancel.
 TEST(Complex, PartsFarBelowTheNorm) {
     using Complex = std::complex<double>;
     constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -285,15 +285,15 @@ TEST(Complex, PartsFarBelowTheNorm) {
         {"Mul", {0x1p1023, 0x1.8p-1000}, {0x1p1023, 0}, {infinity, 0x1.8p23}},
         {"Mul", {0x1p500, 0x1.8p-700}, {0, -0x1p450}, {0x1.8p-250, -0x1p950}},
         {"Mul", {0x1p1000, 0x1p1000}, {0x1p1000, 0x1p1000}, {0, infinity}},
-        {"Div", {0x1p500, 0x1.8p-700}, {0x1p-450, 0}, {0x1p950, 0x1.8p-250}},
-        {"Div", {0x1.8p-700, 0x1p500}, {0, -0x1p-450}, {-0x1p950, 0x1.8p-250}},
-        {"Div", {0x1p1023, 0x1.8p-60}, {0, 0x1p-1074}, {0x1.8p1014, -infinity}}};
-    for (const auto& [name, a, b, exact] : cases)
-        for (int slot : {0, 1, 2}) {
-            Complex r;
-            call<double>('z', name, slot, {1, &a, &b, nullptr, &r, nullptr});
-            EXPECT_EQ(r, exact) << name << ' ' << slot << a << b;
-        }
+        {"Mul",
+         {0x1.0000001p520, 0x1.0000002p520},
+         {0x1.0000001p0, 1},
+         {0x1p464, 0x1.0000002p521}}};
+    for (const auto& [name, a, b, exact] : cases) {
+        Complex r;
+        call<double>('z', name, 1, {1, &a, &b, nullptr, &r, nullptr});
+        EXPECT_EQ(r, exact) << name << a << b;
+    }
 }
 
 // On the axes a part of the result is zero; its sign is the C library's, that of a tangent the one

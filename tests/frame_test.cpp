@@ -103,11 +103,14 @@ void for_every_kernel(const std::function<void(const Row&, int slot)>& body) {
     });
 }
 
-// Alignments are tried byte by byte, where the sanitizer does not object to it.
+// Alignments are tried byte by byte, where the sanitizer does not object to it. Instrumented code
+// may raise the denormal flag where an instruction by itself does not.
 #if defined(KEF_SANITIZE)
 int step(const Row& row) { return static_cast<int>(row.component_size()); }
+constexpr std::uint32_t compared = flags_mask & ~0x02u;
 #else
 int step(const Row&) { return 1; }
+constexpr std::uint32_t compared = flags_mask;
 #endif
 
 // Components in runs: most of a run are one number or of one kind, the others of any kind.
@@ -470,7 +473,7 @@ void expect_flags_of(const char* function,
             instruction(a, b, r);
             const std::uint32_t expected = _mm_getcsr() & flags_mask;
             for (int n : {1, 4})
-                EXPECT_EQ(flags_of(row, 0, data, n), expected)
+                EXPECT_EQ(flags_of(row, 0, data, n) & compared, expected & compared)
                     << row.name() << ' ' << &a - kinds << ' ' << &b - kinds << ' ' << n;
         }
 }

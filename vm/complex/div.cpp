@@ -141,18 +141,9 @@ template <class T, class Accuracy> struct ComplexDiv {
     static Two<V> scaled_quotient(V a, V b, V c, V d) requires(is_double) {
         const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
         const PowersBack back(x.exponent, -y.exponent);
-        const auto plain = [&] {
-            const Two<V> q = complex_quotient_plain(a, b, y.x, y.y);
-            const PowersBack of_divisor(longs{}, -y.exponent);
-            return Two<V>{of_divisor.times(q.first), of_divisor.times(q.second)};
-        };
-        if constexpr (accurate) {
-            const PartsOf<Parts> q = quotient_parts(x.x, x.y, y.x, y.y);
-            return unless_lost(times(q, back), {q.re.high, q.im.high}, plain);
-        } else {
-            const Two<V> q = ordinary_quotient(x.x, x.y, y.x, y.y);
-            return unless_lost({back.times(q.first), back.times(q.second)}, q, plain);
-        }
+        if constexpr (accurate) return times(quotient_parts(x.x, x.y, y.x, y.y), back);
+        const Two<V> q = ordinary_quotient(x.x, x.y, y.x, y.y);
+        return {back.times(q.first), back.times(q.second)};
     }
 
     // Of an infinite and a finite number, b not 0; `above`: where a is the infinite one. What the

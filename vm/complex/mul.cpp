@@ -56,14 +56,27 @@ template <class T, bool conjugate> struct ComplexProduct {
     static MarkedBy<V, Two<V>> far(V a, V b, V c, V d) {
         if constexpr (is_double) {
             const ScaledPair x = scale_to_one(a, b), y = scale_to_one(c, d);
-            const PartsOf<Parts> parts = product_parts(x.x, x.y, y.x, of_second(y.y));
+            const V v = of_second(y.y);
             const Two<V> r =
-                unless_lost(times(parts, PowersBack(x.exponent, y.exponent)),
-                            {parts.re.high, parts.im.high}, [&] { return in_double(a, b, c, d); });
-            return {with_nan(r, a, b, c, of_second(d)), V{}};
+                times(product_parts(x.x, x.y, y.x, v), PowersBack(x.exponent, y.exponent));
+            const Two<V> whole =
+                unless_lost(r, x.x * y.x, x.y * v, x.x * v, x.y * y.x, in_double(a, b, c, d));
+            return {with_nan(whole, a, b, c, of_second(d)), V{}};
         } else {
             return {with_nan(fast(a, b, c, d), a, b, c, of_second(d)), V{}};
         }
+    }
+
+    // Where the products of a part, scaled, have lost bits or all, by plain arithmetic, unless that
+    // overflows: far below the norm, so that nothing large cancels.
+    static Two<doubles> unless_lost(const Two<doubles>& r, doubles p, doubles q, doubles s,
+                                    doubles t, const Two<doubles>& plain) {
+        const auto chosen = [](doubles x, doubles y, doubles other, doubles part) {
+            const longs lost = mask(maximum(absolute(x), absolute(y)) < 0x1p-1020),
+                        finite = mask(absolute(other) < Format<double>::infinity);
+            return select(lost & finite, other, part);
+        };
+        return {chosen(p, q, plain.first, r.first), chosen(s, t, plain.second, r.second)};
     }
 
     static Two<doubles> in_double(doubles a, doubles b, doubles c, doubles d) {

@@ -55,17 +55,6 @@ inline Two<doubles> rounded_with_zero(const PartsOf<Parts>& x) {
 inline Two<doubles> times(const PartsOf<Parts>& x, const PowersBack& back) {
     return {back.times(rounded_with_zero(x.re), x.re), back.times(rounded_with_zero(x.im), x.im)};
 }
-// Results r of scaled parts x: where one of these is below 2^-960, so that it has lost bits or all,
-// what plain arithmetic gives of numbers less scaled, unless that overflows.
-inline Two<doubles> unless_lost(const Two<doubles>& r, const Two<doubles>& x, auto plain) {
-    const longs re = mask(absolute(x.first) < 0x1p-960), im = mask(absolute(x.second) < 0x1p-960);
-    if (!any_lane(re | im)) [[likely]]
-        return r;
-    const auto [p, q] = plain();
-    const auto finite = [](doubles y) { return mask(absolute(y) < Format<double>::infinity); };
-    return {select(re & finite(p), p, r.first), select(im & finite(q), q, r.second)};
-}
-
 // x + y and x - y of products, rounded, and what these and the rounded terms exceed the exact sum
 // by: +0 where it is 0, so that a zero less that keeps the sign that plain arithmetic gives it.
 inline Parts rounded_sum(Parts x, Parts y) {

@@ -32,10 +32,10 @@ template <class T, int first, int end> inline ints one_outside(ints x, ints y) {
         return count * static_cast<std::uint32_t>(Format<T>::normal_head);
     };
     // The first of them becomes the least integer.
-    constexpr auto to_least =
-        static_cast<std::int32_t>(Format<T>::one_head + heads(first) + (1u << 31));
+    const uints to_least = filled<uints>(Format<T>::one_head + heads(first) + (1u << 31));
     constexpr auto last = static_cast<std::int32_t>((1u << 31) + heads(end - first) - 1);
-    return greater(larger_head(x - all(to_least), y - all(to_least)), all(last));
+    return greater(larger_head((ints)((uints)x - to_least), (ints)((uints)y - to_least)),
+                   all(last));
 }
 
 // A comparison as a mask of its own: of several at once GCC 12 makes element by element what SSE2
