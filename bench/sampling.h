@@ -196,6 +196,10 @@ std::vector<reference::Interval> intervals_of(const reference::Reference& refere
     for (const auto* more :
          {&reference.both, std::is_same_v<T, float> ? &reference.s : &reference.d})
         intervals.insert(intervals.end(), more->begin(), more->end());
+    if (reference.complex()) {
+        constexpr reference::Range size = reference::any_size;
+        intervals.push_back({size, size, {}, size, size, "parts of any size"});
+    }
     reference::Interval whole = reference.whole;
     whole.scalars = reference.main.scalars;
     intervals.push_back(whole);

@@ -22,13 +22,16 @@ namespace kef::reference {
 
 // A set of numbers: `low` to `high`, drawn uniformly by value and by bit pattern (only so where an
 // end is infinite, or far from the other); with `near`, next to its multiples; with `by`, next to
-// what that makes of the components drawn before.
+// what that makes of the components drawn before; `sized`, powers of two whose products, quotients
+// and sums with the number drawn before come to the borders of the range and of the precision.
 struct Range {
     double low, high;
     long double near = 0;
     double (*by)(const double* drawn) = nullptr;
+    bool sized = false;
 };
 inline constexpr Range everything = {-INFINITY, INFINITY};
+inline constexpr Range any_size = {-INFINITY, INFINITY, 0, nullptr, true};
 
 // The arguments of one measurement; b where there is a second one. Scalars: of the linear fraction.
 // Imaginary parts: of complex arguments. The words take the place of ranges in reports.
@@ -277,6 +280,8 @@ public:
         const T low = static_cast<T>(range.low), high = static_cast<T>(range.high);
         if (range.by) {
             x = near<T>(static_cast<T>(range.by(drawn)));
+        } else if (range.sized) {
+            x = sized<T>();
         } else if (by_value && std::isfinite(range.high - range.low)) {
             x = static_cast<T>(range.low + unit() * (range.high - range.low));
         } else {
@@ -301,7 +306,24 @@ private:
         return std::isfinite(neighbour) ? neighbour : x;
     }
 
+    template <class T> T sized() {
+        using Limits = std::numeric_limits<T>;
+        constexpr int digits = Limits::digits, least = Limits::min_exponent - digits,
+                      most = Limits::max_exponent - 1;
+        constexpr int distances[] = {0, digits, 2 * digits, -least, least + digits, most, most / 2};
+        const auto below = [this](int count) {
+            return static_cast<int>(bits() % static_cast<unsigned>(count));
+        };
+        const auto either = [&](int n) { return below(2) ? n : -n; };
+        int e = below(4) == 0 ? least + below(most - least + 1)
+                              : either(exponent_) + either(distances[below(std::size(distances))]);
+        exponent_ = e = std::clamp(e + below(9) - 4, least, most);
+        const T significand = below(2) ? static_cast<T>(1 + unit()) : near<T>(1);
+        return std::ldexp(below(2) ? significand : -significand, e);
+    }
+
     std::uint64_t state_ = 0xCBF29CE484222325u;
+    int exponent_ = 0;  // of the number of any size before
 };
 
 // Arguments where functions tend to go wrong, as far as they lie in the range: its
