@@ -279,6 +279,7 @@ TEST(Complex, PartsFarBelowTheNorm) {
     const std::tuple<const char*, Complex, Complex, Complex> cases[] = {
         {"Mul", {-0x1.8p1022, 0x1p-56}, {16, -0x1p1021}, {-infinity, infinity}},
         {"Mul", {0x1p1023, 0x1.8p-40}, {0x1p1023, 0}, {infinity, 0x1.8p983}},
+        {"Div", {0x1p973, 0x1.8p-60}, {0x1p-1074, 0}, {infinity, 0x1.8p1014}},
         {"Div", {0x1p1000, 0x1.8p-60}, {0x1p-1074, 0}, {infinity, 0x1.8p1014}},
         {"Div", {0x1p1000, 0x1.8p-60}, {0, 0x1p-1074}, {0x1.8p1014, -infinity}},
         {"Div", {0x1.8p1023, 0x1p-10}, {0x1p-1074, 0}, {infinity, infinity}},

@@ -55,6 +55,7 @@ inline Two<doubles> rounded_with_zero(const PartsOf<Parts>& x) {
 inline Two<doubles> times(const PartsOf<Parts>& x, const PowersBack& back) {
     return {back.times(rounded_with_zero(x.re), x.re), back.times(rounded_with_zero(x.im), x.im)};
 }
+
 // x + y and x - y of products, rounded, and what these and the rounded terms exceed the exact sum
 // by: +0 where it is 0, so that a zero less that keeps the sign that plain arithmetic gives it.
 inline Parts rounded_sum(Parts x, Parts y) {

@@ -165,6 +165,21 @@ using u2 = std::uint64_t __attribute__((vector_size(16)));
 
 }  // namespace KEF_VM
 
+// In the file of an instruction set whose vectors have so many bits: a b + c, c - a b and a b - c.
+#define KEF_FUSED(bits, name, operation, first, last)                                              \
+    inline double name(double a, double b, double c) { return __builtin_fma(first a, b, last c); } \
+    inline doubles name(doubles a, doubles b, doubles c) {                                         \
+        return (doubles)_mm##bits##_##operation##_pd((__m##bits##d)a, (__m##bits##d)b,             \
+                                                     (__m##bits##d)c);                             \
+    }                                                                                              \
+    inline floats name(floats a, floats b, floats c) {                                             \
+        return (floats)_mm##bits##_##operation##_ps((__m##bits)a, (__m##bits)b, (__m##bits)c);     \
+    }
+#define KEF_FUSED_OPERATIONS(bits)               \
+    KEF_FUSED(bits, fused, fmadd, , )            \
+    KEF_FUSED(bits, fused_negative, fnmadd, -, ) \
+    KEF_FUSED(bits, fused_minus, fmsub, , -)
+
 #if KEF_VECTOR_BYTES == 64
 #include "vm/simd/simd_avx512.h"
 #elif KEF_VECTOR_BYTES == 32
@@ -172,6 +187,8 @@ using u2 = std::uint64_t __attribute__((vector_size(16)));
 #else
 #include "vm/simd/simd_sse2.h"
 #endif
+#undef KEF_FUSED_OPERATIONS
+#undef KEF_FUSED
 
 namespace KEF_VM {
 

@@ -4,19 +4,7 @@
 namespace KEF_VM {
 
 inline constexpr bool is_fused = true;
-// a b + c, c - a b and a b - c.
-#define KEF_FUSED(name, operation, first, last)                                                    \
-    inline double name(double a, double b, double c) { return __builtin_fma(first a, b, last c); } \
-    inline doubles name(doubles a, doubles b, doubles c) {                                         \
-        return (doubles)_mm256_##operation##_pd((__m256d)a, (__m256d)b, (__m256d)c);               \
-    }                                                                                              \
-    inline floats name(floats a, floats b, floats c) {                                             \
-        return (floats)_mm256_##operation##_ps((__m256)a, (__m256)b, (__m256)c);                   \
-    }
-KEF_FUSED(fused, fmadd, , )
-KEF_FUSED(fused_negative, fnmadd, -, )
-KEF_FUSED(fused_minus, fmsub, , -)
-#undef KEF_FUSED
+KEF_FUSED_OPERATIONS(256)
 
 // To an integral value in a direction of simd.h.
 inline constexpr bool has_to_integral = true;

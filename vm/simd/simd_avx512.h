@@ -4,19 +4,7 @@
 namespace KEF_VM {
 
 inline constexpr bool is_fused = true;
-// a b + c, c - a b and a b - c.
-#define KEF_FUSED(name, operation, first, last)                                                    \
-    inline double name(double a, double b, double c) { return __builtin_fma(first a, b, last c); } \
-    inline doubles name(doubles a, doubles b, doubles c) {                                         \
-        return (doubles)_mm512_##operation##_pd((__m512d)a, (__m512d)b, (__m512d)c);               \
-    }                                                                                              \
-    inline floats name(floats a, floats b, floats c) {                                             \
-        return (floats)_mm512_##operation##_ps((__m512)a, (__m512)b, (__m512)c);                   \
-    }
-KEF_FUSED(fused, fmadd, , )
-KEF_FUSED(fused_negative, fnmadd, -, )
-KEF_FUSED(fused_minus, fmsub, , -)
-#undef KEF_FUSED
+KEF_FUSED_OPERATIONS(512)
 
 // To an integral value in a direction of simd.h.
 inline constexpr bool has_to_integral = true;
