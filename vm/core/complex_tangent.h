@@ -30,31 +30,46 @@ struct TangentCore {
     template <class Accuracy>
     static Two<doubles> with_sines(const Two<Number<Accuracy>>& sines, doubles x, doubles y) {
         const auto [s, c] = sines;
-        const auto [product, square] = hyperbolic_products<Accuracy>(absolute(y));
-        const auto denominator = times_power(c * c, 4) + square;
-        return {flipped(rounded(times_power(s * c, 4) / denominator), sign_bit(x)),
-                flipped(rounded(product / denominator), sign_bit(y))};
-    }
-
-    // 4 sinh y cosh y = 2 sinh 2y and 4 sinh^2 y; LA, for fewer roundings, from E = e^2y - 1 and
-    // q = E/(E + 1): E + q and E q.
-    template <class Accuracy> static Two<Number<Accuracy>> hyperbolic_products(doubles y) {
+        const auto product = times_power(s * c, 4), square = times_power(c * c, 4);
+        Two<doubles> r;
         if constexpr (std::is_same_v<Accuracy, HA>) {
-            const auto [sh, ch] = twice_hyperbolic<HA>(y);
-            return {sh * ch, sh * sh};
+            const auto [sh, ch] = twice_hyperbolic<HA>(absolute(y));
+            const Parts denominator = square + sh * sh;
+            r = {rounded(product / denominator), rounded(sh * ch / denominator)};
         } else {
-            const doubles e = expm1_core<Accuracy>(2.0 * y), q = e / (e + 1.0);
-            return {twice_sinh(e, q), e * q};
+            r = quotients<Accuracy>(product, square, absolute(y));
         }
+        return {flipped(r.first, sign_bit(x)), flipped(r.second, sign_bit(y))};
     }
 
-    // 4 sin x cos x e^(-2 y) and 1; from y = 384 on the power does not matter.
+    // With few roundings: 4 sinh y cosh y and 4 sinh^2 y are E (E + 2) and E^2 over E + 1,
+    // E = e^2y - 1 = high + low.
+    template <class Accuracy>
+    static Two<doubles> quotients(doubles product, doubles square, doubles y) {
+        doubles high, low{};
+        if constexpr (std::is_same_v<Accuracy, LA>) {
+            const Parts e = expm1_sum(2.0 * y), sum = fast_two_sum(e.high, e.low);
+            high = sum.high, low = sum.low;
+        } else {
+            high = expm1_core<Accuracy>(2.0 * y);
+        }
+        // The larger term of the denominator comes last.
+        const doubles twice = high + high, other = high * high;
+        const doubles rest = multiply_add(square, high, minimum(square, other) + twice * low);
+        const doubles denominator = maximum(square, other) + rest;
+        return {multiply_add(product, high, multiply_add(product, low, product)) / denominator,
+                (twice + (other + (low + low))) / denominator};
+    }
+
+    // 4 sin x cos x e^(-2 y) and 1; from y = 384 on the power does not matter. The exponential of
+    // HA for LA too, whose own loses units in wide arguments.
     template <class Accuracy>
     static Two<doubles> outer(const Two<Number<Accuracy>>& sines, EnlargedParts x,
                               EnlargedParts y) {
         const auto product = times_power(sines.first * sines.second, 4);
-        const auto e = wide_exponential<Accuracy>(-2.0 * minimum(absolute(y.x), all(384.0)));
-        return {flipped(e.power.times(product * e.number, x.factor), sign_bit(x.x)),
+        const auto e = wide_exponential<HA>(-2.0 * minimum(absolute(y.x), all(384.0)));
+        const auto rest = number<Number<Accuracy>>(e.number);
+        return {flipped(e.power.times(product * rest, x.factor), sign_bit(x.x)),
                 flipped(all(1.0), sign_bit(y.x))};
     }
 

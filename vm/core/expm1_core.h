@@ -35,15 +35,20 @@ inline Parts expm1_parts(doubles x) {
     return {high.high, (high.low + first.low) + rest};
 }
 
+// In fewer steps: high = 2^(k/N) - 1, which is 0 or larger than low; low has few units.
+inline Parts expm1_sum(doubles x) {
+    constexpr auto c = rows_or_lookup(expm1_coefficients, ExpConstants<ExpLookedUp>::c);
+    const ExpReduced reduced = exp_reduce<std::conditional_t<has_lookup, LA, HA>>(x);
+    const auto [S, s] = exp_scale_parts(reduced);
+    return {S - 1.0, multiply_add(S + s, reduced.r + expm1_tail(reduced.r, c), s)};
+}
+
 // e^x - 1, -40 <= x <= 709: HA within 0.52 ulp; LA below 2^-51.8; EP below 2^-29.
 template <class Accuracy> inline doubles expm1_core(doubles x) {
     if constexpr (std::is_same_v<Accuracy, HA>) {
         return rounded(expm1_parts(x));
     } else if constexpr (std::is_same_v<Accuracy, LA>) {
-        constexpr auto c = rows_or_lookup(expm1_coefficients, ExpConstants<ExpLookedUp>::c);
-        const ExpReduced reduced = exp_reduce<std::conditional_t<has_lookup, LA, HA>>(x);
-        const auto [S, s] = exp_scale_parts(reduced);
-        return (S - 1.0) + multiply_add(S + s, reduced.r + expm1_tail(reduced.r, c), s);
+        return rounded(expm1_sum(x));
     } else {
         constexpr auto c = rows_or_lookup(
             coefficients(0x3FE000007B10F266, 0x3FC5555586889473),

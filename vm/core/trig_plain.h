@@ -112,38 +112,37 @@ template <class V> inline Two<V> turned(const HalfTurns<V>& turns, V sine, V cos
     return {(V)((Bits)sine ^ swap ^ sine_sign), (V)((Bits)cosine ^ swap ^ cosine_sign)};
 }
 
-// Double LA and single HA, both at once, |r| <= pi/4, |x| < 2^17. Sine: relative error 2^-57.9;
-// cosine: absolute 2^-54.1,
-// or, for quotients of products, 2^-58.8 by Taylor's series, with r in two parts.
+// Double LA and single HA, both at once, |r| <= pi/4, |x| < 2^17. Sine: relative error 2^-57.8;
+// cosine: absolute 2^-54.1, or, for quotients of products, 2^-58.8 by Taylor's series, with r and
+// 1 - r^2/2 in two parts, for few roundings.
 template <class Accuracy, bool precise = false> inline Two<doubles> sine_cosine_plain(doubles x) {
-    constexpr auto s = coefficients(0xBFC555555555554E, 0x3F8111111110F760, 0xBF2A01A019BF2B7E,
-                                    0x3EC71DE355FA4E3D, 0xBE5AE5E55005A3C8, 0x3DE5D8E625BC8FD2);
-    constexpr auto c = [] {
-        if constexpr (precise)
-            return std::array{1.0,
-                              -1.0 / 2,
-                              1.0 / 24,
-                              -1.0 / 720,
-                              1.0 / 40320,
-                              -1.0 / 3628800,
-                              1.0 / 479001600,
-                              -1.0 / 87178291200,
-                              1.0 / 20922789888000};
-        else
-            return coefficients(0x3FF0000000000000, 0xBFDFFFFFFFFFFFA3, 0x3FA555555554F98A,
-                                0xBF56C16C1648D6B2, 0x3EFA019F8862B75B, 0xBE927DF6CBB42E2C,
-                                0x3E21B962D41EE4A1);
-    }();
+    // s3 of single HA is moved by some units, which a sine next to a midpoint needs (above).
+    constexpr bool is_rounded = std::is_same_v<Accuracy, SingleHA>;
+    constexpr auto s = coefficients(0xBFC5555555555548 + (is_rounded ? 6 : 0), 0x3F8111111110F760,
+                                    0xBF2A01A019BF2B7E, 0x3EC71DE355FA4E3D, 0xBE5AE5E55005A3C8,
+                                    0x3DE5D8E625BC8FD2);
     const auto turns = half_turns<Phase::tangent, Accuracy>(x);
     if constexpr (precise) {
         // r = high + low; both products but the last are exact.
         const doubles k = turns.sum - 0x1.8p51;
         const doubles r1 = negative_multiply_add(k, pi_parts[0], x), w = k * pi_parts[1];
         const doubles r = r1 - w, low = negative_multiply_add(k, pi_parts[2], (r1 - r) - w);
-        const doubles y = r * r;
+        constexpr auto c =
+            std::array{-1.0 / 2,       1.0 / 24,        -1.0 / 720,         1.0 / 40320,
+                       -1.0 / 3628800, 1.0 / 479001600, -1.0 / 87178291200, 1.0 / 20922789888000};
+        if constexpr (is_fused) {
+            const doubles y = multiply_add(r, r, (r + r) * low);
+            return turned(turns, r + multiply_add(r, y * polynomial(y, s), low),
+                          multiply_add(y, polynomial(y, c), 1.0));
+        }
+        const doubles y = r * r, half = 0.5 * y, rest = 1.0 - half;
+        const doubles tail = negative_multiply_add(r, low, y * (y * polynomial<1>(y, c)));
         return turned(turns, r + multiply_add(r, y * polynomial(y, s), low),
-                      negative_multiply_add(r, low, polynomial(y, c)));
+                      rest + (((1.0 - rest) - half) + tail));
     }
+    constexpr auto c =
+        coefficients(0x3FF0000000000000, 0xBFDFFFFFFFFFFFA3, 0x3FA555555554F98A, 0xBF56C16C1648D6B2,
+                     0x3EFA019F8862B75B, 0xBE927DF6CBB42E2C, 0x3E21B962D41EE4A1);
     const doubles r = turns.r, y = r * r;
     return turned(turns, multiply_add(r, y * polynomial(y, s), r), polynomial(y, c));
 }

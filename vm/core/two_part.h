@@ -37,10 +37,14 @@ inline doubles times_power(doubles x, doubles power) { return x * power; }
 inline doubles leading_part(Parts x) { return x.high; }
 inline doubles leading_part(doubles x) { return x; }
 
-// Doubles, their sums, squares and products as numbers.
+// Doubles, normalised parts, sums and squares of doubles as numbers.
 template <class N> inline N number(doubles x) {
     if constexpr (std::is_same_v<N, Parts>) return {x, doubles{}};
     else return x;
+}
+template <class N> inline N number(Parts x) {
+    if constexpr (std::is_same_v<N, Parts>) return x;
+    else return x.high;
 }
 template <class N> inline N sum_of(doubles x, doubles y) {
     if constexpr (std::is_same_v<N, Parts>) return two_sum(x, y);
