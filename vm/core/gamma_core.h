@@ -82,14 +82,16 @@ inline doubles tgamma_stirling_short(doubles x) {
     return select(sign_mask((longs)x), reflected, power);
 }
 
-// EP: relative error 2^-27.5, |x| <= 170; s(y) to 2^-31.9.
+// EP: relative error 2^-26.6, |x| <= 170; s(y) to 2^-31.9, ln y to 2^-35.1. |x - 1/2| is y + 1/2
+// for x < 0, for y Gamma(y).
 inline doubles tgamma_stirling_rounded(doubles x) {
     const doubles y = absolute(x), u = 1.0 / y;
     const doubles s = u * multiply_add(u * u, -1.0 / 360, all(1.0 / 12));
-    const doubles e = ((y - 0.5) * log_core<LA>(y) - y) + (half_ln_2pi.high + s);
+    const doubles e =
+        multiply_subtract(absolute(x - 0.5), log_core<EP>(y), y) + (half_ln_2pi.high + s);
     const doubles power = exp_core<EP>(e);
     if (!any_negative(x)) return power;
-    return select(sign_mask((longs)x), -1.0 / (sine_pi_short<EP>(y) * (y * power)), power);
+    return select(sign_mask((longs)x), -1.0 / (sine_pi_short<EP>(y) * power), power);
 }
 
 // ln|Gamma(x)| for x > 20 and -2^52 < x < -20; not a number where it overflows.
