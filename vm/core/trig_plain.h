@@ -193,7 +193,7 @@ template <class V> inline V quotient_by_parity(Two<V> f, BitsOf<V> odd, BitsOf<V
     return flipped((V)((Bits)f.first ^ swap) / (V)((Bits)f.second ^ swap), parity);
 }
 
-// tan r = first / second, |r| <= pi/4; relative error 2^-55.4.
+// tan r = first / second, |r| <= pi/4; relative error 2^-55.2.
 inline Two<doubles> tangent_fraction(doubles r) {
     constexpr auto p = coefficients(0xBFC06B8F64B39920, 0x3F66FC3450F68FBF, 0xBEDF62564DD9437B);
     constexpr auto q = coefficients(0x3FF0000000000000, 0xBFDD8B1D07AF21C2, 0x3F97E798D53C10C4,
