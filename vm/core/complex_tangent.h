@@ -48,7 +48,7 @@ struct TangentCore {
     static Two<doubles> quotients(doubles product, doubles square, doubles y) {
         doubles high, low{};
         if constexpr (std::is_same_v<Accuracy, LA>) {
-            const Parts e = expm1_sum(2.0 * y), sum = fast_two_sum(e.high, e.low);
+            const Parts e = expm1_sum<true>(2.0 * y), sum = fast_two_sum(e.high, e.low);
             high = sum.high, low = sum.low;
         } else {
             high = expm1_core<Accuracy>(2.0 * y);

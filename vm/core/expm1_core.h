@@ -35,12 +35,18 @@ inline Parts expm1_parts(doubles x) {
     return {high.high, (high.low + first.low) + rest};
 }
 
-// In fewer steps: high = 2^(k/N) - 1, which is 0 or larger than low; low has few units.
-inline Parts expm1_sum(doubles x) {
+// In fewer steps: high = 2^(k/N) - 1, which is 0 or larger than low; low has few units. `precise`,
+// for what is squared, where looked up, with r as large as the result: high = 2^(k/N) (1 + r) - 1.
+template <bool precise = false> inline Parts expm1_sum(doubles x) {
     constexpr auto c = rows_or_lookup(expm1_coefficients, ExpConstants<ExpLookedUp>::c);
     const ExpReduced reduced = exp_reduce<std::conditional_t<has_lookup, LA, HA>>(x);
     const auto [S, s] = exp_scale_parts(reduced);
-    return {S - 1.0, multiply_add(S + s, reduced.r + expm1_tail(reduced.r, c), s)};
+    const doubles r = reduced.r, less = S - 1.0, tail = expm1_tail(r, c);
+    if constexpr (precise && has_lookup) {
+        const doubles high = multiply_add(S, r, less), left = multiply_add(S, r, less - high);
+        return {high, left + multiply_add(S, reduced.r_low + tail, multiply_add(s, r, s))};
+    }
+    return {less, multiply_add(S + s, r + tail, s)};
 }
 
 // e^x - 1, -40 <= x <= 709: HA within 0.52 ulp; LA below 2^-51.8; EP below 2^-29.
