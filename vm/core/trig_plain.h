@@ -79,8 +79,8 @@ template <Phase phase, class Accuracy> inline doubles sine_polynomial(doubles r)
                                         0xBD69EED38C9FAF1F);
         return multiply_add(r, y * polynomial(y, s), r);
     } else {
-        // relative error 2^-61.6; for sine s3 and s5 are moved by some units: the sine of
-        // 0x46199998 is 2^-54 from a midpoint of floats
+        // relative error 2^-61.6; for sine 2^-49.2, with s3 and s5 moved by some units: the sine
+        // of 0x46199998 is 2^-54 from a midpoint of floats
         constexpr bool sine = phase == Phase::sine;
         constexpr auto s =
             coefficients(0xBFC5555555555555 + (sine ? 7 : 0), 0x3F811111111110C9 - (sine ? 46 : 0),
@@ -112,9 +112,9 @@ template <class V> inline Two<V> turned(const HalfTurns<V>& turns, V sine, V cos
     return {(V)((Bits)sine ^ swap ^ sine_sign), (V)((Bits)cosine ^ swap ^ cosine_sign)};
 }
 
-// Double LA and single HA, both at once, |r| <= pi/4, |x| < 2^17. Sine: relative error 2^-57.8;
-// cosine: absolute 2^-54.1, or, for quotients of products, 2^-58.8 by Taylor's series, with r and
-// 1 - r^2/2 in two parts, for few roundings.
+// Double LA and single HA, both at once, |r| <= pi/4, |x| < 2^17. Sine: relative error 2^-57.8
+// (single HA 2^-53.0); cosine: absolute 2^-54.1, or, for quotients of products, 2^-58.8 by Taylor's
+// series, with r in two parts and few roundings.
 template <class Accuracy, bool precise = false> inline Two<doubles> sine_cosine_plain(doubles x) {
     // s3 of single HA is moved by some units, which a sine next to a midpoint needs (above).
     constexpr bool is_rounded = std::is_same_v<Accuracy, SingleHA>;
