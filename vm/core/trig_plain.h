@@ -130,15 +130,17 @@ template <class Accuracy, bool precise = false> inline Two<doubles> sine_cosine_
         constexpr auto c =
             std::array{-1.0 / 2,       1.0 / 24,        -1.0 / 720,         1.0 / 40320,
                        -1.0 / 3628800, 1.0 / 479001600, -1.0 / 87178291200, 1.0 / 20922789888000};
+        doubles y, cosine;
         if constexpr (is_fused) {
-            const doubles y = multiply_add(r, r, (r + r) * low);
-            return turned(turns, r + multiply_add(r, y * polynomial(y, s), low),
-                          multiply_add(y, polynomial(y, c), 1.0));
+            y = multiply_add(r, r, (r + r) * low);
+            cosine = multiply_add(y, polynomial(y, c), 1.0);
+        } else {
+            y = r * r;
+            const doubles half = 0.5 * y, rest = 1.0 - half;
+            const doubles tail = negative_multiply_add(r, low, y * (y * polynomial<1>(y, c)));
+            cosine = rest + (((1.0 - rest) - half) + tail);
         }
-        const doubles y = r * r, half = 0.5 * y, rest = 1.0 - half;
-        const doubles tail = negative_multiply_add(r, low, y * (y * polynomial<1>(y, c)));
-        return turned(turns, r + multiply_add(r, y * polynomial(y, s), low),
-                      rest + (((1.0 - rest) - half) + tail));
+        return turned(turns, r + multiply_add(r, y * polynomial(y, s), low), cosine);
     }
     constexpr auto c =
         coefficients(0x3FF0000000000000, 0xBFDFFFFFFFFFFFA3, 0x3FA555555554F98A, 0xBF56C16C1648D6B2,
