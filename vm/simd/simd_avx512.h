@@ -48,13 +48,10 @@ inline ints greater(ints x, ints y) { return x > y; }
 inline ints sign_mask(ints x) { return x >> 31; }
 inline longs sign_mask(longs x) { return x >> 63; }
 
-inline doubles select(longs mask, doubles x, doubles y) {
-    return (doubles)_mm512_mask_blend_pd(_mm512_movepi64_mask((__m512i)mask), (__m512d)y,
-                                         (__m512d)x);
-}
-inline floats select(ints mask, floats x, floats y) {
-    return (floats)_mm512_mask_blend_ps(_mm512_movepi32_mask((__m512i)mask), (__m512)y, (__m512)x);
-}
+// Not by the intrinsic: the compiler keeps what a comparison gives in a mask register for it, and
+// sees through the sense of the comparison.
+inline doubles select(longs mask, doubles x, doubles y) { return mask ? x : y; }
+inline floats select(ints mask, floats x, floats y) { return mask ? x : y; }
 
 // As many floats as fill a vector when they are doubles.
 inline doubles load_widened(const float* p) { return (doubles)_mm512_cvtps_pd(_mm256_loadu_ps(p)); }
