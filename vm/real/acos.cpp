@@ -23,7 +23,7 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
     KEF_REPORT_NAME(Acos);
     static constexpr bool is_single_ha = std::is_same_v<T, float> && std::is_same_v<Accuracy, HA>;
 
-    static DoubleDouble<V> parts(V x) {
+    static auto parts(V x) {
         const AsinParts<V> part = asin_parts<Accuracy>(absolute(x));
         const auto sign = sign_bit(x);
         // x > 1/2: +2; x < -1/2: -2; else -1 with the sign of x.
@@ -34,7 +34,7 @@ struct Acos : TinyAside<Acos<T, Accuracy>, T, Accuracy, AtZero::constant, Tiny::
             const V quarter_turn = all(T(angle / 2));
             return quarter_turn - where(part.halved, (V)((decltype(sign))quarter_turn | sign));
         };
-        return added_angle<Accuracy>(base(pi), base(pi_low), factor * part.high, factor * part.low);
+        return added_angle<Accuracy>(base(pi), base(pi_low), factor, part);
     }
 
     static auto fast(V x) {

@@ -40,8 +40,7 @@ struct Asin
             // pi/2 - 2 asin u, or asin u.
             const V factor = all(T(1)) - where(part.halved, all(T(3)));
             const auto half = [&](double angle) { return where(part.halved, all(T(angle / 2))); };
-            return with_sign(rounded(added_angle<Accuracy>(half(pi), half(pi_low),
-                                                           factor * part.high, factor * part.low)),
+            return with_sign(rounded(added_angle<Accuracy>(half(pi), half(pi_low), factor, part)),
                              x);
         }
     }

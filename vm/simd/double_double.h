@@ -16,6 +16,7 @@ using Parts = DoubleDouble<doubles>;
 
 template <class V> inline V rounded(DoubleDouble<V> x) { return x.high + x.low; }
 inline doubles rounded(doubles x) { return x; }
+inline floats rounded(floats x) { return x; }
 
 // a + b exactly, for |a| >= |b| or a = 0.
 template <class V> inline DoubleDouble<V> fast_two_sum(V a, V b) {

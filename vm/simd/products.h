@@ -75,10 +75,5 @@ inline V polynomial_by_fours(V x, const std::array<T, n>& c, V square, V fourth)
     if constexpr (first + 4 >= n) return part;
     else return multiply_add(fourth, polynomial_by_fours<first + 4>(x, c, square, fourth), part);
 }
-template <class V, class T, std::size_t n>
-inline V polynomial_by_fours(V x, const std::array<T, n>& c) {
-    const V square = x * x;
-    return polynomial_by_fours(x, c, square, square * square);
-}
 
 }  // namespace KEF_VM
