@@ -215,27 +215,28 @@ KEF_INLINE double exp_large(double x) { return exp_half(x) * 2.0; }
 
 // 2^shift exp(x) = 2^(k + shift) p(r) in single precision, k = round(x / ln2), |r| <= ln2/2:
 // relative error of p below 2^-23.1 (LA) and 2^-12.9 (EP), and 2^-28.1 (HA: for functions
-// that are built on it); tools/exp.sollya. `low` is a small correction of x, or nothing.
+// that are built on it, of x + low); tools/exp.sollya.
 template <class Accuracy, int shift = 0> inline floats exp_single(floats x, auto... low) {
     constexpr float shifter = 0x1.8p23f + shift;
-    const floats sum = multiply_add((x + ... + low), static_cast<float>(inverse_ln2), shifter);
+    const floats sum = multiply_add(x, static_cast<float>(inverse_ln2), shifter);
     const floats k = sum - shifter;
     floats p;
     if constexpr (std::is_same_v<Accuracy, EP>) {
         // With the product rounded, so that r = 0 where x is such a product: powers of two are
         // exact.
-        const floats r = ((x - k * static_cast<float>(ln2)) + ... + low);
+        const floats r = x - k * static_cast<float>(ln2);
         p = polynomial(r, coefficients(0x3F800000u, 0x3F800000u, 0x3F01024Du, 0x3E2AA08Eu));
-    } else {
-        constexpr auto c = [] {
-            if constexpr (std::is_same_v<Accuracy, LA>)
-                return coefficients(0x3EFFFEFEu, 0x3E2AABD6u, 0x3D2B950Bu, 0x3C0831F7u);
-            else
-                return coefficients(0x3EFFFFFDu, 0x3E2AAA49u, 0x3D2AAD13u, 0x3C091CBFu,
-                                    0x3AB4A64Cu);
-        }();
-        const floats r = (minus_products(x, k, ln2_parts_single) + ... + low);
+    } else if constexpr (std::is_same_v<Accuracy, LA>) {
+        constexpr auto c = coefficients(0x3EFFFEFEu, 0x3E2AABD6u, 0x3D2B950Bu, 0x3C0831F7u);
+        const floats r = minus_products(x, k, ln2_parts_single);
         p = 1.0f + multiply_add(r * r, polynomial(r, c), r);
+    } else {
+        constexpr auto c =
+            coefficients(0x3EFFFFFDu, 0x3E2AAA49u, 0x3D2AAD13u, 0x3C091CBFu, 0x3AB4A64Cu);
+        const floats r = negative_multiply_add(k, ln2_parts_single[0], x) +  // exact
+                         negative_multiply_add(k, ln2_parts_single[1], low...);
+        const floats r2 = r * r;
+        p = 1.0f + multiply_add(r2, polynomial_by_pairs(r, r2, c), r);
     }
     return (floats)((uints)p + ((uints)sum << 23));  // wraps
 }

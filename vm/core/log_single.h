@@ -65,7 +65,9 @@ template <class Accuracy> inline floats log_single(ints exponent, floats r) {
     if constexpr (std::is_same_v<Accuracy, LA>) {
         constexpr auto c = coefficients(0xBF000034u, 0x3EAAACBBu, 0xBE7FB754u, 0x3E4BC381u,
                                         0xBE304E26u, 0x3E267078u, 0xBDD2A46Cu);
-        const floats q = polynomial_by_fours(r, c, r2, r2 * r2);
+        floats q;
+        if constexpr (is_fused) q = polynomial_by_pairs(r, r2, c);
+        else q = polynomial_by_fours(r, c, r2, r2 * r2);
         const floats low = multiply_add(r2, q, k * ln2_parts_single[1]);
         return multiply_add(k, ln2_parts_single[0], r + low);
     } else if constexpr (std::is_same_v<Accuracy, EPTerm>) {

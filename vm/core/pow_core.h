@@ -221,7 +221,7 @@ template <class T, class Accuracy> struct PowFormula {
     // Single: where y is too large, so is y ln x, or NaN.
     static ints y_beyond(ints y) {
         if constexpr (std::is_same_v<T, float>) return y & 0;
-        else return greater(magnitude(y), all(Range::y_parity - 1));
+        else return above(magnitude(y), Range::y_parity - 1);
     }
     // The power is 1 for tiny y.
     static ints y_outside(ints y) {

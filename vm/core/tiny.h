@@ -66,7 +66,7 @@ struct TinyAside {
 
 private:
     static ints at_or_above(ints h) {
-        return greater(magnitude(h), all(static_cast<std::int32_t>(last - 1)));
+        return above(magnitude(h), static_cast<std::int32_t>(last - 1));
     }
 };
 

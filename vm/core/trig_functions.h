@@ -85,10 +85,7 @@ template <class Function, class T, class Accuracy, AtZero at_zero> struct TrigKe
     static ints outside(ints h) {
         return not_between(magnitude(h), head_of(bound), head_of(Last::near));
     }
-    static ints beyond(ints h) {
-        constexpr auto infinity = static_cast<std::int32_t>(head_of(Format<T>::infinity));
-        return greater(magnitude(h), all(infinity - 1));
-    }
+    static ints beyond(ints h) { return not_finite<T>(h); }
     static auto fast(V x) { return Function::template compute<TrigReach::near>(x); }
     // Each formula where a lane is its own; huge lanes are far as well.
     static auto far(V x) {

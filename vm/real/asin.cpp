@@ -23,7 +23,7 @@ struct Asin
     KEF_REPORT_NAME(Asin);
 
     static ints beyond(ints h) requires(Asin::bound > 0) {
-        return greater(magnitude(h), all(Format<T>::one_head - std::is_same_v<T, double>));
+        return above(magnitude(h), Format<T>::one_head - std::is_same_v<T, double>);
     }
     static V far(V x) requires(Asin::bound > 0) {
         const V r = beside_tiny<AtZero::argument>(x, Asin::bound, fast);

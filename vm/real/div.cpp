@@ -22,13 +22,12 @@ template <class T, class> struct Div {
     // wait; the one on the arguments, |a| < 2^511 and 2^-511 <= |b| < 2^511, does not.
     static ints outside(ints a, ints b) requires std::is_same_v<T, double> {
         constexpr std::int32_t first = 0x20000000, last = 0x5FE00000;
-        return (magnitude(a) >= last) | not_between(magnitude(b), first, last);
+        return above(magnitude(a), last - 1) | not_between(magnitude(b), first, last);
     }
     // Any normal b, and any a below 2^1024 |b|.
     static ints beyond(ints a, ints b) requires std::is_same_v<T, double> {
         constexpr auto normal = Format<T>::normal_head, infinity = Format<T>::infinity_head;
-        return (magnitude(a) >= static_cast<std::int32_t>(infinity)) |
-               not_between(magnitude(b), normal, infinity) |
+        return not_finite<T>(a) | not_between(magnitude(b), normal, infinity) |
                (magnitude(a) - magnitude(b) >= 1024 << 20);
     }
     static V far(V a, V b) requires std::is_same_v<T, double> { return fast(a, b); }

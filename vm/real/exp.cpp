@@ -46,7 +46,7 @@ struct Exp : TinyAside<Exp<T, Accuracy>, T, Accuracy, AtZero::one, Tiny::by_size
     KEF_REPORT_NAME(Exp);
 
     static ints beyond(ints h) requires(Exp::bound > 0) {
-        return greater(magnitude(h), all(static_cast<std::int32_t>(Bounds::gate - 1)));
+        return above(magnitude(h), static_cast<std::int32_t>(Bounds::gate - 1));
     }
     static V far(V x) requires(Exp::bound > 0) {
         return beside_tiny<AtZero::one>(x, Exp::bound, [](V y) {

@@ -22,10 +22,10 @@ struct Sinh : TinyAside<Sinh<T, Accuracy>, T, Accuracy, AtZero::argument, Tiny::
     KEF_REPORT_NAME(Sinh);
 
     static auto fast(V x) {
+        const V a = absolute(x);
         if constexpr (!std::is_same_v<Accuracy, HA>) return sinh_direct<Accuracy>(x);
-        else if constexpr (std::is_same_v<T, float>)
-            return marked_in_double(x, sinh_direct<LA, doubles>);
-        else return with_sign(sinh_core(absolute(x)), x);
+        else if constexpr (std::is_same_v<T, double>) return with_sign(sinh_core(a), x);
+        else return with_sign(marked_in_double(a, sinh_direct<LA, doubles>), x);
     }
 
     static int edge(T x, T& r) {

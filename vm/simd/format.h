@@ -61,9 +61,9 @@ template <class T> inline T quiet(T nan) { return nan + nan; }
 // Likewise of two arguments the first NaN: which one a sum gives is the compiler's choice.
 template <class T> inline T quiet(T x, T y) { return quiet(is_nan(x) ? x : y); }
 
-// Lanes that are infinite or NaN.
+// A gate for lanes that are infinite or NaN.
 template <class T> inline ints not_finite(ints heads) {
-    return magnitude(heads) >= static_cast<std::int32_t>(Format<T>::infinity_head);
+    return above(magnitude(heads), static_cast<std::int32_t>(Format<T>::infinity_head - 1));
 }
 
 // The function's name in reports, by element type.

@@ -223,11 +223,23 @@ inline bool any_lane(longs verdict) { return bits(verdict) != 0; }
 inline bool all_lanes(ints verdict) { return bits(verdict) == (1u << lanes<float>)-1; }
 inline bool all_lanes(longs verdict) { return bits(verdict) == (1u << lanes<double>)-1; }
 
-// h < low or high <= h for bit patterns, as unsigned numbers; one comparison.
+// Gates by differences instead of comparisons: what a comparison leaves in a mask register would
+// have to come out of it and back for the verdict.
+inline constexpr bool has_mask_registers = vector_bytes == 64;
+
+// size > last, neither negative.
+inline ints above(ints size, std::int32_t last) {
+    if constexpr (has_mask_registers) return last - size;
+    return greater(size, all(last));
+}
+// h < low or high <= h for bit patterns, as unsigned numbers, high - low <= 2^31.
 inline ints not_between(ints h, std::uint32_t low, std::uint32_t high) {
-    constexpr std::uint32_t bias = 0x80000000u;
-    return greater((ints)((uints)h + (bias - low)),
-                   all(static_cast<std::int32_t>(high - low - 1 + bias)));
+    const std::uint32_t last = high - low - 1, bias = 0x80000000;
+    if constexpr (has_mask_registers) {
+        const uints from_low = (uints)h - low;
+        return (ints)(from_low | (last - from_low));
+    }
+    return greater((ints)((uints)h + (bias - low)), all(static_cast<std::int32_t>(last + bias)));
 }
 
 // Each half of a lane as a number of 16 bits: what is nearest to it in [first, last].
