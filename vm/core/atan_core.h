@@ -4,7 +4,9 @@
 //
 // c is the centre of one of 32 intervals of an octave of [2^-6, 2^6), 0 below and 64
 // above, so that |t| <= 2^-6 max(x, 1/64) and the error of the quotient does not
-// count. Table: tools/atan_tables.py; polynomials: tools/atan.sollya.
+// count. LA, where one operation finds each lane its own of 16 numbers: one of 2 intervals of an
+// octave of [2^-4, 2^3), |t| < 0.0995. Tables: tools/atan_tables.py; polynomials:
+// tools/atan.sollya.
 #pragma once
 
 #include "vm/simd/double_double.h"
@@ -19,6 +21,10 @@ struct AtanEntry {
 };
 inline constexpr int atan_entries = 386;
 extern const AtanEntry atan_table[atan_entries];
+struct alignas(64) Atan16 {
+    double centre[16], high[16];  // atan centre = high to 2^-11 ulp
+};
+extern const Atan16 atan16_table;
 
 }  // namespace kef::vm
 
@@ -33,14 +39,28 @@ inline Rows<AtanEntry> atan_rows(doubles x) {
     return {atan_table, row_numbers(number, 0xFFFF, 2)};
 }
 
+// The centre for x and its arc tangent.
+struct AtanCentre {
+    doubles centre, high;
+};
+inline AtanCentre atan_looked_up(doubles x) {
+    longs number = ((longs)x >> 51) - ((std::int64_t{1023 - 4} << 1) - 1);
+    number = number < 0 ? longs{} : number > 15 ? longs{} + 15 : number;
+    return {looked_up(atan16_table.centre, number), looked_up(atan16_table.high, number)};
+}
+
 // t^3 q(t^2) with atan t = t + t^3 q(t^2) for |t| <= 2^-6; relative to atan t the
-// error is below 2^-72 (HA) and 2^-57.9 (LA).
+// error is below 2^-72 (HA) and 2^-57.9 (LA; looked up, |t| < 0.0995: 2^-54.5).
 template <class Accuracy> inline doubles atan_tail(doubles t) {
     const doubles t2 = t * t;
     if constexpr (std::is_same_v<Accuracy, HA>) {
         constexpr auto a = coefficients(0xBFD5555555555555, 0x3FC999999999274B, 0xBFC249247B9E50C7,
                                         0x3FBC6E4DAC1CCB1A);
         return t * t2 * polynomial(t2, a);
+    } else if constexpr (has_lookup) {
+        constexpr auto a = coefficients(0xBFD55555555548F8, 0x3FC99999990F2692, 0xBFC24923966EFCCF,
+                                        0x3FBC7036CE6FFFCF, 0xBFB6B5055FC3529A);
+        return t * t2 * polynomial_by_pairs(t2, t2 * t2, a);
     } else {
         constexpr auto a = coefficients(0xBFD5555555554077, 0x3FC9999989C4F972, 0xBFC2476F95951E4A);
         return t * t2 * polynomial(t2, a);
@@ -50,6 +70,11 @@ template <class Accuracy> inline doubles atan_tail(doubles t) {
 // atan x for 0 <= x < 2^1000 in two parts; HA: the error of their exact sum is below 0.05
 // ulp: t has 2^-58.4 of it from its quotient.
 template <class Accuracy> inline Parts atan_parts(doubles x) {
+    if constexpr (has_lookup && std::is_same_v<Accuracy, LA>) {
+        const auto [c, high] = atan_looked_up(x);
+        const doubles t = (x - c) / multiply_add(c, x, 1.0);
+        return {high, t + atan_tail<LA>(t)};
+    }
     const auto row = atan_rows(x);
     const doubles c = row.field(&AtanEntry::centre);
     const doubles t = (x - c) / multiply_add(c, x, 1.0);

@@ -8,4 +8,9 @@ constinit const AtanEntry atan_table[atan_entries] = {
 #include "vm/tables/atan386.inc"
 };
 
+constinit const Atan16 atan16_table = by_fields<Atan16>({
+#define KEF_ATAN16(centre, high) {from_bits(UINT64_C(centre)), from_bits(UINT64_C(high))},
+#include "vm/tables/atan16.inc"
+});
+
 }  // namespace kef::vm
