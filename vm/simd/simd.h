@@ -232,7 +232,7 @@ inline ints above(ints size, std::int32_t last) {
     if constexpr (has_mask_registers) return last - size;
     return greater(size, all(last));
 }
-// h < low or high <= h for bit patterns, as unsigned numbers, high - low <= 2^31.
+// h < low or high <= h for bit patterns, as unsigned numbers, 0 < high - low <= 2^31.
 inline ints not_between(ints h, std::uint32_t low, std::uint32_t high) {
     const std::uint32_t last = high - low - 1, bias = 0x80000000;
     if constexpr (has_mask_registers) {
