@@ -39,14 +39,21 @@ inline Rows<AtanEntry> atan_rows(doubles x) {
     return {atan_table, row_numbers(number, 0xFFFF, 2)};
 }
 
-// The centre for x and its arc tangent.
-struct AtanCentre {
-    doubles centre, high;
+// Those of LA, centre and high, where they are looked up.
+struct AtanLookedUp {
+    longs number;
+    doubles field(double AtanEntry::*which) const {
+        return looked_up(which == &AtanEntry::centre ? atan16_table.centre : atan16_table.high,
+                         number);
+    }
 };
-inline AtanCentre atan_looked_up(doubles x) {
-    longs number = ((longs)x >> 51) - ((std::int64_t{1023 - 4} << 1) - 1);
-    number = number < 0 ? longs{} : number > 15 ? longs{} + 15 : number;
-    return {looked_up(atan16_table.centre, number), looked_up(atan16_table.high, number)};
+template <class Accuracy> inline auto atan_entries_of(doubles x) {
+    if constexpr (has_lookup && std::is_same_v<Accuracy, LA>) {
+        const longs number = ((longs)x >> 51) - ((std::int64_t{1023 - 4} << 1) - 1);
+        return AtanLookedUp{number < 0 ? longs{} : number > 15 ? longs{} + 15 : number};
+    } else {
+        return atan_rows(x);
+    }
 }
 
 // t^3 q(t^2) with atan t = t + t^3 q(t^2) for |t| <= 2^-6; relative to atan t the
@@ -70,12 +77,7 @@ template <class Accuracy> inline doubles atan_tail(doubles t) {
 // atan x for 0 <= x < 2^1000 in two parts; HA: the error of their exact sum is below 0.05
 // ulp: t has 2^-58.4 of it from its quotient.
 template <class Accuracy> inline Parts atan_parts(doubles x) {
-    if constexpr (has_lookup && std::is_same_v<Accuracy, LA>) {
-        const auto [c, high] = atan_looked_up(x);
-        const doubles t = (x - c) / multiply_add(c, x, 1.0);
-        return {high, t + atan_tail<LA>(t)};
-    }
-    const auto row = atan_rows(x);
+    const auto row = atan_entries_of<Accuracy>(x);
     const doubles c = row.field(&AtanEntry::centre);
     const doubles t = (x - c) / multiply_add(c, x, 1.0);
     const doubles high = row.field(&AtanEntry::high);

@@ -4,7 +4,7 @@
 //   x = +-1                     +-pi/2
 //   |x| > 1                     invalid NaN, domain error
 //
-// Double HA: the arc sine in two parts, 0.52 ulp. Single HA is the double formula of
+// Double HA: the arc sine in two parts, 0.545 ulp. Single HA is the double formula of
 // LA, rounded once; LA and EP compute in single precision.
 #include "vm/core/asin_core.h"
 #include "vm/core/tiny.h"
