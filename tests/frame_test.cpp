@@ -170,7 +170,9 @@ int note(kef_vtm_error_record* record) { return reports.push_back(*record), 1; }
 bool is_as_singly(const Data& data, int slot, int n, const Reports& all, Random& random) {
     const Row& row = data.row;
     const auto below = [&](int end) { return static_cast<int>(random.bits() % end); };
-    const auto address = [&] { return below(64 / step(row)) * step(row); };
+    const auto address = [&] {
+        return below(2) ? 16 * below(4) : below(64 / step(row)) * step(row);
+    };
     const int first = below(data.count - n + 1), parts = row.argument_parts;
     const int in = static_cast<int>(row.argument_size()), out = static_cast<int>(row.result_size());
     const unsigned char *a = data.a.data() + first * in, *b = data.b.data() + first * in;

@@ -27,6 +27,7 @@
 
 namespace KEF_VM {
 
+inline doubles root(doubles x) { return square_root(x); }
 inline Parts log1p_of_number(Parts x) { return normalised(log1p_parts(x.high, x.low)); }
 inline doubles log1p_of_number(doubles x) { return log1p_core<LA>(x); }
 

@@ -45,4 +45,21 @@ inline doubles times_inverse_root(doubles a, doubles e) {
     return multiply_add(a, e * multiply_add(e, multiply_add(e, 0.3125, c2), 0.5), a);
 }
 
+// x^(1/2), and with fused operations within 0.502 ulp, x^(-1/2)/2 to 2^-29; normal x or 0. There
+// the two are Goldschmidt's iteration and a last step of Newton's, sooner done than the processor's
+// root and quotient where nothing else takes long: Markstein, Software Division and Square Root
+// Using Goldschmidt's Algorithms (2004).
+inline Two<doubles> root_and_half_inverse(doubles x) {
+    if constexpr (is_fused) {
+        const doubles t = inverse_root.estimate(x), xt = x * t, half = 0.5 * t;
+        const doubles e = negative_multiply_add(xt, half, 0.5);
+        const doubles s = multiply_add(xt, e, xt), half_inverse = multiply_add(half, e, half);
+        return {multiply_add(negative_multiply_add(s, s, x), half_inverse, s), half_inverse};
+    }
+    const doubles s = square_root(x);
+    return {s, 0.5 / s};
+}
+inline doubles short_root(doubles x) { return root_and_half_inverse(x).first; }
+inline floats short_root(floats x) { return square_root(x); }
+
 }  // namespace KEF_VM

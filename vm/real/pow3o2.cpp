@@ -29,7 +29,7 @@ template <> struct Pow3o2Range<double> {
 };
 template <> struct Pow3o2Range<float> { static constexpr float small = 0x1p-84f, large = 0x1p85f; };
 
-inline auto times_root(auto x) { return x * square_root(x); }
+inline auto times_root(auto x) { return x * short_root(x); }
 // x^2 x^(-1/2) where that takes fewer cycles than the root.
 inline doubles short_power(doubles x) {
     if constexpr (!is_fused) return times_root(x);

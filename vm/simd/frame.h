@@ -671,10 +671,21 @@ template <class K, class In, class Out, class Guard>
     return i;
 }
 
-// The loop of a kernel without gates, vector by vector; the number of elements done.
-template <class K, class In, class Out> inline int ungated(const K k, int n, In in, Out out) {
+// How many results stand before one that begins where a vector does in a line of the cache: beyond
+// 16 bytes a store across two lines takes two. 0 where calls are short or no element begins there;
+// an even number, so that parts of complex numbers (Conj) keep their lanes.
+template <class E, std::size_t N> inline int before_line(int n, const Arrays<E, N>& out) {
+    constexpr std::size_t bytes = sizeof(floats);
+    if constexpr (bytes == 16) return 0;
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(out.p[0]) % bytes;
+    return n < 8 * group || before % (2 * sizeof(E)) != 0 ? 0
+                                                          : static_cast<int>(before / sizeof(E));
+}
+
+// The loop of a kernel without gates, vector by vector from i on; the index behind them.
+template <class K, class In, class Out>
+inline int ungated(const K k, int i, int n, In in, Out out) {
     constexpr int step = lanes<typename In::T>;
-    int i = 0;
 #pragma GCC unroll 2
     for (; i <= n - step; i += step) {
         const auto fast = [&](auto... x) { return as_array(k.fast(x...)); };
@@ -693,7 +704,11 @@ inline void run(int n, const In& in, const Out& out, auto... scalars) {
     const K k{scalars...};  // its arithmetic raises no flags either
 
     int i = 0;
-    if constexpr (!has_edge) i = ungated(k, n, in, out);
+    if constexpr (!has_edge) {
+        i = before_line(n, out);
+        if (i > 0) try_group<O>(k, in.padded_at(0, i), out.storing(0, i));
+        i = ungated(k, i, n, in, out);
+    }
     for (; i <= n - group; i += group) {
         const bool done = try_group_at(k, i, in, out);
         if constexpr (has_far<K, I>) {
