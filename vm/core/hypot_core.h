@@ -8,7 +8,7 @@
 //
 // Double HA: both squares and the root with their errors, 0.501 ulp. Single HA: in
 // double, where the squares are exact, 0.5 ulp + 2^-28. LA: plain arithmetic in the
-// element's precision, 1.0 ulp; also EP.
+// element's precision, 1.3 ulp; also EP.
 #pragma once
 
 #include <algorithm>

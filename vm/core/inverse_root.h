@@ -45,7 +45,7 @@ inline doubles times_inverse_root(doubles a, doubles e) {
     return multiply_add(a, e * multiply_add(e, multiply_add(e, 0.3125, c2), 0.5), a);
 }
 
-// x^(1/2), and with fused operations within 0.502 ulp, x^(-1/2)/2 to 2^-29; normal x or 0. There
+// x^(1/2), and with fused operations within 0.505 ulp, x^(-1/2)/2 to 2^-30; normal x or 0. There
 // the two are Goldschmidt's iteration and a last step of Newton's, sooner done than the processor's
 // root and quotient where nothing else takes long: Markstein, Software Division and Square Root
 // Using Goldschmidt's Algorithms (2004).

@@ -672,14 +672,19 @@ template <class K, class In, class Out, class Guard>
 }
 
 // How many results stand before one that begins where a vector does in a line of the cache: beyond
-// 16 bytes a store across two lines takes two. 0 where calls are short or no element begins there;
-// an even number, so that parts of complex numbers (Conj) keep their lanes.
-template <class E, std::size_t N> inline int before_line(int n, const Arrays<E, N>& out) {
+// 16 bytes a store across two lines takes two. 0 where calls are short; where that would move all
+// of several arguments across lines; and where the number is odd or none, so that parts of complex
+// numbers (Conj) keep their lanes.
+template <class In, class E, std::size_t N>
+inline int before_line(int n, const In& in, const Arrays<E, N>& out) {
     constexpr std::size_t bytes = sizeof(floats);
-    if constexpr (bytes == 16) return 0;
-    const std::size_t before = -reinterpret_cast<std::uintptr_t>(out.p[0]) % bytes;
-    return n < 8 * group || before % (2 * sizeof(E)) != 0 ? 0
-                                                          : static_cast<int>(before / sizeof(E));
+    if (bytes == 16 || n < 8 * group) return 0;
+    const auto before = [](auto* p) { return -reinterpret_cast<std::uintptr_t>(p) % bytes; };
+    const std::size_t wanted = before(out.p[0]);
+    bool some = in.p.size() == 1;
+    for (auto* p : in.p) some |= before(p) == wanted;
+    if (!some || wanted % (2 * sizeof(E)) != 0) return 0;
+    return static_cast<int>(wanted / sizeof(E));
 }
 
 // The loop of a kernel without gates, vector by vector from i on; the index behind them.
@@ -705,7 +710,7 @@ inline void run(int n, const In& in, const Out& out, auto... scalars) {
 
     int i = 0;
     if constexpr (!has_edge) {
-        i = before_line(n, out);
+        i = before_line(n, in, out);
         if (i > 0) try_group<O>(k, in.padded_at(0, i), out.storing(0, i));
         i = ungated(k, i, n, in, out);
     }
